@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "platform/PlatformError.h"
+
+namespace zeb {
+
+/// A file operation that the system refused. `code()` is the system's error number (errno), the description
+/// is "PATH: " followed by the system's own text for it. Domain "POSIX".
+class FileError : public PlatformError {
+public:
+    FileError(const std::string& path, int errorNumber);
+
+    const std::string& path() const noexcept { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+/// Where bytes go: a file opened for writing, or a stand-in of a test. Used by one thread at a time.
+/// Every operation throws `FileError` on failure; interrupted calls and short writes are completed inside.
+///
+/// A write beyond the process's file-size limit raises SIGXFSZ, which ends the process unless it is ignored.
+/// Programs ignore that signal at their start; such a write then fails with EFBIG like any other.
+class WritableFile {
+public:
+    virtual ~WritableFile() = default;
+
+    /// Moves the write position to `offset` bytes from the start.
+    virtual void seek(std::uint64_t offset) = 0;
+    /// Moves the write position to the end; returns it.
+    virtual std::uint64_t seekToEnd() = 0;
+    /// Writes all of `bytes` at the write position and advances it. On failure some of them may have been
+    /// written.
+    virtual void write(std::span<const std::uint8_t> bytes) = 0;
+    /// Cuts or extends the file to `size` bytes. The write position stays.
+    virtual void truncate(std::uint64_t size) = 0;
+    /// Asks the system to start writing cached bytes to the disk without waiting, so that a later
+    /// `synchronise` is short. A hint: does nothing where the system has no such call, and never fails.
+    virtual void startWriteback() noexcept {}
+    /// Returns once everything written is on the disk (a file system without that ability counts as done).
+    virtual void synchronise() = 0;
+    /// Closes the file. Further calls are not allowed. A file that is destroyed open is closed silently.
+    virtual void close() = 0;
+};
+
+/// Where bytes come from. Used by one thread at a time.
+class ReadableFile {
+public:
+    virtual ~ReadableFile() = default;
+
+    /// Reads up to `buffer.size()` bytes at `offset`; returns how many arrived (fewer only at the end of the
+    /// file). Throws `FileError`.
+    virtual std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) = 0;
+    /// Size in bytes as of now. Throws `FileError`.
+    virtual std::uint64_t size() = 0;
+};
+
+/// Opens a regular file (or a link to one) for reading. A folder, pipe, socket or device throws `FileError`
+/// at once (folder: EISDIR; others: EINVAL) without waiting for a writer.
+std::unique_ptr<ReadableFile> openForReading(const std::string& path);
+
+/// Creates a file that must not exist yet (a link that leads nowhere counts as existing) and opens it for
+/// writing. Throws `FileError`.
+std::unique_ptr<WritableFile> createForWriting(const std::string& path);
+
+/// Opens an existing regular file for writing at its start, keeping its bytes. Refuses what `openForReading`
+/// refuses. Throws `FileError`.
+std::unique_ptr<WritableFile> openForUpdating(const std::string& path);
+
+}  // namespace zeb

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/FileHandle.h"
+
+/// What the system knows about paths. All functions are callable from any thread.
+namespace zeb::files {
+
+enum class Kind { regular, folder, symbolicLink, other };
+
+/// What stands at `path` itself (a link is not followed); nothing when nothing does or it cannot be
+/// seen.
+std::optional<Kind> kindOf(const std::string& path);
+
+/// Whether both paths lead to the same file, through symbolic and hard links. False when either is missing.
+bool isSameFile(const std::string& first, const std::string& second);
+
+/// Removes a regular file or a symbolic link (never its target). Nothing there is not an error. A folder,
+/// pipe, device or socket is never removed: throws `FileError` (folder: EISDIR, others: EINVAL), as it does
+/// when the system refuses.
+void removeFile(const std::string& path);
+
+/// Bytes that an unprivileged user may still write to the file system of the folder `folder`; nothing if
+/// unknown.
+std::optional<std::uint64_t> freeSpace(const std::string& folder);
+
+}  // namespace zeb::files

@@ -1,0 +1,18 @@
+#include "platform/Media.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zeb {
+
+MediaTime MediaTime::withSeconds(double seconds, std::int32_t preferredTimescale) {
+    return {std::llround(seconds * preferredTimescale), preferredTimescale};
+}
+
+MediaTime GrabSchedule::at(std::int64_t index) const {
+    constexpr std::int32_t timescale = 600;
+    const double seconds = std::min(static_cast<double>(index) / static_cast<double>(perSecond), last);
+    return MediaTime::withSeconds(seconds, timescale);
+}
+
+}  // namespace zeb

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace zeb {
+
+/// The colours that a picture is drawn in.
+enum class DrawingColourSpace {
+    sRGB,       ///< colours are converted to sRGB (IEC 61966-2-1), as a colour-managed desktop shows them
+    deviceRGB,  ///< the stream's own RGB values, not converted
+};
+
+/// A bitmap in memory to draw into.
+///
+/// `pixels` holds width x height x 4 bytes: R, G, B, A of 8 bits each, alpha premultiplied, top row first,
+/// rows not padded. It starts as all zero (transparent black).
+struct BitmapContext {
+    std::span<std::uint8_t> pixels;
+    int width;
+    int height;
+    DrawingColourSpace colourSpace;
+};
+
+/// A picture of any size and pixel format, as the media layer delivers it. Immutable; `draw` may be called
+/// from several threads at once.
+class Picture {
+public:
+    Picture() = default;
+    Picture(const Picture&) = delete;
+    Picture& operator=(const Picture&) = delete;
+    virtual ~Picture() = default;
+
+    /// Displayed size in square pixels: upright, sample aspect ratio applied; at least 1.
+    virtual int width() const = 0;
+    virtual int height() const = 0;
+
+    /// Draws the whole picture with high-quality interpolation, stretched to fill the bitmap exactly.
+    /// Throws `PlatformError` (or `std::bad_alloc`) when that is not possible.
+    virtual void draw(const BitmapContext& bitmap) const = 0;
+};
+
+}  // namespace zeb

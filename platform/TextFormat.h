@@ -1,0 +1,20 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platform/LocalizedText.h"
+
+namespace zeb {
+
+/// Fills `arguments` into the specifiers of `format`: %lld (whole number), %f with an optional precision of
+/// up to two digits (real number, six decimals without one), %@ (text), %% (a per cent sign). `%2$lld` takes
+/// the second argument; specifiers without a number take one after the other.
+///
+/// Safe for any format and arguments: an argument of another type than its specifier's is written in its own
+/// type's form, and a specifier without an argument, or one not named here, stays as it stands. The decimal
+/// point is a point.
+std::string formatText(std::string_view format, std::span<const TextArgument> arguments);
+
+}  // namespace zeb

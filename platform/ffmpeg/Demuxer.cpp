@@ -1,0 +1,212 @@
+#include "platform/ffmpeg/Demuxer.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "platform/FileHandle.h"
+#include "platform/ffmpeg/Libraries.h"
+
+namespace zeb::ffmpeg {
+namespace {
+
+constexpr int ioBufferSize = 64 * 1024;
+
+/// Formats that name other files or addresses, or that show any text as a picture.
+constexpr std::array refusedFormats = {
+    "concat",      "dash",       "hls",  "imf",    "image2",
+    "image2pipe",  "ffmetadata", "rtsp", "sdp",    "webm_dash_manifest",
+    "tty",         "bin",        "xbin", "adf",    "idf",
+    "tedcaptions", "lavfi",      "rtp",  "mpjpeg", "vapoursynth",
+    "vobsub",
+};
+
+bool isRefused(const AVInputFormat& format) {
+    // A name is a comma-separated list of aliases.
+    std::string_view names = format.name;
+    while (!names.empty()) {
+        const std::size_t comma = names.find(',');
+        const std::string_view name = names.substr(0, comma);
+        if (std::find(refusedFormats.begin(), refusedFormats.end(), name) != refusedFormats.end())
+            return true;
+        if (name.ends_with("_pipe")) return true;  // single pictures, one after the other
+        names = comma == std::string_view::npos ? std::string_view() : names.substr(comma + 1);
+    }
+    return (format.flags & AVFMT_NOFILE) != 0;
+}
+
+std::string errorText(int error) {
+    std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
+    av_strerror(error, text.data(), text.size());
+    return text.data();
+}
+
+/// Only the extension may help to recognise a format; the rest of a name could look like a pattern.
+std::string nameForProbing(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    const std::size_t dot = path.rfind('.');
+    const bool hasExtension = dot != std::string::npos && (slash == std::string::npos || dot > slash + 1);
+    std::string extension = hasExtension ? path.substr(dot + 1) : std::string();
+    const bool isPlain = std::all_of(extension.begin(), extension.end(), [](unsigned char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    });
+    return isPlain && !extension.empty() ? "movie." + extension : "movie";
+}
+
+int refuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
+    return AVERROR(EPERM);
+}
+
+}  // namespace
+
+struct Demuxer::State {
+    std::unique_ptr<ReadableFile> file;
+    std::uint64_t position = 0;
+    std::uint64_t size = 0;
+    IsCancelled isCancelled;
+    AVIOContext* io = nullptr;
+    AVFormatContext* format = nullptr;
+
+    ~State() {
+        if (format != nullptr) avformat_close_input(&format);
+        if (io != nullptr) {
+            av_freep(&io->buffer);
+            avio_context_free(&io);
+        }
+    }
+
+    static int read(void* opaque, std::uint8_t* buffer, int size) noexcept {
+        State& state = *static_cast<State*>(opaque);
+        // Some formats are searched through from end to end within one call.
+        if (wantsToStop(opaque) != 0) return AVERROR_EXIT;
+        try {
+            const std::size_t count =
+                state.file->readAt(state.position, {buffer, static_cast<std::size_t>(size)});
+            state.position += count;
+            return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+        } catch (const FileError& error) {
+            return AVERROR(error.code());
+        }
+    }
+
+    static std::int64_t seek(void* opaque, std::int64_t offset, int whence) noexcept {
+        State& state = *static_cast<State*>(opaque);
+        switch (whence & ~AVSEEK_FORCE) {
+            case AVSEEK_SIZE:
+                return static_cast<std::int64_t>(state.size);
+            case SEEK_SET:
+                break;
+            case SEEK_CUR:
+                offset += static_cast<std::int64_t>(state.position);
+                break;
+            case SEEK_END:
+                offset += static_cast<std::int64_t>(state.size);
+                break;
+            default:
+                return AVERROR(EINVAL);
+        }
+        if (offset < 0) return AVERROR(EINVAL);
+        state.position = static_cast<std::uint64_t>(offset);
+        return offset;
+    }
+
+    static int wantsToStop(void* opaque) noexcept {
+        const State& state = *static_cast<const State*>(opaque);
+        return state.isCancelled && state.isCancelled() ? 1 : 0;
+    }
+
+    void throwIfCancelled() const {
+        if (isCancelled && isCancelled())
+            throw MediaError(MediaError::interrupted, "Reading was interrupted");
+    }
+
+    void throwCannotOpen(int error) const {
+        throwIfCancelled();
+        if (error == AVERROR_INVALIDDATA || error == AVERROR_EOF) {
+            throw MediaError(MediaError::cannotOpen, "This is not a video file that can be read");
+        }
+        throw MediaError(MediaError::cannotOpen, errorText(error));
+    }
+};
+
+Demuxer::Demuxer(const std::string& path, IsCancelled isCancelled) : m_state(std::make_unique<State>()) {
+    State& state = *m_state;
+    state.isCancelled = std::move(isCancelled);
+    try {
+        state.file = openForReading(path);
+        state.size = state.file->size();
+    } catch (const FileError& error) {
+        throw MediaError(MediaError::cannotOpen, errorText(AVERROR(error.code())));
+    }
+    if (state.size == 0) throw MediaError(MediaError::cannotOpen, "The file is empty");
+
+    auto* buffer = static_cast<std::uint8_t*>(av_malloc(ioBufferSize));
+    if (buffer == nullptr) throw std::bad_alloc();
+    state.io = avio_alloc_context(buffer, ioBufferSize, 0, &state, &State::read, nullptr, &State::seek);
+    if (state.io == nullptr) {
+        av_free(buffer);
+        throw std::bad_alloc();
+    }
+
+    const std::string name = nameForProbing(path);
+    const AVInputFormat* inputFormat = nullptr;
+    if (const int error = av_probe_input_buffer2(state.io, &inputFormat, name.c_str(), nullptr, 0, 0);
+        error < 0) {
+        state.throwCannotOpen(error);
+    }
+    if (isRefused(*inputFormat)) {
+        throw MediaError(MediaError::cannotOpen, std::string("This is not a video file (") +
+                                                     inputFormat->name +
+                                                     "): lists, scripts and picture sequences are not read");
+    }
+
+    state.format = avformat_alloc_context();
+    if (state.format == nullptr) throw std::bad_alloc();
+    state.format->pb = state.io;
+    state.format->flags |= AVFMT_FLAG_CUSTOM_IO;
+    state.format->io_open = &refuseToOpen;
+    state.format->interrupt_callback = {&State::wantsToStop, &state};
+    if (const int error = avformat_open_input(&state.format, name.c_str(), inputFormat, nullptr); error < 0) {
+        state.throwCannotOpen(error);
+    }
+    if (const int error = avformat_find_stream_info(state.format, nullptr); error < 0)
+        state.throwCannotOpen(error);
+    state.throwIfCancelled();
+}
+
+Demuxer::~Demuxer() = default;
+
+AVFormatContext* Demuxer::format() const noexcept {
+    return m_state->format;
+}
+
+std::uint64_t Demuxer::fileSize() const noexcept {
+    return m_state->size;
+}
+
+bool Demuxer::read(AVPacket& packet) {
+    for (;;) {
+        m_state->throwIfCancelled();
+        const int result = av_read_frame(m_state->format, &packet);
+        if (result >= 0) return true;
+        if (result == AVERROR(EAGAIN)) continue;
+        m_state->throwIfCancelled();
+        return false;
+    }
+}
+
+bool Demuxer::seek(int stream, std::int64_t timestamp) {
+    return avformat_seek_file(m_state->format, stream, INT64_MIN, timestamp, timestamp, 0) >= 0;
+}
+
+void Demuxer::setCancellation(IsCancelled isCancelled) {
+    m_state->isCancelled = std::move(isCancelled);
+}
+
+}  // namespace zeb::ffmpeg

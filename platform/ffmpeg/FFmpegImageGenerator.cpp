@@ -1,0 +1,96 @@
+#include "platform/ffmpeg/FFmpegImageGenerator.h"
+
+#include <array>
+#include <utility>
+
+#include "platform/ffmpeg/Libraries.h"
+
+namespace zeb::ffmpeg {
+namespace {
+
+/// A jump of more than this many seconds looks for a key frame nearer to its target.
+constexpr double farAhead = 3;
+
+}  // namespace
+
+FFmpegImageGenerator::FFmpegImageGenerator(std::string path, std::unique_ptr<Demuxer> demuxer,
+                                           const VideoStreamFacts& facts, double origin, int threads,
+                                           IsCancelled isCancelled)
+    : m_path(std::move(path)),
+      m_facts(facts),
+      m_origin(origin),
+      m_threads(threads),
+      m_isCancelled(std::move(isCancelled)) {
+    demuxer->setCancellation(m_isCancelled);
+    start(std::move(demuxer));
+}
+
+void FFmpegImageGenerator::start(std::unique_ptr<Demuxer> demuxer) {
+    const auto reopen = [path = m_path, isCancelled = m_isCancelled] {
+        return std::make_unique<Demuxer>(path, isCancelled);
+    };
+    m_source = std::make_unique<FrameSource>(std::move(demuxer), reopen, m_facts, m_origin, m_threads);
+}
+
+void FFmpegImageGenerator::expect(const GrabSchedule& schedule) {
+    m_source->expect(schedule);
+}
+
+std::shared_ptr<const Picture> FFmpegImageGenerator::copyImage(MediaTime time) {
+    const double target = time.seconds() + m_source->tolerance();
+    if (!m_current && !m_next) {
+        if (target > farAhead) {
+            restart(target);
+        } else {
+            m_next = m_source->next();
+            m_currentIsFirst = true;
+        }
+    } else if (m_current && target < m_current->time && !m_currentIsFirst) {
+        restart(target);
+    } else if (m_next && target > m_next->time + farAhead && m_source->canSeek()) {
+        restart(target);
+    }
+    if (!m_current) advance();
+    while (m_next && m_next->time <= target)
+        advance();
+    if (!m_current) throw MediaError(MediaError::cannotDecode, "No picture can be decoded");
+    if (m_source->hasLostPicture(m_current->time, target)) {
+        throw MediaError(MediaError::cannotDecode, "The picture is damaged");
+    }
+    return m_current->picture;
+}
+
+/// Makes the next frame the current one.
+void FFmpegImageGenerator::advance() {
+    if (!m_next) return;
+    m_currentIsFirst = m_currentIsFirst && !m_current;
+    auto picture = std::make_shared<FramePicture>(std::move(m_next->frame), m_facts, m_tools);
+    m_current = Shown{m_next->time, std::move(picture)};
+    m_next.reset();
+    m_next = m_source->next();
+}
+
+/// Goes on decoding at a key frame from which the picture at `target` is reached: the nearest one, or earlier
+/// ones where a container's idea of its key frames proves wrong, or the start.
+void FFmpegImageGenerator::restart(double target) {
+    constexpr std::array stepsBack = {0.0, 1.0, 10.0};
+    m_current.reset();
+    m_next.reset();
+    m_currentIsFirst = false;
+    for (const double stepBack : stepsBack) {
+        const double from = target - stepBack;
+        if (from <= 0 || !m_source->seek(from)) break;
+        m_next = m_source->next();
+        if (m_next && m_next->time <= target) return;
+    }
+    reopen();
+}
+
+void FFmpegImageGenerator::reopen() {
+    m_next.reset();
+    start(std::make_unique<Demuxer>(m_path, m_isCancelled));
+    m_next = m_source->next();
+    m_currentIsFirst = true;
+}
+
+}  // namespace zeb::ffmpeg

@@ -1,0 +1,78 @@
+#include "platform/ffmpeg/FFmpegMediaLibrary.h"
+
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "platform/ffmpeg/DamageWatch.h"
+#include "platform/ffmpeg/Demuxer.h"
+#include "platform/ffmpeg/FFmpegImageGenerator.h"
+#include "platform/ffmpeg/FFmpegSoundReader.h"
+#include "platform/ffmpeg/PacketScan.h"
+#include "platform/ffmpeg/StreamFacts.h"
+
+namespace zeb {
+namespace ffmpeg {
+namespace {
+
+class FFmpegAsset final : public MediaAsset {
+public:
+    FFmpegAsset(std::string path, const IsCancelled& isCancelled)
+        : m_path(std::move(path)), m_demuxer(std::make_unique<Demuxer>(m_path, isCancelled)) {
+        m_facts = containerFacts(*m_demuxer);
+        m_duration = presentationDuration(m_path, *m_demuxer, m_facts, isCancelled);
+        for (const VideoStreamFacts& facts : m_facts.videos)
+            m_videoTracks.push_back(videoTrack(facts));
+        for (const SoundStreamFacts& facts : m_facts.sounds)
+            m_soundTracks.push_back(facts.track);
+    }
+
+    const std::vector<VideoTrack>& videoTracks() const override { return m_videoTracks; }
+    const std::vector<SoundTrack>& soundTracks() const override { return m_soundTracks; }
+    double duration() const override { return m_duration; }
+
+    std::unique_ptr<ImageGenerator> makeImageGenerator(int threads, IsCancelled isCancelled) const override {
+        return std::make_unique<FFmpegImageGenerator>(
+            m_path, takeDemuxer(isCancelled), m_facts.videos.front(), m_facts.origin, threads, isCancelled);
+    }
+
+    std::unique_ptr<SoundReader> makeSoundReader(std::size_t track, IsCancelled isCancelled) const override {
+        return std::make_unique<FFmpegSoundReader>(std::make_unique<Demuxer>(m_path, isCancelled),
+                                                   m_facts.sounds.at(track), m_facts.origin);
+    }
+
+private:
+    /// The one that the asset was opened with serves the first generator: probing a file takes its time.
+    std::unique_ptr<Demuxer> takeDemuxer(const IsCancelled& isCancelled) const {
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_demuxer) return std::move(m_demuxer);
+        }
+        return std::make_unique<Demuxer>(m_path, isCancelled);
+    }
+
+    std::string m_path;
+    mutable std::mutex m_mutex;
+    mutable std::unique_ptr<Demuxer> m_demuxer;
+    ContainerFacts m_facts;
+    double m_duration = 0;
+    std::vector<VideoTrack> m_videoTracks;
+    std::vector<SoundTrack> m_soundTracks;
+};
+
+class FFmpegMediaLibrary final : public MediaLibrary {
+public:
+    std::shared_ptr<const MediaAsset> open(const std::string& path, IsCancelled isCancelled) const override {
+        return std::make_shared<const FFmpegAsset>(path, isCancelled);
+    }
+};
+
+}  // namespace
+}  // namespace ffmpeg
+
+std::unique_ptr<MediaLibrary> makeFFmpegMediaLibrary(MediaLogging logging) {
+    ffmpeg::routeMessages(logging == MediaLogging::verbose);
+    return std::make_unique<ffmpeg::FFmpegMediaLibrary>();
+}
+
+}  // namespace zeb

@@ -1,0 +1,144 @@
+#include "platform/ffmpeg/FramePicture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "platform/ffmpeg/Libraries.h"
+
+namespace zeb::ffmpeg {
+namespace {
+
+/// Where the pixels of an upright bitmap lie, seen from the scaled frame that still lies as it was coded.
+struct Placement {
+    std::ptrdiff_t first;  ///< byte offset of the frame's top left pixel in the bitmap
+    std::ptrdiff_t perX;   ///< bytes from a pixel to its right neighbour in the frame
+    std::ptrdiff_t perY;   ///< bytes from a pixel to the one below it in the frame
+};
+
+Placement placement(const Orientation& orientation, int bitmapWidth, int bitmapHeight) {
+    const std::ptrdiff_t right = 4, down = std::ptrdiff_t{4} * bitmapWidth;
+    const std::ptrdiff_t lastColumn = right * (bitmapWidth - 1), lastRow = down * (bitmapHeight - 1);
+    Placement result{};
+    switch (orientation.quarterTurns) {
+        case 0:
+            result = {0, right, down};
+            break;
+        case 1:
+            result = {lastColumn, down, -right};
+            break;
+        case 2:
+            result = {lastRow + lastColumn, -right, -down};
+            break;
+        default:
+            result = {lastRow, -down, right};
+            break;
+    }
+    if (orientation.mirrored) {
+        const int columns = orientation.exchangesSides() ? bitmapHeight : bitmapWidth;
+        result.first += result.perX * (columns - 1);
+        result.perX = -result.perX;
+    }
+    return result;
+}
+
+void copyRow(const FrameScaler& scaler, int y, std::uint8_t* pixel, std::ptrdiff_t step) {
+    const auto* red = static_cast<const std::uint8_t*>(scaler.row(0, y));
+    const auto* green = static_cast<const std::uint8_t*>(scaler.row(1, y));
+    const auto* blue = static_cast<const std::uint8_t*>(scaler.row(2, y));
+    for (int x = 0; x < scaler.task().targetWidth; ++x, pixel += step) {
+        pixel[0] = red[x];
+        pixel[1] = green[x];
+        pixel[2] = blue[x];
+        pixel[3] = 255;
+    }
+}
+
+/// Premultiplies a row, as drawn over transparent black.
+template <typename Value>
+void applyAlpha(const Value* alpha, int largest, int count, std::uint8_t* pixel, std::ptrdiff_t step) {
+    for (int x = 0; x < count; ++x, pixel += step) {
+        const int a = alpha[x];
+        for (int c = 0; c < 4; ++c) {
+            pixel[c] = static_cast<std::uint8_t>((pixel[c] * a + largest / 2) / largest);
+        }
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<FrameScaler> DrawingTools::borrowScaler(const ScalingTask& task) {
+    const std::lock_guard lock(m_mutex);
+    const auto found = std::find_if(m_scalers.begin(), m_scalers.end(),
+                                    [&task](const auto& scaler) { return scaler->task() == task; });
+    if (found == m_scalers.end()) return std::make_unique<FrameScaler>(task);
+    std::unique_ptr<FrameScaler> scaler = std::move(*found);
+    m_scalers.erase(found);
+    return scaler;
+}
+
+void DrawingTools::giveBack(std::unique_ptr<FrameScaler> scaler) {
+    constexpr std::size_t most = 32;  // a film whose pictures change in kind must not pile up scalers
+    const std::lock_guard lock(m_mutex);
+    if (m_scalers.size() >= most) m_scalers.erase(m_scalers.begin());
+    m_scalers.push_back(std::move(scaler));
+}
+
+std::shared_ptr<const ColourConversion> DrawingTools::conversion(const ColourDescription& colour) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_conversion || !(m_colour == colour)) {
+        m_conversion = std::make_shared<const ColourConversion>(colour);
+        m_colour = colour;
+    }
+    return m_conversion;
+}
+
+FramePicture::FramePicture(Frame frame, const VideoStreamFacts& facts, std::shared_ptr<DrawingTools> tools)
+    : m_frame(std::move(frame)), m_orientation(facts.orientation), m_tools(std::move(tools)) {
+    const double stretched = m_frame->width * facts.sampleAspect.value();
+    m_width = std::max(1, static_cast<int>(std::lround(std::min(stretched, 1e6))));
+    m_height = std::max(1, m_frame->height);
+    if (m_orientation.exchangesSides()) std::swap(m_width, m_height);
+}
+
+void FramePicture::draw(const BitmapContext& bitmap) const {
+    const bool isManaged = bitmap.colourSpace == DrawingColourSpace::sRGB;
+    ScalingTask task;
+    task.format = m_frame->format;
+    task.width = m_frame->width;
+    task.height = m_frame->height;
+    task.colour = colourDescription(*m_frame);
+    task.targetWidth = m_orientation.exchangesSides() ? bitmap.height : bitmap.width;
+    task.targetHeight = m_orientation.exchangesSides() ? bitmap.width : bitmap.height;
+    const bool needsConversion =
+        isManaged && !(task.colour.transfer == Transfer::sRGB && task.colour.primaries == Primaries::bt709);
+    task.targetBits = needsConversion ? ColourConversion::bits : 8;
+
+    const auto conversion = needsConversion ? m_tools->conversion(task.colour) : nullptr;
+    std::unique_ptr<FrameScaler> scaler = m_tools->borrowScaler(task);
+    scaler->scale(*m_frame);
+
+    const Placement place = placement(m_orientation, bitmap.width, bitmap.height);
+    for (int y = 0; y < task.targetHeight; ++y) {
+        std::uint8_t* pixel = bitmap.pixels.data() + place.first + place.perY * y;
+        if (conversion) {
+            conversion->convertRow(static_cast<const std::uint16_t*>(scaler->row(0, y)),
+                                   static_cast<const std::uint16_t*>(scaler->row(1, y)),
+                                   static_cast<const std::uint16_t*>(scaler->row(2, y)), task.targetWidth,
+                                   pixel, place.perX);
+        } else {
+            copyRow(*scaler, y, pixel, place.perX);
+        }
+        if (!scaler->hasAlpha()) continue;
+        if (task.targetBits > 8) {
+            applyAlpha(static_cast<const std::uint16_t*>(scaler->row(3, y)), (1 << task.targetBits) - 1,
+                       task.targetWidth, pixel, place.perX);
+        } else {
+            applyAlpha(static_cast<const std::uint8_t*>(scaler->row(3, y)), 255, task.targetWidth, pixel,
+                       place.perX);
+        }
+    }
+    m_tools->giveBack(std::move(scaler));
+}
+
+}  // namespace zeb::ffmpeg

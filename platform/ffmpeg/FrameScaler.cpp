@@ -1,0 +1,176 @@
+#include "platform/ffmpeg/FrameScaler.h"
+
+#include <zimg.h>
+
+#include <array>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include "platform/PlatformError.h"
+#include "platform/ffmpeg/Libraries.h"
+#include "platform/ffmpeg/PlanarFrame.h"
+
+namespace zeb::ffmpeg {
+namespace {
+
+constexpr std::size_t alignment = 64;
+
+struct FreeAligned {
+    void operator()(void* memory) const noexcept { std::free(memory); }
+};
+using AlignedMemory = std::unique_ptr<void, FreeAligned>;
+
+std::size_t aligned(std::size_t size) {
+    return (size + alignment - 1) / alignment * alignment;
+}
+
+AlignedMemory allocateAligned(std::size_t size) {
+    AlignedMemory memory(std::aligned_alloc(alignment, std::max(aligned(size), alignment)));
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
+
+struct FreeGraph {
+    void operator()(zimg_filter_graph* graph) const noexcept { zimg_filter_graph_free(graph); }
+};
+
+[[noreturn]] void throwScalingError() {
+    std::array<char, 256> text{};
+    zimg_get_last_error(text.data(), text.size());
+    zimg_clear_last_error();
+    throw PlatformError("Media", 4, std::string("The picture cannot be drawn: ") + text.data());
+}
+
+zimg_image_format sourceFormat(const ScalingTask& task, const AVPixFmtDescriptor& pixels) {
+    zimg_image_format format;
+    zimg_image_format_default(&format, ZIMG_API_VERSION);
+    const int depth = pixels.comp[0].depth;
+    const bool isRGB = (pixels.flags & AV_PIX_FMT_FLAG_RGB) != 0;
+    const bool isGrey = pixels.nb_components == 1;
+    const auto roundUp = [](int size, int shift) { return (size + (1 << shift) - 1) >> shift << shift; };
+    format.width = static_cast<unsigned>(roundUp(task.width, pixels.log2_chroma_w));
+    format.height = static_cast<unsigned>(roundUp(task.height, pixels.log2_chroma_h));
+    format.active_region = {0, 0, static_cast<double>(task.width), static_cast<double>(task.height)};
+    format.pixel_type = (pixels.flags & AV_PIX_FMT_FLAG_FLOAT) != 0 ? ZIMG_PIXEL_FLOAT
+                        : depth > 8                                 ? ZIMG_PIXEL_WORD
+                                                                    : ZIMG_PIXEL_BYTE;
+    format.depth = static_cast<unsigned>(depth);
+    format.subsample_w = pixels.log2_chroma_w;
+    format.subsample_h = pixels.log2_chroma_h;
+    format.color_family = isRGB ? ZIMG_COLOR_RGB : isGrey ? ZIMG_COLOR_GREY : ZIMG_COLOR_YUV;
+    format.matrix_coefficients =
+        isRGB ? ZIMG_MATRIX_RGB : static_cast<zimg_matrix_coefficients_e>(task.colour.matrix);
+    format.pixel_range = task.colour.fullRange ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
+    format.chroma_location = static_cast<zimg_chroma_location_e>(task.colour.chromaLocation);
+    // Curve and primaries are the colour conversion's business, over the reduced picture: equal on both sides
+    // here.
+    format.transfer_characteristics = ZIMG_TRANSFER_BT709;
+    format.color_primaries = ZIMG_PRIMARIES_BT709;
+    if ((pixels.flags & AV_PIX_FMT_FLAG_ALPHA) != 0) format.alpha = ZIMG_ALPHA_STRAIGHT;
+    return format;
+}
+
+zimg_image_format targetFormat(const ScalingTask& task, const zimg_image_format& source) {
+    zimg_image_format format;
+    zimg_image_format_default(&format, ZIMG_API_VERSION);
+    format.width = static_cast<unsigned>(task.targetWidth);
+    format.height = static_cast<unsigned>(task.targetHeight);
+    format.pixel_type = task.targetBits > 8 ? ZIMG_PIXEL_WORD : ZIMG_PIXEL_BYTE;
+    format.depth = static_cast<unsigned>(task.targetBits);
+    const bool isGrey = source.color_family == ZIMG_COLOR_GREY;
+    format.color_family = isGrey ? ZIMG_COLOR_GREY : ZIMG_COLOR_RGB;
+    format.matrix_coefficients = isGrey ? source.matrix_coefficients : ZIMG_MATRIX_RGB;
+    format.pixel_range = ZIMG_RANGE_FULL;
+    format.transfer_characteristics = source.transfer_characteristics;
+    format.color_primaries = source.color_primaries;
+    format.alpha = source.alpha;
+    return format;
+}
+
+}  // namespace
+
+struct FrameScaler::State {
+    ScalingTask task;
+    const AVPixFmtDescriptor* pixels = nullptr;  ///< of the planar form
+    bool isGrey = false;
+    bool hasAlpha = false;
+    PlanarForm planarForm;
+    std::unique_ptr<zimg_filter_graph, FreeGraph> graph;
+    AlignedMemory temporary;
+    std::array<AlignedMemory, 4> planes;
+    std::size_t stride = 0;
+
+    /// The planar form's pixel format is known once the first frame has it.
+    void build(const AVFrame& planar) {
+        pixels = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(planar.format));
+        const zimg_image_format source = sourceFormat(task, *pixels);
+        const zimg_image_format target = targetFormat(task, source);
+        isGrey = source.color_family == ZIMG_COLOR_GREY;
+        hasAlpha = source.alpha != ZIMG_ALPHA_NONE;
+        zimg_graph_builder_params parameters;
+        zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
+        parameters.resample_filter = ZIMG_RESIZE_LANCZOS;
+        parameters.filter_param_a = 3;
+        parameters.resample_filter_uv = ZIMG_RESIZE_LANCZOS;
+        parameters.filter_param_a_uv = 3;
+        parameters.dither_type = ZIMG_DITHER_NONE;
+        graph.reset(zimg_filter_graph_build(&source, &target, &parameters));
+        if (!graph) throwScalingError();
+        std::size_t size = 0;
+        if (zimg_filter_graph_get_tmp_size(graph.get(), &size) != 0) throwScalingError();
+        temporary = allocateAligned(size);
+        stride = aligned(static_cast<std::size_t>(task.targetWidth) * (task.targetBits > 8 ? 2 : 1));
+        for (std::size_t i = 0; i < planes.size(); ++i) {
+            const bool isUsed = i == 0 || (i < 3 && !isGrey) || (i == 3 && hasAlpha);
+            if (isUsed) planes[i] = allocateAligned(stride * static_cast<std::size_t>(task.targetHeight));
+        }
+    }
+};
+
+FrameScaler::FrameScaler(const ScalingTask& task) : m_state(std::make_unique<State>()) {
+    m_state->task = task;
+}
+
+FrameScaler::~FrameScaler() = default;
+
+const ScalingTask& FrameScaler::task() const noexcept {
+    return m_state->task;
+}
+
+void FrameScaler::scale(const AVFrame& frame) {
+    State& state = *m_state;
+    const AVFrame& planar = state.planarForm.of(frame);
+    if (!state.graph) state.build(planar);
+    zimg_image_buffer_const source = {};
+    zimg_image_buffer target = {};
+    source.version = target.version = ZIMG_API_VERSION;
+    for (int i = 0; i < state.pixels->nb_components; ++i) {
+        const int plane = state.pixels->comp[i].plane;
+        source.plane[i].data = planar.data[plane];
+        source.plane[i].stride = planar.linesize[plane];
+        source.plane[i].mask = ZIMG_BUFFER_MAX;
+    }
+    for (std::size_t i = 0; i < state.planes.size(); ++i) {
+        target.plane[i].data = state.planes[i].get();
+        target.plane[i].stride = static_cast<std::ptrdiff_t>(state.stride);
+        target.plane[i].mask = ZIMG_BUFFER_MAX;
+    }
+    if (zimg_filter_graph_process(state.graph.get(), &source, &target, state.temporary.get(), nullptr,
+                                  nullptr, nullptr, nullptr) != 0) {
+        throwScalingError();
+    }
+}
+
+const void* FrameScaler::row(int component, int y) const {
+    const State& state = *m_state;
+    const std::size_t plane = state.isGrey && component < 3 ? 0 : static_cast<std::size_t>(component);
+    return static_cast<const std::uint8_t*>(state.planes[plane].get()) +
+           state.stride * static_cast<std::size_t>(y);
+}
+
+bool FrameScaler::hasAlpha() const noexcept {
+    return m_state->hasAlpha;
+}
+
+}  // namespace zeb::ffmpeg

@@ -1,0 +1,125 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <queue>
+#include <set>
+#include <vector>
+
+#include "platform/Media.h"
+#include "platform/ffmpeg/Deinterlacer.h"
+#include "platform/ffmpeg/Demuxer.h"
+#include "platform/ffmpeg/GrabPlanner.h"
+#include "platform/ffmpeg/Handles.h"
+#include "platform/ffmpeg/StreamFacts.h"
+
+namespace zeb::ffmpeg {
+
+/// A decoded picture and when it is shown, in seconds from presentation time 0.
+struct TimedFrame {
+    double time = 0;
+    Frame frame;
+};
+
+/// Decodes one video stream from packets to progressive frames in display order. Used by one thread at a
+/// time; the decoder's own threads are inside.
+///
+/// How decoders patch damaged pictures depends on the timing of their threads. So the first sign of damage
+/// makes this go back to a point from which all is sound, and decode with a single thread from there: the
+/// pictures are the same for every number of threads.
+class FrameSource {
+public:
+    using OpenDemuxer = std::function<std::unique_ptr<Demuxer>()>;
+
+    /// `demuxer` must not have been read from yet; `reopen` opens the same file once more.
+    /// Throws `MediaError` when there is no decoder for the stream.
+    FrameSource(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
+                double origin, int threads);
+
+    /// How far a picture's time may lie after a moment and still count as not after it: what containers lose
+    /// by rounding times.
+    double tolerance() const noexcept { return m_tolerance; }
+
+    /// From here on only pictures that the schedule shows need come out; others may be missing. Has no effect
+    /// where the stream does not allow it.
+    void expect(const GrabSchedule& schedule);
+
+    /// The next frame; nothing at the end. Throws `MediaError::interrupted`.
+    std::optional<TimedFrame> next();
+
+    /// Whether a picture that belongs between `after` (exclusive) and `upTo` (inclusive) is missing because
+    /// of damage.
+    bool hasLostPicture(double after, double upTo) const;
+
+    /// False for streams without times, which can only be decoded from the start.
+    bool canSeek() const noexcept { return m_facts.hasTimestamps; }
+
+    /// Goes on with the key frame before `time`, as far as the container knows it; plans no more. False when
+    /// the container cannot seek.
+    bool seek(double time);
+
+private:
+    enum class Timing {
+        byPresentation,  ///< packets carry display times
+        byDecoding,  ///< packets carry times in decoding order only: the pictures take them in display order
+        byCounting,  ///< no times at all
+    };
+
+    void useDemuxer(std::unique_ptr<Demuxer> demuxer);
+    void openDecoder(int threads);
+    void reset();
+    void decodeCarefully();
+    bool seekToGroup(std::int64_t timestamp);
+    bool canPlan() const;
+    bool readPacket();
+    bool isUsable(const AVPacket& packet);
+    void sendNextPacket();
+    void send(const AVPacket* packet);
+    void receiveFrames();
+    void accept(Frame frame);
+    void pullDeinterlaced();
+    void deliver(double time, Frame frame);
+    double timeOf(const AVFrame& frame);
+    double seconds(std::int64_t timestamp) const;
+    bool startsGroup(const AVPacket& packet) const;
+    bool isShown(const AVPacket& packet) const;
+
+    std::unique_ptr<Demuxer> m_demuxer;
+    OpenDemuxer m_reopen;
+    VideoStreamFacts m_facts;
+    double m_origin;
+    double m_tolerance;
+    int m_threads;
+    std::atomic<bool> m_sawDamage = false;  ///< set by the decoder's threads; outlives the decoder
+    CodecContext m_decoder;
+    Packet m_packet;
+    std::optional<Timing> m_timing;  ///< known from the first packet on
+
+    std::optional<GrabPlanner> m_planner;
+    std::deque<Packet> m_planned;  ///< read ahead: the packets that the planner holds, if there is one
+    bool m_packetsEnded = false;
+    bool m_framesEnded = false;
+    bool m_awaitsKey = false;                 ///< after a seek: what comes before a key frame is of no use
+    std::optional<std::int64_t> m_entryTime;  ///< display time of the key frame that a seek led to
+
+    std::int64_t m_counted = 0;  ///< frames so far, for counting
+    std::priority_queue<std::int64_t, std::vector<std::int64_t>, std::greater<>> m_decodingTimes;
+    double m_lastTime = 0;
+    bool m_hasLastTime = false;
+
+    std::set<std::int64_t> m_awaited;  ///< display times of packets sent whose pictures have not come out
+    bool m_isCareful = false;          ///< the stream has shown damage: one thread, no planning
+    std::deque<std::int64_t>
+        m_groupStarts;  ///< display times of the latest packets that depend on none before them
+    std::optional<double> m_lastHandedOut;  ///< time of the last frame that `next` returned
+    std::optional<double> m_known;          ///< frames up to this time were handed out before damage was seen
+
+    std::unique_ptr<Deinterlacer> m_deinterlacer;
+    std::deque<TimedFrame> m_ready;
+};
+
+}  // namespace zeb::ffmpeg

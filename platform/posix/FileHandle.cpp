@@ -1,0 +1,208 @@
+#include "platform/FileHandle.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace zeb {
+namespace {
+
+/// The system hands out texts by one of two functions of the same name: one returns the text, the other an
+/// error number after filling the buffer. Overloads pick the one at hand; both are safe between threads.
+[[maybe_unused]] std::string errorText(const char* text, const char*) {
+    return text;
+}
+[[maybe_unused]] std::string errorText(int failure, const char* buffer) {
+    return failure == 0 ? buffer : "Unknown error";
+}
+
+std::string systemText(int errorNumber) {
+    std::array<char, 256> buffer{};
+    return errorText(strerror_r(errorNumber, buffer.data(), buffer.size()), buffer.data());
+}
+
+constexpr std::uint64_t largestOffset = std::numeric_limits<off_t>::max();
+/// Some systems refuse single transfers of 2 GiB and more.
+constexpr std::size_t largestTransfer = std::size_t{1} << 30;
+
+/// Owns an open file and knows its path, for error texts.
+class Descriptor {
+public:
+    Descriptor(int number, std::string path) : m_number(number), m_path(std::move(path)) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (m_number >= 0) ::close(m_number);
+    }
+
+    int number() const { return m_number; }
+
+    [[noreturn]] void fail(int errorNumber = errno) const { throw FileError(m_path, errorNumber); }
+
+    struct stat status() const {
+        struct stat status {};
+        if (::fstat(m_number, &status) != 0) fail();
+        return status;
+    }
+
+    void close() {
+        const int number = std::exchange(m_number, -1);
+        // After an interruption the descriptor is gone as well: closing again could hit somebody else's file.
+        if (::close(number) != 0 && errno != EINTR) fail();
+    }
+
+private:
+    int m_number;
+    std::string m_path;
+};
+
+void requireRegular(const struct stat& status, const std::string& path) {
+    if (S_ISDIR(status.st_mode)) throw FileError(path, EISDIR);
+    if (!S_ISREG(status.st_mode)) throw FileError(path, EINVAL);
+}
+
+int openDescriptor(const std::string& path, int flags) {
+    // A zero byte would end the name early and open some other file.
+    if (path.find('\0') != std::string::npos) throw FileError(path, EINVAL);
+    int number = -1;
+    do {
+        number = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, 0666);
+    } while (number < 0 && errno == EINTR);
+    if (number < 0) throw FileError(path, errno);
+    return number;
+}
+
+/// Opens an existing regular file. Looks before it opens, because opening a device may already do something,
+/// and again afterwards, because another file may have taken the place; without O_NONBLOCK a pipe would wait
+/// there.
+std::unique_ptr<Descriptor> openRegular(const std::string& path, int flags) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0) requireRegular(status, path);
+    auto descriptor = std::make_unique<Descriptor>(openDescriptor(path, flags | O_NONBLOCK), path);
+    requireRegular(descriptor->status(), path);
+    return descriptor;
+}
+
+class PosixReadableFile final : public ReadableFile {
+public:
+    explicit PosixReadableFile(std::unique_ptr<Descriptor> descriptor)
+        : m_descriptor(std::move(descriptor)) {}
+
+    std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
+        std::size_t done = 0;
+        while (done < buffer.size() && offset + done <= largestOffset) {
+            const std::size_t wanted = std::min(buffer.size() - done, largestTransfer);
+            const ssize_t count = ::pread(m_descriptor->number(), buffer.data() + done, wanted,
+                                          static_cast<off_t>(offset + done));
+            if (count == 0) break;
+            if (count > 0) {
+                done += static_cast<std::size_t>(count);
+            } else if (errno != EINTR) {
+                m_descriptor->fail();
+            }
+        }
+        return done;
+    }
+
+    std::uint64_t size() override { return static_cast<std::uint64_t>(m_descriptor->status().st_size); }
+
+private:
+    std::unique_ptr<Descriptor> m_descriptor;
+};
+
+/// Keeps the write position itself and writes at explicit offsets, so that a seek costs no system call.
+class PosixWritableFile final : public WritableFile {
+public:
+    explicit PosixWritableFile(std::unique_ptr<Descriptor> descriptor)
+        : m_descriptor(std::move(descriptor)) {}
+
+    void seek(std::uint64_t offset) override {
+        if (offset > largestOffset) m_descriptor->fail(EINVAL);
+        m_position = offset;
+    }
+
+    std::uint64_t seekToEnd() override {
+        m_position = static_cast<std::uint64_t>(m_descriptor->status().st_size);
+        return m_position;
+    }
+
+    void write(std::span<const std::uint8_t> bytes) override {
+        const std::uint64_t begin = m_position;
+        while (!bytes.empty()) {
+            const std::size_t wanted = std::min(bytes.size(), largestTransfer);
+            const ssize_t count =
+                ::pwrite(m_descriptor->number(), bytes.data(), wanted, static_cast<off_t>(m_position));
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) m_descriptor->fail();
+            if (count == 0) m_descriptor->fail(EIO);
+            m_position += static_cast<std::uint64_t>(count);
+            bytes = bytes.subspan(static_cast<std::size_t>(count));
+        }
+        m_unsentBegin = std::min(m_unsentBegin, begin);
+        m_unsentEnd = std::max(m_unsentEnd, m_position);
+    }
+
+    void truncate(std::uint64_t size) override {
+        if (size > largestOffset) m_descriptor->fail(EINVAL);
+        while (::ftruncate(m_descriptor->number(), static_cast<off_t>(size)) != 0) {
+            if (errno != EINTR) m_descriptor->fail();
+        }
+    }
+
+    void startWriteback() noexcept override {
+        if (m_unsentBegin >= m_unsentEnd) return;
+#ifdef SYNC_FILE_RANGE_WRITE
+        // Where the file system cannot do it, nothing is lost: `synchronise` does the whole work.
+        (void)::sync_file_range(m_descriptor->number(), static_cast<off_t>(m_unsentBegin),
+                                static_cast<off_t>(m_unsentEnd - m_unsentBegin), SYNC_FILE_RANGE_WRITE);
+#endif
+        m_unsentBegin = largestOffset;
+        m_unsentEnd = 0;
+    }
+
+    void synchronise() override {
+        while (::fsync(m_descriptor->number()) != 0) {
+            if (errno == EINTR) continue;
+            if (errno == EINVAL || errno == EROFS || errno == ENOTSUP) return;
+            m_descriptor->fail();
+        }
+    }
+
+    void close() override {
+        m_descriptor->close();
+    }
+
+private:
+    std::unique_ptr<Descriptor> m_descriptor;
+    std::uint64_t m_position = 0;
+    // What was written since the last `startWriteback`; empty when begin is not before end.
+    std::uint64_t m_unsentBegin = largestOffset;
+    std::uint64_t m_unsentEnd = 0;
+};
+
+}  // namespace
+
+FileError::FileError(const std::string& path, int errorNumber)
+    : PlatformError("POSIX", errorNumber, path + ": " + systemText(errorNumber)), m_path(path) {}
+
+std::unique_ptr<ReadableFile> openForReading(const std::string& path) {
+    return std::make_unique<PosixReadableFile>(openRegular(path, O_RDONLY));
+}
+
+std::unique_ptr<WritableFile> createForWriting(const std::string& path) {
+    const int number = openDescriptor(path, O_WRONLY | O_CREAT | O_EXCL);
+    return std::make_unique<PosixWritableFile>(std::make_unique<Descriptor>(number, path));
+}
+
+std::unique_ptr<WritableFile> openForUpdating(const std::string& path) {
+    return std::make_unique<PosixWritableFile>(openRegular(path, O_WRONLY));
+}
+
+}  // namespace zeb
