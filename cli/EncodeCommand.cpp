@@ -1,0 +1,47 @@
+#include "cli/EncodeCommand.h"
+
+#include <CLI/App.hpp>
+#include <memory>
+
+#include "cli/EncodeArguments.h"
+#include "cli/EncodeJob.h"
+#include "cli/Encoding.h"
+#include "cli/ProgressReporter.h"
+#include "platform/ffmpeg/FFmpegMediaLibrary.h"
+
+namespace zeb::cli {
+namespace {
+
+ExitCode encode(const EncodeArguments& arguments, Console& console) {
+    const std::vector<EncodeJob> jobs = planJobs(arguments);
+    if (arguments.dither && arguments.mode != 4) {
+        console.complain("--dither has no effect in Mode 32", Colour::yellow);
+    }
+    const auto library =
+        makeFFmpegMediaLibrary(arguments.verbose ? MediaLogging::verbose : MediaLogging::silent);
+    const auto reporter = makeProgressReporter(arguments.progress, console,
+                                               arguments.verbose ? Verbosity::verbose : Verbosity::quiet);
+    ExitCode result = ExitCode::done;
+    for (const EncodeJob& job : jobs) {
+        const ExitCode code = Encoding(arguments, job, *library, *reporter).run();
+        if (code == ExitCode::interrupted) return code;
+        if (result == ExitCode::done) result = code;
+    }
+    return result;
+}
+
+}  // namespace
+
+std::function<ExitCode()> declareEncode(CLI::App& parser, Console& console) {
+    const auto arguments = std::make_shared<EncodeArguments>();
+    declareEncodeArguments(parser, *arguments);
+    parser.footer(
+        std::string(
+            "The result goes to standard output, as does the progress; warnings, errors and the log go to\n"
+            "standard error. An interrupt (Ctrl-C) finishes the movie at its last whole second; a second\n"
+            "one ends the program at once.\n\n") +
+        exitCodeHelp);
+    return [arguments, &console] { return encode(*arguments, console); };
+}
+
+}  // namespace zeb::cli

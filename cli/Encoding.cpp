@@ -1,0 +1,118 @@
+#include "cli/Encoding.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <system_error>
+
+#include "cli/Failure.h"
+#include "cli/Interruption.h"
+#include "cli/OpenedSource.h"
+#include "cli/SpeedMeter.h"
+#include "cli/Text.h"
+#include "conversion/ConversionRun.h"
+#include "format/ZEBConverterError.h"
+#include "platform/FileManager.h"
+
+namespace zeb::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+// A run marks the lines of its log that are warnings, but for those that tell that the sound is lost.
+bool isWarning(const std::string& line) {
+    return line.starts_with("Warnung: ") || line.starts_with("AudioReader konnte nicht starten") ||
+           line.starts_with("Audio leer");
+}
+
+}  // namespace
+
+ExitCode Encoding::run() {
+    m_reporter.began(m_job);
+    try {
+        convert();
+        return ExitCode::done;
+    } catch (...) {
+        const Failure failure = describeCurrentFailure();
+        const PartialOutput::Outcome outcome = m_partialOutput.settle();
+        const std::string separator = outcome.text.empty() ? "" : "; ";
+        m_reporter.failed({failure.text + separator + outcome.text, failure.exitCode, outcome.keptSeconds});
+        return failure.exitCode;
+    }
+}
+
+void Encoding::convert() {
+    if (isInterrupted()) throw ZEBConverterError::cancelled();
+    checkOutput();
+    const auto start = Clock::now();
+    const OpenedSource source(m_library, m_job.input, isInterrupted);
+    const Settings settings = proposeSettings(source.asset());
+
+    ConversionPlan plan;
+    SpeedMeter meter(start);
+    ConversionCallbacks callbacks;
+    callbacks.isCancelled = isInterrupted;
+    callbacks.progress = [&](const std::string& text, double) {
+        m_partialOutput.noteCreated();
+        if (isWarning(text)) {
+            m_reporter.warned(text);
+        } else {
+            m_reporter.logged(text);
+        }
+    };
+    callbacks.planned = [&](const ConversionPlan& made) {
+        plan = made;
+        m_partialOutput.noteReplaced();
+        m_reporter.planned(settings, plan);
+    };
+    callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t bytesWritten) {
+        const auto now = Clock::now();
+        // What came before the first frame, analysis and sound, says nothing about the frames to come.
+        if (framesDone == 1) meter = SpeedMeter(now);
+        m_partialOutput.noteCreated();
+        meter.note(now, framesDone);
+        m_reporter.advanced({framesDone, plan.totalFrames, plan.fps, bytesWritten, meter.speed(),
+                             meter.secondsFor(plan.totalFrames - framesDone)});
+    };
+    ConversionRun(source, m_arguments.threads).convert(m_job.input, m_job.output, settings, callbacks);
+
+    const std::chrono::duration<double> elapsed = Clock::now() - start;
+    const std::uint64_t bytes = openForReading(m_job.output)->size();
+    m_reporter.finished({plan.size, plan.totalFrames, plan.seconds, bytes, elapsed.count()});
+}
+
+void Encoding::checkOutput() const {
+    const std::string& output = m_job.output;
+    // The run itself refuses that, with its own text.
+    if (files::isSameFile(m_job.input, output)) return;
+
+    std::error_code ignored;
+    const fs::file_status target = fs::status(output, ignored);
+    if (fs::is_directory(target)) throw FileError(output, EISDIR);
+    // Replacing a link to a device would remove the link.
+    if (fs::exists(target) && !fs::is_regular_file(target))
+        throw OutputRefused(output + ": not a regular file");
+    if (files::kindOf(output) && !m_arguments.force) {
+        throw OutputRefused(output + ": exists already (use --force to replace it)");
+    }
+    const fs::path parent = fs::path(output).parent_path();
+    const std::string folder = parent.empty() ? "." : parent.string();
+    if (!fs::is_directory(folder, ignored))
+        throw FileError(output, fs::exists(folder, ignored) ? ENOTDIR : ENOENT);
+    if (access(folder.c_str(), W_OK | X_OK) != 0) throw FileError(output, errno);
+}
+
+Settings Encoding::proposeSettings(const MediaAsset& asset) {
+    if (asset.videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
+    const auto soundTracks = static_cast<std::int64_t>(asset.soundTracks().size());
+    if (m_arguments.audioChannels > 0 && soundTracks > 0 && m_arguments.track > soundTracks) {
+        m_reporter.warned("there is no sound track " + std::to_string(m_arguments.track) + "; track " +
+                          std::to_string(soundTracks) + ", the last one, is taken");
+    }
+    return settingsFor(m_arguments, m_job.input, sourceInfo(asset.videoTracks().front()));
+}
+
+}  // namespace zeb::cli

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+
+#include "cli/EncodeArguments.h"
+#include "cli/EncodeJob.h"
+#include "cli/ExitCode.h"
+#include "cli/PartialOutput.h"
+#include "cli/ProgressReporter.h"
+#include "platform/Media.h"
+
+namespace zeb::cli {
+
+/// The conversion of one input from the first look at it to the report of how it ended.
+class Encoding {
+public:
+    Encoding(const EncodeArguments& arguments, const EncodeJob& job, const MediaLibrary& library,
+             ProgressReporter& reporter)
+        : m_arguments(arguments),
+          m_job(job),
+          m_library(library),
+          m_reporter(reporter),
+          m_partialOutput(job.output) {}
+
+    /// Converts and reports; throws nothing that a conversion throws. A movie that could not be completed is
+    /// made a shorter one, or removed when it has no whole second.
+    ExitCode run();
+
+private:
+    void convert();
+    // Refuses an output that must not be replaced or cannot be created, before long work is done for nothing.
+    void checkOutput() const;
+    Settings proposeSettings(const MediaAsset& asset);
+
+    const EncodeArguments& m_arguments;
+    const EncodeJob& m_job;
+    const MediaLibrary& m_library;
+    ProgressReporter& m_reporter;
+    PartialOutput m_partialOutput;
+};
+
+}  // namespace zeb::cli

@@ -1,0 +1,52 @@
+#include "cli/Interruption.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+
+namespace zeb::cli {
+namespace {
+
+// A signal handler has no other way to reach the program than a global.
+std::atomic<bool> interrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+extern "C" void noteInterruption(int) {
+    interrupted.store(true, std::memory_order_relaxed);
+}
+
+void requestStopOn(int signal) {
+    struct sigaction action {};
+    action.sa_handler = noteInterruption;
+    sigemptyset(&action.sa_mask);
+    // Reset: the second signal gets the system's default. Restart: writes of the movie are not cut into.
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    sigaction(signal, &action, nullptr);
+}
+
+bool isIgnored(int signal) {
+    struct sigaction action {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+}  // namespace
+
+void prepareProcess() noexcept {
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        // The lowest free number is taken, which is this one.
+        if (fcntl(descriptor, F_GETFD) == -1) static_cast<void>(open("/dev/null", O_RDWR));
+    }
+    requestStopOn(SIGINT);
+    requestStopOn(SIGTERM);
+    if (!isIgnored(SIGHUP)) requestStopOn(SIGHUP);
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
+}
+
+bool isInterrupted() noexcept {
+    return interrupted.load(std::memory_order_relaxed);
+}
+
+}  // namespace zeb::cli

@@ -1,0 +1,103 @@
+#include "cli/Program.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <functional>
+#include <new>
+#include <sstream>
+
+#include "cli/Command.h"
+#include "cli/UsageError.h"
+
+namespace zeb::cli {
+namespace {
+
+// The parser's messages may span lines; a person gets one.
+std::string oneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    while (!text.empty() && (text.back() == ' ' || text.back() == '.'))
+        text.pop_back();
+    return text;
+}
+
+// The parser takes a file named "[a,b]" for a list of two. Written as "./[a,b]" it is a file again; values of
+// options stay as they are.
+std::vector<std::string> withBracketsProtected(std::vector<std::string> words, const CLI::App& parser) {
+    bool isValue = false;
+    bool namesOnly = false;
+    for (std::string& word : words) {
+        const bool isBracketed = word.starts_with('[') && word.ends_with(']');
+        if (isBracketed && !isValue) word.insert(0, "./");
+        namesOnly = namesOnly || word == "--";
+        const CLI::Option* option = namesOnly || isValue ? nullptr : parser.get_option_no_throw(word);
+        isValue = option != nullptr && !option->get_positional() && option->get_items_expected_min() > 0;
+    }
+    return words;
+}
+
+ExitCode parseAndRun(const std::vector<std::string>& arguments, Console& console) {
+    CLI::App program("Turns video files into ZEB movies for the Sinclair QL family and SMSQ/E.", "zeb");
+    program.set_version_flag("--version", "zeb " ZEB_VERSION, "Print the version and exit");
+    program.set_help_flag("-h,--help", "Print this help and exit");
+    program.footer(exitCodeHelp);
+    program.require_subcommand(1);
+    // A later option overrides an earlier one, so that an alias can carry defaults.
+    program.option_defaults()->take_last();
+    program.get_formatter()->column_width(28);
+
+    std::function<ExitCode()> run;
+    for (const Command& command : commands()) {
+        CLI::App* parser = program.add_subcommand(command.name, command.summary);
+        parser->callback([&run, action = command.declare(*parser, console)] { run = action; });
+    }
+    const auto withHint = [&program](const std::string& text) {
+        const std::vector<CLI::App*> chosen = program.get_subcommands();
+        const std::string name = chosen.empty() ? "" : chosen.front()->get_name() + " ";
+        return UsageError(text + " (see \"zeb " + name + "--help\")");
+    };
+    try {
+        std::vector<std::string> words = arguments;
+        for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; })) {
+            if (!words.empty() && words[0] == command->get_name())
+                words = withBracketsProtected(words, *command);
+        }
+        // The parser takes them last one first.
+        std::reverse(words.begin(), words.end());
+        program.parse(words);
+        return run();
+    } catch (const UsageError& error) {
+        throw withHint(error.what());
+    } catch (const CLI::Success& request) {
+        std::ostringstream text;
+        program.exit(request, text, text);
+        console.write(text.str());
+        return console.outIsGood() ? ExitCode::done : ExitCode::unwritableOutput;
+    } catch (const CLI::ParseError& error) {
+        // What nobody took explains more than what is missing because of it.
+        const std::vector<std::string> unknown = program.remaining(true);
+        if (!unknown.empty()) throw withHint("unexpected argument \"" + unknown.front() + "\"");
+        throw withHint(oneLine(error.what()));
+    }
+}
+
+}  // namespace
+
+ExitCode runProgram(const std::vector<std::string>& arguments, Console& console) noexcept {
+    try {
+        return parseAndRun(arguments, console);
+    } catch (const UsageError& error) {
+        console.complain(error.what());
+        return ExitCode::wrongUsage;
+    } catch (const std::bad_alloc&) {
+        console.complain("out of memory");
+    } catch (const std::exception& error) {
+        console.complain(error.what());
+    } catch (...) {
+        console.complain("unknown error");
+    }
+    return ExitCode::conversionFailed;
+}
+
+}  // namespace zeb::cli

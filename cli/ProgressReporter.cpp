@@ -1,0 +1,56 @@
+#include "cli/ProgressReporter.h"
+
+#include "cli/BarProgress.h"
+#include "cli/JsonProgress.h"
+#include "cli/PlainProgress.h"
+#include "cli/SilentProgress.h"
+#include "cli/Text.h"
+
+namespace zeb::cli {
+
+void ProgressReporter::began(const EncodeJob& job) {
+    m_job = job;
+}
+
+void ProgressReporter::planned(const Settings&, const ConversionPlan&) {}
+
+void ProgressReporter::logged(const std::string& line) {
+    if (isVerbose()) m_console.log(line);
+}
+
+void ProgressReporter::warned(const std::string& line) {
+    m_console.complain(m_job.input + ": " + line, Colour::yellow);
+}
+
+void ProgressReporter::finished(const EncodeSummary& summary) {
+    m_console.writeLine(m_job.output + ": " + std::to_string(summary.size.width) + "x" +
+                        std::to_string(summary.size.height) + ", " +
+                        countText(summary.frames, "frame", "frames") + ", " +
+                        durationText(static_cast<double>(summary.seconds)) + ", " + byteText(summary.bytes));
+}
+
+void ProgressReporter::failed(const EncodeFailure& failure) {
+    // Some texts begin with the file already.
+    const bool namesFile =
+        failure.message.starts_with(m_job.input + ": ") || failure.message.starts_with(m_job.output + ": ");
+    m_console.complain(namesFile ? failure.message : m_job.input + ": " + failure.message);
+}
+
+std::unique_ptr<ProgressReporter> makeProgressReporter(ProgressStyle style, Console& console,
+                                                       Verbosity verbosity) {
+    if (style == ProgressStyle::automatic) {
+        style = console.outTerminal().isTerminal ? ProgressStyle::bar : ProgressStyle::plain;
+    }
+    switch (style) {
+        case ProgressStyle::bar:
+            return std::make_unique<BarProgress>(console, verbosity);
+        case ProgressStyle::json:
+            return std::make_unique<JsonProgress>(console, verbosity);
+        case ProgressStyle::none:
+            return std::make_unique<SilentProgress>(console, verbosity);
+        default:
+            return std::make_unique<PlainProgress>(console, verbosity);
+    }
+}
+
+}  // namespace zeb::cli

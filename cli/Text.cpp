@@ -1,0 +1,130 @@
+#include "cli/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+namespace zeb::cli {
+namespace {
+
+struct CodePoint {
+    char32_t value;
+    std::size_t length;  // in bytes; 0 when the bytes are not UTF-8
+};
+
+// The code point that `text`, which is not empty, starts with.
+CodePoint firstCodePoint(std::string_view text) {
+    const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    const unsigned char lead = byte(0);
+    if (lead < 0x80) return {lead, 1};
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return {0, 0};
+    char32_t value = lead & (0xFFu >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xC0u) != 0x80) return {0, 0};
+        value = (value << 6) | (byte(i) & 0x3Fu);
+    }
+    constexpr std::array<char32_t, 5> smallest = {0, 0, 0x80, 0x800, 0x10000};
+    const bool isSurrogate = value >= 0xD800 && value <= 0xDFFF;
+    if (value < smallest[length] || value > 0x10FFFF || isSurrogate) return {0, 0};
+    return {value, length};
+}
+
+bool isHarmful(char32_t c) {
+    const bool isControl = c < 0x20 || (c >= 0x7F && c < 0xA0);
+    const bool breaksLine = c == 0x2028 || c == 0x2029;
+    const bool turnsDirection =
+        c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+    return isControl || breaksLine || turnsDirection;
+}
+
+std::string escape(const char* format, unsigned value) {
+    std::array<char, 16> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), format, value);
+    return buffer.data();
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const CodePoint first = firstCodePoint(text);
+        if (first.length == 0) {
+            result += escape("\\x%02x", static_cast<unsigned char>(text[0]));
+        } else if (!isHarmful(first.value)) {
+            result += text.substr(0, first.length);
+        } else {
+            result += escape(first.value < 0x80 ? "\\x%02x" : "\\u%04x", first.value);
+        }
+        text.remove_prefix(std::max<std::size_t>(first.length, 1));
+    }
+    return result;
+}
+
+std::size_t characterCount(std::string_view text) {
+    std::size_t count = 0;
+    for (const char c : text)
+        count += (static_cast<unsigned char>(c) & 0xC0u) != 0x80;
+    return count;
+}
+
+std::string_view leadingCharacters(std::string_view text, std::size_t count) {
+    std::size_t end = 0;
+    while (end < text.size()) {
+        const bool startsCharacter = (static_cast<unsigned char>(text[end]) & 0xC0u) != 0x80;
+        if (startsCharacter && count-- == 0) break;
+        ++end;
+    }
+    return text.substr(0, end);
+}
+
+std::string byteText(std::uint64_t bytes) {
+    if (bytes < 1000) return countText(static_cast<std::int64_t>(bytes), "byte", "bytes");
+    static constexpr std::array units = {"kB", "MB", "GB", "TB"};
+    double value = static_cast<double>(bytes) / 1000;
+    std::size_t unit = 0;
+    // 999.95 would be printed as 1000.0.
+    while (value >= 999.95 && unit + 1 < units.size()) {
+        value /= 1000;
+        ++unit;
+    }
+    return decimalText(value, 1) + " " + units[unit];
+}
+
+std::string durationText(double seconds) {
+    // Also takes what is not a number to 0.
+    const double limited = seconds > 0 ? std::min(seconds, 3.6e12) : 0;
+    const long long total = std::llround(limited);
+    const long long hours = total / 3600;
+    std::array<char, 32> buffer{};
+    if (hours > 0) {
+        std::snprintf(buffer.data(), buffer.size(), "%lld:%02lld:%02lld", hours, total / 60 % 60, total % 60);
+    } else {
+        std::snprintf(buffer.data(), buffer.size(), "%lld:%02lld", total / 60, total % 60);
+    }
+    return buffer.data();
+}
+
+std::string countText(std::int64_t count, const char* singular, const char* plural) {
+    return std::to_string(count) + " " + (count == 1 ? singular : plural);
+}
+
+std::string decimalText(double value, int decimals) {
+    std::array<char, 400> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "%.*f", decimals, value);
+    return buffer.data();
+}
+
+std::optional<int> wholeNumber(std::string_view text, int lowest, int highest) {
+    int value = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || rest != end || value < lowest || value > highest) return std::nullopt;
+    return value;
+}
+
+}  // namespace zeb::cli

@@ -1,0 +1,284 @@
+#include "codec/RLE2.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cassert>
+#include <cstring>
+#include <limits>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace zeb {
+
+namespace {
+
+constexpr std::size_t itemBytes = 2;
+constexpr std::size_t longestPacket = 128;  ///< items that the compressor puts into one packet
+
+/// Tells which words of a sequence equal their right neighbours, one bit for each, a stretch at a time.
+/// Beyond the last word stands one set bit, so that a search for the next run always ends.
+class EqualNeighbours {
+public:
+    explicit EqualNeighbours(std::span<const std::uint8_t> raw)
+        : m_raw(raw.data()), m_count(raw.size() / itemBytes) {}
+
+    /// Makes the bits from `position` on available, for at least `lookAhead` words.
+    void advanceTo(std::size_t position) {
+        if (position + lookAhead > m_end) refill(position);
+    }
+
+    /// The 64 bits from `position` on, the first one lowest.
+    std::uint64_t bits(std::size_t position) const {
+        const std::size_t index = (position - m_start) / 64;
+        const unsigned shift = (position - m_start) % 64;
+        return (m_bits[index] >> shift) | ((m_bits[index + 1] << 1) << (63 - shift));
+    }
+
+private:
+    /// A literal and a run, each of the greatest length, and what the last `bits` reads beyond them.
+    static constexpr std::size_t lookAhead = 2 * longestPacket + 2 * 64;
+    static constexpr std::size_t stretch = 64;  ///< entries of 64 bits
+
+    void refill(std::size_t position) {
+        m_start = position;
+        m_end = position + stretch * 64;
+        for (std::size_t index = 0; index < stretch; ++index)
+            m_bits[index] = compare(position + index * 64);
+    }
+
+    std::uint64_t compare(std::size_t first) const {
+        std::uint64_t equal = 0;
+        std::size_t done = 0;
+#ifdef __SSE2__
+        if (first + 64 < m_count) {
+            for (; done < 64; done += 16) {
+                const std::uint8_t* words = m_raw + (first + done) * itemBytes;
+                const auto at = [](const std::uint8_t* bytes) {
+                    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+                };
+                const __m128i low = _mm_cmpeq_epi16(at(words), at(words + 2));
+                const __m128i high = _mm_cmpeq_epi16(at(words + 16), at(words + 18));
+                const int mask = _mm_movemask_epi8(_mm_packs_epi16(low, high));
+                equal |= static_cast<std::uint64_t>(static_cast<std::uint32_t>(mask)) << done;
+            }
+        }
+#endif
+        for (; done < 64 && first + done + 1 < m_count; ++done) {
+            const std::uint8_t* word = m_raw + (first + done) * itemBytes;
+            equal |= static_cast<std::uint64_t>(word[0] == word[2] && word[1] == word[3]) << done;
+        }
+        if (first <= m_count && m_count - first < 64) equal |= std::uint64_t{1} << (m_count - first);
+        return equal;
+    }
+
+    const std::uint8_t* m_raw;
+    std::size_t m_count;
+    std::size_t m_start = 0;
+    std::size_t m_end = 0;
+    std::array<std::uint64_t, stretch + 1> m_bits{};  // one more: `bits` reads in pairs
+};
+
+/// Literal words from `position` on: up to the next run or the end.
+std::size_t literalLength(const EqualNeighbours& equal, std::size_t position) {
+    std::size_t length = 0;
+    while (length < longestPacket) {
+        const std::uint64_t bits = equal.bits(position + length);
+        if (bits != 0)
+            return std::min(longestPacket, length + static_cast<std::size_t>(std::countr_zero(bits)));
+        length += 64;
+    }
+    return longestPacket;
+}
+
+/// Words of the run that starts at `position`; 1 when there is none.
+std::size_t runLength(const EqualNeighbours& equal, std::size_t position) {
+    std::size_t neighbours = 0;
+    while (neighbours < longestPacket) {
+        const auto ones = static_cast<std::size_t>(std::countr_one(equal.bits(position + neighbours)));
+        neighbours += ones;
+        if (ones < 64) break;
+    }
+    return std::min(longestPacket, neighbours + 1);
+}
+
+/// Room for copies in whole blocks, whose last one reaches beyond what is needed.
+constexpr std::size_t copyBlock = 32;
+
+/// Copies `count` bytes in whole blocks: up to `copyBlock` - 1 bytes more are read and written, a single
+/// block at least. A fixed size is a few instructions, and a loop that ends at once most times is predicted
+/// well.
+inline void copyBlocks(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
+    std::memcpy(to, from, copyBlock);
+    for (std::size_t done = copyBlock; done < count; done += copyBlock) {
+        std::memcpy(to + done, from + done, copyBlock);
+    }
+}
+
+}  // namespace
+
+void compressRLE2(std::span<const std::uint8_t> raw, std::vector<std::uint8_t>& packets) {
+    assert(raw.size() % itemBytes == 0);
+    const std::size_t count = raw.size() / itemBytes;
+    EqualNeighbours equal(raw);
+
+    // Packets gather here and are appended many at a time: the vector grows rarely and is never filled twice.
+    constexpr std::size_t longestPair = 2 + longestPacket * itemBytes + 1 + itemBytes;
+    std::array<std::uint8_t, 8192> gathered;
+    std::size_t out = 0;
+
+    std::size_t position = 0;
+    while (position < count) {
+        equal.advanceTo(position);
+        if (out + longestPair + copyBlock > gathered.size()) {
+            packets.insert(packets.end(), gathered.begin(),
+                           gathered.begin() + static_cast<std::ptrdiff_t>(out));
+            out = 0;
+        }
+        // A literal, perhaps empty, and then the run that ended it. Which of the two come is hard to predict
+        // in natural pictures: an empty literal is written as well and overwritten.
+        const std::uint64_t bits = equal.bits(position);
+        const std::size_t literal =
+            bits != 0 ? static_cast<std::size_t>(std::countr_zero(bits)) : literalLength(equal, position);
+        const std::uint8_t* words = raw.data() + position * itemBytes;
+        gathered[out] = static_cast<std::uint8_t>(literal - 1);
+        if ((count - position) * itemBytes >= longestPacket * itemBytes + copyBlock) {
+            copyBlocks(&gathered[out + 1], words, literal * itemBytes);
+        } else {
+            std::memcpy(&gathered[out + 1], words, literal * itemBytes);
+        }
+        out += (1 + literal * itemBytes) & -static_cast<std::size_t>(literal > 0);
+        position += literal;
+        if (position == count) break;
+
+        // The run's bits follow in the same 64 most times.
+        std::size_t run = literal < 64 ? 1 + static_cast<std::size_t>(std::countr_one(bits >> literal)) : 64;
+        if (literal + run > 64) run = runLength(equal, position);
+        const std::uint8_t* word = raw.data() + position * itemBytes;
+        gathered[out] = static_cast<std::uint8_t>(257 - run);
+        gathered[out + 1] = word[0];
+        gathered[out + 2] = word[1];
+        // After a literal of the greatest length need not come a run.
+        out += run < 2 ? 0 : 3;
+        position += run < 2 ? 0 : run;
+    }
+    packets.insert(packets.end(), gathered.begin(), gathered.begin() + static_cast<std::ptrdiff_t>(out));
+}
+
+namespace {
+
+constexpr std::size_t headerBytes = 8;
+constexpr std::size_t longestRepeat = 129;
+
+std::uint64_t bigEndian32(const std::uint8_t* bytes) {
+    return (std::uint64_t{bytes[0]} << 24) | (std::uint64_t{bytes[1]} << 16) |
+           (std::uint64_t{bytes[2]} << 8) | bytes[3];
+}
+
+/// Expands as far as `output` is known to take whole packets and `packets` to hold them.
+///
+/// A literal is nearly always followed by a repeat, while a repeat is followed by either. So each round takes
+/// a literal, perhaps an empty one, and a repeat: what came is decided by arithmetic, as branches on it would
+/// be mispredicted half the time.
+template <typename Item>
+void expandWithoutChecks(std::span<const std::uint8_t> packets, std::span<std::uint8_t> output,
+                         std::size_t& in, std::size_t& out) {
+    constexpr std::size_t size = sizeof(Item);
+    constexpr std::size_t roomIn = 1 + longestPacket * size + 1 + size + copyBlock;
+    constexpr std::size_t roomOut = longestPacket * size + longestRepeat * size + copyBlock;
+    if (packets.size() < roomIn || output.size() < roomOut) return;
+    const std::uint8_t* from = packets.data() + in;
+    const std::uint8_t* const lastFrom = packets.data() + packets.size() - roomIn;
+    std::uint8_t* to = output.data() + out;
+    std::uint8_t* const lastTo = output.data() + output.size() - roomOut;
+
+    while (from <= lastFrom && to <= lastTo) {
+        const auto first = static_cast<std::int64_t>(static_cast<std::int8_t>(*from));
+        const std::int64_t isLiteral = ~(first >> 63);  // all bits or none
+        const auto literalBytes = static_cast<std::size_t>((first + 1) & isLiteral) * size;
+        copyBlocks(to, from + 1, literalBytes);
+        from += literalBytes + static_cast<std::size_t>(isLiteral & 1);
+        to += literalBytes;
+
+        const std::size_t control = *from;
+        if (control < 0x80) [[unlikely]]
+            continue;
+        const std::size_t repeatBytes = (257 - control) * size;
+        Item item;
+        std::memcpy(&item, from + 1, size);
+        // All ones divided by the largest item is 1 in every place of an item.
+        std::array<std::uint64_t, copyBlock / 8> block;
+        block.fill(item * (std::numeric_limits<std::uint64_t>::max() / std::numeric_limits<Item>::max()));
+        for (std::size_t done = 0; done < repeatBytes; done += copyBlock) {
+            std::memcpy(to + done, block.data(), copyBlock);
+        }
+        from += 1 + size;
+        to += repeatBytes;
+    }
+    in = static_cast<std::size_t>(from - packets.data());
+    out = static_cast<std::size_t>(to - output.data());
+}
+
+/// Expands `packets` into `output`, the first bytes of `capacity` bytes of which only these matter.
+template <typename Item>
+bool expandItems(std::span<const std::uint8_t> packets, std::span<std::uint8_t> output,
+                 std::uint64_t capacity) {
+    constexpr std::size_t size = sizeof(Item);
+    std::size_t in = 0;
+    std::size_t out = 0;
+    expandWithoutChecks<Item>(packets, output, in, out);
+    while (out < output.size() && in < packets.size()) {
+        const std::size_t control = packets[in++];
+        if (control < 0x80) {
+            const std::size_t bytes = (control + 1) * size;
+            if (bytes > packets.size() - in || bytes > capacity - out) break;
+            std::memcpy(&output[out], &packets[in], std::min(bytes, output.size() - out));
+            in += bytes;
+            out += bytes;
+        } else {
+            if (size > packets.size() - in) break;
+            for (std::size_t n = 257 - control; n > 0 && out < output.size() && size <= capacity - out; --n) {
+                std::memcpy(&output[out], &packets[in], std::min(size, output.size() - out));
+                out += size;
+            }
+            in += size;
+        }
+    }
+    return out >= output.size();
+}
+
+}  // namespace
+
+bool expandRLE2(std::span<const std::uint8_t> block, std::size_t expectedLength,
+                std::vector<std::uint8_t>& expanded) {
+    const auto fail = [&] {
+        expanded.clear();
+        return false;
+    };
+    if (block.size() < headerBytes || std::memcmp(block.data(), "RLE", 3) != 0) return fail();
+    if (block[3] != '1' && block[3] != '2' && block[3] != '4') return fail();
+    const std::size_t size = block[3] - std::size_t{'0'};
+    const auto packets = block.subspan(headerBytes);
+
+    // Nothing expands more than a repeat; what is too little even so needs no memory.
+    const std::size_t mostPackets = packets.size() / (1 + size) + 1;
+    if (expectedLength / (longestRepeat * size) > mostPackets) return fail();
+
+    const std::uint64_t capacity = std::max<std::uint64_t>(expectedLength, bigEndian32(&block[4]));
+    expanded.resize(expectedLength);
+    const bool complete = size == 1   ? expandItems<std::uint8_t>(packets, expanded, capacity)
+                          : size == 2 ? expandItems<std::uint16_t>(packets, expanded, capacity)
+                                      : expandItems<std::uint32_t>(packets, expanded, capacity);
+    return complete || fail();
+}
+
+std::optional<std::vector<std::uint8_t>> expandRLE2(std::span<const std::uint8_t> block,
+                                                    std::size_t expectedLength) {
+    std::vector<std::uint8_t> expanded;
+    if (!expandRLE2(block, expectedLength, expanded)) return std::nullopt;
+    return expanded;
+}
+
+}  // namespace zeb

@@ -1,0 +1,155 @@
+#include "conversion/AudioReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <optional>
+#include <utility>
+
+#include "conversion/SoundResampler.h"
+#include "format/ZEBConverterError.h"
+
+namespace zeb {
+
+namespace {
+
+struct Request {
+    const MediaAsset& asset;
+    std::size_t track;
+    int targetRate;
+    int channels;
+    std::uint64_t maximumFrames;
+    IsCancelled isCancelled;
+
+    void poll() const {
+        if (isCancelled()) throw ZEBConverterError::cancelled();
+    }
+};
+
+/// What decoding the track once from start to end has given.
+struct Pass {
+    bool started = false;
+    SoundFormat format;  ///< as last reported
+    std::uint64_t samples = 0;
+    bool formatChanged = false;  ///< after the first samples: `bytes` holds nothing then
+    SoundBytes bytes;
+};
+
+/// The format of a buffer; nothing when it does not say a usable one.
+std::optional<SoundFormat> reportedFormat(const SampleBuffer& buffer) {
+    constexpr double highestRate = 2147483647;
+    if (!(buffer.sampleRate > 0 && buffer.sampleRate <= highestRate) || buffer.channelsPerFrame < 1)
+        return {};
+    return SoundFormat{buffer.sampleRate, buffer.channelsPerFrame};
+}
+
+void produceAll(SoundResampler& resampler, SoundBytes& bytes, const Request& request) {
+    while (resampler.produce(bytes))
+        request.poll();
+}
+
+void resample(std::span<const float> samples, SoundResampler& resampler, SoundBytes& bytes,
+              const Request& request) {
+    constexpr std::size_t pieceSize = 16384;  // bounds what the resampler keeps, however large a buffer is
+    while (!samples.empty()) {
+        const auto piece = samples.first(std::min(samples.size(), pieceSize));
+        resampler.append(piece);
+        request.poll();
+        produceAll(resampler, bytes, request);
+        samples = samples.subspan(piece.size());
+    }
+}
+
+/// The next buffer; damage counts as the end.
+std::optional<SampleBuffer> nextBuffer(SoundReader& reader) {
+    try {
+        return reader.copyNextSampleBuffer();
+    } catch (const MediaError& error) {
+        if (error.code() != MediaError::cannotDecode) throw;
+        return {};
+    }
+}
+
+/// Decodes the track once; with a `fixedFormat` that one holds, whatever the buffers report.
+Pass decodeOnce(const Request& request, const std::optional<SoundFormat>& fixedFormat) {
+    Pass pass;
+    const auto reader = request.asset.makeSoundReader(request.track, request.isCancelled);
+    pass.started = reader->startReading();
+    if (!pass.started) return pass;
+
+    if (fixedFormat) pass.format = *fixedFormat;
+    std::optional<SoundResampler> resampler;
+    for (;;) {
+        request.poll();
+        const std::optional<SampleBuffer> buffer = nextBuffer(*reader);
+        if (!buffer) break;
+        const SoundFormat format = fixedFormat ? *fixedFormat : reportedFormat(*buffer).value_or(pass.format);
+        if (format != pass.format && pass.samples > 0) {
+            pass.formatChanged = true;
+            resampler.reset();
+            pass.bytes = {};
+        }
+        pass.format = format;
+        pass.samples += buffer->samples.size();
+        if (pass.formatChanged || buffer->samples.empty()) continue;
+        if (!resampler) {
+            resampler.emplace(pass.format, request.targetRate, request.channels, request.maximumFrames);
+        }
+        resample(buffer->samples, *resampler, pass.bytes, request);
+    }
+    if (resampler) {
+        resampler->finish();
+        produceAll(*resampler, pass.bytes, request);
+    }
+    return pass;
+}
+
+std::string formatLine(const Pass& pass, const Request& request) {
+    const std::uint64_t sourceFrames = SoundResampler::sourceFrames(pass.samples, pass.format);
+    const std::uint64_t frames = SoundResampler::targetFrames(sourceFrames, pass.format, request.targetRate);
+    return "Audio: src " + std::to_string(static_cast<std::int64_t>(pass.format.sampleRate)) + "Hz, " +
+           std::to_string(pass.format.channels) + "ch, frames=" + std::to_string(sourceFrames) + " → dst " +
+           std::to_string(request.targetRate) + "Hz, " + std::to_string(request.channels) +
+           "ch, frames=" + std::to_string(frames);
+}
+
+}  // namespace
+
+SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
+                             const IsCancelled& isCancelled,
+                             const std::function<void(const std::string&)>& log,
+                             std::uint64_t maximumFrames) {
+    const auto say = [&](const std::string& text) {
+        if (log) log(text);
+    };
+    const std::size_t count = asset.soundTracks().size();
+    if (count == 0) {
+        say("Kein Audio-Track – schreibe ohne Audio.");
+        return {};
+    }
+    const std::size_t track = std::min(static_cast<std::size_t>(std::max(trackIndex, 0)), count - 1);
+    const Request request{asset,    track,         targetRate,
+                          channels, maximumFrames, isCancelled ? isCancelled : [] { return false; }};
+    try {
+        Pass pass = decodeOnce(request, {});
+        if (pass.formatChanged) {
+            const SoundFormat last = pass.format;
+            pass = decodeOnce(request, last);
+        }
+        if (!pass.started) {
+            say("AudioReader konnte nicht starten – schreibe ohne Audio.");
+            return {};
+        }
+        if (pass.samples == 0) {
+            say("Audio leer – schreibe ohne Audio.");
+            return {};
+        }
+        say(formatLine(pass, request));
+        return std::move(pass.bytes);
+    } catch (const MediaError& error) {
+        if (error.code() == MediaError::interrupted) throw ZEBConverterError::cancelled();
+        throw;
+    }
+}
+
+}  // namespace zeb

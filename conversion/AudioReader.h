@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <string>
+
+#include "conversion/SoundBytes.h"
+#include "platform/Media.h"
+
+namespace zeb {
+
+/// Takes the sound out of a source.
+class AudioReader {
+public:
+    static constexpr std::uint64_t allFrames = std::numeric_limits<std::uint64_t>::max();
+
+    /// Decodes sound track `trackIndex` (the nearest one when there is none of that number) to unsigned 8-bit
+    /// sound (128 = silence) of `targetRate` frames per second and `channels` interleaved channels (1 or 2),
+    /// resampled as `SoundResampler` says. It is resampled while it is decoded: memory holds the result and a
+    /// bounded buffer. Only where rate or channel count change on the way is the track decoded a second time,
+    /// since the last format then holds for all of its samples.
+    ///
+    /// Nothing, and one line to `log`, when there is no track, none that can be decoded, or no sample in it;
+    /// else `log` gets one line about the format. Of the result the first `maximumFrames` frames are kept.
+    ///
+    /// `isCancelled` (may be empty) is asked before each buffer of the source, at least every 4096 output
+    /// frames and at least every 16384 samples: then `ZEBConverterError::cancelled` is thrown. `MediaError`
+    /// when the track cannot be opened; damage further on ends the sound there.
+    static SoundBytes read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
+                           const IsCancelled& isCancelled, const std::function<void(const std::string&)>& log,
+                           std::uint64_t maximumFrames = allFrames);
+};
+
+}  // namespace zeb

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "conversion/ConversionPlan.h"
+#include "conversion/Settings.h"
+#include "platform/Media.h"
+
+namespace zeb {
+
+/// How a run talks back. All but `isCancelled` are called on the thread that called `convert`, in order; each
+/// may be empty.
+struct ConversionCallbacks {
+    /// A line for status and log, and how far the run is, 0 ... 1.
+    std::function<void(const std::string& text, double fraction)> progress;
+    /// True once the run shall stop; asked often, from several threads.
+    IsCancelled isCancelled;
+    /// The plan, once the source has been analysed.
+    std::function<void(const ConversionPlan&)> planned;
+    /// Frames encoded and bytes written so far; about once per frame.
+    std::function<void(std::int64_t framesDone, std::uint64_t bytesWritten)> advanced;
+};
+
+/// Turns one source video into one ZEB file. A run has no state outside its own variables; several may go on
+/// at once. The bytes of the file depend on the source and the settings only, not on `threads` or timing.
+///
+/// The output must not be the input; an existing file there is replaced. On failure or cancellation a file
+/// that was begun stays as far as it was written: whole one-second blocks, header not completed.
+///
+/// Throws `ZEBConverterError` (cannot create the output, no video track, cancelled), `ZEBWriterError` (beyond
+/// the format's limits), `MediaError` (source), `FileError` (output), `PlatformError` (drawing the first
+/// frame).
+class ConversionRun {
+public:
+    /// `threads`: how many the decoder and the encoders may each use; 0 = as many as the machine has cores.
+    explicit ConversionRun(const MediaLibrary& library, int threads = 0);
+
+    void convert(const std::string& input, const std::string& output, const Settings& settings,
+                 const ConversionCallbacks& callbacks) const;
+
+private:
+    const MediaLibrary& m_library;
+    int m_threads;
+};
+
+}  // namespace zeb

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace zeb {
+
+/// A long row of sound bytes, kept in blocks: it grows without copying what is there, so that a soundtrack of
+/// hours costs its bytes plus at most one block.
+class SoundBytes {
+public:
+    std::uint64_t size() const noexcept { return m_size; }
+    bool empty() const noexcept { return m_size == 0; }
+
+    void append(std::span<const std::uint8_t> bytes);
+
+    /// Copies the bytes from `offset` on into `target`; returns how many there were, fewer than asked at the
+    /// end.
+    std::size_t copy(std::uint64_t offset, std::span<std::uint8_t> target) const;
+
+private:
+    static constexpr std::size_t blockSize = std::size_t{1} << 20;
+
+    std::vector<std::unique_ptr<std::uint8_t[]>> m_blocks;
+    std::uint64_t m_size = 0;
+};
+
+}  // namespace zeb

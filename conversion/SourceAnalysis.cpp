@@ -1,0 +1,59 @@
+#include "conversion/SourceAnalysis.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+namespace zeb {
+
+namespace {
+
+/// Nearest integer, halves away from zero.
+int roundedToInt(double value, const char* what) {
+    const double rounded = std::round(value);
+    if (!(std::abs(rounded) <= std::numeric_limits<int>::max())) {
+        throw MediaError(MediaError::cannotDecode,
+                         std::string("The video track's ") + what + " is not usable.");
+    }
+    return static_cast<int>(rounded);
+}
+
+}  // namespace
+
+SourceInfo sourceInfo(const VideoTrack& track) {
+    constexpr int unknownRate = 25;
+    const MediaSize upright = track.preferredTransform.apply(track.naturalSize);
+    SourceInfo info;
+    info.width = roundedToInt(std::abs(upright.width), "width");
+    info.height = roundedToInt(std::abs(upright.height), "height");
+    info.fps = roundedToInt(track.nominalFrameRate, "frame rate");
+    if (info.fps < 1) info.fps = unknownRate;
+    return info;
+}
+
+std::string proposedTitle(const std::string& path) {
+    std::string_view name = path;
+    while (name.size() > 1 && name.back() == '/')
+        name.remove_suffix(1);
+    const std::size_t slash = name.rfind('/');
+    if (slash != std::string_view::npos && name.size() > 1) name.remove_prefix(slash + 1);
+
+    // A dot in front hides a file and one at the end separates nothing: neither starts an extension.
+    const std::size_t dot = name.rfind('.');
+    if (dot != std::string_view::npos && dot > 0 && dot + 1 < name.size()) name = name.substr(0, dot);
+    return std::string(name);
+}
+
+int proposedSide(int sourceSide) {
+    constexpr int smallest = 64;
+    constexpr int largest = 4096;
+    if (sourceSide < 1) return smallest;
+    return std::clamp(sourceSide / 8 * 8, smallest, largest);
+}
+
+int proposedRate(int sourceRate) {
+    return std::clamp(sourceRate, 1, 60);
+}
+
+}  // namespace zeb

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/FileHandle.h"
+
+namespace zeb {
+
+/// The parsed header of a ZEB file.
+struct ZEBHeader {
+    std::string title;  ///< UTF-8; may hold any character, control characters among them
+    int width = 1;      ///< pixels, at least 1
+    int height = 1;
+    int fps = 1;   ///< frames per second and per block, at least 1
+    int mode = 0;  ///< 4 or 32
+    std::int64_t frameCount = 0;
+    std::int64_t blockSize =
+        0;               ///< largest one-second block in bytes with its length field; 0 = not finished
+    int sampleRate = 0;  ///< Hz
+    int audioChannels = 0;
+    int options = 0;                          ///< bit 0: loop
+    std::vector<std::uint32_t> indexOffsets;  ///< file offsets of the one-second blocks; 0 = not recorded
+};
+
+/// Parses a header body: the bytes that the header size counts, from the title length on. Throws
+/// `ZEBFormatError`.
+ZEBHeader parseHeader(std::span<const std::uint8_t> body);
+
+/// Where things stand in a ZEB file, in bytes from its start.
+struct HeaderPlaces {
+    std::uint64_t totalFrames = 0;
+    std::uint64_t maxSecondBlockSize = 0;
+    std::uint64_t frameIndex = 0;
+    std::uint64_t frameIndexCount = 0;  ///< entries
+    std::uint64_t data = 0;             ///< first one-second block
+};
+
+struct LocatedHeader {
+    ZEBHeader header;  ///< without the index
+    HeaderPlaces places;
+};
+
+/// Reads the header of a file but for its index, which may be large and stays where it is (`indexOffsets` is
+/// empty). Memory stays below 100 KB whatever the file claims. Throws `ZEBFormatError`, `FileError`.
+LocatedHeader readHeader(ReadableFile& file);
+
+}  // namespace zeb
