@@ -1,0 +1,495 @@
+#include "conversion/ConversionRun.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+#include "codec/SpriteEncoder.h"
+#include "format/ZEBConverterError.h"
+#include "format/ZEBWriterError.h"
+#include "platform/FileHandle.h"
+#include "platform/LocalizedText.h"
+#include "platform/fake/FakeMedia.h"
+#include "tests/platform/FileSizeLimit.h"
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb {
+namespace {
+
+namespace fs = std::filesystem;
+using fake::FakeFilm;
+using fake::FakeLibrary;
+using fake::FakePicture;
+using Bytes = std::vector<std::uint8_t>;
+using Texts = std::vector<std::string>;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr double sourceRate = 10;
+constexpr int fps = 10;
+constexpr double duration = 2.5;
+constexpr std::int64_t seconds = 3;
+constexpr std::int64_t frameCount = seconds * fps;
+constexpr int width = 128;  // 640 x 480 into 128 x 96
+constexpr int height = 96;
+
+std::uint32_t pictureAt(double time) {
+    return static_cast<std::uint32_t>(std::floor(time * sourceRate + 1e-6));
+}
+
+/// When frame `index` is grabbed, in whole ticks of 1/600 s.
+double grabTime(std::int64_t index) {
+    return std::round(std::min(static_cast<double>(index) / fps, duration - 1.0 / 600) * 600) / 600;
+}
+
+FakeFilm filmOf() {
+    FakeFilm film;
+    film.videoTracks = {{{640, 480}, {}, static_cast<float>(sourceRate)}};
+    film.duration = duration;
+    film.grab = [last = std::shared_ptr<const Picture>(), lastIndex = std::uint32_t{0}](
+                    double time, const IsCancelled&) mutable {
+        const std::uint32_t index = pictureAt(time);
+        if (!last || index != lastIndex) last = std::make_shared<FakePicture>(index);
+        lastIndex = index;
+        return last;
+    };
+    // 1.6 s of a ramp, at the target's rate: output byte i is that of source value i.
+    std::vector<float> ramp(32000);
+    for (std::size_t i = 0; i < ramp.size(); ++i)
+        ramp[i] = static_cast<float>(i % 128) / 128;
+    film.soundTracks = {fake::soundOf({{20000, 1, ramp}})};
+    return film;
+}
+
+Bytes soundOfSecond(std::int64_t second, int channels) {
+    Bytes sound;
+    for (std::int64_t i = second * 20000; i < (second + 1) * 20000; ++i) {
+        const double value = i < 32000 ? static_cast<double>(i % 128) / 128 : 0;
+        sound.insert(sound.end(), static_cast<std::size_t>(channels),
+                     static_cast<std::uint8_t>(128 + value * 127));
+    }
+    return sound;
+}
+
+void append(Bytes& bytes, std::uint64_t value, int size) {
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+        bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+}
+
+void append(Bytes& bytes, const Bytes& more) {
+    bytes.insert(bytes.end(), more.begin(), more.end());
+}
+
+/// A movie put together by hand.
+struct ExpectedMovie {
+    Bytes header;
+    std::vector<Bytes> blocks;
+
+    Bytes begun(std::size_t blockCount) const {
+        Bytes bytes = header;
+        for (std::size_t i = 0; i < blockCount; ++i)
+            append(bytes, blocks[i]);
+        return bytes;
+    }
+
+    Bytes finished() const {
+        Bytes index;
+        std::size_t offset = header.size();
+        std::size_t largest = 0;
+        for (const Bytes& block : blocks) {
+            append(index, offset, 4);
+            offset += block.size();
+            largest = std::max(largest, block.size());
+        }
+        Bytes bytes = begun(blocks.size());
+        std::copy(index.begin(), index.end(),
+                  bytes.begin() + static_cast<std::ptrdiff_t>(header.size() - index.size()));
+        Bytes field;
+        append(field, largest, 4);
+        std::copy(field.begin(), field.end(), bytes.begin() + 10 + 4 + 12);
+        return bytes;
+    }
+};
+
+Settings settingsOf(int mode = 32, bool dither = false, int channels = 2) {
+    Settings settings;
+    settings.title = "Film";
+    settings.width = width;
+    settings.height = height;
+    settings.qlModeNumber = mode;
+    settings.dither = dither;
+    settings.audioChannels = channels;
+    settings.loop = true;
+    return settings;
+}
+
+/// `pictures`: the number of the picture that each frame shows, when not the regular one.
+ExpectedMovie expectedMovie(const Settings& settings, int channels,
+                            std::vector<std::uint32_t> pictures = {}) {
+    ExpectedMovie movie;
+    movie.header = {'Z', 'E', 'B', '1'};
+    append(movie.header, 2 + 4 + 24 + 4 * seconds, 4);
+    append(movie.header, 4, 2);
+    append(movie.header, {'F', 'i', 'l', 'm'});
+    for (const int field : {width, height, fps, settings.qlModeNumber})
+        append(movie.header, static_cast<unsigned>(field), 2);
+    append(movie.header, frameCount, 4);
+    append(movie.header, 0, 4);
+    for (const int field : {20000, channels, 1, 0})
+        append(movie.header, static_cast<unsigned>(field), 2);
+    for (int i = 0; i < seconds; ++i)
+        append(movie.header, 0, 4);
+
+    SpriteEncoder encoder;
+    if (pictures.empty()) {
+        for (std::int64_t index = 0; index < frameCount; ++index)
+            pictures.push_back(pictureAt(grabTime(index)));
+    }
+    for (std::int64_t second = 0; second < seconds; ++second) {
+        Bytes body;
+        const Bytes sound = soundOfSecond(second, channels);
+        append(body, sound.size(), 4);
+        append(body, sound);
+        for (std::int64_t index = second * fps; index < (second + 1) * fps; ++index) {
+            const FakePicture picture(pictures[static_cast<std::size_t>(index)]);
+            const Bytes record = settings.qlModeNumber == 32
+                                     ? encoder.encodeMode32Sprite(picture, width, height)
+                                     : encoder.encodeMode4Sprite(picture, width, height, settings.dither);
+            append(body, record.size(), 4);
+            append(body, record);
+        }
+        Bytes block;
+        append(block, body.size(), 4);
+        append(block, body);
+        movie.blocks.push_back(block);
+    }
+    return movie;
+}
+
+Bytes bytesOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void writeFile(const std::string& path, const std::string& text) {
+    std::ofstream(path) << text;
+}
+
+class ConversionRunTest : public testing::Test {
+protected:
+    ConversionRunTest() { library.add(input, filmOf()); }
+
+    void convert(const Settings& settings = settingsOf(), int threads = 2) {
+        ConversionRun(library, threads).convert(input, output, settings, callbacks);
+    }
+
+    /// The case of the converter's error that converting ends with; nothing when it ends well.
+    std::optional<ZEBConverterError::Case> converterError(int threads = 2) {
+        try {
+            convert(settingsOf(), threads);
+        } catch (const ZEBConverterError& error) {
+            return error.errorCase();
+        }
+        return {};
+    }
+
+    test::TemporaryFolder folder;
+    std::string input = folder.file("film.mp4");
+    std::string output = folder.file("film.zeb");
+    FakeLibrary library;
+    Texts texts;
+    std::vector<double> fractions;
+    ConversionCallbacks callbacks{[this](const std::string& text, double fraction) {
+                                      texts.push_back(text);
+                                      fractions.push_back(fraction);
+                                  },
+                                  {},
+                                  {},
+                                  {}};
+};
+
+TEST_F(ConversionRunTest, bytesDependOnSourceAndSettingsOnly) {
+    const std::tuple<int, bool, int> variants[] = {
+        {32, false, 2}, {32, false, 1}, {4, false, 2}, {4, true, 0}};
+    for (const auto& [mode, dither, channels] : variants) {
+        const Settings settings = settingsOf(mode, dither, channels);
+        const Bytes expected = expectedMovie(settings, channels).finished();
+        for (const int threads : {1, 2, 3, 8, 0}) {
+            convert(settings, threads);  // replaces the file of the time before
+            EXPECT_TRUE(bytesOf(output) == expected) << "mode " << mode << ", threads " << threads;
+        }
+    }
+}
+
+TEST_F(ConversionRunTest, reportsItsStagesInOrder) {
+    std::vector<std::int64_t> frames;
+    std::uint64_t bytes = 0;
+    callbacks.planned = [this](const ConversionPlan& plan) {
+        texts.push_back(std::to_string(plan.totalFrames));
+    };
+    callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t bytesWritten) {
+        if (frames.empty() || frames.back() != framesDone) frames.push_back(framesDone);
+        EXPECT_GE(bytesWritten, bytes);
+        bytes = bytesWritten;
+    };
+    convert();
+    const auto second = [](std::int64_t number) {
+        return localizedText("progress_second_format",
+                             {number, seconds, (number - 1) * fps, number * fps - 1});
+    };
+    EXPECT_THAT(texts, ElementsAre("30",
+                                   localizedText("progress_analyze_format",
+                                                 {std::int64_t{640}, std::int64_t{480}, std::int64_t{10},
+                                                  std::int64_t{width}, std::int64_t{height},
+                                                  std::int64_t{fps}, duration, frameCount, seconds}),
+                                   localizedText("progress_extract_audio"),
+                                   "Audio: src 20000Hz, 1ch, frames=32000 → dst 20000Hz, 2ch, frames=32000",
+                                   second(1), second(2), second(3)));
+    EXPECT_THAT(fractions, ElementsAre(0, 0, 0, 0, 1.0 / 3, 2.0 / 3));
+    ASSERT_EQ(frames.size(), static_cast<std::size_t>(frameCount));
+    EXPECT_EQ(frames.front(), 1);
+    EXPECT_EQ(frames.back(), frameCount);
+    EXPECT_EQ(bytes, fs::file_size(output));
+}
+
+TEST_F(ConversionRunTest, padsShortAndEmptyFilms) {
+    for (const double length : {0.3, 0.0, std::nan("")}) {
+        FakeFilm film = filmOf();
+        film.duration = length;
+        FakeLibrary films;
+        films.add(input, film);
+        ConversionRun(films).convert(input, output, settingsOf(), {});
+        std::vector<double> times;
+        const double last = length > 0 ? 0.3 - 1.0 / 600 : 0;
+        for (int i = 0; i < fps; ++i)
+            times.push_back(std::round(std::min(i / 10.0, last) * 600) / 600);
+        EXPECT_EQ(films.record().grabTimes, times);
+        EXPECT_EQ(bytesOf(output)[10 + 4 + 8 + 3], fps);  // frames in all
+    }
+}
+
+TEST_F(ConversionRunTest, drawsAPictureThatStaysOnScreenOnce) {
+    std::vector<std::shared_ptr<FakePicture>> pictures;
+    for (std::uint32_t i = 0; i < 5; ++i)
+        pictures.push_back(std::make_shared<FakePicture>(i));
+    FakeFilm film = filmOf();
+    film.grab = [&](double time, const IsCancelled&) {
+        return pictures[static_cast<std::size_t>(time / 0.5)];
+    };
+    library.add(input, film);
+    convert();
+    for (const auto& picture : pictures)
+        EXPECT_EQ(picture->draws(), 1);
+}
+
+TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
+    FakeFilm film = filmOf();
+    film.grab = [](double time, const IsCancelled&) -> std::shared_ptr<const Picture> {
+        const std::uint32_t index = pictureAt(time);
+        if (index == 10 || index == 11) throw MediaError(MediaError::cannotDecode, "damaged");
+        return std::make_shared<FakePicture>(index, index != 24);
+    };
+    library.add(input, film);
+    std::vector<std::uint32_t> shown;
+    for (std::uint32_t index = 0; index < frameCount; ++index) {
+        shown.push_back(index == 10 || index == 11 ? 9 : index >= 24 ? 23 : index);
+    }
+    const auto warning = [](const char* time) {
+        return std::string("Warnung: Frame-Grab fehlgeschlagen (t=") + time + "s). Wiederhole letztes Frame.";
+    };
+    for (const int threads : {1, 3}) {
+        texts.clear();
+        convert(settingsOf(), threads);
+        EXPECT_TRUE(bytesOf(output) == expectedMovie(settingsOf(), 2, shown).finished());
+        // The first in its second comes after that second's line.
+        ASSERT_EQ(texts.size(), 6u + 2 + 6);
+        EXPECT_EQ(Texts(texts.begin() + 5, texts.begin() + 7), (Texts{warning("1.000"), warning("1.100")}));
+        EXPECT_EQ(texts[8], warning("2.400"));
+        EXPECT_EQ(texts[9], warning("2.498"));
+    }
+}
+
+TEST_F(ConversionRunTest, failsWhenTheFirstFrameFails) {
+    const std::pair<const char*, FakeFilm::Grab> grabs[] = {
+        {"damaged",
+         [](double, const IsCancelled&) -> std::shared_ptr<const Picture> {
+             throw MediaError(MediaError::cannotDecode, "damaged");
+         }},
+        {"The picture cannot be drawn.",
+         [](double, const IsCancelled&) { return std::make_shared<FakePicture>(0, false); }},
+    };
+    for (const auto& [text, grab] : grabs) {
+        FakeFilm film = filmOf();
+        film.grab = grab;
+        library.add(input, film);
+        try {
+            convert();
+            ADD_FAILURE();
+        } catch (const PlatformError& error) {
+            EXPECT_STREQ(error.what(), text);
+        }
+        EXPECT_TRUE(bytesOf(output) == expectedMovie(settingsOf(), 2).begun(0));
+    }
+}
+
+TEST_F(ConversionRunTest, writesNoSoundWhereThereIsNone) {
+    const Bytes silent = expectedMovie(settingsOf(), 0).finished();
+    Settings without = settingsOf();
+    without.includeAudio = false;
+    for (const Settings& settings : {without, settingsOf(32, false, 0), settingsOf(32, false, -1)}) {
+        convert(settings);
+        EXPECT_TRUE(bytesOf(output) == silent);
+    }
+    EXPECT_TRUE(library.record().soundReaders.empty());
+
+    FakeFilm film = filmOf();
+    film.soundTracks = {fake::soundOf({})};
+    library.add(input, film);
+    texts.clear();
+    convert();
+    EXPECT_TRUE(bytesOf(output) == silent);
+    EXPECT_EQ(texts[2], "Audio leer – schreibe ohne Audio.");
+}
+
+TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
+    const ExpectedMovie movie = expectedMovie(settingsOf(), 2);
+    std::vector<Bytes> stages{{}};
+    for (std::size_t count = 0; count <= movie.blocks.size(); ++count)
+        stages.push_back(movie.begun(count));
+    std::vector<bool> seen(stages.size());
+    bool completed = false;
+    for (int patience = 0; !completed; ++patience) {
+        writeFile(output, "old");
+        std::atomic<int> asked = 0;
+        callbacks.isCancelled = [&] { return asked++ >= patience; };
+        const auto error = converterError(2);
+        if (!error) {
+            completed = true;
+            break;
+        }
+        EXPECT_EQ(error, ZEBConverterError::Case::cancelled);
+        // One question per thread that had not yet heard: decoding and the run itself, the sound before that.
+        EXPECT_LE(asked - patience, 3);
+        const auto stage = std::find(stages.begin(), stages.end(), bytesOf(output));
+        ASSERT_NE(stage, stages.end()) << "a torn file after " << patience;
+        EXPECT_EQ(stage == stages.begin(), !fs::exists(output));
+        seen[static_cast<std::size_t>(stage - stages.begin())] = true;
+    }
+    EXPECT_TRUE(seen[0]);  // before the file existed
+    EXPECT_TRUE(seen[1] || seen[2] || seen[3]);
+}
+
+TEST_F(ConversionRunTest, cancelsWhileTheDecoderIsBusy) {
+    std::atomic<bool> isGrabbing = false;
+    FakeFilm film = filmOf();
+    film.grab = [&](double time, const IsCancelled& isCancelled) -> std::shared_ptr<const Picture> {
+        if (time < 1.35) return std::make_shared<FakePicture>(pictureAt(time));
+        isGrabbing = true;
+        while (!isCancelled())
+            std::this_thread::yield();
+        throw MediaError(MediaError::interrupted, "interrupted");
+    };
+    library.add(input, film);
+    std::atomic<bool> isInSecondSecond = false;
+    callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t) { isInSecondSecond = framesDone > fps; };
+    callbacks.isCancelled = [&] { return isGrabbing && isInSecondSecond; };
+    EXPECT_EQ(converterError(), ZEBConverterError::Case::cancelled);
+    EXPECT_TRUE(bytesOf(output) == expectedMovie(settingsOf(), 2).begun(1));
+}
+
+TEST_F(ConversionRunTest, failureOfTheSoundFreesABusyDecoder) {
+    std::atomic<bool> isGrabbing = false;
+    FakeFilm film = filmOf();
+    film.grab = [&](double, const IsCancelled& isCancelled) -> std::shared_ptr<const Picture> {
+        isGrabbing = true;
+        isGrabbing.notify_one();
+        while (!isCancelled())
+            std::this_thread::yield();
+        throw MediaError(MediaError::interrupted, "interrupted");
+    };
+    film.soundTracks = {[&](std::size_t, fake::FakeSamples&) -> bool {
+        isGrabbing.wait(false);
+        throw MediaError(MediaError::cannotOpen, "no sound");
+    }};
+    library.add(input, film);
+    EXPECT_THROW(convert(), MediaError);
+    EXPECT_FALSE(fs::exists(output));
+}
+
+TEST_F(ConversionRunTest, keepsWholeSecondsWhenTheDiskIsFull) {
+    const ExpectedMovie movie = expectedMovie(settingsOf(), 2);
+    for (std::size_t whole = 0; whole < movie.blocks.size(); ++whole) {
+        const test::FileSizeLimit limit(movie.begun(whole + 1).size() - 7);
+        try {
+            convert();
+            ADD_FAILURE();
+        } catch (const FileError& error) {
+            EXPECT_EQ(error.code(), EFBIG);
+        }
+        EXPECT_TRUE(bytesOf(output) == movie.begun(whole)) << whole;
+    }
+}
+
+TEST_F(ConversionRunTest, neverTouchesItsInput) {
+    writeFile(input, "film");
+    fs::create_symlink(input, folder.file("symbolic"));
+    fs::create_hard_link(input, folder.file("hard"));
+    for (const std::string& same :
+         {input, folder.file("symbolic"), folder.file("hard"), folder.path() + "/./film.mp4"}) {
+        output = same;
+        try {
+            convert();
+            ADD_FAILURE();
+        } catch (const ZEBConverterError& error) {
+            EXPECT_EQ(error.what(), "Kann Ausgabedatei nicht erstellen: " + same);
+        }
+        EXPECT_EQ(bytesOf(same), (Bytes{'f', 'i', 'l', 'm'}));
+    }
+}
+
+TEST_F(ConversionRunTest, replacesFilesAndLinksButNoFolder) {
+    const std::string target = folder.file("target");
+    writeFile(target, "precious");
+    fs::create_symlink(target, output);
+    convert();
+    EXPECT_FALSE(fs::is_symlink(output));
+    EXPECT_EQ(bytesOf(target).size(), 8u);
+
+    output = folder.file("folder");
+    fs::create_directory(output);
+    EXPECT_THROW(convert(), FileError);
+    EXPECT_TRUE(fs::is_directory(output));
+
+    output = folder.file("missing/film.zeb");
+    EXPECT_EQ(converterError(), ZEBConverterError::Case::cannotCreateOutput);
+}
+
+TEST_F(ConversionRunTest, refusesSourcesWithoutPictures) {
+    FakeFilm film = filmOf();
+    film.videoTracks.clear();
+    library.add(input, film);
+    EXPECT_EQ(converterError(), ZEBConverterError::Case::noVideoTrack);
+    input = folder.file("missing.mp4");
+    EXPECT_THROW(convert(), MediaError);
+    EXPECT_TRUE(texts.empty());
+    EXPECT_FALSE(fs::exists(output));
+}
+
+TEST_F(ConversionRunTest, passesOnWhatTheFormatCannotHold) {
+    EXPECT_THROW(convert(settingsOf(65536)), ZEBWriterError);
+    FakeFilm film = filmOf();
+    film.duration = 9e15;  // nothing of that size may be allocated either
+    library.add(input, film);
+    EXPECT_THROW(convert(), ZEBWriterError);
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/FileHandle.h"
+
+namespace zeb::test {
+
+/// A file in memory whose calls can be made to fail. Outlives the handles on it.
+struct MemoryDisk {
+    struct Call {
+        enum class Kind { write, truncate, synchronise } kind;
+        std::uint64_t offset = 0;  ///< of a write; the new size of a truncation
+        std::vector<std::uint8_t> bytes;
+
+        void applyTo(std::vector<std::uint8_t>& file) const {
+            if (kind == Kind::truncate) file.resize(offset);
+            if (kind != Kind::write) return;
+            file.resize(std::max<std::size_t>(file.size(), offset + bytes.size()));
+            std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(offset));
+        }
+    };
+
+    std::vector<std::uint8_t> bytes;
+    std::vector<Call> journal;  ///< what succeeded and changes the file
+    int calls = 0;
+    int failFrom = 0;  ///< number of the first call that fails, from 1; 0 = none does
+    int failTo = 0;    ///< and of the last
+
+    /// Counts a call; true when it is to fail.
+    bool countCall() { return ++calls >= failFrom && calls <= failTo; }
+    void mayFail() {
+        if (countCall()) fail();
+    }
+    /// The error's path is the number of the call.
+    [[noreturn]] void fail() const { throw FileError(std::to_string(calls), ENOSPC); }
+};
+
+class MemoryWritableFile : public WritableFile {
+public:
+    explicit MemoryWritableFile(MemoryDisk& disk) : m_disk(disk) {}
+
+    void seek(std::uint64_t offset) override {
+        m_disk.mayFail();
+        m_position = offset;
+    }
+    std::uint64_t seekToEnd() override {
+        m_disk.mayFail();
+        return m_position = m_disk.bytes.size();
+    }
+    /// A write that fails has written half of its bytes, as a full disk does.
+    void write(std::span<const std::uint8_t> bytes) override {
+        const bool fails = m_disk.countCall();
+        const auto written = fails ? bytes.first(bytes.size() / 2) : bytes;
+        apply({MemoryDisk::Call::Kind::write, m_position, {written.begin(), written.end()}});
+        m_position += written.size();
+        if (fails) m_disk.fail();
+    }
+    void truncate(std::uint64_t size) override {
+        m_disk.mayFail();
+        apply({MemoryDisk::Call::Kind::truncate, size, {}});
+    }
+    void synchronise() override {
+        m_disk.mayFail();
+        apply({MemoryDisk::Call::Kind::synchronise, 0, {}});
+    }
+    void close() override { m_disk.mayFail(); }
+
+private:
+    void apply(MemoryDisk::Call call) {
+        call.applyTo(m_disk.bytes);
+        m_disk.journal.push_back(std::move(call));
+    }
+
+    MemoryDisk& m_disk;
+    std::uint64_t m_position = 0;
+};
+
+class MemoryReadableFile : public ReadableFile {
+public:
+    explicit MemoryReadableFile(const std::vector<std::uint8_t>& bytes) : m_bytes(bytes) {}
+
+    std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
+        if (offset >= m_bytes.size()) return 0;
+        const std::size_t count = std::min<std::size_t>(buffer.size(), m_bytes.size() - offset);
+        std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(offset), count, buffer.begin());
+        return count;
+    }
+    std::uint64_t size() override { return m_bytes.size(); }
+
+private:
+    const std::vector<std::uint8_t>& m_bytes;
+};
+
+}  // namespace zeb::test

@@ -1,0 +1,96 @@
+#include "format/MovieFacts.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/format/GoldenMovie.h"
+#include "tests/format/MemoryFile.h"
+
+namespace zeb {
+namespace {
+
+using namespace test;
+using golden::Bytes;
+
+/// The golden movie cut to `size` bytes (or extended by zeros) with the word at `place` replaced.
+Bytes variant(Bytes movie, std::size_t size, std::size_t place = 0, Bytes word = {}) {
+    movie.resize(size);
+    std::copy(word.begin(), word.end(), movie.begin() + static_cast<std::ptrdiff_t>(place));
+    return movie;
+}
+
+/// The last index entry leads to a header field that looks like a block up to the end of the file.
+Bytes blockInTheHeader() {
+    const std::size_t size = golden::movie().size() - 1;
+    const auto length = static_cast<std::uint8_t>(size - golden::maxSecondBlockSize - 4);
+    const Bytes bytes = variant(golden::movie(), size, golden::maxSecondBlockSize, {0, 0, 0, length});
+    return variant(bytes, size, golden::index + 4, {0, 0, 0, golden::maxSecondBlockSize});
+}
+
+Bytes headerOfNoSeconds() {
+    Bytes bytes = variant(golden::unfinishedMovie(), golden::index, golden::totalFrames, {0, 0, 0, 0});
+    bytes[7] = golden::index - 8;
+    return bytes;
+}
+
+TEST(MovieFactsTest, TellsHowMuchOfAMovieIsThere) {
+    const Bytes movie = golden::movie();
+    const Bytes unfinished = golden::unfinishedMovie();
+    const std::size_t size = movie.size();
+    const struct {
+        const char* what;
+        Bytes bytes;
+        bool isFinished;
+        std::int64_t seconds;
+        std::uint64_t largestBlock;
+        double bytesPerSecond;
+    } cases[] = {
+        {"finished", movie, true, 2, 25, 23},
+        {"unfinished", unfinished, false, 2, 25, 23},
+        {"unfinished, torn", variant(unfinished, size - 1), false, 1, 21, 21},
+        {"unfinished, no second", variant(unfinished, golden::firstBlock), false, 0, 0, 0},
+        {"finished, then cut", variant(movie, size - 1), false, 1, 21, 21},
+        {"finished, then extended", variant(movie, size + 2), true, 2, 25, 23},
+        {"without an index", variant(movie, size, golden::index, Bytes(8, 0)), true, 2, 25, 23},
+        {"index entry into the header", variant(movie, size, golden::index + 4, {0, 0, 0, 8}), true, 2, 25,
+         23},
+        {"index entry beyond the file", variant(movie, size, golden::index + 4, {0xFF}), true, 2, 25, 23},
+        {"index entry to a block in the header", blockInTheHeader(), false, 1, 21, 21},
+        {"more frames than there are", variant(movie, size, golden::totalFrames, {0, 0, 0, 6}), false, 2, 25,
+         23},
+        {"half a second", variant(movie, size, golden::totalFrames, {0, 0, 0, 3}), false, 2, 25, 23},
+        {"billions of frames", variant(movie, size, golden::totalFrames, Bytes(4, 0xFF)), false, 2, 25, 23},
+        {"a movie of no seconds", headerOfNoSeconds(), true, 0, 0, 0},
+    };
+    for (const auto& expected : cases) {
+        MemoryReadableFile file(expected.bytes);
+        const MovieFacts facts = readMovieFacts(file);
+        EXPECT_EQ(facts.isFinished, expected.isFinished) << expected.what;
+        EXPECT_EQ(facts.wholeSeconds, expected.seconds) << expected.what;
+        EXPECT_EQ(facts.wholeFrames, expected.seconds * 2) << expected.what;
+        EXPECT_EQ(facts.largestBlock, expected.largestBlock) << expected.what;
+        EXPECT_EQ(facts.bytesPerSecond, expected.bytesPerSecond) << expected.what;
+        EXPECT_EQ(facts.fileSize, expected.bytes.size()) << expected.what;
+        EXPECT_EQ(facts.header.title, "QL!") << expected.what;
+        EXPECT_TRUE(facts.isLooping()) << expected.what;
+    }
+}
+
+/// Finished films of hours must be quick to look at: the blocks are not walked.
+TEST(MovieFactsTest, ReadsLittleOfAFinishedMovie) {
+    class CountingFile : public MemoryReadableFile {
+    public:
+        using MemoryReadableFile::MemoryReadableFile;
+        std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
+            bytesRead += buffer.size();
+            return MemoryReadableFile::readAt(offset, buffer);
+        }
+        std::size_t bytesRead = 0;
+    };
+    const Bytes movie = golden::movie();
+    CountingFile file(movie);
+    EXPECT_TRUE(readMovieFacts(file).isFinished);
+    EXPECT_LE(file.bytesRead, golden::firstBlock + 8u);
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,287 @@
+#include "format/PartialFile.h"
+
+#include <gmock/gmock.h>
+
+#include "format/BigEndian.h"
+#include "format/BlockWalker.h"
+#include "format/MovieFacts.h"
+#include "format/ZEBFormatError.h"
+#include "tests/format/GoldenMovie.h"
+#include "tests/format/MemoryFile.h"
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb {
+namespace {
+
+using namespace test;
+using golden::Bytes;
+
+std::int64_t finish(MemoryDisk& disk) {
+    MemoryReadableFile source(disk.bytes);
+    MemoryWritableFile target(disk);
+    return finishPartialFile(source, target);
+}
+
+MovieFacts factsOf(const Bytes& bytes) {
+    MemoryReadableFile file(bytes);
+    return readMovieFacts(file);
+}
+
+TEST(PartialFileTest, FinishesAMovieCutAnywhere) {
+    for (const Bytes& movie : {golden::unfinishedMovie(), golden::movie()}) {
+        for (std::size_t cut = 0; cut <= movie.size(); ++cut) {
+            SCOPED_TRACE(cut);
+            MemoryDisk disk;
+            disk.bytes.assign(movie.begin(), movie.begin() + static_cast<std::ptrdiff_t>(cut));
+            const Bytes before = disk.bytes;
+            if (cut < golden::firstBlock) {
+                EXPECT_THROW(finish(disk), ZEBFormatError);
+                EXPECT_EQ(disk.bytes, before);
+            } else if (cut < golden::secondBlock) {
+                EXPECT_EQ(finish(disk), 0);
+                EXPECT_EQ(disk.bytes, before);
+            } else if (cut < movie.size()) {
+                EXPECT_EQ(finish(disk), 1);
+                EXPECT_EQ(disk.bytes, golden::firstSecondAlone());
+            } else {
+                EXPECT_EQ(finish(disk), 2);
+                EXPECT_EQ(disk.bytes, golden::movie());
+            }
+        }
+    }
+}
+
+TEST(PartialFileTest, CutsBlocksThatContradictThemselves) {
+    constexpr std::size_t block = golden::secondBlock;
+    const struct {
+        const char* what;
+        std::size_t place;
+        Bytes bytes;
+    } cases[] = {
+        {"length beyond the file", block, {0xFF, 0xFF, 0xFF, 0xFF}},
+        {"length one more", block + 3, {0x16}},
+        {"length one less", block + 3, {0x14}},
+        {"length without room for a sound size", block, {0, 0, 0, 3}},
+        {"sound beyond the block", block + 4, {0xFF, 0xFF, 0xFF, 0xFF}},
+        {"sound over the rest", block + 7, {17}},
+        {"frame beyond the block", block + 11, {0xFF, 0xFF, 0xFF, 0xFF}},
+        {"frame too long", block + 19, {6}},
+        {"frame too short", block + 19, {4}},
+    };
+    for (const auto& [what, place, bytes] : cases) {
+        MemoryDisk disk;
+        disk.bytes = golden::unfinishedMovie();
+        std::copy(bytes.begin(), bytes.end(), disk.bytes.begin() + static_cast<std::ptrdiff_t>(place));
+        EXPECT_EQ(finish(disk), 1) << what;
+        EXPECT_EQ(disk.bytes, golden::firstSecondAlone()) << what;
+    }
+}
+
+TEST(PartialFileTest, KeepsSecondsBeyondTheIndex) {
+    MemoryDisk disk;
+    disk.bytes = golden::unfinishedMovie();
+    const Bytes block(disk.bytes.begin() + golden::firstBlock, disk.bytes.begin() + golden::secondBlock);
+    disk.bytes.insert(disk.bytes.end(), block.begin(), block.end());
+    Bytes expected = golden::movie();
+    expected.insert(expected.end(), block.begin(), block.end());
+    expected[golden::totalFrames + 3] = 6;
+    EXPECT_EQ(finish(disk), 3);
+    EXPECT_EQ(disk.bytes, expected);
+    EXPECT_TRUE(factsOf(disk.bytes).isFinished);
+    EXPECT_EQ(factsOf(disk.bytes).wholeSeconds, 3);
+}
+
+TEST(PartialFileTest, WritesALongIndex) {
+    constexpr std::size_t seconds = 40000;
+    MovieParameters movie = golden::parameters();
+    movie.frameIndexCount = seconds;
+    MemoryDisk disk;
+    ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), movie);
+    const std::span<const std::uint8_t> frames[2];
+    for (std::size_t second = 0; second < seconds; ++second)
+        writer.writeSecond({}, frames);
+    disk.journal.clear();
+    EXPECT_EQ(finish(disk), seconds);
+    const std::size_t data = golden::index + 4 * seconds;
+    for (std::size_t second = 0; second < seconds; ++second) {
+        const std::span<const std::uint8_t> entry(disk.bytes.data() + golden::index + 4 * second, 4);
+        ASSERT_EQ(bigEndian::load32(entry.first<4>()), data + 16 * second) << second;
+    }
+    EXPECT_LE(disk.journal.size(), 9u) << "written in pieces, not entry by entry";
+}
+
+/// Whatever of the calls since the last flush a power loss lets through, the movie plays: its header is
+/// unhurt, its two seconds are whole, and the index is zero or right.
+TEST(PartialFileTest, PowerLossLeavesAPlayableMovie) {
+    MemoryDisk disk;
+    const Bytes movie = golden::unfinishedMovie();
+    disk.bytes = movie;
+    disk.bytes.insert(disk.bytes.end(), {0, 0, 0, 99, 0, 0});
+    Bytes flushed = disk.bytes;
+    ASSERT_EQ(finish(disk), 2);
+    ASSERT_EQ(disk.bytes, golden::movie());
+
+    std::vector<MemoryDisk::Call> pending;
+    int states = 0;
+    for (const auto& call : disk.journal) {
+        if (call.kind != MemoryDisk::Call::Kind::synchronise) {
+            pending.push_back(call);
+            continue;
+        }
+        for (unsigned subset = 0; subset < 1u << pending.size(); ++subset) {
+            Bytes state = flushed;
+            for (std::size_t index = 0; index < pending.size(); ++index)
+                if (subset >> index & 1) pending[index].applyTo(state);
+            ++states;
+            const MovieFacts facts = factsOf(state);
+            EXPECT_EQ(facts.wholeSeconds, 2);
+            EXPECT_EQ(facts.header.frameCount, 4);
+            const auto word = [&](std::size_t place) {
+                return bigEndian::load32(std::span<const std::uint8_t>(state).subspan(place).first<4>());
+            };
+            EXPECT_THAT(word(golden::index), testing::AnyOf(0u, golden::firstBlock));
+            EXPECT_THAT(word(golden::index + 4), testing::AnyOf(0u, golden::secondBlock));
+            // Called finished only when it is.
+            if (facts.header.blockSize != 0) {
+                EXPECT_EQ(state, golden::movie());
+            }
+        }
+        for (const auto& done : pending)
+            done.applyTo(flushed);
+        pending.clear();
+    }
+    EXPECT_TRUE(pending.empty());
+    EXPECT_EQ(states, 2 + 4 + 2);
+}
+
+TEST(PartialFileTest, FailuresArePassedOnAndLeaveThePlayableSeconds) {
+    MemoryDisk healthy;
+    healthy.bytes = golden::unfinishedMovie();
+    finish(healthy);
+    for (int call = 1; call <= healthy.calls; ++call) {
+        MemoryDisk disk;
+        disk.bytes = golden::unfinishedMovie();
+        disk.failFrom = disk.failTo = call;
+        EXPECT_THROW(finish(disk), FileError) << call;
+        EXPECT_EQ(factsOf(disk.bytes).wholeSeconds, 2) << call;
+        disk.failFrom = disk.failTo = 0;
+        EXPECT_EQ(finish(disk), 2) << call;
+        EXPECT_EQ(disk.bytes, golden::movie()) << call;
+    }
+}
+
+/// An index of several pieces, most of it stale, in a file whose blocks reach beyond 2 GiB: sound of 1.5 GiB
+/// in holes.
+TEST(PartialFileTest, WorksInLargeFilesWithoutReadingThem) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("large.zeb");
+    constexpr std::uint32_t entries = 50000;
+    constexpr std::uint32_t sound = 0x60000000;
+    constexpr std::uint32_t blockSize = 8 + sound + 8;
+    constexpr std::uint64_t data = golden::index + 4 * entries;
+    Bytes header = golden::movie();
+    header.resize(golden::index);
+    bigEndian::store32(std::span(header).subspan<4, 4>(), static_cast<std::uint32_t>(data - 8));
+    header.resize(data, 0xEE);
+    const auto file = createForWriting(path);
+    file->write(header);
+    for (std::uint64_t second = 0; second < 3; ++second) {
+        Bytes start;
+        bigEndian::append32(start, blockSize - 4);
+        bigEndian::append32(start, sound);
+        file->seek(data + second * blockSize);
+        file->write(start);
+    }
+    file->truncate(data + 3ull * blockSize - 1);  // the last block is torn
+    file->close();
+
+    ASSERT_EQ(finishPartialFile(path), 2);
+    const auto finished = openForReading(path);
+    const MovieFacts facts = readMovieFacts(*finished);
+    EXPECT_EQ(facts.fileSize, data + 2ull * blockSize);
+    EXPECT_TRUE(facts.isFinished);
+    EXPECT_EQ(facts.largestBlock, blockSize);
+    EXPECT_EQ(facts.bytesPerSecond, blockSize);
+    Bytes index(4 * entries);
+    ASSERT_EQ(finished->readAt(golden::index, index), index.size());
+    Bytes expected;
+    bigEndian::append32(expected, data);
+    bigEndian::append32(expected, static_cast<std::uint32_t>(data + blockSize));
+    expected.resize(4 * entries);
+    EXPECT_EQ(index, expected);
+}
+
+/// Four blocks of 1.5 GiB: the format ends with the third, the last one to start within 32 bits.
+TEST(PartialFileTest, StopsWhereTheFormatEnds) {
+    const TemporaryFolder folder;
+    const auto file = createForWriting(folder.file("beyond.zeb"));
+    constexpr std::uint64_t blockSize = 0x60000000;
+    Bytes header = golden::unfinishedMovie();
+    header.resize(golden::firstBlock);
+    file->write(header);
+    for (std::uint64_t second = 0; second < 4; ++second) {
+        Bytes start;
+        bigEndian::append32(start, blockSize - 4);
+        bigEndian::append32(start, blockSize - 16);
+        file->seek(golden::firstBlock + second * blockSize);
+        file->write(start);
+    }
+    file->truncate(golden::firstBlock + 4 * blockSize);
+    file->close();
+    EXPECT_EQ(finishPartialFile(folder.file("beyond.zeb")), 3);
+}
+
+/// A hole that claims to be a header of 4 GiB: little memory and hardly any time.
+TEST(PartialFileTest, SurvivesAHeaderOfGigabytes) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("hole.zeb");
+    const auto file = createForWriting(path);
+    Bytes start = golden::unfinishedMovie();
+    start.resize(golden::index);
+    std::fill(start.begin() + 4, start.begin() + 8, std::uint8_t{0xFF});
+    file->write(start);
+    file->truncate(std::uint64_t{5} << 30);
+    file->close();
+    const auto reading = openForReading(path);
+    EXPECT_EQ(readMovieFacts(*reading).wholeSeconds, 0);
+    EXPECT_EQ(finishPartialFile(path), 0);
+}
+
+/// Damaged movies of all kinds: nothing is read or written out of bounds, and what was finished counts as
+/// finished.
+TEST(PartialFileTest, CopesWithRandomDamage) {
+    std::uint32_t state = 1;
+    const auto random = [&state](std::uint32_t below) {
+        state = state * 1664525 + 1013904223;
+        return (state >> 8) % below;
+    };
+    int finished = 0;
+    for (int round = 0; round < 20000; ++round) {
+        MemoryDisk disk;
+        disk.bytes = random(2) == 0 ? golden::movie() : golden::unfinishedMovie();
+        for (std::uint32_t change = 0; change <= random(4); ++change) {
+            constexpr std::uint8_t values[] = {0, 1, 2, 4, 0x7F, 0xFF};
+            disk.bytes[4 + random(static_cast<std::uint32_t>(disk.bytes.size()) - 4)] = values[random(6)];
+        }
+        try {
+            factsOf(disk.bytes);
+            const std::int64_t seconds = finish(disk);
+            if (seconds == 0) continue;
+            ++finished;
+            const MovieFacts facts = factsOf(disk.bytes);
+            ASSERT_TRUE(facts.isFinished) << round;
+            ASSERT_EQ(facts.wholeSeconds, seconds) << round;
+        } catch (const ZEBFormatError&) {
+        }
+    }
+    EXPECT_GT(finished, 1000);
+}
+
+TEST(PartialFileTest, ReportsFilesThatCannotBeFinished) {
+    const TemporaryFolder folder;
+    EXPECT_THROW(finishPartialFile(folder.file("missing")), FileError);
+    EXPECT_THROW(finishPartialFile(folder.path()), FileError);
+}
+
+}  // namespace
+}  // namespace zeb

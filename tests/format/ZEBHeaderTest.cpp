@@ -1,0 +1,162 @@
+#include "format/ZEBHeader.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+#include "format/ZEBFormatError.h"
+#include "tests/format/GoldenMovie.h"
+#include "tests/format/MemoryFile.h"
+
+namespace zeb {
+namespace {
+
+using namespace test;
+using golden::Bytes;
+
+Bytes goldenBody() {
+    const Bytes movie = golden::movie();
+    return {movie.begin() + 8, movie.begin() + golden::firstBlock};
+}
+
+/// "code text" of the `ZEBFormatError` that `action` throws.
+std::string errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const ZEBFormatError& error) {
+        EXPECT_EQ(error.domain(), "ZEB");
+        return std::to_string(error.code()) + " " + error.what();
+    }
+    return "none";
+}
+
+TEST(ZEBHeaderTest, ParsesTheGoldenMovie) {
+    const ZEBHeader header = parseHeader(goldenBody());
+    EXPECT_EQ(header.title, "QL!");
+    EXPECT_EQ(header.width, 16);
+    EXPECT_EQ(header.height, 8);
+    EXPECT_EQ(header.fps, 2);
+    EXPECT_EQ(header.mode, 32);
+    EXPECT_EQ(header.frameCount, 4);
+    EXPECT_EQ(header.blockSize, 25);
+    EXPECT_EQ(header.sampleRate, 20000);
+    EXPECT_EQ(header.audioChannels, 1);
+    EXPECT_EQ(header.options, 1);
+    EXPECT_THAT(header.indexOffsets, testing::ElementsAre(46, 67));
+}
+
+TEST(ZEBHeaderTest, TellsWhereAHeaderEndsTooEarly) {
+    for (std::size_t length = 0; length < goldenBody().size(); ++length) {
+        Bytes body = goldenBody();
+        body.resize(length);
+        const std::string error = errorOf([&] { parseHeader(body); });
+        const std::string expected = length < 2    ? "999 Header zu kurz"
+                                     : length < 5  ? "999 Titel außerhalb Header"
+                                     : length < 30 ? "999 Header zu kurz"
+                                                   : "none";
+        EXPECT_EQ(error, expected) << length;
+        // What does not fill an index entry is none.
+        if (error == "none") {
+            EXPECT_EQ(parseHeader(body).indexOffsets.size(), (length - 30) / 4);
+        }
+    }
+}
+
+TEST(ZEBHeaderTest, TakesZeroAsOne) {
+    Bytes body = goldenBody();
+    std::fill(body.begin() + 6, body.begin() + 12, std::uint8_t{0});
+    const ZEBHeader header = parseHeader(body);
+    EXPECT_EQ(header.width, 1);
+    EXPECT_EQ(header.height, 1);
+    EXPECT_EQ(header.fps, 1);
+
+    std::fill(body.begin() + 6, body.begin() + 22, std::uint8_t{0xFF});
+    const ZEBHeader largest = parseHeader(body);
+    EXPECT_EQ(largest.width, 65535);
+    EXPECT_EQ(largest.height, 65535);
+    EXPECT_EQ(largest.fps, 65535);
+    EXPECT_EQ(largest.frameCount, 4294967295);
+    EXPECT_EQ(largest.blockSize, 4294967295);
+}
+
+TEST(ZEBHeaderTest, ReadsTitles) {
+    const struct {
+        std::string stored;
+        std::string title;
+    } cases[] = {
+        {"", ""},
+        {"a b", "a b"},
+        {"5 \xE2\x82\xAC", "5 €"},
+        {"Caf\xE9", "ZEB"},   // Latin-1
+        {"\xE2\x82", "ZEB"},  // a cut character
+        {std::string("\0x", 2), std::string("\0x", 2)},
+    };
+    for (const auto& [stored, title] : cases) {
+        Bytes body{0, static_cast<std::uint8_t>(stored.size())};
+        body.insert(body.end(), stored.begin(), stored.end());
+        if (stored.size() % 2 != 0) body.push_back(0);
+        body.resize(body.size() + 24);
+        EXPECT_EQ(parseHeader(body).title, title);
+    }
+}
+
+TEST(ZEBHeaderTest, LocatesTheFieldsOfAFile) {
+    const Bytes bytes = golden::movie();
+    MemoryReadableFile file(bytes);
+    const LocatedHeader located = readHeader(file);
+    EXPECT_EQ(located.header.title, "QL!");
+    EXPECT_TRUE(located.header.indexOffsets.empty());
+    EXPECT_EQ(located.places.totalFrames, golden::totalFrames);
+    EXPECT_EQ(located.places.maxSecondBlockSize, golden::maxSecondBlockSize);
+    EXPECT_EQ(located.places.frameIndex, golden::index);
+    EXPECT_EQ(located.places.frameIndexCount, 2u);
+    EXPECT_EQ(located.places.data, golden::firstBlock);
+}
+
+TEST(ZEBHeaderTest, BelievesSizesAsFarAsTheFileReaches) {
+    const Bytes movie = golden::movie();
+    const auto changed = [&](std::size_t place, std::initializer_list<std::uint8_t> bytes) {
+        Bytes file = movie;
+        for (const std::uint8_t byte : bytes)
+            file.at(place++) = byte;
+        return file;
+    };
+    const struct {
+        Bytes file;
+        const char* error;
+    } cases[] = {
+        {{}, "999 Unerwartetes EOF"},
+        {{'Z', 'E', 'B'}, "999 Unerwartetes EOF"},
+        {{'Z', 'E', 'B', '2'}, "1 Kein ZEB1-File"},
+        {changed(0, {'z'}), "1 Kein ZEB1-File"},
+        {{'Z', 'E', 'B', '1', 0, 0, 0}, "999 Unerwartetes EOF"},
+        {{'Z', 'E', 'B', '1', 0, 0, 0, 0}, "999 Header zu kurz"},
+        {changed(4, {0xFF, 0xFF, 0xFF, 0xFF}), "999 Unerwartetes EOF"},
+        {changed(7, {85}), "999 Unerwartetes EOF"},  // one byte more than there is
+        {changed(7, {84}), "none"},
+        {changed(7, {3}), "999 Titel außerhalb Header"},
+        {changed(8, {0xFF, 0xFF}), "999 Titel außerhalb Header"},
+        {changed(8, {0, 36}), "999 Header zu kurz"},
+    };
+    for (const auto& [bytes, error] : cases) {
+        MemoryReadableFile file(bytes);
+        EXPECT_EQ(errorOf([&] { readHeader(file); }), error) << testing::PrintToString(bytes);
+    }
+}
+
+TEST(ZEBHeaderTest, ReadsTheLongestTitle) {
+    Bytes bytes(8 + 0x1001E);  // header size: 2 + 65535 + 1 + 24 + 4
+    const Bytes start{'Z', 'E', 'B', '1', 0, 1, 0, 0x1E, 0xFF, 0xFF};
+    std::fill_n(std::copy(start.begin(), start.end(), bytes.begin()), 65535, std::uint8_t{'x'});
+    MemoryReadableFile file(bytes);
+    const LocatedHeader located = readHeader(file);
+    EXPECT_EQ(located.header.title.size(), 65535u);
+    EXPECT_EQ(located.places.frameIndexCount, 1u);
+
+    // All that is needed is there, but not all that the header size promises.
+    bytes.pop_back();
+    EXPECT_EQ(errorOf([&] { readHeader(file); }), "999 Unerwartetes EOF");
+}
+
+}  // namespace
+}  // namespace zeb

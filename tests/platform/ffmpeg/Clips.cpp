@@ -1,0 +1,140 @@
+#include "Clips.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+#include "../TemporaryFolder.h"
+#include "platform/ffmpeg/FFmpegMediaLibrary.h"
+
+extern char** environ;
+
+namespace zeb::test {
+
+std::string run(const std::vector<std::string>& words) {
+    const std::string output = clipFolder() + "/output-of-program";
+    std::vector<char*> arguments;
+    for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t process = 0;
+    const int error = posix_spawnp(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    int status = 0;
+    if (error != 0 || ::waitpid(process, &status, 0) != process || status != 0) {
+        std::string line;
+        for (const std::string& word : words) line += word + " ";
+        throw std::runtime_error("failed: " + line);
+    }
+    return readFile(output);
+}
+
+std::vector<std::string> words(const std::string& line) {
+    std::istringstream stream(line);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+const std::string& clipFolder() {
+    static const TemporaryFolder folder;
+    static const std::string path = folder.path();
+    return path;
+}
+
+std::string clip(const std::string& name, const std::string& arguments) {
+    static std::set<std::string> made;
+    const std::string path = clipFolder() + "/" + name;
+    if (!made.insert(name).second) return path;
+    std::vector<std::string> line = words("ffmpeg -nostdin -y -v error " + arguments);
+    for (std::string& word : line) {
+        if (word.starts_with("@")) word = clipFolder() + "/" + word.substr(1);
+    }
+    line.push_back(path);
+    run(line);
+    return path;
+}
+
+void writeFile(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::optional<std::string> realClip(const std::string& name) {
+    const char* folder = std::getenv("ZEB_TEST_MEDIA");
+    const auto path = std::filesystem::path(folder != nullptr ? folder : ZEB_MEDIA_FOLDER) / name;
+    if (!std::filesystem::exists(path)) return std::nullopt;
+    return path.string();
+}
+
+const MediaLibrary& library() {
+    static const auto library = makeFFmpegMediaLibrary(MediaLogging::silent);
+    return *library;
+}
+
+std::shared_ptr<const MediaAsset> open(const std::string& path) { return library().open(path, {}); }
+
+namespace {
+
+constexpr int numberWidth = 128, numberHeight = 64, digits = 8, digitWidth = numberWidth / digits;
+
+}  // namespace
+
+std::string numberedFrames(int count, const std::string& rate) {
+    const std::string name = "numbers-" + std::to_string(count) + ".yuv";
+    const std::string path = clipFolder() + "/" + name;
+    if (!std::filesystem::exists(path)) {
+        std::string film;
+        std::uint32_t noise = 1;
+        for (int frame = 0; frame < count; ++frame) {
+            for (int y = 0; y < numberHeight; ++y) {
+                for (int x = 0; x < numberWidth; ++x) {
+                    noise = noise * 1664525 + 1013904223;
+                    const bool isLight = ((frame >> x / digitWidth & 1) != 0) == (y < numberHeight / 2);
+                    film += static_cast<char>((isLight ? 190 : 40) + static_cast<int>(noise >> 28));
+                }
+            }
+            film.append(numberWidth * numberHeight / 2, static_cast<char>(128));
+        }
+        writeFile(path, film);
+    }
+    return "-f rawvideo -pix_fmt yuv420p -s 128x64 -r " + rate + " -i @" + name + " ";
+}
+
+std::optional<int> numberIn(const Picture& picture) {
+    const std::vector<std::uint8_t> pixels = draw(picture, numberWidth, numberHeight);
+    int number = 0;
+    for (int digit = 0; digit < digits; ++digit) {
+        int levels[2] = {};
+        for (int half = 0; half < 2; ++half) {
+            const int y = numberHeight / 4 + half * numberHeight / 2, x = digit * digitWidth + digitWidth / 2;
+            levels[half] = pixels[static_cast<std::size_t>((y * numberWidth + x) * 4 + 1)];
+        }
+        if (std::abs(levels[0] - levels[1]) < 80) return std::nullopt;
+        number |= (levels[0] > levels[1] ? 1 : 0) << digit;
+    }
+    return number;
+}
+
+std::vector<std::uint8_t> draw(const Picture& picture, int width, int height, DrawingColourSpace colourSpace) {
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    picture.draw({pixels, width, height, colourSpace});
+    return pixels;
+}
+
+MediaTime at(double seconds) { return MediaTime::withSeconds(seconds, 90000); }
+
+}  // namespace zeb::test
