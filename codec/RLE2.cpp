@@ -25,9 +25,11 @@ public:
     explicit EqualNeighbours(std::span<const std::uint8_t> raw)
         : m_raw(raw.data()), m_count(raw.size() / itemBytes) {}
 
-    /// Makes the bits from `position` on available, for at least `lookAhead` words.
-    void advanceTo(std::size_t position) {
-        if (position + lookAhead > m_end) refill(position);
+    /// Makes the bits from `position` on available, for at least `lookAhead` words. True when others went.
+    bool advanceTo(std::size_t position) {
+        if (position + lookAhead <= m_end) return false;
+        refill(position);
+        return true;
     }
 
     /// The 64 bits from `position` on, the first one lowest.
@@ -81,6 +83,38 @@ private:
     std::array<std::uint64_t, stretch + 1> m_bits{};  // one more: `bits` reads in pairs
 };
 
+/// The next bits of `EqualNeighbours`, taken from the front. What is fetched does not depend on what was
+/// taken last, so that the fetching need not be waited for.
+class Window {
+public:
+    void restart(std::size_t position) {
+        m_bits = 0;
+        m_valid = 0;
+        m_next = position;
+    }
+
+    /// Makes 56 bits or more valid.
+    void fill(const EqualNeighbours& equal) {
+        m_bits |= equal.bits(m_next) << m_valid;
+        const std::size_t bytes = (63 - m_valid) / 8;
+        m_next += bytes * 8;
+        m_valid += bytes * 8;
+    }
+
+    void drop(std::size_t count) {
+        m_bits >>= count;
+        m_valid -= count;
+    }
+
+    std::uint64_t bits() const { return m_bits; }
+    std::size_t valid() const { return m_valid; }
+
+private:
+    std::uint64_t m_bits = 0;
+    std::size_t m_valid = 0;  ///< at most 63
+    std::size_t m_next = 0;   ///< position of the bit after the valid ones
+};
+
 /// Literal words from `position` on: up to the next run or the end.
 std::size_t literalLength(const EqualNeighbours& equal, std::size_t position) {
     std::size_t length = 0;
@@ -129,9 +163,10 @@ void compressRLE2(std::span<const std::uint8_t> raw, std::vector<std::uint8_t>& 
     std::array<std::uint8_t, 8192> gathered;
     std::size_t out = 0;
 
+    Window window;
     std::size_t position = 0;
     while (position < count) {
-        equal.advanceTo(position);
+        if (equal.advanceTo(position)) window.restart(position);
         if (out + longestPair + copyBlock > gathered.size()) {
             packets.insert(packets.end(), gathered.begin(),
                            gathered.begin() + static_cast<std::ptrdiff_t>(out));
@@ -139,9 +174,18 @@ void compressRLE2(std::span<const std::uint8_t> raw, std::vector<std::uint8_t>& 
         }
         // A literal, perhaps empty, and then the run that ended it. Which of the two come is hard to predict
         // in natural pictures: an empty literal is written as well and overwritten.
-        const std::uint64_t bits = equal.bits(position);
-        const std::size_t literal =
-            bits != 0 ? static_cast<std::size_t>(std::countr_zero(bits)) : literalLength(equal, position);
+        window.fill(equal);
+        auto literal = static_cast<std::size_t>(std::countr_zero(window.bits()));
+        std::size_t run = 1 + static_cast<std::size_t>(std::countr_one(window.bits() >> (literal % 64)));
+        if (literal + run <= window.valid()) [[likely]] {
+            window.drop(literal + run);
+        } else {
+            literal = literalLength(equal, position);
+            run = runLength(equal, position + literal);
+            if (run == 1) run = 0;  // after a literal of the greatest length
+            window.restart(position + literal + run);
+        }
+
         const std::uint8_t* words = raw.data() + position * itemBytes;
         gathered[out] = static_cast<std::uint8_t>(literal - 1);
         if ((count - position) * itemBytes >= longestPacket * itemBytes + copyBlock) {
@@ -153,16 +197,12 @@ void compressRLE2(std::span<const std::uint8_t> raw, std::vector<std::uint8_t>& 
         position += literal;
         if (position == count) break;
 
-        // The run's bits follow in the same 64 most times.
-        std::size_t run = literal < 64 ? 1 + static_cast<std::size_t>(std::countr_one(bits >> literal)) : 64;
-        if (literal + run > 64) run = runLength(equal, position);
         const std::uint8_t* word = raw.data() + position * itemBytes;
         gathered[out] = static_cast<std::uint8_t>(257 - run);
         gathered[out + 1] = word[0];
         gathered[out + 2] = word[1];
-        // After a literal of the greatest length need not come a run.
-        out += run < 2 ? 0 : 3;
-        position += run < 2 ? 0 : run;
+        out += run > 0 ? 3 : 0;
+        position += run;
     }
     packets.insert(packets.end(), gathered.begin(), gathered.begin() + static_cast<std::ptrdiff_t>(out));
 }

@@ -26,8 +26,13 @@ struct ConversionCallbacks {
 /// Turns one source video into one ZEB file. A run has no state outside its own variables; several may go on
 /// at once. The bytes of the file depend on the source and the settings only, not on `threads` or timing.
 ///
-/// The output must not be the input; an existing file there is replaced. On failure or cancellation a file
-/// that was begun stays as far as it was written: whole one-second blocks, header not completed.
+/// The output must not be the input by any path or link: that is refused before anything is touched. A file
+/// or link at the output is removed first, even before the input is opened; anything else there is an error.
+/// Inside, pictures are grabbed and encoded on threads of their own, at most about two seconds ahead of what
+/// is written, from the moment the plan stands; they are all gone when `convert` returns.
+///
+/// The output exists from the moment the sound has been read. On failure or cancellation after that it stays
+/// as far as it was written: whole one-second blocks, header not completed.
 ///
 /// Throws `ZEBConverterError` (cannot create the output, no video track, cancelled), `ZEBWriterError` (beyond
 /// the format's limits), `MediaError` (source), `FileError` (output), `PlatformError` (drawing the first

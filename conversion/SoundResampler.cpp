@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int64_t unlimited = std::numeric_limits<std::int64_t>::max();
 
-/// Without branches, so that loops over it become vector code. 1.0 is 255 by the formula, too.
+/// Bounded without branches: 1.0 and above become 255 by the formula, too.
 std::uint8_t byteOf(float value) {
     const float number = value == value ? value : 0.0F;
     const double bounded = std::min(std::max(number, -1.0F), 1.0F);
@@ -117,7 +117,7 @@ void SoundResampler::interpolateAs(std::int64_t end, std::uint8_t* bytes) const 
     const double targetRate = m_targetRate;
     const auto firstPending = static_cast<double>(m_firstPending);
 
-    // Step by step over small groups: the first and the last step become vector code, the one between cannot.
+    // Step by step over small groups, so that compilers can make vector code of all steps but the lookup.
     constexpr int groupSize = 128;
     std::int32_t offsets[groupSize];  // left neighbours, in frames from the first pending one
     float fractions[groupSize];

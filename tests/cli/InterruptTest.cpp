@@ -20,8 +20,8 @@ class Interrupt : public ::testing::Test {
 protected:
     void SetUp() override {
         if (!canMakeClips()) GTEST_SKIP() << "needs the ffmpeg program to make its clips";
-        // Five minutes: the conversion will not be done before the signal comes.
-        makeLongClip(m_clip, 1280, 720, 60, 300);
+        // A minute: the conversion will not be done before the signal comes.
+        makeLongClip(m_clip, 1280, 720, 60, 60);
     }
 
     // Starts a conversion and reads its progress up to a line of the wanted type with at least `frames`.

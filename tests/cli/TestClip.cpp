@@ -38,7 +38,7 @@ void makeLongClip(const std::string& path, int width, int height, int fps, int s
     makeClip(second, {"-f", "lavfi", "-i",
                       "testsrc2=duration=1:size=" + std::to_string(width) + "x" + std::to_string(height) +
                           ":rate=" + std::to_string(fps),
-                      "-c:v", "mpeg4", "-q:v", "3"});
+                      "-c:v", "mpeg4", "-q:v", "10"});
     makeClip(path,
              {"-stream_loop", std::to_string(seconds - 1), "-i", second, "-c", "copy", "-f", "matroska"});
 }

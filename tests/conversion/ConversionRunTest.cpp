@@ -359,6 +359,16 @@ TEST_F(ConversionRunTest, writesNoSoundWhereThereIsNone) {
     EXPECT_EQ(texts[2], "Audio leer – schreibe ohne Audio.");
 }
 
+TEST_F(ConversionRunTest, readsTheChosenTrack) {
+    FakeFilm film = filmOf();
+    film.soundTracks.insert(film.soundTracks.begin(), fake::soundOf({{8000, 1, {0.5F}}}));
+    library.add(input, film);
+    Settings settings = settingsOf();
+    settings.audioTrackIndex = 1;
+    convert(settings);
+    EXPECT_TRUE(bytesOf(output) == expectedMovie(settings, 2).finished());
+}
+
 TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
     const ExpectedMovie movie = expectedMovie(settingsOf(), 2);
     std::vector<Bytes> stages{{}};

@@ -1,0 +1,212 @@
+// Benchmarks of the frame codec's kernels on frames of 512 x 288 pixels, each against the plain loop and
+// against memcpy. ZEB_BENCH_FRAMES names a file of raw RGBA frames of that size, from which the natural
+// frames are taken; without it they are synthetic.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "codec/ColourReduction.h"
+#include "codec/RLE2.h"
+#include "codec/SpriteEncoder.h"
+#include "tests/codec/ReferenceCodec.h"
+#include "tests/codec/SyntheticPictures.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr int width = 512;
+constexpr int height = 288;
+constexpr std::size_t pixelCount = std::size_t{width} * height;
+constexpr int colours = 4;
+/// Several, so that branch predictors cannot learn a frame by heart.
+constexpr std::size_t frameCount = 8;
+
+/// A frame in its stages.
+struct Frame {
+    explicit Frame(Bytes pixels)
+        : rgba(std::move(pixels)), words(pixelCount * 2), block{'R', 'L', 'E', '2', 0, 0, 0, 0} {
+        zeb::reference::packRGB565(rgba, words);
+        for (std::size_t i = 0; i < 4; ++i)
+            block[4 + i] = static_cast<std::uint8_t>(words.size() >> (24 - 8 * i));
+        zeb::reference::compressRLE2(words, block);
+    }
+
+    Bytes rgba;
+    Bytes words;
+    Bytes block;
+};
+
+using Frames = std::vector<Frame>;
+
+/// Frames from all over the file.
+Frames readFrames(const std::filesystem::path& path) {
+    constexpr std::size_t frameBytes = pixelCount * 4;
+    const std::size_t available = std::filesystem::file_size(path) / frameBytes;
+    if (available == 0) throw std::runtime_error(path.string() + " holds no frame");
+    std::ifstream file(path, std::ios::binary);
+    Frames frames;
+    for (std::size_t i = 0; i < frameCount; ++i) {
+        Bytes rgba(frameBytes);
+        file.seekg(static_cast<std::streamoff>((2 * i + 1) * available / (2 * frameCount) * frameBytes));
+        file.read(reinterpret_cast<char*>(rgba.data()), static_cast<std::streamsize>(frameBytes));
+        if (!file) throw std::runtime_error("cannot read " + path.string());
+        frames.emplace_back(std::move(rgba));
+    }
+    return frames;
+}
+
+template <typename Make>
+Frames makeFrames(Make make) {
+    Frames frames;
+    for (unsigned i = 0; i < frameCount; ++i)
+        frames.emplace_back(make(i));
+    return frames;
+}
+
+/// A picture that needs no scaling: drawing it is a copy.
+class MemoryPicture : public zeb::Picture {
+public:
+    explicit MemoryPicture(const Bytes& rgba) : m_rgba(rgba) {}
+    int width() const override { return ::width; }
+    int height() const override { return ::height; }
+    void draw(const zeb::BitmapContext& bitmap) const override {
+        std::ranges::copy(m_rgba, bitmap.pixels.begin());
+    }
+
+private:
+    const Bytes& m_rgba;
+};
+
+/// Registers a benchmark of `run`, which works on one frame; `bytes` per frame are counted.
+template <typename Run>
+void add(const std::string& name, const Frames& frames, std::size_t bytes, Run run) {
+    const auto body = [&frames, bytes, run](benchmark::State& state) mutable {
+        std::size_t next = 0;
+        for (auto _ : state) {
+            run(frames[next]);
+            benchmark::ClobberMemory();
+            next = (next + 1) % frames.size();
+        }
+        state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
+    };
+    benchmark::RegisterBenchmark(name.c_str(), body)->Unit(benchmark::kMicrosecond);
+}
+
+void addRunLengths(const std::string& kind, const Frames& frames) {
+    constexpr std::size_t bytes = pixelCount * 2;
+    add("compressRLE2/" + kind + "/plain", frames, bytes, [packets = Bytes()](const Frame& frame) mutable {
+        packets.clear();
+        zeb::reference::compressRLE2(frame.words, packets);
+    });
+    add("compressRLE2/" + kind, frames, bytes, [packets = Bytes()](const Frame& frame) mutable {
+        packets.clear();
+        zeb::compressRLE2(frame.words, packets);
+    });
+    add("expandRLE2/" + kind + "/plain", frames, bytes, [](const Frame& frame) {
+        benchmark::DoNotOptimize(zeb::reference::expandRLE2(frame.block, frame.words.size()));
+    });
+    add("expandRLE2/" + kind + "/new buffer", frames, bytes, [](const Frame& frame) {
+        benchmark::DoNotOptimize(zeb::expandRLE2(frame.block, frame.words.size()));
+    });
+    add("expandRLE2/" + kind, frames, bytes, [expanded = Bytes()](const Frame& frame) mutable {
+        if (!zeb::expandRLE2(frame.block, frame.words.size(), expanded)) std::abort();
+    });
+}
+
+void addColourReduction(const Frames& frames) {
+    constexpr std::size_t bytes = pixelCount * 4;
+    add("packRGB565/plain", frames, bytes, [words = Bytes(pixelCount * 2)](const Frame& frame) mutable {
+        zeb::reference::packRGB565(frame.rgba, words);
+    });
+    add("packRGB565", frames, bytes,
+        [words = Bytes(pixelCount * 2)](const Frame& frame) mutable { zeb::packRGB565(frame.rgba, words); });
+    for (const bool dither : {false, true}) {
+        const std::string name = dither ? "quantise/dithered" : "quantise";
+        add(name + "/plain", frames, bytes,
+            [dither, indices = Bytes(pixelCount), luma = std::vector<double>()](const Frame& frame) mutable {
+                zeb::reference::quantizeLuma(frame.rgba, width, height, colours, dither, luma, indices);
+            });
+        add(name, frames, bytes,
+            [dither, indices = Bytes(pixelCount),
+             quantiser = zeb::LuminanceQuantiser(colours)](const Frame& frame) mutable {
+                if (dither) {
+                    quantiser.dither(frame.rgba, width, height, indices);
+                } else {
+                    quantiser.quantise(frame.rgba, indices);
+                }
+            });
+    }
+}
+
+void addRecords(const Frames& frames) {
+    constexpr std::size_t bytes = pixelCount * 4;
+    add("encodeMode32Sprite", frames, bytes, [encoder = zeb::SpriteEncoder()](const Frame& frame) mutable {
+        benchmark::DoNotOptimize(encoder.encodeMode32Sprite(MemoryPicture(frame.rgba), width, height));
+    });
+    for (const bool dither : {false, true}) {
+        add(dither ? "encodeMode4Sprite/dithered" : "encodeMode4Sprite", frames, bytes,
+            [dither, encoder = zeb::SpriteEncoder()](const Frame& frame) mutable {
+                benchmark::DoNotOptimize(
+                    encoder.encodeMode4Sprite(MemoryPicture(frame.rgba), width, height, dither));
+            });
+    }
+}
+
+int run(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+
+    const char* path = std::getenv("ZEB_BENCH_FRAMES");
+    const Frames natural = path != nullptr ? readFrames(path) : makeFrames([](unsigned seed) {
+        return zeb::synthetic::natural(width, height, seed);
+    });
+    const Frames flat = makeFrames([](unsigned seed) {
+        return zeb::synthetic::flat(width, height, static_cast<std::uint8_t>(seed * 20), 90, 160);
+    });
+    const Frames noise = makeFrames([](unsigned seed) { return zeb::synthetic::noise(width, height, seed); });
+
+    std::size_t packed = 0;
+    for (const Frame& frame : natural)
+        packed += frame.block.size();
+    benchmark::AddCustomContext("natural frames", path != nullptr ? path : "synthetic");
+    benchmark::AddCustomContext(
+        "compressed to",
+        std::to_string(static_cast<double>(packed) / static_cast<double>(frameCount * pixelCount * 2)));
+
+    add("memcpy", natural, pixelCount * 2, [copy = Bytes(pixelCount * 2)](const Frame& frame) mutable {
+        std::memcpy(copy.data(), frame.words.data(), copy.size());
+    });
+    addRunLengths("natural", natural);
+    addRunLengths("flat", flat);
+    addRunLengths("noise", noise);
+    addColourReduction(natural);
+    addRecords(natural);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "codec_bench: " << error.what() << "\n";
+        return 1;
+    }
+}

@@ -1,0 +1,148 @@
+#!/usr/bin/env python3
+"""Checks that includes keep to the direction that the rooms allow.
+
+    check_includes.py [ROOT]
+
+Reads the #include lines of every C++ file below ROOT (default: this repository) and prints one line per fault:
+
+- a room that includes another one which its row in ROOMS does not name;
+- a header from outside at a place that FOREIGN does not list, directly or through a header of ours;
+- a header that neither the standard library, the repository nor FOREIGN knows, so that a new library is a decision;
+- an include of ours that is not written as a path from the root.
+
+Exits with 1 when there is a fault, and with 2 when there is nothing to check.
+"""
+
+import argparse
+import pathlib
+import re
+import sys
+
+# Each room and those that it may include besides itself. The other folders (tests, benchmarks) may include all.
+ROOMS = {
+    "platform": (),
+    "codec": ("platform",),
+    "format": ("codec", "platform"),
+    "conversion": ("format", "codec", "platform"),
+    "player": ("format", "codec", "platform"),
+    "ui": ("conversion", "player", "platform"),
+    "cli": ("conversion", "format", "codec", "platform"),
+    "app": ("platform", "codec", "format", "conversion", "player", "ui"),
+}
+OTHERS = ("tests", "fuzz", "bench")
+
+# Headers from outside: name, pattern, the places that may use them, and whether the ban goes through headers of ours
+# (a header that shows a library's types is as good as the library itself).
+FOREIGN = (
+    ("FFmpeg", r"lib(av|sw)\w+/", ("platform/ffmpeg/", *OTHERS), True),
+    ("zimg", r"zimg", ("platform/ffmpeg/", *OTHERS), True),
+    ("libplist", r"plist/", ("platform/", *OTHERS), True),
+    ("SDL", r"SDL", ("platform/", *OTHERS), True),
+    ("Qt", r"Q[A-Z]|Qt[A-Z]\w*/", ("platform/qt/", "conversion/model/", "player/", "ui/", "app/", *OTHERS), True),
+    ("CLI11", r"CLI/", ("cli/", *OTHERS), True),
+    ("nlohmann_json", r"nlohmann/", ("cli/", *OTHERS), True),
+    ("GoogleTest", r"g(test|mock)/", OTHERS, True),
+    ("Google Benchmark", r"benchmark/", OTHERS, True),
+    ("the operating system", r"(sys/\w+|unistd|fcntl|signal|dirent|dlfcn|poll|stdlib|termios|pthread|sched)\.h$",
+     ("platform/", "cli/", "app/", *OTHERS), False),
+    ("the processor", r"\w*intrin\.h$|arm_neon\.h$", ("platform/", "codec/", *OTHERS), False),
+)
+
+STANDARD = set("""
+    algorithm any array atomic barrier bit bitset charconv chrono compare complex concepts condition_variable coroutine
+    deque exception execution filesystem forward_list fstream functional future initializer_list iomanip ios iosfwd
+    iostream istream iterator latch limits list locale map memory memory_resource mutex new numbers numeric optional
+    ostream queue random ranges ratio regex scoped_allocator semaphore set shared_mutex source_location span sstream
+    stack stdexcept stop_token streambuf string string_view syncstream system_error thread tuple type_traits typeindex
+    typeinfo unordered_map unordered_set utility valarray variant vector version
+    cassert cctype cerrno cfenv cfloat cinttypes climits clocale cmath csetjmp csignal cstdarg cstddef cstdint cstdio
+    cstdlib cstring ctime cuchar cwchar cwctype
+""".split())
+
+INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(?:<([^>\n]+)>|"([^"\n]+)")', re.MULTILINE)
+COMMENT = re.compile(r"/\*.*?\*/", re.DOTALL)
+SUFFIXES = (".h", ".hpp", ".cpp", ".cc", ".inc")
+
+
+def blankComments(text):
+    """Without block comments, line numbers kept."""
+    return COMMENT.sub(lambda match: "\n" * match.group().count("\n"), text)
+
+
+def isAt(path, places):
+    return any(path.startswith(place.rstrip("/") + "/") for place in places)
+
+
+class Tree:
+    """The C++ files below a folder, by path from there, each with its includes as (line, name, isQuoted)."""
+
+    def __init__(self, root):
+        self.root = pathlib.Path(root)
+        self.includes = {}
+        for top in (*ROOMS, *OTHERS):
+            for file in sorted((self.root / top).rglob("*")):
+                if file.suffix in SUFFIXES and file.is_file():
+                    text = blankComments(file.read_text(encoding="utf-8", errors="replace"))
+                    self.includes[file.relative_to(self.root).as_posix()] = [
+                        (text.count("\n", 0, match.start()) + 1, match[1] or match[2], match[2] is not None)
+                        for match in INCLUDE.finditer(text)]
+
+    def foreignBehind(self, path, seen=None):
+        """The entries of FOREIGN that including `path` brings along."""
+        seen = seen if seen is not None else set()
+        if path in seen:
+            return set()
+        seen.add(path)
+        found = set()
+        for _, name, _ in self.includes.get(path, ()):
+            if name in self.includes:
+                found |= self.foreignBehind(name, seen)
+            else:
+                found |= {entry for entry in FOREIGN if entry[3] and re.match(entry[1], name)}
+        return found
+
+    def faults(self):
+        for path, lines in self.includes.items():
+            for line, name, isQuoted in lines:
+                for text in self.faultsOf(path, name, isQuoted):
+                    yield f"{path}:{line}: {text}"
+
+    def faultsOf(self, path, name, isQuoted):
+        room = path.split("/")[0]
+        if name in self.includes:
+            other = name.split("/")[0]
+            if room in ROOMS and other != room and other not in ROOMS[room]:
+                yield f"{room}/ may not include {name}"
+            for library, _, places, _ in sorted(self.foreignBehind(name)):
+                if not isAt(path, places):
+                    yield f"{name} brings {library} along, which may be used in {', '.join(places)} only"
+            return
+        if name in STANDARD and not isQuoted:
+            return
+        if isQuoted and name.endswith(".moc"):
+            return
+        if isQuoted and (self.root / path).parent.joinpath(name).exists():
+            yield f'"{name}" must be written as a path from the root'
+            return
+        for library, pattern, places, _ in FOREIGN:
+            if re.match(pattern, name):
+                if not isAt(path, places):
+                    yield f"<{name}>: {library} may be used in {', '.join(places)} only"
+                return
+        yield f"{name} is neither of the standard library nor ours nor listed as a library's"
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Checks the direction of includes between the rooms.")
+    parser.add_argument("root", nargs="?", default=pathlib.Path(__file__).resolve().parent.parent)
+    tree = Tree(parser.parse_args().root)
+    if not tree.includes:
+        print("no C++ files found", file=sys.stderr)
+        return 2
+    faults = list(tree.faults())
+    print("\n".join(faults) if faults else f"{len(tree.includes)} files, every include in the right direction")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

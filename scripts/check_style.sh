@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Checks that clang-format would change nothing in our own sources. Give --fix to let it.
+set -euo pipefail
+
+cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
+mapfile -d '' files < <(
+    find platform codec format conversion player ui app cli tests fuzz bench \
+        \( -name '*.h' -o -name '*.cpp' \) -print0 2> /dev/null | sort -z)
+if [[ ${#files[@]} -eq 0 ]]; then
+    echo "no sources found" >&2
+    exit 2
+fi
+if [[ ${1:-} == --fix ]]; then
+    clang-format -i "${files[@]}"
+else
+    clang-format --dry-run --Werror "${files[@]}"
+    echo "${#files[@]} files, all formatted"
+fi

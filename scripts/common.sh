@@ -1,0 +1,43 @@
+# shellcheck shell=bash disable=SC2154
+# What ./run, ./test and .ci/run share; sourced by them with `root` set to the repository's folder.
+
+if [[ -z ${ZEB_TEST_MEDIA:-} && -d $root/../shared/media ]]; then
+    ZEB_TEST_MEDIA=$(cd -- "$root/../shared/media" && pwd)
+    export ZEB_TEST_MEDIA
+fi
+
+# build PRESET [TARGET]
+# Configures where needed and builds, without a word unless there is something to do or something fails.
+build() (
+    cd -- "$root" || exit
+    folder=build/$1
+    log=$folder/build.log
+    mkdir -p "$folder"
+    # Two starts at once take turns.
+    if command -v flock > /dev/null; then
+        exec 9> "$folder/.lock"
+        flock 9
+    fi
+    fail() {
+        cat "$log" >&2
+        echo "Building the $1 preset failed; the output above is in $log." >&2
+        exit 1
+    }
+    if [[ ! -e $folder/build.ninja || CMakePresets.json -nt $folder/build.ninja ]]; then
+        echo "Building ZEBMaker ($1) ..." >&2
+        cmake --preset "$1" < /dev/null > "$log" 2>&1 9>&- || fail "$1"
+    elif ! ninja -C "$folder" -n "${2:-all}" 2>&1 | grep -q 'no work to do'; then
+        echo "Building ZEBMaker ($1) ..." >&2
+    else
+        exit 0
+    fi
+    cmake --build --preset "$1" ${2:+--target "$2"} < /dev/null >> "$log" 2>&1 9>&- || fail "$1"
+)
+
+# runTests PRESET [CTEST-ARGUMENT...]
+runTests() {
+    local folder=$root/build/$1
+    shift
+    ctest --test-dir "$folder" --output-on-failure --no-tests=error \
+        --parallel "${CTEST_PARALLEL_LEVEL:-$(nproc 2> /dev/null || echo 2)}" "$@" < /dev/null
+}

@@ -1,0 +1,76 @@
+#!/usr/bin/env bash
+# scripts/setup.sh GROUP...
+#
+# Makes sure that the packages of these groups of packages.txt are there. On Debian and its descendants what is
+# missing is installed (as root or through sudo); elsewhere it says what is needed and goes on if the tools are there.
+# Silent and instant when nothing is missing.
+set -euo pipefail
+
+here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+groups=" $* "
+
+wanted=()
+while read -r group package _; do
+    if [[ $group != "#"* && -n $group && $groups == *" $group "* ]]; then
+        wanted+=("$package")
+    fi
+done < "$here/packages.txt"
+
+say() { printf '%s\n' "$*" >&2; }
+
+if [[ ! -e /etc/debian_version ]] || ! command -v apt-get > /dev/null; then
+    tools=(c++ cmake ninja pkg-config)
+    if [[ $groups == *" test "* ]]; then tools+=(ffmpeg python3); fi
+    if [[ $groups == *" check "* ]]; then tools+=(clang-format clang-tidy); fi
+    absent=()
+    for tool in "${tools[@]}"; do
+        command -v "$tool" > /dev/null || absent+=("$tool")
+    done
+    noted="$here/../build/.packages-noted"
+    if [[ ! -e $noted || ${#absent[@]} -gt 0 ]]; then
+        say "This is not a Debian system: please install what these Debian packages hold:"
+        say "  ${wanted[*]}"
+    fi
+    if [[ ${#absent[@]} -gt 0 ]]; then
+        say "Not found: ${absent[*]}"
+        exit 1
+    fi
+    mkdir -p "$here/../build" && : > "$noted"
+    exit 0
+fi
+
+# One query for all; a package that dpkg has never heard of is simply not in the answer.
+installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}\n' "${wanted[@]}" 2> /dev/null || true)
+missing=()
+for package in "${wanted[@]}"; do
+    [[ $'\n'$installed$'\n' == *$'\n'"installed $package"$'\n'* ]] || missing+=("$package")
+done
+[[ ${#missing[@]} -gt 0 ]] || exit 0
+
+as_root=()
+if [[ $(id -u) != 0 ]]; then
+    if ! command -v sudo > /dev/null; then
+        say "These packages are missing, and installing them takes root or sudo:"
+        say "  apt-get install --no-install-recommends ${missing[*]}"
+        exit 1
+    fi
+    as_root=(sudo)
+    # Nobody is there to type a password.
+    if [[ ! -t 0 ]]; then as_root+=(-n); fi
+fi
+
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+apt() {
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get -y -o DPkg::Lock::Timeout=300 "$@" < /dev/null >> "$log" 2>&1
+}
+
+say "Installing ${#missing[@]} Debian packages: ${missing[*]}"
+# One package source that is out of reach need not matter; installing tells.
+apt update || true
+if ! apt install --no-install-recommends "${missing[@]}"; then
+    cat "$log" >&2
+    say "The packages could not be installed."
+    exit 1
+fi
