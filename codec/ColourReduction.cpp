@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "codec/ProcessorVersions.h"
+#include "platform/ProcessorVersions.h"
 
 namespace zeb {
 

@@ -38,7 +38,7 @@ public:
 
     std::unique_ptr<SoundReader> makeSoundReader(std::size_t track, IsCancelled isCancelled) const override {
         return std::make_unique<FFmpegSoundReader>(std::make_unique<Demuxer>(m_path, isCancelled),
-                                                   m_facts.sounds.at(track), m_facts.origin);
+                                                   m_facts.sounds.at(track), m_facts.origin, m_duration);
     }
 
 private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -27,10 +28,11 @@ void copyFormat(AVFrame& to, const AVFrame& from) {
 }  // namespace
 
 FFmpegSoundReader::FFmpegSoundReader(std::unique_ptr<Demuxer> demuxer, const SoundStreamFacts& facts,
-                                     double origin)
+                                     double origin, double duration)
     : m_demuxer(std::move(demuxer)),
       m_facts(facts),
       m_origin(origin),
+      m_latest(duration > 0 ? duration + 1 : std::numeric_limits<double>::infinity()),
       m_packet(makePacket()),
       m_frame(makeFrame()),
       m_layout(makeFrame()),
@@ -80,6 +82,8 @@ bool FFmpegSoundReader::decodeNextFrame() {
     for (;;) {
         const int result = avcodec_receive_frame(m_decoder.get(), m_frame.get());
         if (result >= 0) {
+            // Where the rate changes, some decoders put the one before into the first frame of the new one.
+            if (m_decoder->sample_rate > 0) m_frame->sample_rate = m_decoder->sample_rate;
             take(*m_frame);
             av_frame_unref(m_frame.get());
             return true;
@@ -113,7 +117,7 @@ void FFmpegSoundReader::take(const AVFrame& frame) {
     if (stamp != AV_NOPTS_VALUE) {
         const double time = static_cast<double>(stamp) * m_facts.timeBase.value() - m_origin;
         const double ahead = time - static_cast<double>(m_delivered) / m_rate;
-        if (ahead > leastGap) {
+        if (ahead > leastGap && time <= m_latest) {  // a damaged time must not become hours of silence
             appendSilence(std::llround(ahead * m_rate));
         } else if (time < 0 && m_delivered == 0) {
             skip = std::min<std::int64_t>(std::llround(-time * frame.sample_rate), frame.nb_samples);

@@ -17,7 +17,9 @@ namespace zeb::ffmpeg {
 /// right.
 class FFmpegSoundReader final : public SoundReader {
 public:
-    FFmpegSoundReader(std::unique_ptr<Demuxer> demuxer, const SoundStreamFacts& facts, double origin);
+    /// `duration` is the length of the presentation in seconds, 0 when unknown.
+    FFmpegSoundReader(std::unique_ptr<Demuxer> demuxer, const SoundStreamFacts& facts, double origin,
+                      double duration);
 
     bool startReading() override;
     std::optional<SampleBuffer> copyNextSampleBuffer() override;
@@ -33,6 +35,7 @@ private:
     std::unique_ptr<Demuxer> m_demuxer;
     SoundStreamFacts m_facts;
     double m_origin;
+    double m_latest;  ///< seconds; times of sound beyond this are not believed
     CodecContext m_decoder;
     Packet m_packet;
     Frame m_frame;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 #include "platform/ffmpeg/Libraries.h"
+#include "platform/ffmpeg/MatrixConversion.h"
 
 namespace zeb::ffmpeg {
 namespace {
@@ -42,25 +44,29 @@ Placement placement(const Orientation& orientation, int bitmapWidth, int bitmapH
     return result;
 }
 
-void copyRow(const FrameScaler& scaler, int y, std::uint8_t* pixel, std::ptrdiff_t step) {
-    const auto* red = static_cast<const std::uint8_t*>(scaler.row(0, y));
-    const auto* green = static_cast<const std::uint8_t*>(scaler.row(1, y));
-    const auto* blue = static_cast<const std::uint8_t*>(scaler.row(2, y));
-    for (int x = 0; x < scaler.task().targetWidth; ++x, pixel += step) {
-        pixel[0] = red[x];
-        pixel[1] = green[x];
-        pixel[2] = blue[x];
+/// One row of red, green and blue components.
+struct ComponentRow {
+    std::vector<std::uint16_t> red, green, blue;
+
+    explicit ComponentRow(int count)
+        : red(static_cast<std::size_t>(count)), green(red.size()), blue(red.size()) {}
+};
+
+void copyRow(const ComponentRow& row, std::uint8_t* pixel, std::ptrdiff_t step) {
+    for (std::size_t x = 0; x < row.red.size(); ++x, pixel += step) {
+        pixel[0] = static_cast<std::uint8_t>(row.red[x]);
+        pixel[1] = static_cast<std::uint8_t>(row.green[x]);
+        pixel[2] = static_cast<std::uint8_t>(row.blue[x]);
         pixel[3] = 255;
     }
 }
 
-/// Premultiplies a row, as drawn over transparent black.
-template <typename Value>
-void applyAlpha(const Value* alpha, int largest, int count, std::uint8_t* pixel, std::ptrdiff_t step) {
+/// Premultiplies a row by 16-bit alpha, as drawn over transparent black.
+void applyAlpha(const std::uint16_t* alpha, int count, std::uint8_t* pixel, std::ptrdiff_t step) {
+    constexpr int opaque = 65535;
     for (int x = 0; x < count; ++x, pixel += step) {
-        const int a = alpha[x];
         for (int c = 0; c < 4; ++c) {
-            pixel[c] = static_cast<std::uint8_t>((pixel[c] * a + largest / 2) / largest);
+            pixel[c] = static_cast<std::uint8_t>((pixel[c] * alpha[x] + opaque / 2) / opaque);
         }
     }
 }
@@ -102,41 +108,35 @@ FramePicture::FramePicture(Frame frame, const VideoStreamFacts& facts, std::shar
 }
 
 void FramePicture::draw(const BitmapContext& bitmap) const {
-    const bool isManaged = bitmap.colourSpace == DrawingColourSpace::sRGB;
+    const ColourDescription colour = colourDescription(*m_frame);
     ScalingTask task;
     task.format = m_frame->format;
     task.width = m_frame->width;
     task.height = m_frame->height;
-    task.colour = colourDescription(*m_frame);
+    task.fullRange = colour.fullRange;
+    task.chromaLocation = colour.chromaLocation;
     task.targetWidth = m_orientation.exchangesSides() ? bitmap.height : bitmap.width;
     task.targetHeight = m_orientation.exchangesSides() ? bitmap.width : bitmap.height;
-    const bool needsConversion =
-        isManaged && !(task.colour.transfer == Transfer::sRGB && task.colour.primaries == Primaries::bt709);
-    task.targetBits = needsConversion ? ColourConversion::bits : 8;
-
-    const auto conversion = needsConversion ? m_tools->conversion(task.colour) : nullptr;
     std::unique_ptr<FrameScaler> scaler = m_tools->borrowScaler(task);
     scaler->scale(*m_frame);
 
+    const bool isSRGB = colour.transfer == Transfer::sRGB && colour.primaries == Primaries::bt709;
+    const bool isManaged = bitmap.colourSpace == DrawingColourSpace::sRGB && !isSRGB;
+    const auto conversion = isManaged ? m_tools->conversion(colour) : nullptr;
+    const MatrixConversion matrix(colour, scaler->family(), isManaged ? ColourConversion::levels - 1 : 255);
     const Placement place = placement(m_orientation, bitmap.width, bitmap.height);
+    ComponentRow components(task.targetWidth);
     for (int y = 0; y < task.targetHeight; ++y) {
+        matrix.convertRow({scaler->row(0, y), scaler->row(1, y), scaler->row(2, y)}, task.targetWidth,
+                          components.red.data(), components.green.data(), components.blue.data());
         std::uint8_t* pixel = bitmap.pixels.data() + place.first + place.perY * y;
         if (conversion) {
-            conversion->convertRow(static_cast<const std::uint16_t*>(scaler->row(0, y)),
-                                   static_cast<const std::uint16_t*>(scaler->row(1, y)),
-                                   static_cast<const std::uint16_t*>(scaler->row(2, y)), task.targetWidth,
-                                   pixel, place.perX);
+            conversion->convertRow(components.red.data(), components.green.data(), components.blue.data(),
+                                   task.targetWidth, pixel, place.perX);
         } else {
-            copyRow(*scaler, y, pixel, place.perX);
+            copyRow(components, pixel, place.perX);
         }
-        if (!scaler->hasAlpha()) continue;
-        if (task.targetBits > 8) {
-            applyAlpha(static_cast<const std::uint16_t*>(scaler->row(3, y)), (1 << task.targetBits) - 1,
-                       task.targetWidth, pixel, place.perX);
-        } else {
-            applyAlpha(static_cast<const std::uint8_t*>(scaler->row(3, y)), 255, task.targetWidth, pixel,
-                       place.perX);
-        }
+        if (scaler->hasAlpha()) applyAlpha(scaler->row(3, y), task.targetWidth, pixel, place.perX);
     }
     m_tools->giveBack(std::move(scaler));
 }

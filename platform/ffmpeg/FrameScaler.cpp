@@ -59,12 +59,10 @@ zimg_image_format sourceFormat(const ScalingTask& task, const AVPixFmtDescriptor
     format.subsample_w = pixels.log2_chroma_w;
     format.subsample_h = pixels.log2_chroma_h;
     format.color_family = isRGB ? ZIMG_COLOR_RGB : isGrey ? ZIMG_COLOR_GREY : ZIMG_COLOR_YUV;
-    format.matrix_coefficients =
-        isRGB ? ZIMG_MATRIX_RGB : static_cast<zimg_matrix_coefficients_e>(task.colour.matrix);
-    format.pixel_range = task.colour.fullRange ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
-    format.chroma_location = static_cast<zimg_chroma_location_e>(task.colour.chromaLocation);
-    // Curve and primaries are the colour conversion's business, over the reduced picture: equal on both sides
-    // here.
+    format.pixel_range = task.fullRange ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
+    format.chroma_location = static_cast<zimg_chroma_location_e>(task.chromaLocation);
+    // The meaning of the colours is not this one's business: equal on both sides.
+    format.matrix_coefficients = isRGB ? ZIMG_MATRIX_RGB : ZIMG_MATRIX_BT709;
     format.transfer_characteristics = ZIMG_TRANSFER_BT709;
     format.color_primaries = ZIMG_PRIMARIES_BT709;
     if ((pixels.flags & AV_PIX_FMT_FLAG_ALPHA) != 0) format.alpha = ZIMG_ALPHA_STRAIGHT;
@@ -72,19 +70,14 @@ zimg_image_format sourceFormat(const ScalingTask& task, const AVPixFmtDescriptor
 }
 
 zimg_image_format targetFormat(const ScalingTask& task, const zimg_image_format& source) {
-    zimg_image_format format;
-    zimg_image_format_default(&format, ZIMG_API_VERSION);
+    zimg_image_format format = source;
     format.width = static_cast<unsigned>(task.targetWidth);
     format.height = static_cast<unsigned>(task.targetHeight);
-    format.pixel_type = task.targetBits > 8 ? ZIMG_PIXEL_WORD : ZIMG_PIXEL_BYTE;
-    format.depth = static_cast<unsigned>(task.targetBits);
-    const bool isGrey = source.color_family == ZIMG_COLOR_GREY;
-    format.color_family = isGrey ? ZIMG_COLOR_GREY : ZIMG_COLOR_RGB;
-    format.matrix_coefficients = isGrey ? source.matrix_coefficients : ZIMG_MATRIX_RGB;
-    format.pixel_range = ZIMG_RANGE_FULL;
-    format.transfer_characteristics = source.transfer_characteristics;
-    format.color_primaries = source.color_primaries;
-    format.alpha = source.alpha;
+    format.active_region = {0, 0, static_cast<double>(task.targetWidth),
+                            static_cast<double>(task.targetHeight)};
+    format.pixel_type = ZIMG_PIXEL_WORD;
+    format.depth = 16;
+    format.subsample_w = format.subsample_h = 0;
     return format;
 }
 
@@ -93,7 +86,7 @@ zimg_image_format targetFormat(const ScalingTask& task, const zimg_image_format&
 struct FrameScaler::State {
     ScalingTask task;
     const AVPixFmtDescriptor* pixels = nullptr;  ///< of the planar form
-    bool isGrey = false;
+    ComponentFamily family = ComponentFamily::yCbCr;
     bool hasAlpha = false;
     PlanarForm planarForm;
     std::unique_ptr<zimg_filter_graph, FreeGraph> graph;
@@ -106,7 +99,9 @@ struct FrameScaler::State {
         pixels = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(planar.format));
         const zimg_image_format source = sourceFormat(task, *pixels);
         const zimg_image_format target = targetFormat(task, source);
-        isGrey = source.color_family == ZIMG_COLOR_GREY;
+        family = source.color_family == ZIMG_COLOR_GREY  ? ComponentFamily::grey
+                 : source.color_family == ZIMG_COLOR_RGB ? ComponentFamily::rgb
+                                                         : ComponentFamily::yCbCr;
         hasAlpha = source.alpha != ZIMG_ALPHA_NONE;
         zimg_graph_builder_params parameters;
         zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
@@ -115,14 +110,15 @@ struct FrameScaler::State {
         parameters.resample_filter_uv = ZIMG_RESIZE_LANCZOS;
         parameters.filter_param_a_uv = 3;
         parameters.dither_type = ZIMG_DITHER_NONE;
+        parameters.cpu_type = ZIMG_CPU_AUTO_64B;
         graph.reset(zimg_filter_graph_build(&source, &target, &parameters));
         if (!graph) throwScalingError();
         std::size_t size = 0;
         if (zimg_filter_graph_get_tmp_size(graph.get(), &size) != 0) throwScalingError();
         temporary = allocateAligned(size);
-        stride = aligned(static_cast<std::size_t>(task.targetWidth) * (task.targetBits > 8 ? 2 : 1));
+        stride = aligned(static_cast<std::size_t>(task.targetWidth) * sizeof(std::uint16_t));
         for (std::size_t i = 0; i < planes.size(); ++i) {
-            const bool isUsed = i == 0 || (i < 3 && !isGrey) || (i == 3 && hasAlpha);
+            const bool isUsed = i == 0 || (i < 3 && family != ComponentFamily::grey) || (i == 3 && hasAlpha);
             if (isUsed) planes[i] = allocateAligned(stride * static_cast<std::size_t>(task.targetHeight));
         }
     }
@@ -162,15 +158,19 @@ void FrameScaler::scale(const AVFrame& frame) {
     }
 }
 
-const void* FrameScaler::row(int component, int y) const {
-    const State& state = *m_state;
-    const std::size_t plane = state.isGrey && component < 3 ? 0 : static_cast<std::size_t>(component);
-    return static_cast<const std::uint8_t*>(state.planes[plane].get()) +
-           state.stride * static_cast<std::size_t>(y);
+ComponentFamily FrameScaler::family() const noexcept {
+    return m_state->family;
 }
 
 bool FrameScaler::hasAlpha() const noexcept {
     return m_state->hasAlpha;
+}
+
+const std::uint16_t* FrameScaler::row(int component, int y) const {
+    const State& state = *m_state;
+    const auto* plane =
+        static_cast<const std::uint8_t*>(state.planes[static_cast<std::size_t>(component)].get());
+    return reinterpret_cast<const std::uint16_t*>(plane + state.stride * static_cast<std::size_t>(y));
 }
 
 }  // namespace zeb::ffmpeg

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "platform/ffmpeg/ColourDescription.h"
+#include "platform/ffmpeg/MatrixConversion.h"
 
 struct AVFrame;
 
@@ -14,16 +14,17 @@ struct ScalingTask {
     int format = 0;  ///< pixel format of the frames, code of the libraries
     int width = 0;   ///< of the frames
     int height = 0;
-    ColourDescription colour;
+    bool fullRange = false;
+    int chromaLocation = 0;  ///< of 4:2:0 samples, code point of ITU-T H.273
     int targetWidth = 0;
     int targetHeight = 0;
-    int targetBits = 8;  ///< per component: 8, or `ColourConversion::bits`
 
     bool operator==(const ScalingTask&) const = default;
 };
 
-/// Scales frames to RGB components in one step, by Lanczos filtering with three lobes. Used by one thread at
-/// a time.
+/// Scales the components of frames to one size in one step, by Lanczos filtering with three lobes; chroma
+/// comes to the size of luma. Components stay what they are (Y'CbCr, RGB or grey, range included). Used by
+/// one thread at a time.
 class FrameScaler {
 public:
     /// Throws `PlatformError`.
@@ -34,15 +35,16 @@ public:
 
     const ScalingTask& task() const noexcept;
 
-    /// Scales a frame of the task's kind.
+    /// Scales a frame of the task's kind. Throws `PlatformError`.
     void scale(const AVFrame& frame);
 
-    /// Row `y` of component 0 red, 1 green, 2 blue or 3 alpha of the last result, `targetWidth` values of one
-    /// byte (8 bits) or two; not premultiplied.
-    const void* row(int component, int y) const;
+    // Of the last result:
 
-    /// Whether the frames have an alpha channel.
+    ComponentFamily family() const noexcept;
     bool hasAlpha() const noexcept;
+    /// Row `y` of component 0, 1 or 2 (red, green, blue; Y', Cb, Cr; only 0 of grey) or 3, the alpha channel:
+    /// `targetWidth` values of 16 bits, not multiplied by alpha.
+    const std::uint16_t* row(int component, int y) const;
 
 private:
     struct State;

@@ -200,7 +200,8 @@ bool FrameSource::isShown(const AVPacket& packet) const {
 /// damage.
 bool FrameSource::isUsable(const AVPacket& packet) {
     if (m_awaitsKey) {
-        if ((packet.flags & AV_PKT_FLAG_KEY) == 0) return false;
+        const bool mustStartGroup = m_timing != Timing::byPresentation && m_decoder->has_b_frames > 0;
+        if ((packet.flags & AV_PKT_FLAG_KEY) == 0 || (mustStartGroup && !startsGroup(packet))) return false;
         m_awaitsKey = false;
         if (packet.pts != AV_NOPTS_VALUE) m_entryTime = packet.pts;
     }
@@ -223,6 +224,8 @@ bool FrameSource::readPacket() {
                 }
                 if (*m_timing != Timing::byPresentation) m_planner.reset();
             }
+            // Decoders hand the stamp on to the picture: with decoding times it tells which packet it came from.
+            if (m_timing == Timing::byDecoding) m_packet->pts = m_packet->dts;
             return true;
         }
         av_packet_unref(m_packet.get());
@@ -286,7 +289,7 @@ void FrameSource::send(const AVPacket* packet) {
         if (m_awaited.size() >= mostAwaited) m_awaited.erase(m_awaited.begin());
         m_awaited.insert(packet->pts);
     }
-    if (hasPicture && m_timing == Timing::byPresentation && startsGroup(*packet)) {
+    if (hasPicture && m_timing != Timing::byCounting && startsGroup(*packet)) {
         constexpr std::size_t mostGroups = 64;
         if (m_groupStarts.size() >= mostGroups) m_groupStarts.pop_front();
         m_groupStarts.push_back(packet->pts);
@@ -329,6 +332,10 @@ double FrameSource::timeOf(const AVFrame& frame) {
         case Timing::byCounting:
             return static_cast<double>(m_counted++) * m_facts.frameDuration();
         case Timing::byDecoding: {
+            // What is left of before a packet that depends on none before it belonged to pictures that were lost.
+            if (std::find(m_groupStarts.begin(), m_groupStarts.end(), frame.pts) != m_groupStarts.end()) {
+                while (!m_decodingTimes.empty() && m_decodingTimes.top() < frame.pts) m_decodingTimes.pop();
+            }
             if (m_decodingTimes.empty()) return following;
             const std::int64_t time = m_decodingTimes.top();
             m_decodingTimes.pop();
@@ -398,8 +405,18 @@ bool FrameSource::hasLostPicture(double after, double upTo) const {
     });
 }
 
-bool FrameSource::seek(double time) {
+bool FrameSource::canSeek() const noexcept {
     if (!m_facts.hasTimestamps) return false;
+    // Times in decoding order are dealt out in display order, which goes wrong where pictures after a key
+    // frame are predicted from before it and cannot be decoded. Only these codings mark key frames that
+    // nothing reaches past.
+    const bool marksEntries =
+        m_decoder->codec_id == AV_CODEC_ID_H264 || m_decoder->codec_id == AV_CODEC_ID_HEVC;
+    return m_timing == Timing::byPresentation || m_decoder->has_b_frames == 0 || marksEntries;
+}
+
+bool FrameSource::seek(double time) {
+    if (!canSeek()) return false;
     const auto timestamp =
         static_cast<std::int64_t>(std::floor((time + m_origin) / m_facts.timeBase.value()));
     if (!m_demuxer->seek(m_facts.stream, timestamp)) return false;

@@ -55,8 +55,8 @@ public:
     /// of damage.
     bool hasLostPicture(double after, double upTo) const;
 
-    /// False for streams without times, which can only be decoded from the start.
-    bool canSeek() const noexcept { return m_facts.hasTimestamps; }
+    /// False for streams whose pictures get their times by decoding from the start.
+    bool canSeek() const noexcept;
 
     /// Goes on with the key frame before `time`, as far as the container knows it; plans no more. False when
     /// the container cannot seek.
@@ -114,7 +114,7 @@ private:
     std::set<std::int64_t> m_awaited;  ///< display times of packets sent whose pictures have not come out
     bool m_isCareful = false;          ///< the stream has shown damage: one thread, no planning
     std::deque<std::int64_t>
-        m_groupStarts;  ///< display times of the latest packets that depend on none before them
+        m_groupStarts;  ///< stamps of the latest packets that depend on none before them
     std::optional<double> m_lastHandedOut;  ///< time of the last frame that `next` returned
     std::optional<double> m_known;          ///< frames up to this time were handed out before damage was seen
 
