@@ -37,7 +37,7 @@ ExitCode Encoding::run() {
         return ExitCode::done;
     } catch (...) {
         const Failure failure = describeCurrentFailure();
-        const PartialOutput::Outcome outcome = m_partialOutput.settle();
+        const auto outcome = failure.madeNoOutput ? PartialOutput::Outcome{} : m_partialOutput.settle();
         const std::string separator = outcome.text.empty() ? "" : "; ";
         m_reporter.failed({failure.text + separator + outcome.text, failure.exitCode, outcome.keptSeconds});
         return failure.exitCode;

@@ -16,7 +16,7 @@ Failure describe(const ZEBConverterError& error) {
         case ZEBConverterError::Case::noVideoTrack:
             return {error.what(), ExitCode::unreadableInput};
         case ZEBConverterError::Case::cannotCreateOutput:
-            return {error.what(), ExitCode::unwritableOutput};
+            return {error.what(), ExitCode::unwritableOutput, true};
     }
     return {error.what(), ExitCode::conversionFailed};
 }

@@ -17,6 +17,7 @@ public:
 struct Failure {
     std::string text;  ///< without a full stop
     ExitCode exitCode;
+    bool madeNoOutput = false;  ///< the output could not be created: what stands there is someone else's
 };
 
 /// Describes the exception that is being handled. To be called in a catch block only.

@@ -2,14 +2,23 @@
 
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <system_error>
-
 #include "cli/Text.h"
+#include "format/MovieFacts.h"
 #include "format/PartialFile.h"
 #include "platform/FileManager.h"
 
 namespace zeb::cli {
+namespace {
+
+bool hasWholeSecond(const std::string& path) {
+    try {
+        return readMovieFacts(*openForReading(path)).wholeSeconds > 0;
+    } catch (const PlatformError&) {
+        return false;  // not even a header
+    }
+}
+
+}  // namespace
 
 void PartialOutput::noteCreated() {
     if (m_isReplaced && !m_created) m_created = identity();
@@ -21,9 +30,8 @@ PartialOutput::Outcome PartialOutput::settle() const {
     // instance.
     if (m_created && identity() != m_created)
         return {0, m_path + " was replaced meanwhile and is left alone"};
-    // A file that appeared unnoticed is what is left of a writer that failed at its first bytes, or not ours.
-    std::error_code ignored;
-    if (!m_created && std::filesystem::file_size(m_path, ignored) != 0) return {};
+    // A file that appeared unnoticed is the run's if it was stopped within its first second.
+    if (!m_created && hasWholeSecond(m_path)) return {};
     std::int64_t seconds = 0;
     try {
         seconds = finishPartialFile(m_path);

@@ -21,7 +21,8 @@ public:
     std::size_t copy(std::uint64_t offset, std::span<std::uint8_t> target) const;
 
 private:
-    static constexpr std::size_t blockSize = std::size_t{1} << 20;
+    /// A little less than 1 MiB: with the allocator's own bytes just whole pages.
+    static constexpr std::size_t blockSize = (std::size_t{1} << 20) - 64;
 
     std::vector<std::unique_ptr<std::uint8_t[]>> m_blocks;
     std::uint64_t m_size = 0;

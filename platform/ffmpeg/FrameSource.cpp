@@ -224,7 +224,8 @@ bool FrameSource::readPacket() {
                 }
                 if (*m_timing != Timing::byPresentation) m_planner.reset();
             }
-            // Decoders hand the stamp on to the picture: with decoding times it tells which packet it came from.
+            // Decoders hand the stamp on to the picture: with decoding times it tells which packet it came
+            // from.
             if (m_timing == Timing::byDecoding) m_packet->pts = m_packet->dts;
             return true;
         }
@@ -332,9 +333,11 @@ double FrameSource::timeOf(const AVFrame& frame) {
         case Timing::byCounting:
             return static_cast<double>(m_counted++) * m_facts.frameDuration();
         case Timing::byDecoding: {
-            // What is left of before a packet that depends on none before it belonged to pictures that were lost.
+            // What is left of before a packet that depends on none before it belonged to pictures that were
+            // lost.
             if (std::find(m_groupStarts.begin(), m_groupStarts.end(), frame.pts) != m_groupStarts.end()) {
-                while (!m_decodingTimes.empty() && m_decodingTimes.top() < frame.pts) m_decodingTimes.pop();
+                while (!m_decodingTimes.empty() && m_decodingTimes.top() < frame.pts)
+                    m_decodingTimes.pop();
             }
             if (m_decodingTimes.empty()) return following;
             const std::int64_t time = m_decodingTimes.top();

@@ -113,10 +113,9 @@ private:
 
     std::set<std::int64_t> m_awaited;  ///< display times of packets sent whose pictures have not come out
     bool m_isCareful = false;          ///< the stream has shown damage: one thread, no planning
-    std::deque<std::int64_t>
-        m_groupStarts;  ///< stamps of the latest packets that depend on none before them
-    std::optional<double> m_lastHandedOut;  ///< time of the last frame that `next` returned
-    std::optional<double> m_known;          ///< frames up to this time were handed out before damage was seen
+    std::deque<std::int64_t> m_groupStarts;  ///< stamps of the latest packets that depend on none before them
+    std::optional<double> m_lastHandedOut;   ///< time of the last frame that `next` returned
+    std::optional<double> m_known;  ///< frames up to this time were handed out before damage was seen
 
     std::unique_ptr<Deinterlacer> m_deinterlacer;
     std::deque<TimedFrame> m_ready;

@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "platform/ffmpeg/FilterLibrary.h"
 #include "platform/ffmpeg/Libraries.h"
 
 namespace zeb::ffmpeg {
@@ -10,7 +11,7 @@ void Deleter::operator()(AVCodecContext* context) const noexcept {
     avcodec_free_context(&context);
 }
 void Deleter::operator()(AVFilterGraph* graph) const noexcept {
-    avfilter_graph_free(&graph);
+    FilterLibrary::get().graphFree(&graph);  // loaded, or there would be no graph
 }
 void Deleter::operator()(AVFrame* frame) const noexcept {
     av_frame_free(&frame);

@@ -1,9 +1,9 @@
 #include "tests/cli/ChildProcess.h"
 
 #include <fcntl.h>
-#include <pty.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -26,9 +26,12 @@ Channel openChannel(const ChildProcess::Options& options) {
         winsize size{};
         size.ws_row = 24;
         size.ws_col = static_cast<unsigned short>(*options.terminalColumns);
-        if (openpty(&channel.parent, &channel.child, nullptr, nullptr, &size) != 0) {
+        channel.parent = posix_openpt(O_RDWR | O_NOCTTY);
+        if (channel.parent < 0 || grantpt(channel.parent) != 0 || unlockpt(channel.parent) != 0 ||
+            ioctl(channel.parent, TIOCSWINSZ, &size) != 0) {
             throw std::runtime_error("no pseudo-terminal");
         }
+        channel.child = open(ptsname(channel.parent), O_RDWR | O_NOCTTY);
     } else {
         std::array<int, 2> ends{};
         if (pipe(ends.data()) != 0) throw std::runtime_error("no pipe");

@@ -49,6 +49,13 @@ TEST_F(PartialOutputTest, RemovesWhatHasNoWholeSecond) {
         output.noteCreated();
         EXPECT_EQ(output.settle().keptSeconds, 0);
         EXPECT_FALSE(exists()) << size;
+
+        // Stopped before it could be noted that the file was created.
+        put(start);
+        PartialOutput unnoticed(m_path);
+        unnoticed.noteReplaced();
+        EXPECT_EQ(unnoticed.settle().keptSeconds, 0);
+        EXPECT_FALSE(exists()) << size;
     }
 }
 

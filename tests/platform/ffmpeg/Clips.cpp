@@ -111,7 +111,7 @@ std::string numberedFrames(int count, const std::string& rate) {
         }
         writeFile(path, film);
     }
-    return "-f rawvideo -pix_fmt yuv420p -s 128x64 -r " + rate + " -i @" + name + " ";
+    return "-f rawvideo -pix_fmt yuv420p -s 128x64 -framerate " + rate + " -i @" + name + " ";
 }
 
 std::optional<int> numberIn(const Picture& picture) {

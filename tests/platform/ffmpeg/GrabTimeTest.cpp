@@ -177,16 +177,27 @@ TEST(GrabTimes, FollowSeveralEdits) {
     }
     const std::string path = test::clipFolder() + "/edits-many.mp4";
     test::writeFile(path, edited);
-    std::vector<Shown> shown = steady(20, 0.04, 0, 10);
-    for (const Shown& s : steady(20, 0.04, 0.8, 73)) shown.push_back(s);
-    expectShown(path, shown);
+    // The demuxer is a picture off where one stretch meets the next; the first stretch is exact, and planning, which
+    // sees the hidden packets of the second at the times of the first, must not change what is shown.
+    const auto inOrder = test::open(path)->makeImageGenerator(2, {});
+    for (int i = 0; i < 18; ++i) ASSERT_EQ(shownAt(*inOrder, i * 0.04), std::to_string(10 + i));
+    for (const int perSecond : {3, 10, 25}) {
+        const auto straight = test::open(path)->makeImageGenerator(1, {});
+        const auto planned = test::open(path)->makeImageGenerator(2, {});
+        const GrabSchedule schedule{2 * perSecond, perSecond, 1.58};
+        planned->expect(schedule);
+        for (std::int64_t i = 0; i < schedule.count; ++i) {
+            const double time = schedule.at(i).seconds();
+            ASSERT_EQ(shownAt(*planned, time), shownAt(*straight, time)) << perSecond << " per second, at " << time;
+        }
+    }
 }
 
 TEST(GrabTimes, FollowVariableRates) {
     // Picture n stands at (n + n^2 / 40) / 25 seconds, so that the rate falls from 25 to 7 a second.
     std::vector<Shown> shown;
     for (int n = 0; n < 50; ++n) shown.push_back({(n + std::floor(n * n / 40.0)) / 25.0, n});
-    const std::string filter = " -vf setpts=(N+floor(N*N/40))/25/TB -fps_mode passthrough ";
+    const std::string filter = " -vf setpts=N+floor(N*N/40) -fps_mode passthrough ";
     for (const char* container : {"mp4", "mkv", "ts", "flv"}) {
         SCOPED_TRACE(container);
         expectShown(clip(std::string("variable.") + container, numberedFrames(50) + h264 + filter), shown);
@@ -208,15 +219,15 @@ TEST(GrabTimes, ForgiveRoundedTimes) {
 }
 
 TEST(GrabTimes, ALateFirstPictureIsShownFromTheStart) {
-    const std::string input = "-itsoffset 0.5 " + numberedFrames(50) + "-f lavfi -i sine=d=2.5 -map 0 -map 1 ";
+    const std::string input = "-itsoffset 0.5 " + numberedFrames(25, "10") + "-f lavfi -i sine=d=3 -map 0 -map 1 ";
     for (const char* container : {"mkv", "ts", "mp4"}) {
         SCOPED_TRACE(container);
-        const std::string path = clip(std::string("late.") + container, input + h264 + " -c:a aac");
-        // The coder's lead-in may put the sound's start up to two packets before.
-        const auto generator = test::open(path)->makeImageGenerator(1, {});
-        EXPECT_EQ(test::numberIn(*generator->copyImage(at(0))), 0);
-        EXPECT_EQ(test::numberIn(*generator->copyImage(at(0.45))), 0);
-        EXPECT_EQ(test::numberIn(*generator->copyImage(at(1.53))), 25);
+        const auto asset = test::open(clip(std::string("late.") + container, input + h264 + " -c:a aac"));
+        const auto generator = asset->makeImageGenerator(1, {});
+        generator->expect({30, 10, 2.9});
+        for (const double time : {0.0, 0.2, 0.5}) EXPECT_EQ(shownAt(*generator, time), "0");
+        // The sound coder's lead-in may count as the start, up to two packets before the sound itself.
+        EXPECT_EQ(shownAt(*generator, 1.57), "10");
     }
 }
 
