@@ -16,7 +16,8 @@ constexpr const char* h264 = " -c:v libx264 -g 20 -bf 3 ";
 /// Replaces 32-bit fields of a file in the ISO format that lie `offset` bytes behind the name of a box.
 std::string patched(std::string file, const std::string& box, std::size_t offset, std::uint32_t value) {
     for (std::size_t at = file.find(box); at != std::string::npos; at = file.find(box, at + 4)) {
-        for (std::size_t i = 0; i < 4; ++i) file[at + offset + i] = static_cast<char>(value >> (24 - 8 * i));
+        for (std::size_t i = 0; i < 4; ++i)
+            file[at + offset + i] = static_cast<char>(value >> (24 - 8 * i));
     }
     return file;
 }
@@ -24,10 +25,15 @@ std::string patched(std::string file, const std::string& box, std::size_t offset
 TEST(AssetDuration, IsFoundWhereContainersDoNotTell) {
     const std::string film = numberedFrames(100);
     for (const auto& [name, arguments] : {
-             std::pair{"raw.h264", " -c:v libx264 -bf 3 "}, {"raw.m2v", " -c:v mpeg2video -b:v 2M "},
-             {"raw.mjpeg", " -c:v mjpeg "}, {"live.mkv", " -c:v libx264 -live 1 -f matroska "},
-             {"live.flv", " -c:v libx264 -flvflags no_duration_filesize "}, {"film.ts", " -c:v libx264 "},
-             {"film.mpg", " -c:v mpeg2video -b:v 2M "}, {"film.mp4", " -c:v libx264 "}, {"film.avi", " -c:v mpeg4 "},
+             std::pair{"raw.h264", " -c:v libx264 -bf 3 "},
+             {"raw.m2v", " -c:v mpeg2video -b:v 2M "},
+             {"raw.mjpeg", " -c:v mjpeg "},
+             {"live.mkv", " -c:v libx264 -live 1 -f matroska "},
+             {"live.flv", " -c:v libx264 -flvflags no_duration_filesize "},
+             {"film.ts", " -c:v libx264 "},
+             {"film.mpg", " -c:v mpeg2video -b:v 2M "},
+             {"film.mp4", " -c:v libx264 "},
+             {"film.avi", " -c:v mpeg4 "},
              {"shifted.ts", " -c:v libx264 -output_ts_offset 10 "},
              {"shifted.mkv", " -c:v libx264 -output_ts_offset 1.5 "},
              {"shifted-live.mkv", " -c:v libx264 -output_ts_offset 3000 -live 1 -f matroska "},
@@ -37,8 +43,8 @@ TEST(AssetDuration, IsFoundWhereContainersDoNotTell) {
 }
 
 TEST(AssetDuration, AbsurdClaimsAreNotBelieved) {
-    const std::string fragmented = test::readFile(
-        clip("honest.mp4", numberedFrames(100) + h264 + "-movflags frag_keyframe+empty_moov"));
+    const std::string fragmented =
+        test::readFile(clip("honest.mp4", numberedFrames(100) + h264 + "-movflags frag_keyframe+empty_moov"));
     const std::string path = test::clipFolder() + "/lying.mp4";
     for (const std::uint32_t claimed : {144'000'000U, 3'600'000U}) {  // milliseconds
         test::writeFile(path, patched(patched(fragmented, "mvhd", 20, claimed), "tkhd", 24, claimed));
@@ -48,12 +54,14 @@ TEST(AssetDuration, AbsurdClaimsAreNotBelieved) {
 
 TEST(AssetDuration, LongQuietFilmsAreBelieved) {
     // A black picture for ten minutes takes next to no bytes, and is as long as it says.
-    const auto asset = test::open(clip("black.mp4", "-f lavfi -i color=black:s=64x48:r=1:d=600 -c:v libx264 -g 600"));
+    const auto asset =
+        test::open(clip("black.mp4", "-f lavfi -i color=black:s=64x48:r=1:d=600 -c:v libx264 -g 600"));
     EXPECT_NEAR(asset->duration(), 600, 1.01);
 }
 
 TEST(AssetDuration, CountsSoundThatOutlastsThePictures) {
-    const std::string input = numberedFrames(50) + " -f lavfi -i sine=d=3.5 -map 0 -map 1 " + h264 + " -c:a aac ";
+    const std::string input =
+        numberedFrames(50) + " -f lavfi -i sine=d=3.5 -map 0 -map 1 " + h264 + " -c:a aac ";
     for (const char* name : {"long-sound.mp4", "long-sound.mkv", "long-sound.ts"}) {
         EXPECT_NEAR(test::open(clip(name, input))->duration(), 3.5, 0.08) << name;
     }
@@ -67,8 +75,10 @@ TEST(AssetFrameRate, IsTheAverage) {
         double expected;
     };
     for (const Case& c : {
-             Case{"film-rate.mp4", "24000/1001", "", 23.976}, Case{"film-rate.mkv", "24000/1001", "", 23.976},
-             Case{"film-rate.ts", "24000/1001", "", 23.976}, Case{"film-rate.h264", "24000/1001", "", 23.976},
+             Case{"film-rate.mp4", "24000/1001", "", 23.976},
+             Case{"film-rate.mkv", "24000/1001", "", 23.976},
+             Case{"film-rate.ts", "24000/1001", "", 23.976},
+             Case{"film-rate.h264", "24000/1001", "", 23.976},
              Case{"clock-90000.mp4", "25", "-video_track_timescale 90000", 25},
              Case{"clock-600.mov", "25", "-video_track_timescale 600", 25},
              // Uneven delays: 0, 1, 4, 5, 8, 9 ... fiftieths of a second
@@ -87,8 +97,9 @@ TEST(AssetFrameRate, IsTheAverage) {
 TEST(AssetTracks, CoversAreNotFilms) {
     const std::string picture = clip("cover.png", "-f lavfi -i color=red:s=48x48 -frames:v 1");
     clip("covered-film.mp4", numberedFrames(50) + h264);
-    const std::string path = clip("covered.mp4", "-i @cover.png -i @covered-film.mp4 -map 0 -map 1 -c copy "
-                                                 "-disposition:v:0 attached_pic");
+    const std::string path = clip("covered.mp4",
+                                  "-i @cover.png -i @covered-film.mp4 -map 0 -map 1 -c copy "
+                                  "-disposition:v:0 attached_pic");
     const auto asset = test::open(path);
     ASSERT_EQ(asset->videoTracks().size(), 1U);
     EXPECT_EQ(asset->videoTracks()[0].naturalSize.width, 128);
@@ -100,13 +111,17 @@ TEST(AssetTracks, TheDefaultOneComesFirst) {
     clip("second.mkv", numberedFrames(50) + h264);
     const std::string both = "-i @first.mkv -i @second.mkv -map 0 -map 1 -c copy ";
     EXPECT_EQ(test::open(clip("marked.mkv", both + "-disposition:v:0 0 -disposition:v:1 default"))
-                  ->videoTracks().at(0).naturalSize.width, 128);
+                  ->videoTracks()
+                  .at(0)
+                  .naturalSize.width,
+              128);
     EXPECT_EQ(test::open(clip("unmarked.mp4", both))->videoTracks().at(0).naturalSize.width, 64);
 }
 
 TEST(AssetTracks, SoundTracksAreDescribed) {
-    const std::string path = clip("sounds.mkv", "-f lavfi -i sine=r=8000:d=1 -f lavfi -i anullsrc=cl=5.1:r=48000:d=1 "
-                                                "-map 0 -map 1 -t 1 -c:a:0 pcm_s16le -c:a:1 ac3");
+    const std::string path = clip("sounds.mkv",
+                                  "-f lavfi -i sine=r=8000:d=1 -f lavfi -i anullsrc=cl=5.1:r=48000:d=1 "
+                                  "-map 0 -map 1 -t 1 -c:a:0 pcm_s16le -c:a:1 ac3");
     const auto asset = test::open(path);
     EXPECT_TRUE(asset->videoTracks().empty());
     ASSERT_EQ(asset->soundTracks().size(), 2U);
@@ -125,11 +140,16 @@ TEST(AssetTracks, RealClips) {
         std::size_t videos, sounds;
     };
     for (const Case& c : {
-             Case{"chaplin.mp4", 9.64, 25, 1, 1}, Case{"big_buck_bunny_0_30.webm", 30.003, 24, 1, 1},
-             Case{"bbb_2500ms.ts", 2.5, 24, 1, 1}, Case{"tos.h264", 1000 / 24.0, 24, 1, 0},
-             Case{"testVideoMp4.mp4", 13.696, 15, 1, 1}, Case{"nasa_13013.mp4", 16.57, 25, 2, 2},
-             Case{"100_0306.AVI", 2.733, 15, 1, 1}, Case{"ftyp3gp5.mp4", 1.3, 30, 1, 1},
-             Case{"h264-png.mp4", 2.02, 30, 1, 1}, Case{"roadtrip-vp92-10bit.webm", 3.002, 23.976, 1, 0},
+             Case{"chaplin.mp4", 9.64, 25, 1, 1},
+             Case{"big_buck_bunny_0_30.webm", 30.003, 24, 1, 1},
+             Case{"bbb_2500ms.ts", 2.5, 24, 1, 1},
+             Case{"tos.h264", 1000 / 24.0, 24, 1, 0},
+             Case{"testVideoMp4.mp4", 13.696, 15, 1, 1},
+             Case{"nasa_13013.mp4", 16.57, 25, 2, 2},
+             Case{"100_0306.AVI", 2.733, 15, 1, 1},
+             Case{"ftyp3gp5.mp4", 1.3, 30, 1, 1},
+             Case{"h264-png.mp4", 2.02, 30, 1, 1},
+             Case{"roadtrip-vp92-10bit.webm", 3.002, 23.976, 1, 0},
          }) {
         ZEB_REAL_CLIP(path, c.name);
         const auto asset = test::open(path);

@@ -22,7 +22,8 @@ namespace zeb::test {
 std::string run(const std::vector<std::string>& words) {
     const std::string output = clipFolder() + "/output-of-program";
     std::vector<char*> arguments;
-    for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+    for (const std::string& word : words)
+        arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -34,7 +35,8 @@ std::string run(const std::vector<std::string>& words) {
     int status = 0;
     if (error != 0 || ::waitpid(process, &status, 0) != process || status != 0) {
         std::string line;
-        for (const std::string& word : words) line += word + " ";
+        for (const std::string& word : words)
+            line += word + " ";
         throw std::runtime_error("failed: " + line);
     }
     return readFile(output);
@@ -85,7 +87,9 @@ const MediaLibrary& library() {
     return *library;
 }
 
-std::shared_ptr<const MediaAsset> open(const std::string& path) { return library().open(path, {}); }
+std::shared_ptr<const MediaAsset> open(const std::string& path) {
+    return library().open(path, {});
+}
 
 namespace {
 
@@ -129,12 +133,15 @@ std::optional<int> numberIn(const Picture& picture) {
     return number;
 }
 
-std::vector<std::uint8_t> draw(const Picture& picture, int width, int height, DrawingColourSpace colourSpace) {
+std::vector<std::uint8_t> draw(const Picture& picture, int width, int height,
+                               DrawingColourSpace colourSpace) {
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
     picture.draw({pixels, width, height, colourSpace});
     return pixels;
 }
 
-MediaTime at(double seconds) { return MediaTime::withSeconds(seconds, 90000); }
+MediaTime at(double seconds) {
+    return MediaTime::withSeconds(seconds, 90000);
+}
 
 }  // namespace zeb::test

@@ -51,7 +51,9 @@ double encodeSRGB(double light) {
     return 255 * (light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055);
 }
 
-double decodeVideo(double v) { return v < 0.081 ? v / 4.5 : std::pow((v + 0.099) / 1.099, 1 / 0.45); }
+double decodeVideo(double v) {
+    return v < 0.081 ? v / 4.5 : std::pow((v + 0.099) / 1.099, 1 / 0.45);
+}
 
 double encodePQ(double nits) {
     const double p = std::pow(nits / 10000, 0.1593017578125);
@@ -65,11 +67,17 @@ TEST(Colour, TheMatrixIsGuessedBySize) {
         int width, height;
         bool isHighDefinition;
     };
-    for (const Case& c : {Case{720, 576, false}, {720, 480, false}, {640, 360, false}, {1280, 720, true},
-                          {1920, 1080, true}, {960, 720, true}, {608, 1080, true}}) {
+    for (const Case& c : {Case{720, 576, false},
+                          {720, 480, false},
+                          {640, 360, false},
+                          {1280, 720, true},
+                          {1920, 1080, true},
+                          {960, 720, true},
+                          {608, 1080, true}}) {
         const double red = c.isHighDefinition ? 0.2126 : 0.299, blue = c.isHighDefinition ? 0.0722 : 0.114;
         const Colour colour = shown(green, red, blue, {}, DrawingColourSpace::deviceRGB, c.width, c.height);
-        for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(colour[i], green[i] * 255, 1.5) << c.width << " " << i;
+        for (std::size_t i = 0; i < 3; ++i)
+            EXPECT_NEAR(colour[i], green[i] * 255, 1.5) << c.width << " " << i;
     }
 }
 
@@ -79,18 +87,25 @@ TEST(Colour, MarkedMatricesAndRangesAreKept) {
         AVColorSpace matrix;
         double red, blue;
     };
-    for (const Case& c : {Case{AVCOL_SPC_BT709, 0.2126, 0.0722}, {AVCOL_SPC_SMPTE170M, 0.299, 0.114},
-                          {AVCOL_SPC_BT470BG, 0.299, 0.114}, {AVCOL_SPC_SMPTE240M, 0.212, 0.087},
-                          {AVCOL_SPC_FCC, 0.30, 0.11}, {AVCOL_SPC_BT2020_NCL, 0.2627, 0.0593}}) {
+    for (const Case& c : {Case{AVCOL_SPC_BT709, 0.2126, 0.0722},
+                          {AVCOL_SPC_SMPTE170M, 0.299, 0.114},
+                          {AVCOL_SPC_BT470BG, 0.299, 0.114},
+                          {AVCOL_SPC_SMPTE240M, 0.212, 0.087},
+                          {AVCOL_SPC_FCC, 0.30, 0.11},
+                          {AVCOL_SPC_BT2020_NCL, 0.2627, 0.0593}}) {
         const Colour drawn = shown(colour, c.red, c.blue, {c.matrix}, DrawingColourSpace::deviceRGB);
-        for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(drawn[i], colour[i] * 255, 1.5) << c.matrix << " " << i;
+        for (std::size_t i = 0; i < 3; ++i)
+            EXPECT_NEAR(drawn[i], colour[i] * 255, 1.5) << c.matrix << " " << i;
     }
-    for (const auto& [range, black, white] : {std::tuple{AVCOL_RANGE_MPEG, 16, 235}, {AVCOL_RANGE_JPEG, 0, 255}}) {
+    for (const auto& [range, black, white] :
+         {std::tuple{AVCOL_RANGE_MPEG, 16, 235}, {AVCOL_RANGE_JPEG, 0, 255}}) {
         Marking marking;
         marking.range = range;
-        for (const auto& [value, expected] : {std::pair{black, 0}, {white, 255}, {(black + white) / 2, 127}}) {
+        for (const auto& [value, expected] :
+             {std::pair{black, 0}, {white, 255}, {(black + white) / 2, 127}}) {
             for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_GRAY8}) {
-                const Colour drawn = colourOf(*picture(marked(codedFrame(format, 64, 64, {value, 128, 128}), marking)));
+                const Colour drawn =
+                    colourOf(*picture(marked(codedFrame(format, 64, 64, {value, 128, 128}), marking)));
                 EXPECT_NEAR(drawn[1], expected, 1.5) << format << " " << range << " " << value;
             }
         }
@@ -109,7 +124,8 @@ TEST(Colour, StandardRangeEndsInSRGB) {
               Marking{AVCOL_SPC_BT709, AVCOL_TRC_BT709, AVCOL_PRI_SMPTE170M},
               Marking{AVCOL_SPC_BT709, AVCOL_TRC_BT2020_10, AVCOL_PRI_BT2020}}) {
             const Colour drawn = shown(grey, 0.2126, 0.0722, marking);
-            for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(drawn[i], expected, 1.1) << v << " " << marking.primaries;
+            for (std::size_t i = 0; i < 3; ++i)
+                EXPECT_NEAR(drawn[i], expected, 1.1) << v << " " << marking.primaries;
             EXPECT_NEAR(shown(grey, 0.2126, 0.0722, marking, DrawingColourSpace::deviceRGB)[1], v * 255, 1.1);
         }
         EXPECT_NEAR(shown(grey, 0.2126, 0.0722, {AVCOL_SPC_BT709, AVCOL_TRC_IEC61966_2_1})[0], v * 255, 1.1);
@@ -119,24 +135,31 @@ TEST(Colour, StandardRangeEndsInSRGB) {
 }
 
 TEST(Colour, PrimariesAreConverted) {
-    // Light in the stream's primaries to light in sRGB's, rows as published (BT.2087 for BT.2020; the others computed
-    // once with another program from the chromaticities).
+    // Light in the stream's primaries to light in sRGB's, rows as published (BT.2087 for BT.2020; the others
+    // computed once with another program from the chromaticities).
     struct Case {
         AVColorPrimaries primaries;
         double matrix[3][3];
     };
     for (const Case& c : {
-             Case{AVCOL_PRI_BT2020, {{1.6605, -0.5876, -0.0728}, {-0.1246, 1.1329, -0.0083}, {-0.0182, -0.1006, 1.1187}}},
+             Case{AVCOL_PRI_BT2020,
+                  {{1.6605, -0.5876, -0.0728}, {-0.1246, 1.1329, -0.0083}, {-0.0182, -0.1006, 1.1187}}},
              Case{AVCOL_PRI_BT470BG, {{1.0440, -0.0440, 0}, {0, 1, 0}, {0, 0.0118, 0.9882}}},
-             Case{AVCOL_PRI_SMPTE170M, {{0.9395, 0.0502, 0.0103}, {0.0178, 0.9658, 0.0164}, {-0.0016, -0.0044, 1.0060}}},
-             Case{AVCOL_PRI_SMPTE432, {{1.2249, -0.2247, 0}, {-0.0420, 1.0419, 0}, {-0.0197, -0.0786, 1.0979}}},
+             Case{AVCOL_PRI_SMPTE170M,
+                  {{0.9395, 0.0502, 0.0103}, {0.0178, 0.9658, 0.0164}, {-0.0016, -0.0044, 1.0060}}},
+             Case{AVCOL_PRI_SMPTE432,
+                  {{1.2249, -0.2247, 0}, {-0.0420, 1.0419, 0}, {-0.0197, -0.0786, 1.0979}}},
          }) {
-        for (const std::array<double, 3> rgb : {std::array{0.8, 0.5, 0.4}, {0.3, 0.7, 0.5}, {0.4, 0.3, 0.9},
-                                                {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}}) {
+        for (const std::array<double, 3> rgb : {std::array{0.8, 0.5, 0.4},
+                                                {0.3, 0.7, 0.5},
+                                                {0.4, 0.3, 0.9},
+                                                {1.0, 0.0, 0.0},
+                                                {0.0, 1.0, 0.0}}) {
             const Colour drawn = shown(rgb, 0.2126, 0.0722, {AVCOL_SPC_BT709, AVCOL_TRC_BT709, c.primaries});
             for (std::size_t i = 0; i < 3; ++i) {
                 double light = 0;
-                for (std::size_t j = 0; j < 3; ++j) light += c.matrix[i][j] * decodeVideo(rgb[j]);
+                for (std::size_t j = 0; j < 3; ++j)
+                    light += c.matrix[i][j] * decodeVideo(rgb[j]);
                 EXPECT_NEAR(drawn[i], encodeSRGB(light), 2) << c.primaries << " " << rgb[0] << " " << i;
             }
         }
@@ -163,7 +186,8 @@ TEST(Colour, HighDynamicRangeFitsADisplay) {
             previous = value;
         }
     }
-    // Diffuse white is bright but leaves room for highlights; a face (about 18 % of white) is where it belongs.
+    // Diffuse white is bright but leaves room for highlights; a face (about 18 % of white) is where it
+    // belongs.
     const int white = grey(encodePQ(203), pq), hlgWhite = grey(0.75, hlg);
     EXPECT_GE(white, 215);
     EXPECT_LE(white, 245);
@@ -182,7 +206,8 @@ TEST(Colour, HighDynamicRangeFitsADisplay) {
 }
 
 TEST(Colour, HighDynamicRangeHeedsItsMastering) {
-    // However bright the mastering display was, diffuse white must not turn grey; up to 203 nits nothing is mapped.
+    // However bright the mastering display was, diffuse white must not turn grey; up to 203 nits nothing is
+    // mapped.
     const auto white = [](int peakNits) {
         const double v = encodePQ(203);
         auto frame = marked(codedFrame(AV_PIX_FMT_YUV444P10LE, 64, 64, coded({v, v, v}, 0.2627, 0.0593)),

@@ -18,7 +18,8 @@ ffmpeg::Frame emptyFrame(AVPixelFormat format, int width, int height) {
 
 }  // namespace
 
-ffmpeg::Frame paintedFrame(AVPixelFormat format, int width, int height, const Painter& painter, bool isFullRange) {
+ffmpeg::Frame paintedFrame(AVPixelFormat format, int width, int height, const Painter& painter,
+                           bool isFullRange) {
     library();  // silences the libraries
     ffmpeg::Frame painted = emptyFrame(AV_PIX_FMT_RGBA, width, height);
     for (int y = 0; y < height; ++y) {
@@ -32,16 +33,17 @@ ffmpeg::Frame paintedFrame(AVPixelFormat format, int width, int height, const Pa
     }
     if (format == AV_PIX_FMT_RGBA) return painted;
     ffmpeg::Frame frame = emptyFrame(format, width, height);
-    const ffmpeg::Converter converter(sws_getContext(
-        width, height, AV_PIX_FMT_RGBA, width, height, format,
-        SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP, nullptr, nullptr, nullptr));
+    const ffmpeg::Converter converter(
+        sws_getContext(width, height, AV_PIX_FMT_RGBA, width, height, format,
+                       SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP, nullptr,
+                       nullptr, nullptr));
     const int* matrix = sws_getCoefficients(SWS_CS_ITU601);
     if (isFullRange) {
         sws_setColorspaceDetails(converter.get(), matrix, 1, matrix, 1, 0, 1 << 16, 1 << 16);
         frame->color_range = AVCOL_RANGE_JPEG;
     }
-    if (sws_scale(converter.get(), painted->data, painted->linesize, 0, height, frame->data, frame->linesize) !=
-        height) {
+    if (sws_scale(converter.get(), painted->data, painted->linesize, 0, height, frame->data,
+                  frame->linesize) != height) {
         throw std::runtime_error("no such frame can be made");
     }
     return frame;
@@ -73,7 +75,8 @@ std::shared_ptr<const Picture> picture(ffmpeg::Frame frame, const ffmpeg::Orient
     ffmpeg::VideoStreamFacts facts;
     facts.orientation = orientation;
     facts.sampleAspect = sampleAspect;
-    return std::make_shared<ffmpeg::FramePicture>(std::move(frame), facts, std::make_shared<ffmpeg::DrawingTools>());
+    return std::make_shared<ffmpeg::FramePicture>(std::move(frame), facts,
+                                                  std::make_shared<ffmpeg::DrawingTools>());
 }
 
 Colour colourOf(const Picture& picture, DrawingColourSpace colourSpace) {

@@ -13,8 +13,8 @@ namespace {
 
 constexpr double tolerance = 0.001;
 
-/// A film as packets in decoding order, made at random: groups with pictures of two or three levels between anchors,
-/// constant or variable rate, decode times that containers give, give late or leave out.
+/// A film as packets in decoding order, made at random: groups with pictures of two or three levels between
+/// anchors, constant or variable rate, decode times that containers give, give late or leave out.
 struct Film {
     std::vector<PlannedPacket> packets;
     GrabSchedule schedule;
@@ -25,15 +25,16 @@ Film randomFilm(std::mt19937& random) {
     Film film;
     const int count = 1 + below(120);
     const bool isVariable = below(3) == 0;
-    const double period = std::vector{0.02, 1 / 24.0, 0.04, 1001 / 30000.0, 0.5}[static_cast<std::size_t>(below(5))];
+    const double period =
+        std::vector{0.02, 1 / 24.0, 0.04, 1001 / 30000.0, 0.5}[static_cast<std::size_t>(below(5))];
     std::vector<double> times;
     double time = below(4) == 0 ? 1.37 : below(4) == 0 ? -0.31 : 0;
     for (int i = 0; i < count; ++i) {
         times.push_back(time);
         time += isVariable ? 0.004 + 0.09 * below(100) / 50 : period;
     }
-    // Display order to decoding order: every anchor is followed by the pictures between it and the one before,
-    // halved recursively.
+    // Display order to decoding order: every anchor is followed by the pictures between it and the one
+    // before, halved recursively.
     std::vector<int> order;
     const std::function<void(int, int)> between = [&](int first, int end) {
         if (first >= end) return;
@@ -69,20 +70,25 @@ Film randomFilm(std::mt19937& random) {
     }
     film.schedule.perSecond = std::vector{1, 2, 3, 10, 24, 25, 30, 60}[static_cast<std::size_t>(below(8))];
     const double length = std::max(times.back(), 0.0) + period * below(3);
-    film.schedule.count = static_cast<std::int64_t>(std::ceil(std::max(length, 0.1))) * film.schedule.perSecond;
+    film.schedule.count =
+        static_cast<std::int64_t>(std::ceil(std::max(length, 0.1))) * film.schedule.perSecond;
     film.schedule.last = std::max(length - 1 / 600.0, 0.0);
     return film;
 }
 
-/// The packet that a grab shows: the last shown one whose time is not after it; without one, the first; -1: none.
+/// The packet that a grab shows: the last shown one whose time is not after it; without one, the first; -1:
+/// none.
 int selected(const std::vector<PlannedPacket>& packets, double time) {
     int best = -1, first = -1;
     for (int i = 0; i < static_cast<int>(packets.size()); ++i) {
         const PlannedPacket& packet = packets[static_cast<std::size_t>(i)];
-        const auto timeOf = [&packets](int index) { return packets[static_cast<std::size_t>(index)].displayTime; };
+        const auto timeOf = [&packets](int index) {
+            return packets[static_cast<std::size_t>(index)].displayTime;
+        };
         if (!packet.isShown) continue;
         if (first < 0 || packet.displayTime < timeOf(first)) first = i;
-        if (packet.displayTime <= time + tolerance && (best < 0 || packet.displayTime >= timeOf(best))) best = i;
+        if (packet.displayTime <= time + tolerance && (best < 0 || packet.displayTime >= timeOf(best)))
+            best = i;
     }
     return best >= 0 ? best : first;
 }
@@ -96,10 +102,12 @@ TEST(GrabPlanner, NeverGivesUpAPictureThatAGrabShows) {
         std::vector<PacketUse> uses;
         for (const PlannedPacket& packet : film.packets) {
             planner.add(packet);
-            while (planner.isReady()) uses.push_back(planner.take());
+            while (planner.isReady())
+                uses.push_back(planner.take());
         }
         planner.end();
-        while (planner.isReady()) uses.push_back(planner.take());
+        while (planner.isReady())
+            uses.push_back(planner.take());
         ASSERT_EQ(uses.size(), film.packets.size());
 
         for (std::int64_t i = 0; i < film.schedule.count; ++i) {
@@ -123,11 +131,13 @@ TEST(GrabPlanner, NeverGivesUpAPictureThatAGrabShows) {
 }
 
 TEST(GrabPlanner, SavesWhatCanBeSaved) {
-    // 25 pictures a second, groups of 25, every second picture between two others; 5 grabs a second need every fifth.
+    // 25 pictures a second, groups of 25, every second picture between two others; 5 grabs a second need
+    // every fifth.
     GrabPlanner planner({20, 5, 3.99}, tolerance);
     int uses[3] = {};
     const auto takeAll = [&] {
-        while (planner.isReady()) ++uses[static_cast<int>(planner.take())];
+        while (planner.isReady())
+            ++uses[static_cast<int>(planner.take())];
     };
     for (int i = 0; i < 100; ++i) {
         const int inGroup = i % 25;
@@ -152,7 +162,8 @@ TEST(GrabPlanner, LooksAheadWithinBounds) {
         SCOPED_TRACE(c.name);
         GrabPlanner planner({10, 1, 9.9}, tolerance);
         std::size_t pending = 0, most = 0;
-        for (int i = 0; i < 3000; ++i) {  // all displayed late and without decode times: nothing is ever certain
+        for (int i = 0; i < 3000;
+             ++i) {  // all displayed late and without decode times: nothing is ever certain
             planner.add({100.0 - i * 0.001, std::nullopt, false, true, c.size});
             most = std::max(most, ++pending);
             while (planner.isReady()) {

@@ -45,7 +45,8 @@ TEST(Opening, RefusesWhatIsNoFilm) {
     EXPECT_THAT(refusal("/dev/zero"), testing::Not(testing::IsEmpty()));
     EXPECT_THAT(refusal(empty), testing::HasSubstr("empty"));
     for (const char* extension : {".mp4", ".ts", ".mkv", ".txt", ""}) {
-        for (const char* content : {"x", "This is a shopping list.\nMilk\n", "<html><body>moved</body></html>"}) {
+        for (const char* content :
+             {"x", "This is a shopping list.\nMilk\n", "<html><body>moved</body></html>"}) {
             test::writeFile(text + extension, content);
             EXPECT_THAT(refusal(text + extension), testing::Not(testing::IsEmpty())) << extension << content;
         }
@@ -57,13 +58,17 @@ TEST(Opening, RefusesFilesThatPullInOthers) {
     const std::string ts = clip("inner.ts", numberedFrames(25) + film);
     const std::string still = clip("still001.png", "-f lavfi -i color=red:s=48x48 -frames:v 1");
     for (const std::string text : {
-             "ffconcat version 1.0\nfile inner.mp4\n", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\ninner.ts\n#EXT-X-ENDLIST\n",
+             "ffconcat version 1.0\nfile inner.mp4\n",
+             "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\ninner.ts\n#EXT-X-ENDLIST\n",
              "<?xml version=\"1.0\"?>\n<MPD xmlns=\"urn:mpeg:dash:schema:mpd:2011\" type=\"static\" "
-             "mediaPresentationDuration=\"PT1S\" profiles=\"urn:mpeg:dash:profile:isoff-main:2011\"><Period><AdaptationSet>"
+             "mediaPresentationDuration=\"PT1S\" "
+             "profiles=\"urn:mpeg:dash:profile:isoff-main:2011\"><Period><AdaptationSet>"
              "<Representation id=\"1\" mimeType=\"video/mp4\" bandwidth=\"1\"><BaseURL>inner.mp4</BaseURL>"
              "</Representation></AdaptationSet></Period></MPD>\n",
-             "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\nm=video 5004 RTP/AVP 96\na=rtpmap:96 H264/90000\n",
-             "# VobSub index file, v7 (do not modify this line!)\nid: en, index: 0\ntimestamp: 00:00:01:000, filepos: 0\n",
+             "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\nm=video 5004 RTP/AVP "
+             "96\na=rtpmap:96 H264/90000\n",
+             "# VobSub index file, v7 (do not modify this line!)\nid: en, index: 0\ntimestamp: 00:00:01:000, "
+             "filepos: 0\n",
              ";FFMETADATA1\ntitle=x\n",
          }) {
         for (const char* extension : {".mp4", ".ts", ".m3u8", ".mpd", ".idx", ""}) {
@@ -80,8 +85,9 @@ TEST(Opening, NamesAreOnlyNames) {
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(clipFolder());
     for (const std::string name :
-         {"a:b.mp4", "img%03d.mp4", "http:x.mp4", "-x.mp4", "file:x.mp4", "concat:plain.mp4|plain.mp4", "pipe:0.mp4",
-          "x y'\".mp4", "*.mp4", "without-extension", "img001.png", "x.m3u8", "film.txt", "\xC3\xBC\xFF.mp4", "a.b/c"}) {
+         {"a:b.mp4", "img%03d.mp4", "http:x.mp4", "-x.mp4", "file:x.mp4", "concat:plain.mp4|plain.mp4",
+          "pipe:0.mp4", "x y'\".mp4", "*.mp4", "without-extension", "img001.png", "x.m3u8", "film.txt",
+          "\xC3\xBC\xFF.mp4", "a.b/c"}) {
         if (name == "a.b/c") std::filesystem::create_directory("a.b");
         std::filesystem::copy_file(path, name);
         EXPECT_EQ(refusal(name), "") << name;
@@ -120,8 +126,8 @@ void exercise(const std::string& path) {
 std::string smallFilm(const std::string& extension) {
     return clip("small." + extension,
                 numberedFrames(50) + "-f lavfi -i sine=d=2 -map 0 -map 1 " +
-                    (extension == "mpg" ? "-c:v mpeg2video" : "-c:v libx264 -g 20 -bf 2") + " -b:v 300k -c:a mp2" +
-                    (extension == "mp4" ? " -movflags faststart" : ""));
+                    (extension == "mpg" ? "-c:v mpeg2video" : "-c:v libx264 -g 20 -bf 2") +
+                    " -b:v 300k -c:a mp2" + (extension == "mp4" ? " -movflags faststart" : ""));
 }
 
 TEST(Opening, FilmsThatAreCutOffGiveWhatTheyHold) {
@@ -145,14 +151,16 @@ TEST(Opening, FilmsThatAreCutOffGiveWhatTheyHold) {
 TEST(Opening, GarbageDoesNoHarm) {
     std::mt19937 random(11);
     for (const char* extension : {"mp4", "mkv", "ts", "avi", "flv", "mpg"}) {
-        const std::string whole = test::readFile(smallFilm(std::string(extension) == "flv" ? "mkv" : extension));
+        const std::string whole =
+            test::readFile(smallFilm(std::string(extension) == "flv" ? "mkv" : extension));
         const std::string path = clipFolder() + "/garbage." + extension;
         for (int i = 0; i < 8; ++i) {
             SCOPED_TRACE(std::string(extension) + " " + std::to_string(i));
             std::string bytes = whole;
             const std::size_t from = i % 2 == 0 ? 0 : bytes.size() / 10;
             if (i < 2) bytes.resize(from);  // a head, or nothing, and then noise
-            while (bytes.size() < 30000) bytes += static_cast<char>(random());
+            while (bytes.size() < 30000)
+                bytes += static_cast<char>(random());
             for (int flips = 0; i >= 2 && flips < 4 << i; ++flips) {
                 bytes[random() % (i % 2 == 0 ? bytes.size() : 1500)] = static_cast<char>(random());
             }
@@ -165,9 +173,11 @@ TEST(Opening, GarbageDoesNoHarm) {
 TEST(Cancellation, IsAnsweredWhereverItComes) {
     const std::string raw = clip("long.h264", numberedFrames(200) + " -c:v libx264 -g 50");
     const std::string damaged = clipFolder() + "/long-damaged.ts";
-    std::string bytes = test::readFile(clip("long.ts", numberedFrames(200) + "-f lavfi -i sine=d=8 -map 0 -map 1 "
-                                                       "-c:v libx264 -c:a mp2"));
-    for (std::size_t i = bytes.size() / 3; i < bytes.size() / 2; i += 601) bytes[i] = 'x';
+    std::string bytes =
+        test::readFile(clip("long.ts", numberedFrames(200) + "-f lavfi -i sine=d=8 -map 0 -map 1 "
+                                                             "-c:v libx264 -c:a mp2"));
+    for (std::size_t i = bytes.size() / 3; i < bytes.size() / 2; i += 601)
+        bytes[i] = 'x';
     test::writeFile(damaged, bytes);
     for (const std::string& path : {raw, damaged}) {
         int questions = 0, allowed = 0;

@@ -13,11 +13,13 @@ namespace {
 using test::clip;
 using test::Colour;
 
-double psnr(const std::vector<std::uint8_t>& a, const std::vector<std::uint8_t>& b, std::size_t bytesPerPixelOfB) {
+double psnr(const std::vector<std::uint8_t>& a, const std::vector<std::uint8_t>& b,
+            std::size_t bytesPerPixelOfB) {
     double sum = 0;
     const std::size_t count = a.size() / 4;
     for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t c = 0; c < 3; ++c) sum += std::pow(a[i * 4 + c] - b[i * bytesPerPixelOfB + c], 2);
+        for (std::size_t c = 0; c < 3; ++c)
+            sum += std::pow(a[i * 4 + c] - b[i * bytesPerPixelOfB + c], 2);
     }
     return 10 * std::log10(255 * 255 * 3 * static_cast<double>(count) / std::max(sum, 1e-9));
 }
@@ -121,8 +123,8 @@ TEST(PictureShape, InterlacedPicturesHaveNoCombs) {
         const bool isMPEG2 = std::string(name) == "fields.mpg";
         const std::string coding = isMPEG2 ? " -c:v mpeg2video -flags +ildct+ilme -b:v 4M"
                                            : " -c:v libx264 -flags +ildct+ilme -x264-params tff=1";
-        const auto asset = test::open(
-            clip(name, moving + " -vf interlace=scan=tff:lowpass=off,setfield=tff -pix_fmt yuv420p" + coding));
+        const auto asset = test::open(clip(
+            name, moving + " -vf interlace=scan=tff:lowpass=off,setfield=tff -pix_fmt yuv420p" + coding));
         EXPECT_NEAR(asset->videoTracks().at(0).nominalFrameRate, 25, 0.01);
         const auto straight = asset->makeImageGenerator(2, {}), planned = asset->makeImageGenerator(2, {});
         planned->expect({10, 5, 1.9});
@@ -135,11 +137,12 @@ TEST(PictureShape, InterlacedPicturesHaveNoCombs) {
 }
 
 TEST(PictureShape, ProgressivePicturesAreLeftAlone) {
-    // Lines that alternate in a still, progressive picture are detail, not combs: also in a film that is interlaced
-    // elsewhere.
+    // Lines that alternate in a still, progressive picture are detail, not combs: also in a film that is
+    // interlaced elsewhere.
     const auto generator =
-        test::open(clip("stripes.mkv", "-f lavfi -i nullsrc=s=160x96:r=25:d=1,geq=lum=60+120*mod(Y\\,2):cb=128:cr=128 "
-                                       "-c:v ffv1 -pix_fmt yuv420p"))
+        test::open(clip("stripes.mkv",
+                        "-f lavfi -i nullsrc=s=160x96:r=25:d=1,geq=lum=60+120*mod(Y\\,2):cb=128:cr=128 "
+                        "-c:v ffv1 -pix_fmt yuv420p"))
             ->makeImageGenerator(1, {});
     EXPECT_GT(combing(test::draw(*generator->copyImage(test::at(0.5)), 160, 96), 160, 96), 50);
 }
@@ -156,39 +159,49 @@ TEST(PictureShape, RealInterlacedClipHasNoCombs) {
 TEST(PictureShape, RealClipsStandAsTheyShould) {
     ZEB_REAL_CLIP(phone, "ftyp3gp5.mp4");
     const auto upright = test::open(phone);
-    const MediaSize size = upright->videoTracks()[0].preferredTransform.apply(upright->videoTracks()[0].naturalSize);
+    const MediaSize size =
+        upright->videoTracks()[0].preferredTransform.apply(upright->videoTracks()[0].naturalSize);
     EXPECT_NEAR(std::abs(size.width), 720, 0.01);
     EXPECT_NEAR(std::abs(size.height), 1280, 0.01);
     // The program turns pictures by the matrix on its own.
-    const std::string still = clip("phone.rgb", "-i " + phone + " -frames:v 1 -s 180x320 -sws_flags "
-                                                "lanczos+accurate_rnd+full_chroma_int -f rawvideo -pix_fmt rgb24");
+    const std::string still =
+        clip("phone.rgb", "-i " + phone +
+                              " -frames:v 1 -s 180x320 -sws_flags "
+                              "lanczos+accurate_rnd+full_chroma_int -f rawvideo -pix_fmt rgb24");
     const std::string expected = test::readFile(still);
     EXPECT_GT(psnr(test::draw(*upright->makeImageGenerator(1, {})->copyImage(test::at(0)), 180, 320),
-                   {expected.begin(), expected.end()}, 3), 30);
+                   {expected.begin(), expected.end()}, 3),
+              30);
     ZEB_REAL_CLIP(narrow, "SAR-2by3.mp4");
     EXPECT_NEAR(test::open(narrow)->videoTracks()[0].naturalSize.width, 640 * 2 / 3.0, 0.01);
 }
 
 TEST(Scaling, MatchesAnIndependentLanczos) {
     for (const auto& [clipName, time, width, height, matrix] :
-         {std::tuple{"bbb_2500ms.ts", 1.0, 512, 288, "bt709"}, {"big_buck_bunny_0_30.webm", 7.0, 256, 144, "bt601"},
-          {"chaplin.mp4", 3.0, 512, 288, "bt601"}, {"roadtrip-vp92-10bit.webm", 1.0, 256, 144, "bt601"}}) {
+         {std::tuple{"bbb_2500ms.ts", 1.0, 512, 288, "bt709"},
+          {"big_buck_bunny_0_30.webm", 7.0, 256, 144, "bt601"},
+          {"chaplin.mp4", 3.0, 512, 288, "bt601"},
+          {"roadtrip-vp92-10bit.webm", 1.0, 256, 144, "bt601"}}) {
         SCOPED_TRACE(clipName);
         ZEB_REAL_CLIP(path, clipName);
         const auto picture = test::open(path)->makeImageGenerator(2, {})->copyImage(test::at(time));
         const auto drawn = test::draw(*picture, width, height);
         // The same moment by number: the frame whose picture is nearest.
         const std::string size = std::to_string(width) + ":" + std::to_string(height);
-        const std::string frames = test::readFile(clip(
-            std::string(clipName) + ".rgb",
-            "-i " + path + " -vf trim=start=" + std::to_string(time - 0.08 + (std::string(clipName) == "bbb_2500ms.ts" ? 1.51 : 0)) +
-                ",scale=" + size + ":flags=lanczos+accurate_rnd+full_chroma_int+full_chroma_inp:in_color_matrix=" +
-                matrix + " -copyts -frames:v 5 -f rawvideo -pix_fmt rgb24"));
+        const std::string frames = test::readFile(
+            clip(std::string(clipName) + ".rgb",
+                 "-i " + path + " -vf trim=start=" +
+                     std::to_string(time - 0.08 + (std::string(clipName) == "bbb_2500ms.ts" ? 1.51 : 0)) +
+                     ",scale=" + size +
+                     ":flags=lanczos+accurate_rnd+full_chroma_int+full_chroma_inp:in_color_matrix=" + matrix +
+                     " -copyts -frames:v 5 -f rawvideo -pix_fmt rgb24"));
         const std::size_t frameSize = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3;
         double best = 0;
         for (std::size_t i = 0; (i + 1) * frameSize <= frames.size(); ++i) {
-            best = std::max(best, psnr(drawn, {frames.begin() + static_cast<std::ptrdiff_t>(i * frameSize),
-                                               frames.begin() + static_cast<std::ptrdiff_t>((i + 1) * frameSize)}, 3));
+            best = std::max(best, psnr(drawn,
+                                       {frames.begin() + static_cast<std::ptrdiff_t>(i * frameSize),
+                                        frames.begin() + static_cast<std::ptrdiff_t>((i + 1) * frameSize)},
+                                       3));
         }
         EXPECT_GE(best, 38);
     }

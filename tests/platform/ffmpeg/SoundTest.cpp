@@ -63,20 +63,33 @@ TEST(Sound, IsWhatAnIndependentDecoderDelivers) {
     };
     const char* stereo = "aevalsrc=0.3*sin(2000*t)|0.4*sin(3000*t+t*t*99):s=44100:d=1.5";
     const char* fast = "aevalsrc=0.3*sin(2000*t)|0.4*sin(3000*t):s=192000:d=0.5";
-    const char* surround = "aevalsrc=sin(300*t)|sin(400*t)|sin(500*t)|sin(60*t)|sin(700*t)|sin(800*t):c=5.1:s=48000:d=1";
+    const char* surround =
+        "aevalsrc=sin(300*t)|sin(400*t)|sin(500*t)|sin(60*t)|sin(700*t)|sin(800*t):c=5.1:s=48000:d=1";
     for (const Case& c : {
-             Case{"s16.wav", stereo, "pcm_s16le", 44100, 2}, {"s24.wav", stereo, "pcm_s24le", 44100, 2},
-             {"f32.wav", stereo, "pcm_f32le", 44100, 2}, {"u8.wav", stereo, "pcm_u8", 44100, 2},
-             {"s16.mov", stereo, "pcm_s16be", 44100, 2}, {"plain.flac", stereo, "flac", 44100, 2},
-             {"flac.mkv", stereo, "flac", 44100, 2}, {"fast.flac", fast, "flac", 192000, 2},
-             {"slow.wav", "sine=r=8000:d=1", "pcm_alaw", 8000, 1}, {"adpcm.avi", stereo, "adpcm_ms", 44100, 2},
-             {"aac.mp4", stereo, "aac", 44100, 2}, {"aac.mkv", stereo, "aac", 44100, 2},
-             {"aac.ts", stereo, "aac", 44100, 2}, {"aac.aac", stereo, "aac", 44100, 2},
-             {"mp3.mp3", stereo, "libmp3lame", 44100, 2}, {"mp3.mkv", stereo, "libmp3lame", 44100, 2},
-             {"mp2.mpg", stereo, "mp2", 44100, 2}, {"opus.webm", stereo, "libopus -ar 48000", 48000, 2},
-             {"opus.ogg", stereo, "libopus -ar 48000", 48000, 2}, {"vorbis.ogg", stereo, "libvorbis", 44100, 2},
-             {"surround.mp4", surround, "aac", 48000, 6}, {"surround.wav", surround, "pcm_s16le", 48000, 6},
-             {"ac3.ts", surround, "ac3", 48000, 6}, {"alac.m4a", stereo, "alac", 44100, 2},
+             Case{"s16.wav", stereo, "pcm_s16le", 44100, 2},
+             {"s24.wav", stereo, "pcm_s24le", 44100, 2},
+             {"f32.wav", stereo, "pcm_f32le", 44100, 2},
+             {"u8.wav", stereo, "pcm_u8", 44100, 2},
+             {"s16.mov", stereo, "pcm_s16be", 44100, 2},
+             {"plain.flac", stereo, "flac", 44100, 2},
+             {"flac.mkv", stereo, "flac", 44100, 2},
+             {"fast.flac", fast, "flac", 192000, 2},
+             {"slow.wav", "sine=r=8000:d=1", "pcm_alaw", 8000, 1},
+             {"adpcm.avi", stereo, "adpcm_ms", 44100, 2},
+             {"aac.mp4", stereo, "aac", 44100, 2},
+             {"aac.mkv", stereo, "aac", 44100, 2},
+             {"aac.ts", stereo, "aac", 44100, 2},
+             {"aac.aac", stereo, "aac", 44100, 2},
+             {"mp3.mp3", stereo, "libmp3lame", 44100, 2},
+             {"mp3.mkv", stereo, "libmp3lame", 44100, 2},
+             {"mp2.mpg", stereo, "mp2", 44100, 2},
+             {"opus.webm", stereo, "libopus -ar 48000", 48000, 2},
+             {"opus.ogg", stereo, "libopus -ar 48000", 48000, 2},
+             {"vorbis.ogg", stereo, "libvorbis", 44100, 2},
+             {"surround.mp4", surround, "aac", 48000, 6},
+             {"surround.wav", surround, "pcm_s16le", 48000, 6},
+             {"ac3.ts", surround, "ac3", 48000, 6},
+             {"alac.m4a", stereo, "alac", 44100, 2},
          }) {
         SCOPED_TRACE(c.name);
         const std::string path = clip(c.name, std::string("-f lavfi -i ") + c.source + " -c:a " + c.coding);
@@ -90,8 +103,10 @@ TEST(Sound, IsWhatAnIndependentDecoderDelivers) {
 }
 
 TEST(Sound, RealClipsAndSecondTracks) {
-    for (const auto& [name, track, map] : {std::tuple{"testVideoMp4.mp4", 0, "0:a:0"}, {"100_0306.AVI", 0, "0:a:0"},
-                                           {"nasa_13013.mp4", 0, "0:a:0"}, {"nasa_13013.mp4", 1, "0:a:1"}}) {
+    for (const auto& [name, track, map] : {std::tuple{"testVideoMp4.mp4", 0, "0:a:0"},
+                                           {"100_0306.AVI", 0, "0:a:0"},
+                                           {"nasa_13013.mp4", 0, "0:a:0"},
+                                           {"nasa_13013.mp4", 1, "0:a:1"}}) {
         SCOPED_TRACE(name);
         ZEB_REAL_CLIP(path, name);
         const Sound sound = soundOf(path, static_cast<std::size_t>(track));
@@ -99,7 +114,8 @@ TEST(Sound, RealClipsAndSecondTracks) {
         ASSERT_GE(sound.samples.size(), expected.size());  // a late start is silence in front
         const std::size_t late = sound.samples.size() - expected.size();
         EXPECT_LT(static_cast<double>(late) / sound.channels / sound.rate, 0.3);
-        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), sound.samples.begin() + static_cast<std::ptrdiff_t>(late)));
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(),
+                               sound.samples.begin() + static_cast<std::ptrdiff_t>(late)));
     }
 }
 
@@ -107,16 +123,17 @@ TEST(Sound, LateStartsBecomeSilence) {
     for (const char* container : {"mkv", "mov", "nut"}) {
         for (const double late : {0.015, 0.5, 1.25}) {
             SCOPED_TRACE(std::string(container) + " " + std::to_string(late));
-            const std::string path =
-                clip("late-" + std::to_string(late) + "." + container,
-                     test::numberedFrames(50) + "-itsoffset " + std::to_string(late) + " " + ramp +
-                         "-map 0 -map 1 -c:v mpeg4 -b:v 1M -c:a pcm_f32le");
+            const std::string path = clip("late-" + std::to_string(late) + "." + container,
+                                          test::numberedFrames(50) + "-itsoffset " + std::to_string(late) +
+                                              " " + ramp + "-map 0 -map 1 -c:v mpeg4 -b:v 1M -c:a pcm_f32le");
             const Sound sound = soundOf(path);
             const auto silent = static_cast<std::size_t>(late > 0.02 ? std::lround(late * rampRate) : 0);
             ASSERT_EQ(sound.samples.size() / 2, 32000 + silent);
-            for (std::size_t i = 0; i < silent * 2; ++i) ASSERT_EQ(sound.samples[i], 0) << i;
+            for (std::size_t i = 0; i < silent * 2; ++i)
+                ASSERT_EQ(sound.samples[i], 0) << i;
             for (std::size_t i = 0; i < 32000; ++i) {
-                ASSERT_NEAR(sound.samples[(i + silent) * 2 + 1], static_cast<double>(i) / rampRate / 8, 1e-6) << i;
+                ASSERT_NEAR(sound.samples[(i + silent) * 2 + 1], static_cast<double>(i) / rampRate / 8, 1e-6)
+                    << i;
             }
         }
     }
@@ -124,8 +141,9 @@ TEST(Sound, LateStartsBecomeSilence) {
 
 TEST(Sound, GapsAreFilledSoThatTheRestIsInTime) {
     for (const char* container : {"mkv", "nut"}) {
-        const std::string path = clip(std::string("gaps.") + container,
-                                      ramp + "-af aselect=not(between(t\\,1\\,1.49)+between(t\\,2\\,2.2)) -c:a pcm_f32le");
+        const std::string path =
+            clip(std::string("gaps.") + container,
+                 ramp + "-af aselect=not(between(t\\,1\\,1.49)+between(t\\,2\\,2.2)) -c:a pcm_f32le");
         const Sound sound = soundOf(path);
         ASSERT_NEAR(sound.seconds(), 4, 0.001);
         std::size_t silent = 0;
@@ -142,7 +160,8 @@ TEST(Sound, GapsAreFilledSoThatTheRestIsInTime) {
 }
 
 TEST(Sound, WhatLiesBeforeTheStartIsDropped) {
-    clip("whole.mov", test::numberedFrames(100) + ramp + "-map 0 -map 1 -c:v libx264 -g 20 -bf 2 -c:a pcm_f32le");
+    clip("whole.mov",
+         test::numberedFrames(100) + ramp + "-map 0 -map 1 -c:v libx264 -g 20 -bf 2 -c:a pcm_f32le");
     const std::string cut = clip("cut.mov", "-ss 1.32 -i @whole.mov -c copy -avoid_negative_ts disabled");
     const Sound sound = soundOf(cut);
     ASSERT_GT(sound.samples.size(), 20000U);
@@ -154,7 +173,8 @@ TEST(Sound, WhatLiesBeforeTheStartIsDropped) {
 TEST(Sound, TheFirstFormatHoldsToTheEnd) {
     const std::string tone = "-f lavfi -i sine=d=1 ";
     for (const auto& [name, coding] : {std::pair{"mp3", " -c:a libmp3lame -id3v2_version 0 -write_xing 0 "},
-                                       {"aac", " -c:a aac -f adts "}, {"ac3", " -c:a ac3 "}}) {
+                                       {"aac", " -c:a aac -f adts "},
+                                       {"ac3", " -c:a ac3 "}}) {
         SCOPED_TRACE(name);
         const std::string extension = std::string(".") + name;
         const std::string first = clip("format-1" + extension, tone + coding + "-ar 44100 -ac 2");
@@ -169,14 +189,16 @@ TEST(Sound, TheFirstFormatHoldsToTheEnd) {
         // The middle third is not just silence: its tone was brought to the first format.
         double energy = 0;
         const std::size_t middle = sound.samples.size() / 2;
-        for (std::size_t i = middle; i < middle + 2000; ++i) energy += sound.samples[i] * sound.samples[i];
+        for (std::size_t i = middle; i < middle + 2000; ++i)
+            energy += sound.samples[i] * sound.samples[i];
         EXPECT_GT(energy / 2000, 0.001);
     }
 }
 
 TEST(Sound, TracksThatHaveNothing) {
-    const std::string path = clip("silent.mkv", test::numberedFrames(25) + "-f lavfi -i sine=d=1 -map 0 -map 1 "
-                                                "-af atrim=end=0 -c:v mpeg4 -c:a pcm_f32le");
+    const std::string path = clip("silent.mkv", test::numberedFrames(25) +
+                                                    "-f lavfi -i sine=d=1 -map 0 -map 1 "
+                                                    "-af atrim=end=0 -c:v mpeg4 -c:a pcm_f32le");
     ASSERT_EQ(test::open(path)->soundTracks().size(), 1U);
     EXPECT_TRUE(soundOf(path).samples.empty());
     std::string unknown = test::readFile(clip("coded.mkv", ramp + "-c:a pcm_f32le"));
@@ -187,12 +209,16 @@ TEST(Sound, TracksThatHaveNothing) {
 }
 
 TEST(Sound, ADamagedTimeIsNotHoursOfSilence) {
-    std::string file = test::readFile(clip("times.flv", test::numberedFrames(100) + "-f lavfi -i sine=r=44100:d=4 "
-                                                        "-map 0 -map 1 -c:v libx264 -c:a aac"));
-    // Tags of 11 bytes of head (type, size, milliseconds with the highest byte last, stream), body, and 4 bytes.
+    std::string file =
+        test::readFile(clip("times.flv", test::numberedFrames(100) + "-f lavfi -i sine=r=44100:d=4 "
+                                                                     "-map 0 -map 1 -c:v libx264 -c:a aac"));
+    // Tags of 11 bytes of head (type, size, milliseconds with the highest byte last, stream), body, and 4
+    // bytes.
     int sounds = 0;
     for (std::size_t tag = 13; tag + 11 < file.size() && sounds < 60;) {
-        const auto byte = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(file[i])); };
+        const auto byte = [&](std::size_t i) {
+            return static_cast<std::size_t>(static_cast<unsigned char>(file[i]));
+        };
         sounds += file[tag] == 8 ? 1 : 0;
         if (sounds == 60) file[tag + 7] = 1;
         tag += 11 + (byte(tag + 1) << 16 | byte(tag + 2) << 8 | byte(tag + 3)) + 4;
