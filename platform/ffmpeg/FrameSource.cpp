@@ -89,7 +89,7 @@ void FrameSource::openDecoder(int threads) {
     if (!m_decoder) throw std::bad_alloc();
     if (avcodec_parameters_to_context(m_decoder.get(), stream.codecpar) < 0) throw std::bad_alloc();
     m_decoder->pkt_timebase = stream.time_base;
-    m_decoder->thread_count = threads;
+    m_decoder->thread_count = threads > 1 ? threads + 1 : 1;
     watchForDamage(*m_decoder, m_sawDamage);
     if (avcodec_open2(m_decoder.get(), codec, nullptr) < 0) {
         throw MediaError(MediaError::cannotDecode, "The decoder for its pictures cannot start");
