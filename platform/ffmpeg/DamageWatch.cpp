@@ -15,7 +15,9 @@ void onMessage(void* sender, int level, const char* format, std::va_list argumen
     // Every object of the libraries starts with a pointer to its class. The threads of a decoder have
     // contexts of their own, which share the pointer set by `watchForDamage`.
     if (sender == nullptr || *static_cast<const AVClass* const*>(sender) != avcodec_get_class()) return;
-    const bool isComplaint = level <= AV_LOG_ERROR || std::string_view(format).starts_with("concealing");
+    const std::string_view text(format);
+    const bool isComplaint =
+        level <= AV_LOG_ERROR || text.starts_with("concealing") || text.starts_with("Frame num gap");
     auto* sawDamage = static_cast<std::atomic<bool>*>(static_cast<AVCodecContext*>(sender)->opaque);
     if (isComplaint && sawDamage != nullptr) *sawDamage = true;
 }

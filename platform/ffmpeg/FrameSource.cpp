@@ -98,6 +98,7 @@ void FrameSource::openDecoder(int threads) {
 
 void FrameSource::reset() {
     m_planner.reset();
+    if (m_schedule) m_planner.emplace(*m_schedule, m_tolerance);
     m_planned.clear();
     m_packetsEnded = m_framesEnded = false;
     m_awaitsKey = false;
@@ -112,7 +113,8 @@ void FrameSource::reset() {
 }
 
 /// Everything handed out so far was sound. Starts again from the last packet before it that depends on
-/// nothing, or from the beginning.
+/// nothing, or from the beginning. Planning goes on: a damaged packet that was passed over must be passed
+/// over again, or the pictures would depend on how early the damage was seen.
 void FrameSource::decodeCarefully() {
     m_isCareful = true;
     m_known = m_lastHandedOut;
@@ -132,12 +134,19 @@ void FrameSource::decodeCarefully() {
 bool FrameSource::seekToGroup(std::int64_t timestamp) {
     if (!m_demuxer->seek(m_facts.stream, timestamp) || !readPacket()) return false;
     const bool isFound = m_packet->pts == timestamp;
-    m_planned.push_back(std::exchange(m_packet, makePacket()));
+    holdPacket();
     return isFound;
 }
 
 void FrameSource::expect(const GrabSchedule& schedule) {
-    if (canPlan()) m_planner.emplace(schedule, m_tolerance);
+    if (!canPlan()) return;
+    m_schedule = schedule;
+    m_planner.emplace(schedule, m_tolerance);
+}
+
+void FrameSource::endPlanning() {
+    m_schedule.reset();
+    m_planner.reset();
 }
 
 /// Where every packet is one picture with a time of its own, and pictures do not need their neighbours to
@@ -222,7 +231,7 @@ bool FrameSource::readPacket() {
                 } else {
                     m_timing = m_packet->pts == AV_NOPTS_VALUE ? Timing::byDecoding : Timing::byPresentation;
                 }
-                if (*m_timing != Timing::byPresentation) m_planner.reset();
+                if (*m_timing != Timing::byPresentation) endPlanning();
             }
             // Decoders hand the stamp on to the picture: with decoding times it tells which packet it came
             // from.
@@ -234,25 +243,30 @@ bool FrameSource::readPacket() {
     return false;
 }
 
+/// Keeps the packet just read until its turn comes, and plans with it.
+void FrameSource::holdPacket() {
+    if (m_packet->pts == AV_NOPTS_VALUE) endPlanning();
+    if (m_planner) {
+        PlannedPacket planned;
+        planned.displayTime = seconds(m_packet->pts);
+        if (m_packet->dts != AV_NOPTS_VALUE) {
+            planned.decodeTime = seconds(std::min(m_packet->dts, m_packet->pts));
+        }
+        planned.startsGroup = startsGroup(*m_packet);
+        planned.isShown = isShown(*m_packet);
+        planned.size = static_cast<std::size_t>(m_packet->size);
+        m_planner->add(planned);
+    }
+    m_planned.push_back(std::exchange(m_packet, makePacket()));
+}
+
 void FrameSource::sendNextPacket() {
     while (m_planner && !m_packetsEnded && !m_planner->isReady()) {
         if (!readPacket()) {
             m_planner->end();
             break;
         }
-        if (m_packet->pts == AV_NOPTS_VALUE) m_planner.reset();
-        if (m_planner) {
-            PlannedPacket planned;
-            planned.displayTime = seconds(m_packet->pts);
-            if (m_packet->dts != AV_NOPTS_VALUE) {
-                planned.decodeTime = seconds(std::min(m_packet->dts, m_packet->pts));
-            }
-            planned.startsGroup = startsGroup(*m_packet);
-            planned.isShown = isShown(*m_packet);
-            planned.size = static_cast<std::size_t>(m_packet->size);
-            m_planner->add(planned);
-        }
-        m_planned.push_back(std::exchange(m_packet, makePacket()));
+        holdPacket();
     }
     if (m_planned.empty()) {
         if (!m_packetsEnded && readPacket()) {
@@ -425,6 +439,7 @@ bool FrameSource::seek(double time) {
     if (!m_demuxer->seek(m_facts.stream, timestamp)) return false;
     avcodec_flush_buffers(m_decoder.get());
     m_decoder->skip_frame = AVDISCARD_DEFAULT;
+    m_schedule.reset();
     reset();
     m_awaitsKey = true;
     m_lastHandedOut.reset();

@@ -75,6 +75,8 @@ private:
     void decodeCarefully();
     bool seekToGroup(std::int64_t timestamp);
     bool canPlan() const;
+    void endPlanning();
+    void holdPacket();
     bool readPacket();
     bool isUsable(const AVPacket& packet);
     void sendNextPacket();
@@ -99,6 +101,7 @@ private:
     Packet m_packet;
     std::optional<Timing> m_timing;  ///< known from the first packet on
 
+    std::optional<GrabSchedule> m_schedule;  ///< while planning goes by it
     std::optional<GrabPlanner> m_planner;
     std::deque<Packet> m_planned;  ///< read ahead: the packets that the planner holds, if there is one
     bool m_packetsEnded = false;
@@ -112,7 +115,7 @@ private:
     bool m_hasLastTime = false;
 
     std::set<std::int64_t> m_awaited;  ///< display times of packets sent whose pictures have not come out
-    bool m_isCareful = false;          ///< the stream has shown damage: one thread, no planning
+    bool m_isCareful = false;          ///< the stream has shown damage: one thread from here on
     std::deque<std::int64_t> m_groupStarts;  ///< stamps of the latest packets that depend on none before them
     std::optional<double> m_lastHandedOut;   ///< time of the last frame that `next` returned
     std::optional<double> m_known;  ///< frames up to this time were handed out before damage was seen

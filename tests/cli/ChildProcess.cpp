@@ -2,8 +2,6 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <stdlib.h>
-#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,40 +13,11 @@
 namespace zeb::test {
 namespace {
 
-struct Channel {
-    int parent = -1;
-    int child = -1;
-};
-
-Channel openChannel(const ChildProcess::Options& options) {
-    Channel channel;
-    if (options.terminalColumns) {
-        winsize size{};
-        size.ws_row = 24;
-        size.ws_col = static_cast<unsigned short>(*options.terminalColumns);
-        channel.parent = posix_openpt(O_RDWR | O_NOCTTY);
-        if (channel.parent < 0 || grantpt(channel.parent) != 0 || unlockpt(channel.parent) != 0 ||
-            ioctl(channel.parent, TIOCSWINSZ, &size) != 0) {
-            throw std::runtime_error("no pseudo-terminal");
-        }
-        channel.child = open(ptsname(channel.parent), O_RDWR | O_NOCTTY);
-    } else {
-        std::array<int, 2> ends{};
-        if (pipe(ends.data()) != 0) throw std::runtime_error("no pipe");
-        channel = {ends[0], ends[1]};
-    }
-    fcntl(channel.parent, F_SETFD, FD_CLOEXEC);
-    return channel;
-}
-
 [[noreturn]] void becomeProgram(const std::vector<std::string>& words, const ChildProcess::Options& options,
                                 int out, int error) {
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(error, STDERR_FILENO);
-    close(out);
-    for (const std::string& entry : options.environment)
-        putenv(const_cast<char*>(entry.c_str()));
     if (options.fileSizeLimit) {
         const rlimit limit{*options.fileSizeLimit, *options.fileSizeLimit};
         setrlimit(RLIMIT_FSIZE, &limit);
@@ -65,11 +34,12 @@ Channel openChannel(const ChildProcess::Options& options) {
 
 ChildProcess::ChildProcess(const std::vector<std::string>& words, const Options& options)
     : m_error(std::tmpfile(), std::fclose) {
-    const Channel channel = openChannel(options);
-    m_out = channel.parent;
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    m_out = ends[0];
     m_process = fork();
-    if (m_process == 0) becomeProgram(words, options, channel.child, fileno(m_error.get()));
-    close(channel.child);
+    if (m_process == 0) becomeProgram(words, options, ends[1], fileno(m_error.get()));
+    close(ends[1]);
     if (m_process < 0) throw std::runtime_error("no child process");
     if (options.ignoresOutput) close(std::exchange(m_out, -1));
 }
@@ -113,7 +83,6 @@ ChildProcess::Result ChildProcess::finish() {
 bool ChildProcess::readMore() {
     if (m_out < 0) return false;
     std::array<char, 4096> buffer{};
-    // A terminal reports its other end's closing as an error.
     const ssize_t count = read(m_out, buffer.data(), buffer.size());
     if (count <= 0) return false;
     m_buffer.append(buffer.data(), static_cast<std::size_t>(count));

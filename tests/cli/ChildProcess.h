@@ -2,7 +2,6 @@
 
 #include <sys/types.h>
 
-#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -16,8 +15,6 @@ class ChildProcess {
 public:
     struct Options {
         std::string folder = ".";                    ///< to run in
-        std::vector<std::string> environment;        ///< "NAME=value" on top of this process's
-        std::optional<int> terminalColumns;          ///< standard output is a terminal of this width
         std::optional<unsigned long> fileSizeLimit;  ///< bytes
         bool ignoresOutput = false;                  ///< standard output is a pipe that nobody reads
     };

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string_view>
@@ -12,6 +13,7 @@ namespace zeb::test {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 class InfoProgram : public ::testing::Test {
 protected:
@@ -31,14 +33,38 @@ TEST_F(InfoProgram, ShowsEveryFileAndGoesOnAfterAFailure) {
     const std::string text = put("text.zeb", {'n', 'o', ' ', 'm', 'o', 'v', 'i', 'e', '\n'});
     const auto result = runZeb({"info", whole, text, m_folder.path(), m_folder.file("missing"), torn});
     EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.out, HasSubstr(whole + "\n  Title          QL!\n"));
+    EXPECT_THAT(result.out, StartsWith(whole + "\n"
+                                               "  Title          QL!\n"
+                                               "  Size           16x8\n"
+                                               "  Rate           2 frames per second\n"
+                                               "  Mode           32 (16-bit high colour)\n"
+                                               "  Frames         4\n"
+                                               "  Duration       0:02\n"
+                                               "  Sound          mono, 20000 Hz, 8 bits\n"
+                                               "  Loop           yes\n"));
     EXPECT_THAT(result.out, HasSubstr("\n\n" + torn + "\n"));
     EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 3);
     EXPECT_THAT(result.error, HasSubstr("zeb: " + text + ": Kein ZEB1-File\n"));
+}
 
-    const auto json = nlohmann::json::parse(runZeb({"info", "--json", torn}).out);
-    EXPECT_EQ(json["finished"], false);
-    EXPECT_EQ(json["frames"], 4);
+TEST_F(InfoProgram, SpeaksJson) {
+    const std::string torn = put("torn.zeb", golden::unfinishedMovie());
+    EXPECT_EQ(nlohmann::json::parse(runZeb({"info", "--json", torn}).out),
+              nlohmann::json({{"file", torn},
+                              {"title", "QL!"},
+                              {"width", 16},
+                              {"height", 8},
+                              {"framesPerSecond", 2},
+                              {"mode", 32},
+                              {"frames", 4},
+                              {"seconds", 2},
+                              {"soundChannels", 1},
+                              {"soundRate", 20000},
+                              {"loop", true},
+                              {"fileSize", golden::movie().size()},
+                              {"bytesPerSecond", 23.0},
+                              {"largestBlock", 25},
+                              {"finished", false}}));
 }
 
 TEST_F(InfoProgram, PrintsHostileTitlesHarmlessly) {
@@ -50,28 +76,9 @@ TEST_F(InfoProgram, PrintsHostileTitlesHarmlessly) {
     EXPECT_THAT(result.out, HasSubstr("Title          \\x1b[!\n"));
 }
 
-TEST_F(InfoProgram, SurvivesAnyBytes) {
-    // The first byte of a size, a length, a count, an index entry; every other one with a cut behind it.
-    bool isCut = false;
-    for (const std::size_t place : {4u, 8u, 14u, 18u, 22u, 26u, 38u, 46u, 50u}) {
-        golden::Bytes bytes = golden::movie();
-        bytes[place] = 0xFF;
-        if (isCut) bytes.resize(place + 2);
-        isCut = !isCut;
-        const auto result = runZeb({"info", put("a.zeb", bytes)});
-        EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 3) << place << ": " << result.exitCode;
-    }
-}
-
 TEST_F(InfoProgram, TellsWhatTheProgramCan) {
-    const auto help = runZeb({"--help"});
-    EXPECT_EQ(help.exitCode, 0);
-    EXPECT_THAT(help.out, HasSubstr("encode"));
-    EXPECT_THAT(help.out, HasSubstr("130  interrupted"));
-    EXPECT_THAT(runZeb({"encode", "--help"}).out, HasSubstr("--dither"));
-    const auto version = runZeb({"--version"});
-    EXPECT_EQ(version.exitCode, 0);
-    EXPECT_THAT(version.out, ::testing::MatchesRegex("zeb [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_THAT(runZeb({"--help"}).out, HasSubstr("encode"));
+    EXPECT_THAT(runZeb({"--version"}).out, StartsWith("zeb "));
     if (std::ifstream("/dev/full")) {
         EXPECT_EQ(ChildProcess({"sh", "-c", "exec " ZEB_PROGRAM " --help > /dev/full"}, {}).finish().exitCode,
                   4);

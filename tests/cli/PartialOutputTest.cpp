@@ -28,37 +28,6 @@ protected:
     PartialOutput m_output{m_path};
 };
 
-TEST_F(PartialOutputTest, KeepsWholeSeconds) {
-    m_output.noteReplaced();
-    golden::Bytes torn = golden::unfinishedMovie();
-    torn.pop_back();
-    put(torn);
-    m_output.noteCreated();
-    EXPECT_EQ(m_output.settle().keptSeconds, 1);
-    EXPECT_EQ(fileSize(), golden::secondBlock);
-}
-
-TEST_F(PartialOutputTest, RemovesWhatHasNoWholeSecond) {
-    for (const std::size_t size :
-         {std::size_t{0}, std::size_t{5}, golden::firstBlock, golden::secondBlock - 1}) {
-        PartialOutput output(m_path);
-        output.noteReplaced();
-        golden::Bytes start = golden::unfinishedMovie();
-        start.resize(size);
-        put(start);
-        output.noteCreated();
-        EXPECT_EQ(output.settle().keptSeconds, 0);
-        EXPECT_FALSE(exists()) << size;
-
-        // Stopped before it could be noted that the file was created.
-        put(start);
-        PartialOutput unnoticed(m_path);
-        unnoticed.noteReplaced();
-        EXPECT_EQ(unnoticed.settle().keptSeconds, 0);
-        EXPECT_FALSE(exists()) << size;
-    }
-}
-
 TEST_F(PartialOutputTest, LeavesAloneWhatIsNotItsOwn) {
     // An old movie that the run never came to replace.
     put(golden::unfinishedMovie());

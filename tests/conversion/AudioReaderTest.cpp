@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <cmath>
@@ -11,17 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "conversion/AudioSlice.h"
 #include "format/ZEBConverterError.h"
 #include "platform/fake/FakeMedia.h"
-
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-#define ZEB_SANITIZED
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer) || __has_feature(address_sanitizer)
-#define ZEB_SANITIZED
-#endif
-#endif
 
 namespace zeb {
 namespace {
@@ -111,10 +101,9 @@ Result readBuffers(std::vector<FakeSamples> buffers, int channels,
 }
 
 TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
-    const std::vector<std::size_t> divisions[] = {{1}, {7, 1024, 13}, {4099}, {1u << 20}};
-    for (const double rate : {1.0, 999.5, 8000.0, 11025.0, 16000.0, 19999.0, 20000.0, 22050.0, 32000.0,
-                              44100.0, 47999.9, 48000.0, 96000.0, 192000.0, 5e6, 2147483647.0}) {
-        for (int sourceChannels = 1; sourceChannels <= 8; ++sourceChannels) {
+    const std::vector<std::size_t> divisions[] = {{1}, {7, 1024, 13}, {1u << 20}};
+    for (const double rate : {1.0, 8000.0, 19999.0, 20000.0, 44100.0, 47999.9, 192000.0, 2147483647.0}) {
+        for (const int sourceChannels : {1, 2, 3, 6}) {
             // Not a multiple of the channels: the incomplete frame at the end does not count.
             const std::size_t frames = rate < 100 ? 5 : 2500;
             const auto samples =
@@ -133,13 +122,15 @@ TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
 }
 
 TEST(AudioReader, quantises) {
-    const float values[] = {
-        0, 0.5F, -1, 0.999F, 1, 1.5F, -1.5F, std::numeric_limits<float>::quiet_NaN(), 0.99999994F};
-    for (const auto& [index, byte] :
-         {std::pair{0, 128}, {1, 191}, {2, 1}, {3, 254}, {4, 255}, {5, 255}, {6, 1}, {7, 128}, {8, 254}}) {
-        EXPECT_EQ(readBuffers({{20000, 1, {values[index]}}}, 1).bytes, Bytes{static_cast<std::uint8_t>(byte)})
-            << index;
-    }
+    const std::pair<float, std::uint8_t> cases[] = {{0.0F, 128},
+                                                    {0.5F, 191},
+                                                    {-1.0F, 1},
+                                                    {0.999F, 254},
+                                                    {1.0F, 255},
+                                                    {-1.5F, 1},
+                                                    {std::numeric_limits<float>::quiet_NaN(), 128}};
+    for (const auto& [value, byte] : cases)
+        EXPECT_EQ(readBuffers({{20000, 1, {value}}}, 1).bytes, Bytes{byte}) << value;
 }
 
 TEST(AudioReader, lastFormatHoldsForTheWholeTrack) {
@@ -147,46 +138,34 @@ TEST(AudioReader, lastFormatHoldsForTheWholeTrack) {
     const struct {
         double firstRate;
         int firstChannels;
-        std::size_t firstSamples;
+        std::ptrdiff_t firstSamples;
         double lastRate;
         int lastChannels;
-        int readers;
     } cases[] = {
-        {44100, 2, 1001, 48000, 2, 2},                              // another rate
-        {48000, 2, 1001, 48000, 1, 2},                              // other channels
-        {48000, 6, 1001, 22050, 2, 2}, {44100, 2, 0, 32000, 1, 1},  // nothing heard in the first format
-        {44100, 2, 6000, 32000, 1, 2},                              // nothing heard in the last one
+        {44100, 2, 1001, 48000, 2},  // another rate
+        {48000, 2, 1001, 48000, 1},  // other channels
+        {44100, 2, 0, 32000, 1},     // nothing heard in the first format
+        {44100, 2, 6000, 32000, 1},  // nothing heard in the last one
     };
     for (const auto& c : cases) {
-        const auto middle = samples.begin() + static_cast<std::ptrdiff_t>(c.firstSamples);
-        FakeFilm film;
-        film.soundTracks = {fake::soundOf({{c.firstRate, c.firstChannels, {samples.begin(), middle}},
+        const auto middle = samples.begin() + c.firstSamples;
+        const Result result = readBuffers({{c.firstRate, c.firstChannels, {samples.begin(), middle}},
                                            {c.lastRate, c.lastChannels, {middle, samples.end()}},
-                                           {0, 0, {}}})};  // says nothing about the format
-        const auto record = std::make_shared<fake::FakeRecord>();
-        const SoundBytes sound = AudioReader::read(FakeAsset(film, record), targetRate, 2, 0, {}, {});
-        EXPECT_TRUE(contents(sound) == convertedWhole(samples, c.lastRate, c.lastChannels, 2)) << c.lastRate;
-        EXPECT_EQ(record->soundReaders.size(), static_cast<std::size_t>(c.readers));
+                                           {0, 0, {}}},  // says nothing about the format
+                                          2);
+        EXPECT_TRUE(result.bytes == convertedWhole(samples, c.lastRate, c.lastChannels, 2)) << c.lastRate;
     }
 }
 
 TEST(AudioReader, saysWhatItFound) {
-    const auto samples = noise(960000);
-    EXPECT_THAT(
-        readBuffers(divided(samples, 48000, 2, {4096}), 1).log,
-        testing::ElementsAre("Audio: src 48000Hz, 2ch, frames=480000 → dst 20000Hz, 1ch, frames=200000"));
     // Kept are only as many frames as asked for, but the line tells the whole length.
+    const auto samples = noise(96000);
     const Result cut = readBuffers(divided(samples, 48000, 2, {4096}), 1, 5000);
     Bytes start = convertedWhole(samples, 48000, 2, 1);
     start.resize(5000);
     EXPECT_TRUE(cut.bytes == start);
-    EXPECT_THAT(cut.log, testing::ElementsAre(testing::HasSubstr("1ch, frames=200000")));
-    // Fewer samples than one frame has.
-    const Result fragment = readBuffers({{44100.9, 4, {0.5F}}}, 2);
-    EXPECT_TRUE(fragment.bytes.empty());
-    EXPECT_THAT(fragment.log,
-                testing::ElementsAre("Audio: src 44100Hz, 4ch, frames=0 → dst 20000Hz, 2ch, frames=0"));
-
+    EXPECT_THAT(cut.log, testing::ElementsAre(
+                             "Audio: src 48000Hz, 2ch, frames=48000 → dst 20000Hz, 1ch, frames=20000"));
     EXPECT_THAT(readBuffers({{48000, 2, {}}}, 2).log,
                 testing::ElementsAre("Audio leer – schreibe ohne Audio."));
     EXPECT_THAT(read({}, 2).log, testing::ElementsAre("Kein Audio-Track – schreibe ohne Audio."));
@@ -238,58 +217,19 @@ TEST(AudioReader, stopsAtWhicheverQuestionIsAnsweredYes) {
 }
 
 TEST(AudioReader, asksOftenWithinALargeBuffer) {
-    const std::pair<double, std::size_t> longSounds[] = {{1, 200}, {48000, 2000000}, {1e9, 2000000}};
-    for (const auto& [rate, count] : longSounds) {
+    for (const double rate : {48000.0, 1e9}) {
         FakeFilm film;
-        film.soundTracks = {fake::soundOf({{rate, 1, std::vector<float>(count)}})};
+        film.soundTracks = {fake::soundOf({{rate, 1, std::vector<float>(2000000)}})};
         std::uint64_t asked = 0;
-        const auto isCancelled = [&] { return ++asked == 0; };
-        const SoundBytes sound = AudioReader::read(FakeAsset(film), targetRate, 1, 0, isCancelled, {});
-        EXPECT_GE(asked, sound.size() / 4096);
-        EXPECT_GE(asked, count / 16384);
+        AudioReader::read(FakeAsset(film), targetRate, 1, 0, [&] { return ++asked == 0; }, {});
+        EXPECT_GE(asked, 2000000u / 16384);
     }
-}
-
-TEST(AudioReader, memoryIsTheResultAndALittle) {
-#ifdef ZEB_SANITIZED
-    GTEST_SKIP() << "sanitizers have a memory of their own";
-#endif
-    const auto peak = [] {
-        rusage usage{};
-        getrusage(RUSAGE_SELF, &usage);
-        return usage.ru_maxrss * 1024L;
-    };
-    constexpr std::size_t seconds = 600;
-    FakeFilm film;
-    film.duration = 1e12;  // what the container claims must cost nothing
-    film.soundTracks = {[](std::size_t index, FakeSamples& buffer) {
-        buffer.samples.resize(96000);
-        return index < seconds;
-    }};
-    const long before = peak();
-    const SoundBytes sound = AudioReader::read(FakeAsset(film), targetRate, 2, 0, {}, {});
-    ASSERT_EQ(sound.size(), seconds * targetRate * 2);
-    EXPECT_LT(peak() - before, static_cast<long>(sound.size()) + (8L << 20));
-}
-
-TEST(AudioSlice, isAlwaysAWholeSecond) {
-    SoundBytes sound;
-    sound.append(Bytes(70000, 7));
-    EXPECT_EQ(audioSlice(0, 1, 20000, sound), Bytes(20000, 7));
-    Bytes last(10000, 7);
-    last.resize(20000, 0x80);
-    EXPECT_EQ(audioSlice(3, 1, 20000, sound), last);
-    for (const std::int64_t second : {std::int64_t{4}, std::numeric_limits<std::int64_t>::max()}) {
-        EXPECT_EQ(audioSlice(second, 1, 20000, sound), Bytes(20000, 0x80));
-    }
-    EXPECT_TRUE(audioSlice(0, 0, 20000, sound).empty());
-    EXPECT_TRUE(audioSlice(0, 1, 0, sound).empty());
 }
 
 TEST(SoundBytes, joinsItsBlocks) {
     SoundBytes sound;
     Bytes all;
-    for (std::size_t size : {1u, 1000003u, 48577u, 0u, 2100000u}) {
+    for (std::size_t size : {1u, 1000003u, 48577u, 2100000u}) {
         Bytes piece(size);
         for (std::size_t i = 0; i < size; ++i)
             piece[i] = static_cast<std::uint8_t>((i * 7919) >> 5);
@@ -298,10 +238,9 @@ TEST(SoundBytes, joinsItsBlocks) {
     }
     EXPECT_TRUE(contents(sound) == all);
     Bytes across(20);
-    EXPECT_EQ(sound.copy((1u << 20) - 70, across), 20u);
-    EXPECT_TRUE(std::equal(across.begin(), across.end(), all.begin() + (1 << 20) - 70));
+    EXPECT_EQ(sound.copy((1u << 20) - 7, across), 20u);
+    EXPECT_TRUE(std::equal(across.begin(), across.end(), all.begin() + (1 << 20) - 7));
     EXPECT_EQ(sound.copy(all.size() - 3, across), 3u);
-    EXPECT_EQ(sound.copy(all.size(), across), 0u);
 }
 
 }  // namespace

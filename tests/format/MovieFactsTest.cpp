@@ -26,12 +26,6 @@ Bytes blockInTheHeader() {
     return variant(bytes, size, golden::index + 4, {0, 0, 0, golden::maxSecondBlockSize});
 }
 
-Bytes headerOfNoSeconds() {
-    Bytes bytes = variant(golden::unfinishedMovie(), golden::index, golden::totalFrames, {0, 0, 0, 0});
-    bytes[7] = golden::index - 8;
-    return bytes;
-}
-
 TEST(MovieFactsTest, TellsHowMuchOfAMovieIsThere) {
     const Bytes movie = golden::movie();
     const Bytes unfinished = golden::unfinishedMovie();
@@ -51,15 +45,9 @@ TEST(MovieFactsTest, TellsHowMuchOfAMovieIsThere) {
         {"finished, then cut", variant(movie, size - 1), false, 1, 21, 21},
         {"finished, then extended", variant(movie, size + 2), true, 2, 25, 23},
         {"without an index", variant(movie, size, golden::index, Bytes(8, 0)), true, 2, 25, 23},
-        {"index entry into the header", variant(movie, size, golden::index + 4, {0, 0, 0, 8}), true, 2, 25,
-         23},
         {"index entry beyond the file", variant(movie, size, golden::index + 4, {0xFF}), true, 2, 25, 23},
         {"index entry to a block in the header", blockInTheHeader(), false, 1, 21, 21},
-        {"more frames than there are", variant(movie, size, golden::totalFrames, {0, 0, 0, 6}), false, 2, 25,
-         23},
-        {"half a second", variant(movie, size, golden::totalFrames, {0, 0, 0, 3}), false, 2, 25, 23},
         {"billions of frames", variant(movie, size, golden::totalFrames, Bytes(4, 0xFF)), false, 2, 25, 23},
-        {"a movie of no seconds", headerOfNoSeconds(), true, 0, 0, 0},
     };
     for (const auto& expected : cases) {
         MemoryReadableFile file(expected.bytes);
@@ -73,23 +61,6 @@ TEST(MovieFactsTest, TellsHowMuchOfAMovieIsThere) {
         EXPECT_EQ(facts.header.title, "QL!") << expected.what;
         EXPECT_TRUE(facts.isLooping()) << expected.what;
     }
-}
-
-/// Finished films of hours must be quick to look at: the blocks are not walked.
-TEST(MovieFactsTest, ReadsLittleOfAFinishedMovie) {
-    class CountingFile : public MemoryReadableFile {
-    public:
-        using MemoryReadableFile::MemoryReadableFile;
-        std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
-            bytesRead += buffer.size();
-            return MemoryReadableFile::readAt(offset, buffer);
-        }
-        std::size_t bytesRead = 0;
-    };
-    const Bytes movie = golden::movie();
-    CountingFile file(movie);
-    EXPECT_TRUE(readMovieFacts(file).isFinished);
-    EXPECT_LE(file.bytesRead, golden::firstBlock + 8u);
 }
 
 }  // namespace

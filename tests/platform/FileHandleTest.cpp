@@ -1,19 +1,13 @@
 #include "platform/FileHandle.h"
 
 #include <gmock/gmock.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <functional>
-#include <numeric>
 #include <vector>
 
-#include "tests/platform/FileSizeLimit.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb {
@@ -21,12 +15,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using test::TemporaryFolder;
-
-Bytes countingBytes(std::size_t count) {
-    Bytes bytes(count);
-    std::iota(bytes.begin(), bytes.end(), std::uint8_t{1});
-    return bytes;
-}
 
 void createFile(const std::string& path, const Bytes& bytes) {
     const auto file = createForWriting(path);
@@ -51,21 +39,11 @@ int errorOf(const std::function<void()>& action) {
     return 0;
 }
 
-void makeSocket(const std::string& path) {
-    const int number = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    struct sockaddr_un address {};
-    address.sun_family = AF_UNIX;
-    ASSERT_LT(path.size(), sizeof address.sun_path);
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    ASSERT_EQ(::bind(number, reinterpret_cast<const struct sockaddr*>(&address), sizeof address), 0);
-    ::close(number);
-}
-
 TEST(FileHandleTest, WritesWhereItWasToldAndReadsBack) {
     const TemporaryFolder folder;
     const std::string path = folder.file("movie");
     const auto file = createForWriting(path);
-    file->write(countingBytes(6));
+    file->write(Bytes{1, 2, 3, 4, 5, 6});
     file->startWriteback();
     file->seek(2);
     file->write(Bytes{50, 51});
@@ -83,18 +61,7 @@ TEST(FileHandleTest, WritesWhereItWasToldAndReadsBack) {
     EXPECT_EQ(contents(path), (Bytes{90, 2, 50, 51, 5}));
 }
 
-TEST(FileHandleTest, ReadsFewerBytesOnlyAtTheEnd) {
-    const TemporaryFolder folder;
-    createFile(folder.file("f"), countingBytes(10));
-    const auto file = openForReading(folder.file("f"));
-    Bytes buffer(4);
-    EXPECT_EQ(file->readAt(8, buffer), 2u);
-    EXPECT_EQ(buffer[1], 10);
-    EXPECT_EQ(file->readAt(10, buffer), 0u);
-    EXPECT_EQ(file->readAt(~std::uint64_t{0}, buffer), 0u);
-}
-
-TEST(FileHandleTest, ReachesBeyondFourGibibytes) {
+TEST(FileHandleTest, ReachesBeyondFourGibibytesAndNoFurtherThanTheEnd) {
     const TemporaryFolder folder;
     const std::string path = folder.file("sparse");
     constexpr std::uint64_t far = std::uint64_t{5} << 30;
@@ -103,16 +70,16 @@ TEST(FileHandleTest, ReachesBeyondFourGibibytes) {
     file->write(Bytes{7, 8});
     file->close();
     const auto reading = openForReading(path);
-    Bytes buffer(2);
+    Bytes buffer(4);
     EXPECT_EQ(reading->size(), far + 2);
     EXPECT_EQ(reading->readAt(far, buffer), 2u);
-    EXPECT_EQ(buffer, (Bytes{7, 8}));
+    EXPECT_EQ(buffer, (Bytes{7, 8, 0, 0}));
+    EXPECT_EQ(reading->readAt(~std::uint64_t{0}, buffer), 0u);
 }
 
 TEST(FileHandleTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
-    makeSocket(folder.file("socket"));
     std::filesystem::create_symlink(folder.file("pipe"), folder.file("link to pipe"));
     createFile(folder.file("f"), {1});
 
@@ -121,11 +88,9 @@ TEST(FileHandleTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
         int error;
     } cases[] = {
         {folder.file("missing"), ENOENT},
-        {"", ENOENT},
         {folder.path(), EISDIR},
         {folder.file("pipe"), EINVAL},
         {folder.file("link to pipe"), EINVAL},
-        {folder.file("socket"), EINVAL},
         {"/dev/null", EINVAL},
         {folder.file("f") + std::string("\0.zeb", 5), EINVAL},
         {folder.file("f") + "/below", ENOTDIR},
@@ -142,35 +107,9 @@ TEST(FileHandleTest, CreatesOnlyWhatDoesNotExist) {
     std::filesystem::create_symlink(folder.file("nowhere"), folder.file("dangling"));
     EXPECT_EQ(errorOf([&] { createForWriting(folder.file("f")); }), EEXIST);
     EXPECT_EQ(errorOf([&] { createForWriting(folder.file("dangling")); }), EEXIST);
-    EXPECT_EQ(errorOf([&] { createForWriting(folder.path()); }), EEXIST);
     EXPECT_EQ(errorOf([&] { createForWriting(folder.file("no/folder")); }), ENOENT);
     EXPECT_EQ(contents(folder.file("f")), (Bytes{1, 2}));
     EXPECT_FALSE(std::filesystem::exists(folder.file("nowhere")));
-}
-
-TEST(FileHandleTest, ErrorsCarryPathAndSystemText) {
-    const FileError error("/some/film.zeb", ENOSPC);
-    EXPECT_STREQ(error.what(), "/some/film.zeb: No space left on device");
-    EXPECT_EQ(error.domain(), "POSIX");
-    EXPECT_EQ(error.path(), "/some/film.zeb");
-}
-
-TEST(FileHandleTest, SizeLimitIsAnErrorAfterAShortWrite) {
-    const TemporaryFolder folder;
-    const std::string path = folder.file("limited");
-    const auto file = createForWriting(path);
-    {
-        const test::FileSizeLimit limit(1000);
-        EXPECT_EQ(errorOf([&] { file->write(countingBytes(1500)); }), EFBIG);
-        // The handle is still good for cutting the torn piece off.
-        file->truncate(100);
-        file->seek(100);
-        file->write(Bytes{42});
-    }
-    file->close();
-    Bytes expected = countingBytes(100);
-    expected.push_back(42);
-    EXPECT_EQ(contents(path), expected);
 }
 
 }  // namespace

@@ -1,0 +1,371 @@
+#include "codec/FrameDecoder.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+#include "codec/RLE2.h"
+#include "platform/ProcessorVersions.h"
+
+namespace zeb {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+static_assert(std::endian::native == std::endian::little, "pixels are put together as little-endian words");
+
+constexpr std::size_t headerSize = 24;
+constexpr std::int64_t patternPointer = 12;  // offsets of the fields that pointers count from
+constexpr std::int64_t maskPointer = 16;
+constexpr int largestSide = 8192;
+constexpr int largestRawSide = 4096;
+
+constexpr std::uint8_t maskCompressed = 0x80;
+constexpr std::uint8_t patternCompressed = 0x40;
+constexpr std::uint8_t alphaChannel = 0x20;
+
+int read16(Bytes bytes, std::size_t offset) {
+    return bytes[offset] << 8 | bytes[offset + 1];
+}
+
+std::int32_t read32(Bytes bytes, std::size_t offset) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(read16(bytes, offset)) << 16 |
+                                     static_cast<std::uint32_t>(read16(bytes, offset + 2)));
+}
+
+// Exactly floor(x * 255 / 31) and floor(x * 255 / 63).
+constexpr std::uint32_t expand5(std::uint32_t value) {
+    return value * 2156535 >> 18;
+}
+constexpr std::uint32_t expand6(std::uint32_t value) {
+    return value * 4244475 >> 20;
+}
+
+constexpr std::uint32_t opaquePixel(std::uint32_t red, std::uint32_t green, std::uint32_t blue) {
+    return 0xFF000000 | red << 16 | green << 8 | blue;
+}
+
+ZEB_ALWAYS_INLINE std::uint32_t rgb565Pixel(std::uint32_t value) {
+    return opaquePixel(expand5(value >> 11), expand6(value >> 5 & 0x3F), expand5(value & 0x1F));
+}
+
+ZEB_ALWAYS_INLINE std::uint32_t qpcPackedPixel(std::uint32_t value) {
+    return opaquePixel(expand5(value >> 3 & 0x1F), expand6(value >> 13 << 3 | (value & 7)),
+                       expand5(value >> 8 & 0x1F));
+}
+
+template <Mode32Interpretation interpretation>
+ZEB_ALWAYS_INLINE void convertMode32Row(const std::uint8_t* __restrict bytes, int count,
+                                        std::uint8_t* __restrict pixels) {
+    constexpr bool isBigEndian = interpretation == Mode32Interpretation::rgb565BE ||
+                                 interpretation == Mode32Interpretation::qpcPackedBE;
+    constexpr bool isPacked = interpretation == Mode32Interpretation::qpcPackedBE ||
+                              interpretation == Mode32Interpretation::qpcPackedLE;
+    for (int x = 0; x < count; ++x) {
+        std::uint16_t stored;
+        std::memcpy(&stored, bytes + 2 * x, sizeof stored);
+        const std::uint32_t value = isBigEndian ? (stored << 8 & 0xFF00) | stored >> 8 : stored;
+        const std::uint32_t pixel = isPacked ? qpcPackedPixel(value) : rgb565Pixel(value);
+        std::memcpy(pixels + 4 * x, &pixel, sizeof pixel);
+    }
+}
+
+ZEB_ALWAYS_INLINE void convertMode32(Mode32Interpretation interpretation, const std::uint8_t* bytes,
+                                     int count, std::uint8_t* pixels) {
+    using enum Mode32Interpretation;
+    switch (interpretation) {
+        case rgb565BE:
+            return convertMode32Row<rgb565BE>(bytes, count, pixels);
+        case rgb565LE:
+            return convertMode32Row<rgb565LE>(bytes, count, pixels);
+        case qpcPackedBE:
+            return convertMode32Row<qpcPackedBE>(bytes, count, pixels);
+        case qpcPackedLE:
+            return convertMode32Row<qpcPackedLE>(bytes, count, pixels);
+    }
+}
+
+void convertMode32Anywhere(Mode32Interpretation interpretation, const std::uint8_t* bytes, int count,
+                           std::uint8_t* pixels) {
+    convertMode32(interpretation, bytes, count, pixels);
+}
+
+ZEB_FOR_AVX2 void convertMode32AVX2(Mode32Interpretation interpretation, const std::uint8_t* bytes, int count,
+                                    std::uint8_t* pixels) {
+    convertMode32(interpretation, bytes, count, pixels);
+}
+
+void convertMode4Row(const std::uint8_t* bytes, int count, std::uint8_t* pixels) {
+    for (int x = 0; x < count; ++x) {
+        const int bit = 0x80 >> (x & 7);
+        const bool isGreen = (bytes[x >> 3 << 1] & bit) != 0;
+        const bool isRed = (bytes[(x >> 3 << 1) + 1] & bit) != 0;
+        // The screen shows green and red together as white.
+        const std::uint32_t pixel =
+            opaquePixel(isRed ? 255 : 0, isGreen ? 255 : 0, isGreen && isRed ? 255 : 0);
+        std::memcpy(pixels + 4 * x, &pixel, sizeof pixel);
+    }
+}
+
+void convertMode33Row(const std::uint8_t* bytes, int count, std::uint8_t* pixels) {
+    for (int x = 0; x < count; ++x) {
+        const std::uint32_t value = static_cast<std::uint32_t>(bytes[2 * x] << 8 | bytes[2 * x + 1]);
+        const std::uint32_t pixel =
+            opaquePixel(expand5(value >> 6 & 0x1F), expand5(value >> 11), expand5(value >> 1 & 0x1F));
+        std::memcpy(pixels + 4 * x, &pixel, sizeof pixel);
+    }
+}
+
+void convertMode64Row(const std::uint8_t* bytes, int count, std::uint8_t* pixels) {
+    for (int x = 0; x < count; ++x) {
+        const std::uint32_t pixel = opaquePixel(bytes[4 * x], bytes[4 * x + 1], bytes[4 * x + 2]);
+        std::memcpy(pixels + 4 * x, &pixel, sizeof pixel);
+    }
+}
+
+/// A picture of that size with bytes to be filled; nothing when memory does not suffice.
+std::optional<FrameImage> makeImage(int width, int height) {
+    FrameImage image{width, height, {}};
+    try {
+        image.pixels.resize(std::size_t{4} * static_cast<std::size_t>(width) *
+                            static_cast<std::size_t>(height));
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+    return image;
+}
+
+/// Pixels without a header: 32-bit ones as they are shown, or 16-bit ones of RGB 5-6-5, low byte first.
+std::optional<FrameImage> decodeRaw(Bytes bytes, int width, int height) {
+    const std::uint64_t count = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
+    if (bytes.size() != 4 * count && bytes.size() != 2 * count) return std::nullopt;
+    std::optional<FrameImage> image = makeImage(width, height);
+    if (!image) return std::nullopt;
+    if (bytes.size() == 4 * count) {
+        std::copy(bytes.begin(), bytes.end(), image->pixels.begin());
+        return image;
+    }
+    const auto convert = processorHasAVX2() ? convertMode32AVX2 : convertMode32Anywhere;
+    for (int y = 0; y < height; ++y) {
+        const std::size_t row = static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
+        convert(Mode32Interpretation::rgb565LE, bytes.data() + 2 * row, width,
+                image->pixels.data() + 4 * row);
+    }
+    return image;
+}
+
+}  // namespace
+
+/// The sprite header's fields and what follows from them.
+struct FrameDecoder::Sprite {
+    int form, colourMode, control, width, height;
+    std::int64_t patternOffset, maskOffset;  ///< relative to their fields
+    int bytesPerPixel = 0;                   ///< 0 for the bit planes of Mode 4
+    std::int64_t rowStride = 0;
+
+    explicit Sprite(Bytes record)
+        : form(record[0]),
+          colourMode(record[1]),
+          control(record[3]),
+          width(read16(record, 4)),
+          height(read16(record, 6)),
+          patternOffset(read32(record, 12)),
+          maskOffset(read32(record, 16)) {}
+
+    bool has(std::uint8_t flag) const { return (control & flag) != 0; }
+    bool isMode4() const { return colourMode == 0 && form == 1; }
+    std::int64_t patternStart() const { return patternPointer + patternOffset; }
+    std::int64_t patternBytes() const { return rowStride * height; }
+
+    /// False for a colour mode that is not known.
+    bool findGeometry() {
+        const auto wholeWords = [](std::int64_t bytes) { return (bytes + 3) / 4 * 4; };
+        if (isMode4()) {
+            rowStride = wholeWords(2 * ((width + 7) / 8));
+            return true;
+        }
+        switch (colourMode) {
+            case 32:
+            case 33:
+                bytesPerPixel = 2;
+                break;
+            case 64:
+                bytesPerPixel = 4;
+                break;
+            default:
+                return false;
+        }
+        rowStride = wholeWords(std::int64_t{bytesPerPixel} * width);
+        return true;
+    }
+
+    /// What `mask` says of the pixel at column `x` of a row whose mask bytes start at `row`.
+    std::uint32_t alphaAt(const std::uint8_t* row, int x) const {
+        if (has(alphaChannel)) return row[x];
+        if (bytesPerPixel == 0) {
+            const std::uint8_t* group = row + (x >> 3 << 1);
+            return ((group[0] | group[1]) & 0x80 >> (x & 7)) != 0 ? 255 : 0;
+        }
+        const std::uint8_t* pixel = row + x * bytesPerPixel;
+        return std::any_of(pixel, pixel + bytesPerPixel, [](std::uint8_t byte) { return byte != 0; }) ? 255
+                                                                                                      : 0;
+    }
+
+    void applyMask(Bytes mask, std::uint8_t* pixels) const {
+        const std::int64_t maskStride = has(alphaChannel) ? width : rowStride;
+        for (int y = 0; y < height; ++y) {
+            const std::uint8_t* row = mask.data() + maskStride * y;
+            for (int x = 0; x < width; ++x, pixels += 4) {
+                const std::uint32_t alpha = alphaAt(row, x);
+                if (alpha == 255) continue;
+                pixels[3] = static_cast<std::uint8_t>(alpha);
+                for (int c = 0; c < 3; ++c) {
+                    pixels[c] = static_cast<std::uint8_t>(std::uint64_t{alpha} * pixels[c] * 32897 >> 23);
+                }
+            }
+        }
+    }
+};
+
+std::optional<FrameImage> FrameDecoder::decodeFrame(Bytes record, int width, int height) {
+    m_line.clear();
+    if (std::optional<FrameImage> image = decodeSprite(record)) return image;
+    if (record.size() >= 8) {
+        const int ownWidth = read16(record, 0), ownHeight = read16(record, 2);
+        const auto isSide = [](int side) { return side >= 1 && side <= largestRawSide; };
+        if (isSide(ownWidth) && isSide(ownHeight)) {
+            if (std::optional<FrameImage> image = decodeRaw(record.subspan(8), ownWidth, ownHeight))
+                return image;
+        }
+    }
+    note(" | fallback: common-raw");
+    return decodeRaw(record, width, height);
+}
+
+std::optional<FrameImage> FrameDecoder::decodeSprite(Bytes record) {
+    note("payload=%zuB [", record.size());
+    for (std::size_t i = 0; i < std::min<std::size_t>(record.size(), 16); ++i) {
+        note(i == 0 ? "%02X" : " %02X", record[i]);
+    }
+    note("]");
+    if (record.size() < headerSize) {
+        note(" | not-sprite: <0x18");
+        return std::nullopt;
+    }
+    Sprite sprite(record);
+    if (sprite.colourMode == 32) {
+        const std::string_view name = label(mode32Interpretation);
+        note(" | mode32=%.*s", static_cast<int>(name.size()), name.data());
+    }
+    note(" | form=%d cm=%d ctrl=%02X w=%d h=%d cpatRel=%d maskRel=%d", sprite.form, sprite.colourMode,
+         static_cast<unsigned>(sprite.control), sprite.width, sprite.height,
+         static_cast<int>(sprite.patternOffset), static_cast<int>(sprite.maskOffset));
+    if (sprite.form == 0) {
+        note(" | system-sprite(0)");
+        return std::nullopt;
+    }
+    const auto isSide = [](int side) { return side >= 1 && side <= largestSide; };
+    if (!isSide(sprite.width) || !isSide(sprite.height)) {
+        note(" | bad-dims");
+        return std::nullopt;
+    }
+    const std::int64_t patternStart = sprite.patternStart();
+    const auto recordSize = static_cast<std::int64_t>(record.size());
+    if (patternStart < 0 || patternStart >= recordSize) {
+        note(" | bad-cpatStart=%lld", static_cast<long long>(patternStart));
+        return std::nullopt;
+    }
+    const auto text = [&sprite](std::uint8_t flag) { return sprite.has(flag) ? "true" : "false"; };
+    note(" | pcmp=%s mcmp=%s alph=%s", text(patternCompressed), text(maskCompressed), text(alphaChannel));
+    if (sprite.isMode4()) note(" | ql-mode4");
+    if (!sprite.findGeometry()) {
+        note(" | unsupported-colourMode");
+        return std::nullopt;
+    }
+    const std::int64_t patternBytes = sprite.patternBytes();
+    note(" | bpp=%d rowStride=%lld patBytes=%lld cpatStart=%lld", sprite.bytesPerPixel,
+         static_cast<long long>(sprite.rowStride), static_cast<long long>(patternBytes),
+         static_cast<long long>(patternStart));
+
+    Bytes pattern = record.subspan(static_cast<std::size_t>(patternStart));
+    if (sprite.has(patternCompressed)) {
+        noteSignature("RLEsig", pattern);
+        if (!expandRLE2(pattern, static_cast<std::size_t>(patternBytes), m_pattern)) {
+            note(" | RLE-decode-failed(pattern)");
+            return std::nullopt;
+        }
+        pattern = m_pattern;
+    } else if (patternBytes > recordSize - patternStart) {
+        note(" | pat-out-of-range");
+        return std::nullopt;
+    }
+    const Bytes mask = findMask(record, sprite);
+
+    std::optional<FrameImage> image = makeImage(sprite.width, sprite.height);
+    if (!image) return std::nullopt;
+    const auto convert = processorHasAVX2() ? convertMode32AVX2 : convertMode32Anywhere;
+    std::uint8_t* pixels = image->pixels.data();
+    for (int y = 0; y < sprite.height;
+         ++y, pixels += std::size_t{4} * static_cast<std::size_t>(sprite.width)) {
+        const std::uint8_t* row = pattern.data() + sprite.rowStride * y;
+        switch (sprite.colourMode) {
+            case 32:
+                convert(mode32Interpretation, row, sprite.width, pixels);
+                break;
+            case 33:
+                convertMode33Row(row, sprite.width, pixels);
+                break;
+            case 64:
+                convertMode64Row(row, sprite.width, pixels);
+                break;
+            default:
+                convertMode4Row(row, sprite.width, pixels);
+                break;
+        }
+    }
+    if (!mask.empty()) sprite.applyMask(mask, image->pixels.data());
+    note(" | ok");
+    return image;
+}
+
+/// The mask's bytes, as many as the sprite needs; empty without a usable mask.
+std::span<const std::uint8_t> FrameDecoder::findMask(Bytes record, const Sprite& sprite) {
+    const std::int64_t start = maskPointer + sprite.maskOffset;
+    const auto recordSize = static_cast<std::int64_t>(record.size());
+    if (sprite.maskOffset == 0 || start < 0 || start >= recordSize) return {};
+    const std::int64_t bytes =
+        (sprite.has(alphaChannel) ? std::int64_t{sprite.width} : sprite.rowStride) * sprite.height;
+    note(" | maskStart=%lld maskBytes=%lld", static_cast<long long>(start), static_cast<long long>(bytes));
+    const Bytes rest = record.subspan(static_cast<std::size_t>(start));
+    if (sprite.has(maskCompressed)) {
+        noteSignature("MRLEsig", rest);
+        if (expandRLE2(rest, static_cast<std::size_t>(bytes), m_mask)) return m_mask;
+        note(" | RLE-decode-failed(mask)");
+        return {};
+    }
+    if (bytes > recordSize - start) {
+        note(" | mask-out-of-range");
+        return {};
+    }
+    return rest.first(static_cast<std::size_t>(bytes));
+}
+
+void FrameDecoder::noteSignature(const char* name, Bytes block) {
+    if (block.size() < 4) return;
+    note(" | %s=%02X%02X%02X%02X", name, block[0], block[1], block[2], block[3]);
+}
+
+void FrameDecoder::note(const char* format, ...) {
+    std::array<char, 160> text{};
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+    m_line.append(text.data(), static_cast<std::size_t>(std::clamp<int>(length, 0, text.size() - 1)));
+}
+
+}  // namespace zeb

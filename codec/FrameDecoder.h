@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "codec/Mode32Interpretation.h"
+
+namespace zeb {
+
+/// A decoded frame: `width` x `height` pixels of 4 bytes, blue, green, red, alpha, colours multiplied by
+/// alpha; top row first, rows not padded. Device RGB.
+struct FrameImage {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> pixels;
+};
+
+/// Turns stored frame records back into pictures: sprites of Mode 4, 32, 33 or 64 with masks or alpha,
+/// compressed or not, and pixels without a sprite header. Any bytes may come in. Keeps its working memory
+/// between frames: one thread at a time.
+class FrameDecoder {
+public:
+    /// How 16-bit Mode 32 pixels are read; the encoder's own layout unless said otherwise.
+    Mode32Interpretation mode32Interpretation = Mode32Interpretation::rgb565LE;
+
+    /// Decodes a record; `width` and `height` are the file header's, for records without a header of their
+    /// own. Nothing when the record is no picture; the reason is in `lastDecodeDebug`.
+    std::optional<FrameImage> decodeFrame(std::span<const std::uint8_t> record, int width, int height);
+
+    /// One line about the last decoding.
+    const std::string& lastDecodeDebug() const noexcept { return m_line; }
+
+private:
+    struct Sprite;
+
+    std::optional<FrameImage> decodeSprite(std::span<const std::uint8_t> record);
+    std::span<const std::uint8_t> findMask(std::span<const std::uint8_t> record, const Sprite& sprite);
+    void note(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    void noteSignature(const char* name, std::span<const std::uint8_t> block);
+
+    std::string m_line;
+    std::vector<std::uint8_t> m_pattern;
+    std::vector<std::uint8_t> m_mask;
+};
+
+}  // namespace zeb

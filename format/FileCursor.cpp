@@ -1,0 +1,48 @@
+#include "format/FileCursor.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zeb {
+
+FileCursor::FileCursor(std::unique_ptr<ReadableFile> file) : m_file(std::move(file)) {}
+
+std::uint64_t FileCursor::remaining() {
+    const std::uint64_t size = m_file->size();
+    return size > m_position ? size - m_position : 0;
+}
+
+std::size_t FileCursor::read(std::span<std::uint8_t> target) {
+    std::size_t done = 0;
+    if (m_position >= m_pieceOffset && m_position < m_pieceOffset + m_pieceLength) {
+        const auto within = static_cast<std::size_t>(m_position - m_pieceOffset);
+        done = std::min(target.size(), m_pieceLength - within);
+        std::copy_n(m_piece.begin() + static_cast<std::ptrdiff_t>(within), done, target.begin());
+        m_position += done;
+    }
+    target = target.subspan(done);
+    if (target.size() >= m_piece.size()) {
+        const std::size_t count = m_file->readAt(m_position, target);
+        m_position += count;
+        return done + count;
+    }
+    if (!target.empty()) {
+        m_pieceLength = 0;  // in case reading throws
+        m_pieceLength = m_file->readAt(m_position, m_piece);
+        m_pieceOffset = m_position;
+        const std::size_t count = std::min(target.size(), m_pieceLength);
+        std::copy_n(m_piece.begin(), count, target.begin());
+        m_position += count;
+        done += count;
+    }
+    return done;
+}
+
+bool FileCursor::skip(std::uint64_t count) {
+    const bool isInPiece = m_position >= m_pieceOffset && m_position + count <= m_pieceOffset + m_pieceLength;
+    const std::uint64_t available = isInPiece ? count : std::min(count, remaining());
+    m_position += available;
+    return available == count;
+}
+
+}  // namespace zeb

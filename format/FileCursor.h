@@ -1,0 +1,37 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "platform/FileHandle.h"
+
+namespace zeb {
+
+/// Goes through a file from position to position. Small reads are served from a piece read ahead; what is
+/// skipped is not read. Sizes are believed only as far as the file reaches at that moment.
+class FileCursor {
+public:
+    explicit FileCursor(std::unique_ptr<ReadableFile> file);
+
+    std::uint64_t position() const noexcept { return m_position; }
+    void seek(std::uint64_t position) noexcept { m_position = position; }
+    /// Bytes from the position to the end of the file as of now.
+    std::uint64_t remaining();
+
+    /// Reads up to `target.size()` bytes and moves past them; returns how many arrived, fewer only at the end
+    /// of the file. Throws `FileError`.
+    std::size_t read(std::span<std::uint8_t> target);
+    /// Moves on by `count` bytes; false, at the end of the file, when it has fewer.
+    bool skip(std::uint64_t count);
+
+private:
+    std::unique_ptr<ReadableFile> m_file;
+    std::uint64_t m_position = 0;
+    std::array<std::uint8_t, 4096> m_piece{};
+    std::uint64_t m_pieceOffset = 0;
+    std::size_t m_pieceLength = 0;
+};
+
+}  // namespace zeb

@@ -1,0 +1,155 @@
+#include "codec/FrameDecoder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "codec/SpriteEncoder.h"
+
+namespace zeb {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using enum Mode32Interpretation;
+
+/// A sprite record with its pattern behind the header.
+Bytes sprite(int form, int colourMode, int control, int width, int height, const Bytes& pattern) {
+    Bytes record(24);
+    record[0] = static_cast<std::uint8_t>(form);
+    record[1] = static_cast<std::uint8_t>(colourMode);
+    record[3] = static_cast<std::uint8_t>(control);
+    record[4] = static_cast<std::uint8_t>(width >> 8);
+    record[5] = static_cast<std::uint8_t>(width);
+    record[6] = static_cast<std::uint8_t>(height >> 8);
+    record[7] = static_cast<std::uint8_t>(height);
+    record[15] = 12;
+    record.insert(record.end(), pattern.begin(), pattern.end());
+    return record;
+}
+
+/// The same with a mask behind the pattern.
+Bytes masked(Bytes record, const Bytes& mask) {
+    record[19] = static_cast<std::uint8_t>(record.size() - 16);
+    record.insert(record.end(), mask.begin(), mask.end());
+    return record;
+}
+
+/// Pixels as blue, green, red, alpha; nothing when decoding fails.
+Bytes pixels(FrameDecoder& decoder, const Bytes& record, int width = 8, int height = 1) {
+    const std::optional<FrameImage> image = decoder.decodeFrame(record, width, height);
+    return image ? image->pixels : Bytes();
+}
+
+Bytes repeated(const Bytes& pixel, int count) {
+    Bytes result;
+    for (int i = 0; i < count; ++i)
+        result.insert(result.end(), pixel.begin(), pixel.end());
+    return result;
+}
+
+TEST(FrameDecoder, ReadsHighColourPixelsInEveryOrder) {
+    struct Case {
+        Mode32Interpretation interpretation;
+        Bytes expected;
+    };
+    for (const Case& test : {Case{rgb565LE, {0, 0, 255, 255}}, Case{rgb565BE, {197, 28, 0, 255}},
+                             Case{qpcPackedLE, {197, 226, 0, 255}}, Case{qpcPackedBE, {0, 0, 255, 255}}}) {
+        FrameDecoder decoder;
+        decoder.mode32Interpretation = test.interpretation;
+        EXPECT_EQ(pixels(decoder, sprite(2, 32, 0, 1, 1, {0x00, 0xF8, 0, 0})), test.expected)
+            << label(test.interpretation);
+    }
+}
+
+TEST(FrameDecoder, ConvertsTheOtherFormatsAndMasks) {
+    FrameDecoder decoder;
+    const Bytes green = {0, 255, 0, 255}, red = {0, 0, 255, 255}, white = {255, 255, 255, 255};
+    EXPECT_EQ(pixels(decoder, sprite(1, 0, 0, 8, 1, {0xFF, 0x00, 0, 0})), repeated(green, 8));
+    EXPECT_EQ(pixels(decoder, sprite(1, 0, 0, 8, 1, {0x00, 0xFF, 0, 0})), repeated(red, 8));
+    EXPECT_EQ(pixels(decoder, sprite(1, 0, 0, 8, 1, {0xFF, 0xFF, 0, 0})), repeated(white, 8));
+    EXPECT_EQ(pixels(decoder, sprite(2, 33, 0, 1, 1, {0xF8, 0x00, 0, 0})), green);
+    EXPECT_EQ(pixels(decoder, sprite(2, 64, 0, 1, 1, {1, 2, 3, 9})), (Bytes{3, 2, 1, 255}));
+    // Half transparent, by an alpha channel; and one pixel of two cut out, by a mask.
+    EXPECT_EQ(pixels(decoder, masked(sprite(2, 64, 0x20, 1, 1, {200, 100, 50, 0}), {128})),
+              (Bytes{25, 50, 100, 128}));
+    EXPECT_EQ(pixels(decoder, masked(sprite(2, 32, 0, 2, 1, {0xFF, 0xFF, 0xFF, 0xFF}), {0, 1, 0, 0})),
+              (Bytes{255, 255, 255, 255, 0, 0, 0, 0}));
+    // A mask that does not fit is left out.
+    EXPECT_EQ(pixels(decoder, masked(sprite(2, 64, 0, 1, 1, {1, 2, 3, 0}), {0})), (Bytes{3, 2, 1, 255}));
+    EXPECT_NE(decoder.lastDecodeDebug().find(" | mask-out-of-range | ok"), std::string::npos);
+}
+
+TEST(FrameDecoder, SaysWhyARecordIsNoPicture) {
+    const Bytes short23(23);
+    Bytes outside = sprite(2, 32, 0, 1, 1, {0, 0, 0, 0});
+    outside[14] = 1;
+    struct Case {
+        Bytes record;
+        std::string ending;
+    };
+    const std::vector<Case> cases = {
+        {{}, "payload=0B [] | not-sprite: <0x18"},
+        {short23, " | not-sprite: <0x18"},
+        {sprite(0, 32, 0, 1, 1, {}), " | system-sprite(0)"},
+        {sprite(2, 33, 0, 8193, 1, {}), " | form=2 cm=33 ctrl=00 w=8193 h=1 cpatRel=12 maskRel=0 | bad-dims"},
+        {outside, " | bad-cpatStart=280"},
+        {sprite(2, 7, 0xE0, 1, 1, {0}), " | pcmp=true mcmp=true alph=true | unsupported-colourMode"},
+        {sprite(2, 32, 0, 2, 2, {1, 2, 3}),
+         " | bpp=2 rowStride=4 patBytes=8 cpatStart=24 | pat-out-of-range"},
+        {sprite(2, 32, 0x40, 2, 1, {'R', 'L', 'E', '2', 0, 0, 0, 2, 0, 1, 2}),
+         " | RLEsig=524C4532 | RLE-decode-failed(pattern)"},
+        {sprite(2, 32, 0x40, 8192, 8192, {'R', 'L', 'E', '2', 255, 255, 255, 255, 0x81, 1, 2}),
+         " | RLE-decode-failed(pattern)"},
+    };
+    for (const Case& test : cases) {
+        FrameDecoder decoder;
+        EXPECT_TRUE(pixels(decoder, test.record, 4000, 4000).empty());
+        const std::string expected = test.ending + " | fallback: common-raw";
+        EXPECT_TRUE(decoder.lastDecodeDebug().ends_with(expected)) << decoder.lastDecodeDebug();
+    }
+}
+
+TEST(FrameDecoder, ShowsRawPixelsWithoutASprite) {
+    FrameDecoder decoder;
+    const Bytes raw(4 * 7 * 3, 0x11);
+    EXPECT_EQ(pixels(decoder, raw, 7, 3), raw);
+    EXPECT_EQ(pixels(decoder, Bytes{0x00, 0xF8}, 1, 1), (Bytes{0, 0, 255, 255}));
+    // With a size of its own in front, whatever the file says.
+    EXPECT_EQ(pixels(decoder, {0, 1, 0, 1, 0, 0, 0, 0, 0xE0, 0x07}, 100, 100), (Bytes{0, 255, 0, 255}));
+}
+
+/// One colour all over.
+class PlainPicture : public Picture {
+public:
+    explicit PlainPicture(Bytes rgb) : m_rgb(std::move(rgb)) {}
+    int width() const override { return 1; }
+    int height() const override { return 1; }
+    void draw(const BitmapContext& bitmap) const override {
+        for (std::size_t i = 0; i < bitmap.pixels.size(); ++i)
+            bitmap.pixels[i] = i % 4 == 3 ? 255 : m_rgb[i % 4];
+    }
+
+private:
+    Bytes m_rgb;
+};
+
+TEST(FrameDecoder, DecodesWhatTheEncoderWrites) {
+    SpriteEncoder encoder;
+    FrameDecoder decoder;
+    for (const int width : {64, 70, 136}) {
+        const auto count = static_cast<std::size_t>(width) * 3;
+        const Bytes shown =
+            pixels(decoder, encoder.encodeMode32Sprite(PlainPicture({255, 128, 0}), width, 3));
+        if (width % 2 == 0) {
+            EXPECT_EQ(shown, repeated({0, 129, 255, 255}, static_cast<int>(count)));
+        }
+        const Bytes white =
+            pixels(decoder, encoder.encodeMode4Sprite(PlainPicture({255, 255, 255}), width, 3, true));
+        EXPECT_EQ(white, Bytes(count * 4, 255));
+    }
+}
+
+}  // namespace
+}  // namespace zeb
