@@ -77,7 +77,7 @@ std::uint64_t loadIndices(const std::uint8_t* indices) {
 
 void SpriteEncoder::draw(const Picture& picture, int width, int height, DrawingColourSpace colourSpace) {
     try {
-        m_rgba.assign(pixelCount(width, height) * 4, 0);
+        m_rgba.resize(pixelCount(width, height) * 4);
         picture.draw({.pixels = m_rgba, .width = width, .height = height, .colourSpace = colourSpace});
     } catch (const std::bad_alloc&) {
         throw bitmapError(colourSpace);

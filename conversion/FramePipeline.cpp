@@ -4,6 +4,8 @@
 #include <cassert>
 #include <utility>
 
+#include "platform/ThreadPriority.h"
+
 namespace zeb {
 
 FramePipeline::FramePipeline(const MediaAsset& asset, const GrabSchedule& schedule, Encode encode,
@@ -122,6 +124,8 @@ std::shared_ptr<FramePipeline::Slot> FramePipeline::addPicture(std::shared_ptr<c
 }
 
 void FramePipeline::encodeAll(const std::stop_token& token) {
+    // The decoder is what everything waits for.
+    giveWayToOtherThreads();
     SpriteEncoder encoder;
     for (;;) {
         std::unique_lock lock(m_mutex);

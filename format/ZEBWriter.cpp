@@ -92,7 +92,12 @@ ZEBWriter::ZEBWriter(std::unique_ptr<WritableFile> handle, const MovieParameters
                        checkedSize(headerSize, "header size"));
     header.resize(layout::headerBody + headerSize);
 
-    writeOrCutOff(header);
+    try {
+        write(header);
+    } catch (...) {
+        cutOff(0);
+        throw;
+    }
     m_secondBlockOffsets.reserve(static_cast<std::size_t>(m_frameIndexCount));
 }
 
@@ -107,16 +112,15 @@ void ZEBWriter::writeSecond(std::span<const std::uint8_t> sound,
     const std::uint32_t lengthField = checkedSize(blockLength, "one-second block length");
     const std::uint64_t totalSize = layout::wordSize + blockLength;
 
-    m_block.clear();
-    m_block.reserve(totalSize);
-    bigEndian::append32(m_block, lengthField);
-    bigEndian::append32(m_block, static_cast<std::uint32_t>(sound.size()));
-    append(m_block, sound);
-    for (const auto frame : frames) {
-        bigEndian::append32(m_block, static_cast<std::uint32_t>(frame.size()));
-        append(m_block, frame);
+    try {
+        writeWord(lengthField);
+        writeSized(sound);
+        for (const auto frame : frames)
+            writeSized(frame);
+    } catch (...) {
+        cutOff(m_secondBlockOffsets.back());
+        throw;
     }
-    writeOrCutOff(m_block);
     m_handle->startWriteback();
 
     m_maxSecondBlockSize =
@@ -154,26 +158,33 @@ void ZEBWriter::close() {
     if (firstFailure) std::rethrow_exception(firstFailure);
 }
 
-void ZEBWriter::writeOrCutOff(std::span<const std::uint8_t> bytes) {
+/// After a failed write: what was begun at `position` goes. The failure itself is what matters, so that this
+/// one stays quiet; a torn block can still be cut off later.
+void ZEBWriter::cutOff(std::uint64_t position) noexcept {
+    m_bytesWritten = position;
     try {
-        m_handle->write(bytes);
+        m_handle->truncate(position);
+        m_handle->seek(position);
     } catch (...) {
-        try {
-            m_handle->truncate(m_bytesWritten);
-            m_handle->seek(m_bytesWritten);
-        } catch (...) {
-            // The first failure is the one that matters; a torn block can still be cut off later.
-        }
-        throw;
+        return;
     }
+}
+
+void ZEBWriter::write(std::span<const std::uint8_t> bytes) {
+    m_handle->write(bytes);
     m_bytesWritten += bytes.size();
+}
+
+/// The bytes behind their count.
+void ZEBWriter::writeSized(std::span<const std::uint8_t> bytes) {
+    writeWord(static_cast<std::uint32_t>(bytes.size()));
+    if (!bytes.empty()) write(bytes);
 }
 
 void ZEBWriter::writeWord(std::uint32_t value) {
     std::array<std::uint8_t, layout::wordSize> bytes{};
     bigEndian::store32(bytes, value);
-    m_handle->write(bytes);
-    m_bytesWritten += bytes.size();
+    write(bytes);
 }
 
 }  // namespace zeb

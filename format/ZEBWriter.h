@@ -55,8 +55,9 @@ public:
     std::uint64_t bytesWritten() const noexcept { return m_bytesWritten; }
 
 private:
-    /// Appends `bytes`; when that fails, cuts off what was written of them and passes the failure on.
-    void writeOrCutOff(std::span<const std::uint8_t> bytes);
+    void cutOff(std::uint64_t position) noexcept;
+    void write(std::span<const std::uint8_t> bytes);
+    void writeSized(std::span<const std::uint8_t> bytes);
     void writeWord(std::uint32_t value);
 
     std::unique_ptr<WritableFile> m_handle;
@@ -66,7 +67,6 @@ private:
     std::uint64_t m_headerMaxBlockFieldPos = 0;
     std::vector<std::uint32_t> m_secondBlockOffsets;
     std::uint64_t m_bytesWritten = 0;
-    std::vector<std::uint8_t> m_block;  ///< of the second being written; kept for its memory
 };
 
 }  // namespace zeb

@@ -14,7 +14,7 @@ enum class DrawingColourSpace {
 /// A bitmap in memory to draw into.
 ///
 /// `pixels` holds width x height x 4 bytes: R, G, B, A of 8 bits each, alpha premultiplied, top row first,
-/// rows not padded. It starts as all zero (transparent black).
+/// rows not padded.
 struct BitmapContext {
     std::span<std::uint8_t> pixels;
     int width;
@@ -35,7 +35,8 @@ public:
     virtual int width() const = 0;
     virtual int height() const = 0;
 
-    /// Draws the whole picture with high-quality interpolation, stretched to fill the bitmap exactly.
+    /// Draws the whole picture with high-quality interpolation, stretched to fill the bitmap exactly: sets every
+    /// pixel, transparent parts to black of that transparency.
     /// Throws `PlatformError` (or `std::bad_alloc`) when that is not possible.
     virtual void draw(const BitmapContext& bitmap) const = 0;
 };

@@ -52,8 +52,8 @@ struct ComponentRow {
         : red(static_cast<std::size_t>(count)), green(red.size()), blue(red.size()) {}
 };
 
-void copyRow(const ComponentRow& row, std::uint8_t* pixel, std::ptrdiff_t step) {
-    for (std::size_t x = 0; x < row.red.size(); ++x, pixel += step) {
+void copyRow(const ComponentRow& row, int count, std::uint8_t* pixel, std::ptrdiff_t step) {
+    for (std::size_t x = 0; x < static_cast<std::size_t>(count); ++x, pixel += step) {
         pixel[0] = static_cast<std::uint8_t>(row.red[x]);
         pixel[1] = static_cast<std::uint8_t>(row.green[x]);
         pixel[2] = static_cast<std::uint8_t>(row.blue[x]);
@@ -118,26 +118,28 @@ void FramePicture::draw(const BitmapContext& bitmap) const {
     task.targetWidth = m_orientation.exchangesSides() ? bitmap.height : bitmap.width;
     task.targetHeight = m_orientation.exchangesSides() ? bitmap.width : bitmap.height;
     std::unique_ptr<FrameScaler> scaler = m_tools->borrowScaler(task);
-    scaler->scale(*m_frame);
+    scaler->load(*m_frame);
 
     const bool isSRGB = colour.transfer == Transfer::sRGB && colour.primaries == Primaries::bt709;
     const bool isManaged = bitmap.colourSpace == DrawingColourSpace::sRGB && !isSRGB;
     const auto conversion = isManaged ? m_tools->conversion(colour) : nullptr;
     const MatrixConversion matrix(colour, scaler->family(), isManaged ? ColourConversion::levels - 1 : 255);
     const Placement place = placement(m_orientation, bitmap.width, bitmap.height);
-    ComponentRow components(task.targetWidth);
-    for (int y = 0; y < task.targetHeight; ++y) {
-        matrix.convertRow({scaler->row(0, y), scaler->row(1, y), scaler->row(2, y)}, task.targetWidth,
-                          components.red.data(), components.green.data(), components.blue.data());
-        std::uint8_t* pixel = bitmap.pixels.data() + place.first + place.perY * y;
+    ComponentRow rgb(task.targetWidth);
+    scaler->scale([&](const ScaledStretch& from) {
+        const int count = from.end - from.begin;
+        matrix.convertRow({from.components[0], from.components[1], from.components[2]}, count, rgb.red.data(),
+                          rgb.green.data(), rgb.blue.data());
+        std::uint8_t* pixel =
+            bitmap.pixels.data() + place.first + place.perY * from.y + place.perX * from.begin;
         if (conversion) {
-            conversion->convertRow(components.red.data(), components.green.data(), components.blue.data(),
-                                   task.targetWidth, pixel, place.perX);
+            conversion->convertRow(rgb.red.data(), rgb.green.data(), rgb.blue.data(), count, pixel,
+                                   place.perX);
         } else {
-            copyRow(components, pixel, place.perX);
+            copyRow(rgb, count, pixel, place.perX);
         }
-        if (scaler->hasAlpha()) applyAlpha(scaler->row(3, y), task.targetWidth, pixel, place.perX);
-    }
+        if (scaler->hasAlpha()) applyAlpha(from.components[3], count, pixel, place.perX);
+    });
     m_tools->giveBack(std::move(scaler));
 }
 

@@ -2,7 +2,9 @@
 
 #include <zimg.h>
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdlib>
 #include <new>
 #include <string>
@@ -91,38 +93,84 @@ struct FrameScaler::State {
     PlanarForm planarForm;
     std::unique_ptr<zimg_filter_graph, FreeGraph> graph;
     AlignedMemory temporary;
-    std::array<AlignedMemory, 4> planes;
+    std::array<AlignedMemory, 4> rings;  ///< the latest rows of each component that comes out
     std::size_t stride = 0;
+    unsigned ringMask = 0;  ///< row y lies in a ring's row y & ringMask
+    zimg_image_buffer_const source{};
+    const TakeStretch* take = nullptr;  ///< while scaling
 
-    /// The planar form's pixel format is known once the first frame has it.
-    void build(const AVFrame& planar) {
-        pixels = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(planar.format));
-        const zimg_image_format source = sourceFormat(task, *pixels);
-        const zimg_image_format target = targetFormat(task, source);
-        family = source.color_family == ZIMG_COLOR_GREY  ? ComponentFamily::grey
-                 : source.color_family == ZIMG_COLOR_RGB ? ComponentFamily::rgb
+    void build();
+    void aheadOf(unsigned y, unsigned left, unsigned right) const;
+    void handOver(unsigned y, unsigned left, unsigned right) const;
+};
+
+/// The planar form's pixel format is known once the first frame has it.
+void FrameScaler::State::build() {
+    const zimg_image_format sourceForm = sourceFormat(task, *pixels);
+    const zimg_image_format target = targetFormat(task, sourceForm);
+    family = sourceForm.color_family == ZIMG_COLOR_GREY  ? ComponentFamily::grey
+             : sourceForm.color_family == ZIMG_COLOR_RGB ? ComponentFamily::rgb
                                                          : ComponentFamily::yCbCr;
-        hasAlpha = source.alpha != ZIMG_ALPHA_NONE;
-        zimg_graph_builder_params parameters;
-        zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
-        parameters.resample_filter = ZIMG_RESIZE_LANCZOS;
-        parameters.filter_param_a = 3;
-        parameters.resample_filter_uv = ZIMG_RESIZE_LANCZOS;
-        parameters.filter_param_a_uv = 3;
-        parameters.dither_type = ZIMG_DITHER_NONE;
-        parameters.cpu_type = ZIMG_CPU_AUTO_64B;
-        graph.reset(zimg_filter_graph_build(&source, &target, &parameters));
-        if (!graph) throwScalingError();
-        std::size_t size = 0;
-        if (zimg_filter_graph_get_tmp_size(graph.get(), &size) != 0) throwScalingError();
-        temporary = allocateAligned(size);
-        stride = aligned(static_cast<std::size_t>(task.targetWidth) * sizeof(std::uint16_t));
-        for (std::size_t i = 0; i < planes.size(); ++i) {
-            const bool isUsed = i == 0 || (i < 3 && family != ComponentFamily::grey) || (i == 3 && hasAlpha);
-            if (isUsed) planes[i] = allocateAligned(stride * static_cast<std::size_t>(task.targetHeight));
+    hasAlpha = sourceForm.alpha != ZIMG_ALPHA_NONE;
+    zimg_graph_builder_params parameters;
+    zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
+    parameters.resample_filter = ZIMG_RESIZE_LANCZOS;
+    parameters.filter_param_a = 3;
+    parameters.resample_filter_uv = ZIMG_RESIZE_LANCZOS;
+    parameters.filter_param_a_uv = 3;
+    parameters.dither_type = ZIMG_DITHER_NONE;
+    parameters.cpu_type = ZIMG_CPU_AUTO_64B;
+    graph.reset(zimg_filter_graph_build(&sourceForm, &target, &parameters));
+    if (!graph) throwScalingError();
+    std::size_t size = 0;
+    unsigned rows = 0;
+    if (zimg_filter_graph_get_tmp_size(graph.get(), &size) != 0 ||
+        zimg_filter_graph_get_output_buffering(graph.get(), &rows) != 0) {
+        throwScalingError();
+    }
+    temporary = allocateAligned(size);
+    stride = aligned(static_cast<std::size_t>(task.targetWidth) * sizeof(std::uint16_t));
+    const unsigned ringRows = std::bit_ceil(std::min(rows, static_cast<unsigned>(task.targetHeight)));
+    ringMask = ringRows - 1;
+    for (std::size_t i = 0; i < rings.size(); ++i) {
+        const bool isUsed = i == 0 || (i < 3 && family != ComponentFamily::grey) || (i == 3 && hasAlpha);
+        if (isUsed) rings[i] = allocateAligned(stride * ringRows);
+    }
+}
+
+/// Before source row `y` is read: asks for rows a little further down. Decoded frames are seldom in a cache,
+/// and rows lie too far apart for the processor to guess the next one.
+void FrameScaler::State::aheadOf(unsigned y, unsigned left, unsigned right) const {
+    constexpr std::size_t cacheLine = 64;
+    for (int i = 0; i < pixels->nb_components; ++i) {
+        const bool isChroma = (i == 1 || i == 2) && family == ComponentFamily::yCbCr;
+        const int shiftDown = isChroma ? pixels->log2_chroma_h : 0;
+        const int shiftAcross = isChroma ? pixels->log2_chroma_w : 0;
+        const int rowsAtOnce = 1 << (pixels->log2_chroma_h - shiftDown);
+        const auto bytes = static_cast<std::size_t>(pixels->comp[i].step);
+        const std::size_t begin = (left >> shiftAcross) * bytes, end = (right >> shiftAcross) * bytes;
+        const int first = static_cast<int>(y >> shiftDown) + 2 * rowsAtOnce;
+        const int behind = std::min(first + rowsAtOnce, task.height >> shiftDown);
+        for (int row = first; row < behind; ++row) {
+            const char* data = static_cast<const char*>(source.plane[i].data) + source.plane[i].stride * row;
+            for (std::size_t at = begin; at < end; at += cacheLine)
+                __builtin_prefetch(data + at);
         }
     }
-};
+}
+
+void FrameScaler::State::handOver(unsigned y, unsigned left, unsigned right) const {
+    ScaledStretch stretch;
+    stretch.y = static_cast<int>(y);
+    stretch.begin = static_cast<int>(left);
+    stretch.end = static_cast<int>(right);
+    for (std::size_t i = 0; i < rings.size(); ++i) {
+        if (!rings[i]) continue;
+        const auto* row = static_cast<const std::uint8_t*>(rings[i].get()) + stride * (y & ringMask);
+        stretch.components[i] = reinterpret_cast<const std::uint16_t*>(row) + left;
+    }
+    (*take)(stretch);
+}
 
 FrameScaler::FrameScaler(const ScalingTask& task) : m_state(std::make_unique<State>()) {
     m_state->task = task;
@@ -134,26 +182,42 @@ const ScalingTask& FrameScaler::task() const noexcept {
     return m_state->task;
 }
 
-void FrameScaler::scale(const AVFrame& frame) {
+void FrameScaler::load(const AVFrame& frame) {
     State& state = *m_state;
     const AVFrame& planar = state.planarForm.of(frame);
-    if (!state.graph) state.build(planar);
-    zimg_image_buffer_const source = {};
-    zimg_image_buffer target = {};
-    source.version = target.version = ZIMG_API_VERSION;
+    if (!state.graph) {
+        state.pixels = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(planar.format));
+        state.build();
+    }
+    state.source.version = ZIMG_API_VERSION;
     for (int i = 0; i < state.pixels->nb_components; ++i) {
         const int plane = state.pixels->comp[i].plane;
-        source.plane[i].data = planar.data[plane];
-        source.plane[i].stride = planar.linesize[plane];
-        source.plane[i].mask = ZIMG_BUFFER_MAX;
+        state.source.plane[i].data = planar.data[plane];
+        state.source.plane[i].stride = planar.linesize[plane];
+        state.source.plane[i].mask = ZIMG_BUFFER_MAX;
     }
-    for (std::size_t i = 0; i < state.planes.size(); ++i) {
-        target.plane[i].data = state.planes[i].get();
+}
+
+void FrameScaler::scale(const TakeStretch& take) {
+    State& state = *m_state;
+    state.take = &take;
+    zimg_image_buffer target{};
+    target.version = ZIMG_API_VERSION;
+    for (std::size_t i = 0; i < state.rings.size(); ++i) {
+        target.plane[i].data = state.rings[i].get();
         target.plane[i].stride = static_cast<std::ptrdiff_t>(state.stride);
-        target.plane[i].mask = ZIMG_BUFFER_MAX;
+        target.plane[i].mask = state.ringMask;
     }
-    if (zimg_filter_graph_process(state.graph.get(), &source, &target, state.temporary.get(), nullptr,
-                                  nullptr, nullptr, nullptr) != 0) {
+    const auto aheadOf = [](void* user, unsigned y, unsigned left, unsigned right) {
+        static_cast<const State*>(user)->aheadOf(y, left, right);
+        return 0;
+    };
+    const auto handOver = [](void* user, unsigned y, unsigned left, unsigned right) {
+        static_cast<const State*>(user)->handOver(y, left, right);
+        return 0;
+    };
+    if (zimg_filter_graph_process(state.graph.get(), &state.source, &target, state.temporary.get(), aheadOf,
+                                  &state, handOver, &state) != 0) {
         throwScalingError();
     }
 }
@@ -164,13 +228,6 @@ ComponentFamily FrameScaler::family() const noexcept {
 
 bool FrameScaler::hasAlpha() const noexcept {
     return m_state->hasAlpha;
-}
-
-const std::uint16_t* FrameScaler::row(int component, int y) const {
-    const State& state = *m_state;
-    const auto* plane =
-        static_cast<const std::uint8_t*>(state.planes[static_cast<std::size_t>(component)].get());
-    return reinterpret_cast<const std::uint16_t*>(plane + state.stride * static_cast<std::size_t>(y));
 }
 
 }  // namespace zeb::ffmpeg

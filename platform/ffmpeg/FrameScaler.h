@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "platform/ffmpeg/MatrixConversion.h"
@@ -22,12 +24,23 @@ struct ScalingTask {
     bool operator==(const ScalingTask&) const = default;
 };
 
+/// A stretch of a scaled row: 16-bit values of the components 0 to 2 (red, green, blue; Y', Cb, Cr; only 0 of
+/// grey) and of 3, the alpha channel, by which they are not multiplied.
+struct ScaledStretch {
+    int y = 0;
+    int begin = 0;  ///< first column
+    int end = 0;    ///< behind the last column
+    std::array<const std::uint16_t*, 4> components{};  ///< from `begin` on; null for those that are not there
+};
+
 /// Scales the components of frames to one size in one step, by Lanczos filtering with three lobes; chroma
 /// comes to the size of luma. Components stay what they are (Y'CbCr, RGB or grey, range included). Used by
 /// one thread at a time.
 class FrameScaler {
 public:
-    /// Throws `PlatformError`.
+    /// Must not throw.
+    using TakeStretch = std::function<void(const ScaledStretch&)>;
+
     explicit FrameScaler(const ScalingTask& task);
     ~FrameScaler();
     FrameScaler(const FrameScaler&) = delete;
@@ -35,16 +48,16 @@ public:
 
     const ScalingTask& task() const noexcept;
 
-    /// Scales a frame of the task's kind. Throws `PlatformError`.
-    void scale(const AVFrame& frame);
+    /// Takes in a frame of the task's kind, which must outlive the scaling. Throws `PlatformError`.
+    void load(const AVFrame& frame);
 
-    // Of the last result:
+    // Of the loaded frame:
 
     ComponentFamily family() const noexcept;
     bool hasAlpha() const noexcept;
-    /// Row `y` of component 0, 1 or 2 (red, green, blue; Y', Cb, Cr; only 0 of grey) or 3, the alpha channel:
-    /// `targetWidth` values of 16 bits, not multiplied by alpha.
-    const std::uint16_t* row(int component, int y) const;
+    /// Hands the scaled picture over piece by piece, while it is still in the processor's cache: all of it,
+    /// the same place perhaps more than once. Throws `PlatformError`.
+    void scale(const TakeStretch& take);
 
 private:
     struct State;

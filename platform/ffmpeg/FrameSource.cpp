@@ -89,7 +89,9 @@ void FrameSource::openDecoder(int threads) {
     if (!m_decoder) throw std::bad_alloc();
     if (avcodec_parameters_to_context(m_decoder.get(), stream.codecpar) < 0) throw std::bad_alloc();
     m_decoder->pkt_timebase = stream.time_base;
-    m_decoder->thread_count = threads > 1 ? threads + 1 : 1;
+    // Pictures wait for the ones that they are predicted from: two more threads than cores keep all cores
+    // busy.
+    m_decoder->thread_count = threads > 1 ? threads + 2 : 1;
     watchForDamage(*m_decoder, m_sawDamage);
     if (avcodec_open2(m_decoder.get(), codec, nullptr) < 0) {
         throw MediaError(MediaError::cannotDecode, "The decoder for its pictures cannot start");
@@ -129,6 +131,16 @@ void FrameSource::decodeCarefully() {
         reset();
     }
     m_sawDamage = false;
+}
+
+/// Decoders patch damaged pictures with what earlier ones left behind in their tables. A group that starts
+/// with a new decoder looks the same wherever decoding began.
+void FrameSource::renewDecoder() {
+    const AVDiscard skipped = m_decoder->skip_frame;
+    avcodec_send_packet(m_decoder.get(), nullptr);
+    receiveFrames();
+    openDecoder(1);
+    m_decoder->skip_frame = skipped;
 }
 
 bool FrameSource::seekToGroup(std::int64_t timestamp) {
@@ -305,6 +317,7 @@ void FrameSource::send(const AVPacket* packet) {
         m_awaited.insert(packet->pts);
     }
     if (hasPicture && m_timing != Timing::byCounting && startsGroup(*packet)) {
+        if (m_isCareful && !isIntraOnly(m_decoder->codec_id)) renewDecoder();
         constexpr std::size_t mostGroups = 64;
         if (m_groupStarts.size() >= mostGroups) m_groupStarts.pop_front();
         m_groupStarts.push_back(packet->pts);

@@ -73,6 +73,7 @@ private:
     void openDecoder(int threads);
     void reset();
     void decodeCarefully();
+    void renewDecoder();
     bool seekToGroup(std::int64_t timestamp);
     bool canPlan() const;
     void endPlanning();

@@ -16,7 +16,8 @@ using enum Mode32Interpretation;
 
 /// A sprite record with its pattern behind the header.
 Bytes sprite(int form, int colourMode, int control, int width, int height, const Bytes& pattern) {
-    Bytes record(24);
+    Bytes record(24 + pattern.size());
+    std::ranges::copy(pattern, record.begin() + 24);
     record[0] = static_cast<std::uint8_t>(form);
     record[1] = static_cast<std::uint8_t>(colourMode);
     record[3] = static_cast<std::uint8_t>(control);
@@ -25,7 +26,6 @@ Bytes sprite(int form, int colourMode, int control, int width, int height, const
     record[6] = static_cast<std::uint8_t>(height >> 8);
     record[7] = static_cast<std::uint8_t>(height);
     record[15] = 12;
-    record.insert(record.end(), pattern.begin(), pattern.end());
     return record;
 }
 

@@ -48,9 +48,9 @@ constexpr int fps = 2, seconds = 3;
 
 /// Six frames of one pixel, frame k with red k; the sound of second s is `s` three times.
 Bytes countingMovie() {
-    Bytes bytes = {'Z', 'E', 'B', '1', 0, 0, 0, 38, 0, 0};  // no title
-    bytes.insert(bytes.end(), {0, 1, 0, 1, 0, fps, 0, 32, 0, 0, 0, fps * seconds});
-    bytes.insert(bytes.end(), {0, 0, 0, 0, 0x4E, 0x20, 0, 1, 0, 0, 0, 0});
+    Bytes bytes = {'Z', 'E', 'B', '1', 0,    0,    0, 38, 0, 0,  // no title
+                   0,   1,   0,   1,   0,    fps,  0, 32, 0, 0, 0, fps * seconds,
+                   0,   0,   0,   0,   0x4E, 0x20, 0, 1,  0, 0, 0, 0};
     bytes.resize(bytes.size() + 4 * seconds);  // no index: blocks are walked
     for (std::uint8_t s = 0; s < seconds; ++s) {
         bytes.insert(bytes.end(), {0, 0, 0, 4 + 3 + fps * 8, 0, 0, 0, 3, s, s, s});
