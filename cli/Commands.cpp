@@ -3,6 +3,8 @@
 #include "cli/Command.h"
 #include "cli/EncodeCommand.h"
 #include "cli/InfoCommand.h"
+#include "cli/RepairCommand.h"
+#include "cli/VerifyCommand.h"
 
 namespace zeb::cli {
 
@@ -10,6 +12,8 @@ std::span<const Command> commands() {
     static constexpr std::array table = {
         Command{"encode", "Convert video files into ZEB movies", declareEncode},
         Command{"info", "Show what ZEB movies contain", declareInfo},
+        Command{"verify", "Check ZEB movies against every rule of the format", declareVerify},
+        Command{"repair", "Make a finished movie of one that was cut short", declareRepair},
     };
     return table;
 }

@@ -5,7 +5,8 @@ namespace zeb::cli {
 /// How the program ends. Part of the contract with scripts; described in every command's help.
 enum class ExitCode {
     done = 0,
-    conversionFailed = 1,  ///< neither the input nor the output is to blame (format limit, memory)
+    conversionFailed =
+        1,  ///< neither the input nor the output is to blame (format limit, memory); a movie is not right
     wrongUsage = 2,
     unreadableInput = 3,   ///< missing, not a video or a movie, or nothing in it can be decoded
     unwritableOutput = 4,  ///< exists already, cannot be created, disk full
@@ -16,7 +17,7 @@ enum class ExitCode {
 inline constexpr const char* exitCodeHelp =
     "Exit codes:\n"
     "  0    done\n"
-    "  1    a conversion failed\n"
+    "  1    a conversion failed, or a movie is not right\n"
     "  2    wrong usage\n"
     "  3    an input cannot be read\n"
     "  4    an output cannot be written\n"

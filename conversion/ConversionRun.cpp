@@ -105,9 +105,13 @@ void Run::convert(const std::string& input, const std::string& output) {
     plan();
     reportPlan();
     // Pictures are grabbed and encoded while the sound is being read; nothing of that shows before the first
-    // second.
-    const std::unique_ptr<FramePipeline> pipeline = startPipeline();
+    // second. With long films the little that the pipeline may work ahead saves no time worth the memory of a
+    // second reader.
+    constexpr std::int64_t longFilm = 600;  // seconds
+    std::unique_ptr<FramePipeline> pipeline;
+    if (m_plan.seconds < longFilm) pipeline = startPipeline();
     extractSound();
+    if (!pipeline) pipeline = startPipeline();
 
     ZEBWriter writer(output, movieParameters());
     try {

@@ -23,6 +23,10 @@ bool isSameFile(const std::string& first, const std::string& second);
 /// when the system refuses.
 void removeFile(const std::string& path);
 
+/// Gives the file `from` the name `to`, on the same file system, in one step; a file that stood there is
+/// replaced. Throws `FileError`.
+void moveFile(const std::string& from, const std::string& to);
+
 /// Bytes that an unprivileged user may still write to the file system of the folder `folder`; nothing if
 /// unknown.
 std::optional<std::uint64_t> freeSpace(const std::string& folder);

@@ -21,7 +21,6 @@ FFmpegImageGenerator::FFmpegImageGenerator(std::string path, std::unique_ptr<Dem
       m_origin(origin),
       m_threads(threads),
       m_isCancelled(std::move(isCancelled)) {
-    demuxer->setCancellation(m_isCancelled);
     start(std::move(demuxer));
 }
 

@@ -37,18 +37,22 @@ public:
     }
 
     std::unique_ptr<SoundReader> makeSoundReader(std::size_t track, IsCancelled isCancelled) const override {
-        return std::make_unique<FFmpegSoundReader>(std::make_unique<Demuxer>(m_path, isCancelled),
-                                                   m_facts.sounds.at(track), m_facts.origin, m_duration);
+        const SoundStreamFacts& facts = m_facts.sounds.at(track);
+        return std::make_unique<FFmpegSoundReader>(takeDemuxer(isCancelled), facts, m_facts.origin,
+                                                   m_duration);
     }
 
 private:
-    /// The one that the asset was opened with serves the first generator: probing a file takes its time.
+    /// The one that the asset was opened with serves the first reader: probing a file takes its time.
     std::unique_ptr<Demuxer> takeDemuxer(const IsCancelled& isCancelled) const {
+        std::unique_ptr<Demuxer> demuxer;
         {
             const std::lock_guard lock(m_mutex);
-            if (m_demuxer) return std::move(m_demuxer);
+            demuxer = std::move(m_demuxer);
         }
-        return std::make_unique<Demuxer>(m_path, isCancelled);
+        if (!demuxer) return std::make_unique<Demuxer>(m_path, isCancelled);
+        demuxer->setCancellation(isCancelled);
+        return demuxer;
     }
 
     std::string m_path;

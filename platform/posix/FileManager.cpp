@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 
 namespace zeb::files {
 namespace {
@@ -58,6 +59,10 @@ void removeFile(const std::string& path) {
     if (kind == Kind::folder) throw FileError(path, EISDIR);
     if (kind == Kind::other) throw FileError(path, EINVAL);
     if (::unlink(path.c_str()) != 0 && !meansNothingThere(errno)) throw FileError(path, errno);
+}
+
+void moveFile(const std::string& from, const std::string& to) {
+    if (::rename(from.c_str(), to.c_str()) != 0) throw FileError(to, errno);
 }
 
 std::optional<std::uint64_t> freeSpace(const std::string& folder) {

@@ -1,0 +1,125 @@
+#include "cli/RepairCommand.h"
+
+#include <CLI/App.hpp>
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/Failure.h"
+#include "cli/Interruption.h"
+#include "cli/PendingFile.h"
+#include "cli/Text.h"
+#include "cli/UsageError.h"
+#include "format/MovieFacts.h"
+#include "format/PartialFile.h"
+#include "format/ZEBConverterError.h"
+#include "format/ZEBFormatError.h"
+#include "platform/FileManager.h"
+
+namespace zeb::cli {
+namespace {
+
+struct RepairArguments {
+    std::string file;
+    std::optional<std::string> output;
+    bool force = false;
+};
+
+/// There is nothing to make a movie of.
+class UnusableInput : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+void copy(ReadableFile& from, WritableFile& to) {
+    constexpr std::size_t pieceSize = 1 << 20;
+    std::vector<std::uint8_t> piece(pieceSize);
+    std::uint64_t position = 0;
+    while (const std::size_t count = from.readAt(position, piece)) {
+        if (isInterrupted()) throw ZEBConverterError::cancelled();
+        to.write(std::span(piece).first(count));
+        position += count;
+    }
+}
+
+void repairInPlace(const std::string& path) {
+    finishPartialFile(path);
+}
+
+void repairInto(const std::string& path, const std::string& output, bool replaces) {
+    if (files::isSameFile(path, output))
+        throw OutputRefused(output + ": is the input itself (leave -o away to repair in place)");
+    const auto standing = files::kindOf(output);
+    if (standing && !replaces) throw OutputRefused(output + ": exists already (use --force to replace it)");
+    if (standing && *standing != files::Kind::regular && *standing != files::Kind::symbolicLink)
+        throw OutputRefused(output + ": not a regular file");
+    const auto source = openForReading(path);
+    PendingFile result(output);
+    copy(*source, result.file());
+    finishPartialFile(*openForReading(result.temporaryPath()), result.file());
+    result.complete();
+}
+
+void run(const RepairArguments& arguments, Console& console) {
+    const std::string& file = arguments.file;
+    MovieFacts before;
+    try {
+        before = readMovieFacts(*openForReading(file));
+    } catch (const FileError& error) {
+        throw UnusableInput(error.what());
+    } catch (const ZEBFormatError& error) {
+        throw UnusableInput(file + ": " + error.what());
+    }
+    if (before.wholeSeconds == 0 && !before.isFinished)
+        throw UnusableInput(file + ": not one whole second is there");
+    const std::string result = arguments.output.value_or(file);
+    if (arguments.output) {
+        repairInto(file, result, arguments.force);
+    } else {
+        repairInPlace(file);
+    }
+    const MovieFacts after = readMovieFacts(*openForReading(result));
+    console.writeLine(
+        result + ": " + countText(after.wholeFrames, "frame", "frames") + ", " +
+        durationText(static_cast<double>(after.wholeSeconds)) + ", " + byteText(after.fileSize) +
+        (after.fileSize < before.fileSize
+             ? "; " + byteText(before.fileSize - after.fileSize) + " behind the last whole second cut off"
+             : ""));
+}
+
+ExitCode repair(const RepairArguments& arguments, Console& console) {
+    if (!arguments.output && !arguments.force)
+        throw UsageError("name the repaired movie with -o, or repair in place with --force");
+    try {
+        run(arguments, console);
+        return ExitCode::done;
+    } catch (const UnusableInput& error) {
+        console.complain(error.what());
+        return ExitCode::unreadableInput;
+    } catch (...) {
+        const Failure failure = describeCurrentFailure();
+        console.complain(failure.text);
+        return failure.exitCode;
+    }
+}
+
+}  // namespace
+
+std::function<ExitCode()> declareRepair(CLI::App& parser, Console& console) {
+    const auto arguments = std::make_shared<RepairArguments>();
+    parser.add_option("FILE", arguments->file, "A ZEB movie")->required()->option_text(" ");
+    parser.add_option("-o,--output", arguments->output, "The repaired movie")
+        ->type_name("FILE")
+        ->option_text("FILE");
+    parser.add_flag("--force", arguments->force, "Repair in place, or replace a movie that exists");
+    parser.footer(
+        std::string(
+            "Makes a finished movie of one that a crash, a full disk or an interrupt cut short: it ends\n"
+            "after its last whole second. A movie that is finished stays as it is.\n\n") +
+        exitCodeHelp);
+    return [arguments, &console] { return repair(*arguments, console); };
+}
+
+}  // namespace zeb::cli
