@@ -35,9 +35,9 @@ public:
     virtual int width() const = 0;
     virtual int height() const = 0;
 
-    /// Draws the whole picture with high-quality interpolation, stretched to fill the bitmap exactly: sets every
-    /// pixel, transparent parts to black of that transparency.
-    /// Throws `PlatformError` (or `std::bad_alloc`) when that is not possible.
+    /// Draws the whole picture with high-quality interpolation, stretched to fill the bitmap exactly: sets
+    /// every pixel, transparent parts to black of that transparency. Throws `PlatformError` (or
+    /// `std::bad_alloc`) when that is not possible.
     virtual void draw(const BitmapContext& bitmap) const = 0;
 };
 

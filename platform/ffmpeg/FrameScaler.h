@@ -28,8 +28,8 @@ struct ScalingTask {
 /// grey) and of 3, the alpha channel, by which they are not multiplied.
 struct ScaledStretch {
     int y = 0;
-    int begin = 0;  ///< first column
-    int end = 0;    ///< behind the last column
+    int begin = 0;                                     ///< first column
+    int end = 0;                                       ///< behind the last column
     std::array<const std::uint16_t*, 4> components{};  ///< from `begin` on; null for those that are not there
 };
 
