@@ -16,7 +16,6 @@
 #include "conversion/AudioSlice.h"
 #include "conversion/FramePipeline.h"
 #include "format/ZEBConverterError.h"
-#include "format/ZEBWriter.h"
 #include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
 
@@ -56,9 +55,13 @@ void closeQuietly(ZEBWriter& writer) {
 /// One conversion: what its steps share.
 class Run {
 public:
-    Run(const MediaLibrary& library, int threads, const Settings& settings,
-        const ConversionCallbacks& callbacks)
-        : m_library(library), m_threads(threads), m_settings(settings), m_callbacks(callbacks) {
+    Run(const MediaLibrary& library, int threads, const ConversionRun::CreateFile& createFile,
+        const Settings& settings, const ConversionCallbacks& callbacks)
+        : m_library(library),
+          m_threads(threads),
+          m_createFile(createFile),
+          m_settings(settings),
+          m_callbacks(callbacks) {
         if (m_callbacks.isCancelled) m_isCancelled = m_callbacks.isCancelled;
     }
 
@@ -86,6 +89,7 @@ private:
 
     const MediaLibrary& m_library;
     const int m_threads;
+    const ConversionRun::CreateFile& m_createFile;
     const Settings m_settings;
     const ConversionCallbacks& m_callbacks;
     IsCancelled m_isCancelled = [] { return false; };
@@ -113,7 +117,7 @@ void Run::convert(const std::string& input, const std::string& output) {
     extractSound();
     if (!pipeline) pipeline = startPipeline();
 
-    ZEBWriter writer(output, movieParameters());
+    ZEBWriter writer(m_createFile(output), movieParameters());
     try {
         writeSeconds(*pipeline, writer);
         writer.finish();
@@ -237,14 +241,15 @@ std::shared_ptr<const EncodedFrame> Run::takeFrame(FramePipeline& pipeline, std:
 
 }  // namespace
 
-ConversionRun::ConversionRun(const MediaLibrary& library, int threads)
+ConversionRun::ConversionRun(const MediaLibrary& library, int threads, CreateFile createFile)
     : m_library(library),
-      m_threads(threads > 0 ? threads : std::max(1, static_cast<int>(std::thread::hardware_concurrency()))) {}
+      m_threads(threads > 0 ? threads : std::max(1, static_cast<int>(std::thread::hardware_concurrency()))),
+      m_createFile(std::move(createFile)) {}
 
 void ConversionRun::convert(const std::string& input, const std::string& output, const Settings& settings,
                             const ConversionCallbacks& callbacks) const {
     try {
-        Run(m_library, m_threads, settings, callbacks).convert(input, output);
+        Run(m_library, m_threads, m_createFile, settings, callbacks).convert(input, output);
     } catch (const MediaError& error) {
         if (error.code() == MediaError::interrupted) throw ZEBConverterError::cancelled();
         throw;

@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "conversion/ConversionPlan.h"
 #include "conversion/Settings.h"
+#include "format/ZEBWriter.h"
 #include "platform/Media.h"
 
 namespace zeb {
@@ -39,8 +41,12 @@ struct ConversionCallbacks {
 /// frame).
 class ConversionRun {
 public:
+    using CreateFile = std::function<std::unique_ptr<WritableFile>(const std::string& path)>;
+
     /// `threads`: how many the decoder and the encoders may each use; 0 = as many as the machine has cores.
-    explicit ConversionRun(const MediaLibrary& library, int threads = 0);
+    /// `createFile` makes the output.
+    explicit ConversionRun(const MediaLibrary& library, int threads = 0,
+                           CreateFile createFile = createMovieFile);
 
     void convert(const std::string& input, const std::string& output, const Settings& settings,
                  const ConversionCallbacks& callbacks) const;
@@ -48,6 +54,7 @@ public:
 private:
     const MediaLibrary& m_library;
     int m_threads;
+    CreateFile m_createFile;
 };
 
 }  // namespace zeb

@@ -36,7 +36,13 @@ std::uint64_t sizeWithWords(std::uint64_t first, std::uint64_t count) {
     return count > (largest - first) / layout::wordSize ? largest : first + count * layout::wordSize;
 }
 
-std::unique_ptr<WritableFile> createOutput(const std::string& path) {
+void append(std::vector<std::uint8_t>& bytes, std::span<const std::uint8_t> more) {
+    bytes.insert(bytes.end(), more.begin(), more.end());
+}
+
+}  // namespace
+
+std::unique_ptr<WritableFile> createMovieFile(const std::string& path) {
     try {
         files::removeFile(path);
     } catch (const FileError&) {
@@ -49,14 +55,8 @@ std::unique_ptr<WritableFile> createOutput(const std::string& path) {
     }
 }
 
-void append(std::vector<std::uint8_t>& bytes, std::span<const std::uint8_t> more) {
-    bytes.insert(bytes.end(), more.begin(), more.end());
-}
-
-}  // namespace
-
 ZEBWriter::ZEBWriter(const std::string& path, const MovieParameters& movie)
-    : ZEBWriter(createOutput(path), movie) {}
+    : ZEBWriter(createMovieFile(path), movie) {}
 
 ZEBWriter::ZEBWriter(std::unique_ptr<WritableFile> handle, const MovieParameters& movie)
     : m_handle(std::move(handle)) {

@@ -24,6 +24,10 @@ struct MovieParameters {
     bool loop = false;
 };
 
+/// Creates the file for a movie, in place of one that stands there. When that is not possible:
+/// `ZEBConverterError::cannotCreateOutput(path)`.
+std::unique_ptr<WritableFile> createMovieFile(const std::string& path);
+
 /// Writes a ZEB file: the header with placeholders at creation, one one-second block per `writeSecond`, and
 /// at the end the size of the largest block and the frame index over their placeholders. Used by one thread
 /// at a time: create, `writeSecond` ..., `finish`, `close`. Without `finish` a valid header with a zero index
@@ -32,8 +36,7 @@ struct MovieParameters {
 /// Throws `ZEBWriterError` for values beyond the format's fields and `FileError` for the file.
 class ZEBWriter {
 public:
-    /// Creates the file at `path` (replacing one that is there) and writes the header. When the file cannot
-    /// be created: `ZEBConverterError::cannotCreateOutput(path)`.
+    /// Makes the file by `createMovieFile` and writes the header.
     ZEBWriter(const std::string& path, const MovieParameters& movie);
     /// The same on a file that is already open and empty.
     ZEBWriter(std::unique_ptr<WritableFile> handle, const MovieParameters& movie);

@@ -8,9 +8,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <optional>
 
 #include "codec/SpriteEncoder.h"
+#include "format/PartialFile.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBWriter.h"
 #include "format/ZEBWriterError.h"
@@ -355,6 +357,58 @@ TEST_F(ConversionRunTest, replacesFilesAndLinksButNoFolder) {
 
     output = folder.file("missing/film.zeb");
     EXPECT_EQ(converterError(), ZEBConverterError::Case::cannotCreateOutput);
+}
+
+/// The n-th operation on the output fails, once or from then on: what is on the disk afterwards has its whole
+/// seconds, and the caller learns why.
+TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
+    const ExpectedMovie expected = expectedMovie(settingsOf(), 2);
+    for (const bool forGood : {false, true}) {
+        for (int call = 1;; ++call) {
+            SCOPED_TRACE("call " + std::to_string(call) + (forGood ? " and all after it" : ""));
+            test::MemoryDisk disk;
+            disk.failFrom = call;
+            disk.failTo = forGood ? std::numeric_limits<int>::max() : call;
+            std::string error;
+            try {
+                const auto create = [&](const std::string& path) -> std::unique_ptr<WritableFile> {
+                    if (disk.countCall()) throw ZEBConverterError::cannotCreateOutput(path);
+                    return std::make_unique<test::MemoryWritableFile>(disk);
+                };
+                ConversionRun(library, 2, create).convert(input, output, settingsOf(), callbacks);
+            } catch (const PlatformError& failure) {
+                error = failure.what();
+            } catch (const ZEBConverterError& failure) {
+                error = failure.what();
+            }
+            if (disk.calls < call) break;  // all went well
+
+            disk.failFrom = disk.failTo = 0;
+            test::MemoryReadableFile source(disk.bytes);
+            test::MemoryWritableFile target(disk);
+            std::int64_t kept = 0;
+            try {
+                kept = finishPartialFile(source, target);
+            } catch (const PlatformError&) {
+                EXPECT_LT(disk.bytes.size(), expected.begun[0].size()) << "has a header";
+            }
+            // Closing is the last thing; a failure of it changes nothing any more.
+            if (!error.empty()) {
+                EXPECT_THAT(error, testing::AnyOf(HasSubstr("No space left"), HasSubstr(output)));
+            } else {
+                EXPECT_EQ(kept, seconds);
+            }
+            if (kept == seconds) {
+                EXPECT_TRUE(disk.bytes == expected.finished);
+            } else if (kept > 0) {
+                const std::size_t end = expected.begun[static_cast<std::size_t>(kept)].size();
+                EXPECT_EQ(disk.bytes.size(), end);
+                const auto data = static_cast<std::ptrdiff_t>(expected.begun[0].size());
+                EXPECT_TRUE(std::equal(disk.bytes.begin() + data, disk.bytes.end(),
+                                       expected.finished.begin() + data));
+            }
+        }
+    }
 }
 
 TEST_F(ConversionRunTest, passesOnWhatTheFormatCannotHold) {
