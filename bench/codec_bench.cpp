@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -20,6 +21,7 @@
 #include <vector>
 
 #include "codec/ColourReduction.h"
+#include "codec/FrameDecoder.h"
 #include "codec/RLE2.h"
 #include "codec/SpriteEncoder.h"
 #include "tests/codec/ReferenceCodec.h"
@@ -167,6 +169,30 @@ void addRecords(const Frames& frames) {
     }
 }
 
+/// Decoding a record makes its picture anew each time, so that copying one does here too.
+void addDecoding(const Frames& frames) {
+    constexpr std::size_t bytes = pixelCount * 4;
+    add("decoded picture/memcpy", frames, bytes, [copy = Bytes(bytes)](const Frame& frame) mutable {
+        std::memcpy(copy.data(), frame.rgba.data(), copy.size());
+    });
+    add("decoded picture/memcpy into a new buffer", frames, bytes,
+        [](const Frame& frame) { benchmark::DoNotOptimize(Bytes(frame.rgba)); });
+    for (const int mode : {32, 4}) {
+        // The records in the order of the frames, found again by the frame's address.
+        std::map<const Frame*, Bytes> records;
+        zeb::SpriteEncoder encoder;
+        for (const Frame& frame : frames) {
+            const MemoryPicture picture(frame.rgba);
+            records[&frame] = mode == 32 ? encoder.encodeMode32Sprite(picture, width, height)
+                                         : encoder.encodeMode4Sprite(picture, width, height, true);
+        }
+        add("decodeFrame/mode " + std::to_string(mode), frames, bytes,
+            [records, decoder = zeb::FrameDecoder()](const Frame& frame) mutable {
+                if (!decoder.decodeFrame(records.at(&frame), width, height)) std::abort();
+            });
+    }
+}
+
 int run(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
@@ -196,6 +222,7 @@ int run(int argc, char** argv) {
     addRunLengths("noise", noise);
     addColourReduction(natural);
     addRecords(natural);
+    addDecoding(natural);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "codec/Mode32Interpretation.h"
+#include "codec/PixelBytes.h"
 
 namespace zeb {
 
@@ -15,7 +16,7 @@ namespace zeb {
 struct FrameImage {
     int width = 0;
     int height = 0;
-    std::vector<std::uint8_t> pixels;
+    PixelBytes pixels;
 };
 
 /// Turns stored frame records back into pictures: sprites of Mode 4, 32, 33 or 64 with masks or alpha,

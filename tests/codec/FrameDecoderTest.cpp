@@ -39,7 +39,7 @@ Bytes masked(Bytes record, const Bytes& mask) {
 /// Pixels as blue, green, red, alpha; nothing when decoding fails.
 Bytes pixels(FrameDecoder& decoder, const Bytes& record, int width = 8, int height = 1) {
     const std::optional<FrameImage> image = decoder.decodeFrame(record, width, height);
-    return image ? image->pixels : Bytes();
+    return image ? Bytes(image->pixels.begin(), image->pixels.end()) : Bytes();
 }
 
 Bytes repeated(const Bytes& pixel, int count) {
