@@ -63,6 +63,33 @@ TEST(FrameDecoder, ReadsHighColourPixelsInEveryOrder) {
     }
 }
 
+/// All 65 536 values under each interpretation, by the plain formulas.
+TEST(FrameDecoder, ConvertsEveryHighColourValueExactly) {
+    constexpr int width = 8192, height = 8;
+    Bytes stored;
+    for (int value = 0; value < width * height; ++value) {
+        stored.push_back(static_cast<std::uint8_t>(value));
+        stored.push_back(static_cast<std::uint8_t>(value >> 8));
+    }
+    for (const Mode32Interpretation interpretation : {rgb565LE, rgb565BE, qpcPackedLE, qpcPackedBE}) {
+        const bool isPacked = interpretation == qpcPackedLE || interpretation == qpcPackedBE;
+        const bool isSwapped = interpretation == rgb565BE || interpretation == qpcPackedBE;
+        Bytes expected;
+        for (int value = 0; value < width * height; ++value) {
+            const int v = isSwapped ? (value << 8 & 0xFF00) | value >> 8 : value;
+            const int red = isPacked ? v >> 3 & 31 : v >> 11;
+            const int green = isPacked ? (v >> 13) * 8 + (v & 7) : v >> 5 & 63;
+            const int blue = isPacked ? v >> 8 & 31 : v & 31;
+            for (const int component : {blue * 255 / 31, green * 255 / 63, red * 255 / 31, 255})
+                expected.push_back(static_cast<std::uint8_t>(component));
+        }
+        FrameDecoder decoder;
+        decoder.mode32Interpretation = interpretation;
+        EXPECT_TRUE(pixels(decoder, sprite(2, 32, 0, width, height, stored)) == expected)
+            << label(interpretation);
+    }
+}
+
 TEST(FrameDecoder, ConvertsTheOtherFormatsAndMasks) {
     FrameDecoder decoder;
     const Bytes green = {0, 255, 0, 255}, red = {0, 0, 255, 255}, white = {255, 255, 255, 255};
