@@ -36,3 +36,8 @@ if(ZEB_SANITIZE)
   # Sanitizer run-times start after the resolvers of multi-versioned functions have run.
   target_compile_definitions(zeb_compile_options INTERFACE ZEB_NO_MULTIVERSIONING)
 endif()
+if(ZEB_BUILD_FUZZERS)
+  # Coverage that steers the fuzzer; only the targets themselves link its main function.
+  target_compile_options(zeb_compile_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(zeb_compile_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

@@ -161,6 +161,7 @@ std::optional<FrameImage> makeImage(int width, int height) {
 
 /// Pixels without a header: 32-bit ones as they are shown, or 16-bit ones of RGB 5-6-5, low byte first.
 std::optional<FrameImage> decodeRaw(Bytes bytes, int width, int height) {
+    if (width < 1 || height < 1) return std::nullopt;
     const std::uint64_t count = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
     if (bytes.size() != 4 * count && bytes.size() != 2 * count) return std::nullopt;
     std::optional<FrameImage> image = makeImage(width, height);

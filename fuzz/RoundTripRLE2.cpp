@@ -1,0 +1,29 @@
+// Pixels compressed as the literal loop would, and expanded to what they were.
+
+#include "codec/RLE2.h"
+#include "format/BigEndian.h"
+#include "fuzz/FuzzInput.h"
+#include "tests/codec/ReferenceCodec.h"
+
+using namespace zeb;
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::FuzzInput input(data, size);
+    // Repeated, because some boundaries lie beyond what a fuzzer likes to write.
+    const std::uint64_t repetitions = 1 + input.number(1) % 16;
+    const fuzz::Bytes piece = input.rest();
+    fuzz::Bytes raw;
+    for (std::uint64_t i = 0; i < repetitions; ++i)
+        raw.insert(raw.end(), piece.begin(), piece.end());
+    raw.resize(raw.size() / 2 * 2);
+    raw.shrink_to_fit();
+
+    fuzz::Bytes block = {'R', 'L', 'E', '2'};
+    bigEndian::append32(block, static_cast<std::uint32_t>(raw.size()));
+    fuzz::Bytes expected = block;
+    compressRLE2(raw, block);
+    reference::compressRLE2(raw, expected);
+    fuzz::require(block == expected, "equals the literal compression");
+    fuzz::require(expandRLE2(block, raw.size()) == raw, "comes back");
+    return 0;
+}
