@@ -27,8 +27,13 @@ public:
     /// How 16-bit Mode 32 pixels are read; the encoder's own layout unless said otherwise.
     Mode32Interpretation mode32Interpretation = Mode32Interpretation::rgb565LE;
 
-    /// Decodes a record; `width` and `height` are the file header's, for records without a header of their
-    /// own. Nothing when the record is no picture; the reason is in `lastDecodeDebug`.
+    /// Decodes a record: a sprite (its layout: `codec/SpriteEncoder.h`) of at most 8192 x 8192 pixels, else
+    /// pixels behind a width and a height of 2 bytes each, big-endian, and 4 more bytes, else nothing but
+    /// pixels of the file header's `width` and `height`. Such pixels are 32-bit ones as in `FrameImage`, or
+    /// 16-bit ones of RGB 5-6-5, low byte first; their number tells which.
+    ///
+    /// Nothing when the record is no picture; the reason is in `lastDecodeDebug`. Never throws for a record's
+    /// contents. Memory is taken only for what the record's bytes can fill.
     std::optional<FrameImage> decodeFrame(std::span<const std::uint8_t> record, int width, int height);
 
     /// One line about the last decoding.

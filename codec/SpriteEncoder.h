@@ -9,9 +9,23 @@
 
 namespace zeb {
 
-/// Turns pictures into sprite records, the stored form of a frame: a 24-byte header (big-endian) and the
-/// pattern. An encoder keeps its working buffers between frames, so each thread uses one of its own; equal
-/// pictures give equal records whatever an encoder has done before.
+/// Turns pictures into sprite records, the stored form of a frame, as the QL's pointer environment and SMSQ/E
+/// draw them. A record is a header of 24 bytes, its numbers big-endian, and the pattern:
+///
+///     offset 0  form: 1 in Mode 4, 2 in Mode 32
+///            1  colour mode: 0 in Mode 4, else 32
+///            3  control: 0x40 when the pattern is compressed
+///            4  width, height in pixels (2 bytes each)
+///           12  pattern: where it begins, counted from here (4 bytes)
+///     and zeros: no hot spot, no mask, no further sprite
+///
+/// Mode 4 pattern, at offset 32: rows from the top, each of 2 bytes for every 8 pixels and padded to a
+/// multiple of 4 bytes. The first byte holds the green bits, the second the red ones, the leftmost pixel
+/// highest. Mode 32 pattern, at offset 24: a compressed block (`codec/RLE2.h`) of width x height pixels of 16
+/// bits, rows from the top without padding, each pixel low byte first.
+///
+/// An encoder keeps its working buffers between frames, so each thread uses one of its own; equal pictures
+/// give equal records whatever an encoder has done before.
 ///
 /// Every operation on a picture may throw the error of a bitmap that cannot be made, for want of memory
 /// (`PlatformError`: domain "ZEBMaker", code -2 in Mode 32; "SpriteEncoder", 1 in Mode 4), or that of the

@@ -9,24 +9,24 @@
 
 namespace zeb {
 
-/// The parsed header of a ZEB file.
+/// The parsed header of a ZEB file: what its fields say, believed or not (`readMovieFacts` tells what is
+/// there).
 struct ZEBHeader {
     std::string title;  ///< UTF-8; may hold any character, control characters among them
     int width = 1;      ///< pixels, at least 1
     int height = 1;
-    int fps = 1;   ///< frames per second and per block, at least 1
-    int mode = 0;  ///< 4 or 32
-    std::int64_t frameCount = 0;
-    std::int64_t blockSize =
-        0;               ///< largest one-second block in bytes with its length field; 0 = not finished
-    int sampleRate = 0;  ///< Hz
-    int audioChannels = 0;
-    int options = 0;                          ///< bit 0: loop
+    int fps = 1;                  ///< frames per second and per block, at least 1
+    int mode = 0;                 ///< 4 or 32; other numbers are not refused
+    std::int64_t frameCount = 0;  ///< 0 ... 2^32 - 1, as are block size and offsets
+    std::int64_t blockSize = 0;   ///< largest one-second block in bytes, length field too; 0 = not finished
+    int sampleRate = 0;           ///< Hz; 20000
+    int audioChannels = 0;        ///< 0, 1 or 2; larger numbers are not refused
+    int options = 0;              ///< bit 0: loop; the others are 0
     std::vector<std::uint32_t> indexOffsets;  ///< file offsets of the one-second blocks; 0 = not recorded
 };
 
-/// Parses a header body: the bytes that the header size counts, from the title length on. Throws
-/// `ZEBFormatError`.
+/// Parses a header body: the bytes that the header size counts, from the title length on. All numbers are
+/// big-endian (`format/Layout.h`). Throws `ZEBFormatError`.
 ZEBHeader parseHeader(std::span<const std::uint8_t> body);
 
 /// Where things stand in a ZEB file, in bytes from its start.

@@ -16,12 +16,12 @@ struct MovieParameters {
     std::string title;       ///< UTF-8; stored as ISO Latin-1 where it can be, else as UTF-8
     std::int64_t width = 0;  ///< pixels
     std::int64_t height = 0;
-    std::int64_t fps = 0;     ///< frames per second and per block
-    std::int64_t qlMode = 0;  ///< 4 or 32
-    std::int64_t totalFrames = 0;
+    std::int64_t fps = 0;              ///< frames per second and per block, at least 1
+    std::int64_t qlMode = 0;           ///< 4 or 32
+    std::int64_t totalFrames = 0;      ///< seconds x fps
     std::int64_t frameIndexCount = 0;  ///< seconds that will be written; not negative
-    int audioChannels = 0;             ///< 0, 1 or 2
-    bool loop = false;
+    int audioChannels = 0;             ///< 0 (no sound), 1 or 2
+    bool loop = false;                 ///< the movie is meant to be played again and again
 };
 
 /// Creates the file for a movie, in place of one that stands there. When that is not possible:
@@ -33,7 +33,8 @@ std::unique_ptr<WritableFile> createMovieFile(const std::string& path);
 /// at a time: create, `writeSecond` ..., `finish`, `close`. Without `finish` a valid header with a zero index
 /// remains, and readers walk the blocks.
 ///
-/// Throws `ZEBWriterError` for values beyond the format's fields and `FileError` for the file.
+/// Throws `ZEBWriterError` for values beyond the format's fields and `FileError` for the file. The layout of
+/// the file is in `format/Layout.h`.
 class ZEBWriter {
 public:
     /// Makes the file by `createMovieFile` and writes the header.
@@ -41,10 +42,15 @@ public:
     /// The same on a file that is already open and empty.
     ZEBWriter(std::unique_ptr<WritableFile> handle, const MovieParameters& movie);
 
-    /// Appends one second: its sound (may be empty) and its encoded frames in display order, exactly fps of
-    /// them. When writing fails, what was written of the block is cut off again: whole seconds stay. The
-    /// failed second keeps its place in the index, so after a failure call `close` and `finishPartialFile`
-    /// instead of `finish`.
+    /// Appends one second: its sound and its encoded frames in display order, exactly fps of them, records as
+    /// `SpriteEncoder` makes them. The sound is audioChannels x 20000 bytes, unsigned samples of 8 bits, 128
+    /// = silence, channels interleaved; empty without channels. The writer stores what it is given and counts
+    /// neither frames nor samples.
+    ///
+    /// Neither sound, frame nor block may reach 4 GiB, nor may a block begin there: `ZEBWriterError`, before
+    /// anything is written unless the length field alone takes the block that far. When writing fails, what
+    /// was written of the block is cut off again: whole seconds stay. The failed second keeps its place in
+    /// the index, so after a failure call `close` and `finishPartialFile` instead of `finish`.
     void writeSecond(std::span<const std::uint8_t> sound,
                      std::span<const std::span<const std::uint8_t>> frames);
 

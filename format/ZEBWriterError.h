@@ -14,6 +14,10 @@ public:
         return {label, value};
     }
 
+    /// The field: "width", "height", "fps", "qlMode", "totalFrames", "header size" (the title and index are
+    /// too long for it), "sound data size", "frame data size", "one-second block length", "one-second block
+    /// total size", "one-second block file offset" or "frame index offsets count" (more seconds than
+    /// announced).
     const std::string& label() const noexcept { return m_label; }
     /// The offending value; a negative one is carried as 0.
     std::uint64_t value() const noexcept { return m_value; }
