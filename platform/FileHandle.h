@@ -68,6 +68,8 @@ std::unique_ptr<ReadableFile> openForReading(const std::string& path);
 /// Creates a file that must not exist yet (a link that leads nowhere counts as existing) and opens it for
 /// writing. Throws `FileError`.
 std::unique_ptr<WritableFile> createForWriting(const std::string& path);
+/// The same for a file whose errors name another one: the place that it is moved to later.
+std::unique_ptr<WritableFile> createForWriting(const std::string& path, const std::string& nameInErrors);
 
 /// Opens an existing regular file for writing at its start, keeping its bytes. Refuses what `openForReading`
 /// refuses. Throws `FileError`.

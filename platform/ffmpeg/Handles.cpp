@@ -7,6 +7,9 @@
 
 namespace zeb::ffmpeg {
 
+void Deleter::operator()(AVAudioFifo* fifo) const noexcept {
+    av_audio_fifo_free(fifo);
+}
 void Deleter::operator()(AVCodecContext* context) const noexcept {
     avcodec_free_context(&context);
 }

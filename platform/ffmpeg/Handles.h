@@ -4,6 +4,7 @@
 
 #include <memory>
 
+struct AVAudioFifo;
 struct AVCodecContext;
 struct AVFilterGraph;
 struct AVFormatContext;
@@ -15,6 +16,7 @@ struct SwsContext;
 namespace zeb::ffmpeg {
 
 struct Deleter {
+    void operator()(AVAudioFifo* fifo) const noexcept;
     void operator()(AVCodecContext* context) const noexcept;
     void operator()(AVFilterGraph* graph) const noexcept;
     void operator()(AVFrame* frame) const noexcept;
@@ -23,6 +25,7 @@ struct Deleter {
     void operator()(SwsContext* context) const noexcept;
 };
 
+using AudioFifo = std::unique_ptr<AVAudioFifo, Deleter>;
 using CodecContext = std::unique_ptr<AVCodecContext, Deleter>;
 using FilterGraph = std::unique_ptr<AVFilterGraph, Deleter>;
 using Frame = std::unique_ptr<AVFrame, Deleter>;

@@ -197,8 +197,16 @@ std::unique_ptr<ReadableFile> openForReading(const std::string& path) {
 }
 
 std::unique_ptr<WritableFile> createForWriting(const std::string& path) {
-    const int number = openDescriptor(path, O_WRONLY | O_CREAT | O_EXCL);
-    return std::make_unique<PosixWritableFile>(std::make_unique<Descriptor>(number, path));
+    return createForWriting(path, path);
+}
+
+std::unique_ptr<WritableFile> createForWriting(const std::string& path, const std::string& nameInErrors) {
+    try {
+        const int number = openDescriptor(path, O_WRONLY | O_CREAT | O_EXCL);
+        return std::make_unique<PosixWritableFile>(std::make_unique<Descriptor>(number, nameInErrors));
+    } catch (const FileError& error) {
+        throw FileError(nameInErrors, error.code());
+    }
 }
 
 std::unique_ptr<WritableFile> openForUpdating(const std::string& path) {
