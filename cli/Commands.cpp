@@ -2,6 +2,7 @@
 
 #include "cli/Command.h"
 #include "cli/EncodeCommand.h"
+#include "cli/ExportCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/RepairCommand.h"
 #include "cli/VerifyCommand.h"
@@ -14,6 +15,7 @@ std::span<const Command> commands() {
         Command{"info", "Show what ZEB movies contain", declareInfo},
         Command{"verify", "Check ZEB movies against every rule of the format", declareVerify},
         Command{"repair", "Make a finished movie of one that was cut short", declareRepair},
+        Command{"export", "Turn a ZEB movie into ordinary pictures, film or sound", declareExport},
     };
     return table;
 }

@@ -2,9 +2,9 @@
 
 #include <CLI/App.hpp>
 #include <array>
-#include <functional>
 #include <string_view>
 
+#include "cli/Options.h"
 #include "cli/Text.h"
 
 namespace zeb::cli {
@@ -16,12 +16,6 @@ constexpr int highestRate = 65535;
 constexpr int highestTrack = 1'000'000;
 constexpr int highestThreadCount = 256;
 
-template <typename Value>
-struct Choice {
-    const char* name;
-    Value value;
-};
-
 // The sizes that the presets have until a user changes them.
 constexpr std::array presets = {
     Choice<FrameSize>{"dvd", {720, 576}},
@@ -30,48 +24,6 @@ constexpr std::array presets = {
 };
 constexpr std::array modes = {Choice<int>{"32", 32}, Choice<int>{"4", 4}};
 constexpr std::array audioLayouts = {Choice<int>{"off", 0}, Choice<int>{"mono", 1}, Choice<int>{"stereo", 2}};
-constexpr std::array progressStyles = {
-    Choice<ProgressStyle>{"auto", ProgressStyle::automatic},
-    Choice<ProgressStyle>{"bar", ProgressStyle::bar},
-    Choice<ProgressStyle>{"plain", ProgressStyle::plain},
-    Choice<ProgressStyle>{"json", ProgressStyle::json},
-    Choice<ProgressStyle>{"none", ProgressStyle::none},
-};
-
-// An option whose text `read` turns into a value; without one the line says what was expected.
-template <typename Value, typename Target>
-CLI::Option* addOption(CLI::App& parser, const char* name, Target& target,
-                       std::function<std::optional<Value>(std::string_view)> read, const char* expected,
-                       const char* placeholder, const char* help) {
-    const auto take = [&target, read = std::move(read), name, expected](const std::string& text) {
-        const std::optional<Value> value = read(text);
-        if (!value) {
-            const std::string label = std::string(name) + ": \"" + text + "\" is not " + expected;
-            throw CLI::ValidationError(label, CLI::ExitCodes::ValidationError);
-        }
-        target = *value;
-    };
-    return parser.add_option_function<std::string>(name, take, help)
-        ->type_name(placeholder)
-        ->option_text(placeholder);
-}
-
-template <typename Value, typename Target, std::size_t count>
-CLI::Option* addChoice(CLI::App& parser, const char* name, Target& target,
-                       const std::array<Choice<Value>, count>& choices, const char* expected,
-                       const char* placeholder, const char* help) {
-    const auto read = [&choices](std::string_view text) -> std::optional<Value> {
-        for (const Choice<Value>& choice : choices) {
-            if (text == choice.name) return choice.value;
-        }
-        return std::nullopt;
-    };
-    return addOption<Value>(parser, name, target, read, expected, placeholder, help);
-}
-
-std::function<std::optional<int>(std::string_view)> numberBetween(int lowest, int highest) {
-    return [lowest, highest](std::string_view text) { return wholeNumber(text, lowest, highest); };
-}
 
 std::optional<FrameSize> frameSize(std::string_view text) {
     const std::size_t cross = text.find_first_of("xX");
@@ -80,11 +32,6 @@ std::optional<FrameSize> frameSize(std::string_view text) {
     const std::optional<int> height = wholeNumber(text.substr(cross + 1), 1, highestSide);
     if (!width || !height) return std::nullopt;
     return FrameSize{*width, *height};
-}
-
-std::optional<std::string> notEmpty(std::string_view text) {
-    if (text.empty()) return std::nullopt;
-    return std::string(text);
 }
 
 }  // namespace
@@ -124,9 +71,7 @@ void declareEncodeArguments(CLI::App& parser, EncodeArguments& arguments) {
                    "a whole number from 0 to 256", "N",
                    "Threads to decode and to encode with [0: one per processor core]");
     parser.add_flag("--force", arguments.force, "Replace a movie that exists");
-    addChoice(parser, "--progress", arguments.progress, progressStyles, "one of auto, bar, plain, json, none",
-              "STYLE", "auto, bar, plain, json or none [auto: bar on a terminal, else plain]");
-    parser.add_flag("--verbose", arguments.verbose, "Also log what happens, to standard error");
+    addReportingOptions(parser, arguments.progress, arguments.verbose);
 }
 
 Settings settingsFor(const EncodeArguments& arguments, const std::string& input, const SourceInfo& source) {

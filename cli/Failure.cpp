@@ -2,7 +2,9 @@
 
 #include <new>
 
+#include "conversion/ExportError.h"
 #include "format/ZEBConverterError.h"
+#include "format/ZEBFormatError.h"
 #include "platform/FileHandle.h"
 #include "platform/Media.h"
 
@@ -26,6 +28,17 @@ Failure describe(const MediaError& error) {
     return {error.what(), ExitCode::unreadableInput};
 }
 
+Failure describe(const ExportError& error) {
+    switch (error.code()) {
+        case ExportError::outsideMovie:
+            return {error.what(), ExitCode::wrongUsage};
+        case ExportError::tooLarge:
+            return {error.what(), ExitCode::conversionFailed};
+        default:
+            return {error.what(), ExitCode::unreadableInput};
+    }
+}
+
 Failure describeAny() {
     try {
         throw;
@@ -33,6 +46,10 @@ Failure describeAny() {
         return describe(error);
     } catch (const MediaError& error) {
         return describe(error);
+    } catch (const ExportError& error) {
+        return describe(error);
+    } catch (const ZEBFormatError& error) {
+        return {error.what(), ExitCode::unreadableInput};
     } catch (const FileError& error) {
         // Inputs are opened by the media layer, whose errors are its own.
         return {error.what(), ExitCode::unwritableOutput};

@@ -23,10 +23,13 @@ void ProgressReporter::warned(const std::string& line) {
 }
 
 void ProgressReporter::finished(const EncodeSummary& summary) {
-    m_console.writeLine(m_job.output + ": " + std::to_string(summary.size.width) + "x" +
-                        std::to_string(summary.size.height) + ", " +
-                        countText(summary.frames, "frame", "frames") + ", " +
-                        durationText(static_cast<double>(summary.seconds)) + ", " + byteText(summary.bytes));
+    std::string pictures;
+    if (summary.frames > 0) {
+        pictures = std::to_string(summary.size.width) + "x" + std::to_string(summary.size.height) + ", " +
+                   countText(summary.frames, "frame", "frames") + ", ";
+    }
+    m_console.writeLine(m_job.output + ": " + pictures + durationText(static_cast<double>(summary.seconds)) +
+                        ", " + byteText(summary.bytes));
 }
 
 void ProgressReporter::failed(const EncodeFailure& failure) {

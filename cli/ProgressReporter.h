@@ -17,7 +17,7 @@ namespace zeb::cli {
 /// A finished conversion.
 struct EncodeSummary {
     FrameSize size;
-    std::int64_t frames = 0;
+    std::int64_t frames = 0;   ///< 0, and no size, when it made sound only
     std::int64_t seconds = 0;  ///< of the movie
     std::uint64_t bytes = 0;   ///< the file's size
     double elapsedSeconds = 0;

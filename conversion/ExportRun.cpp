@@ -127,6 +127,12 @@ FrameImage fitted(const FrameImage& image, int width, int height) {
     return result;
 }
 
+int scaleFor(const ExportSettings& settings, const ZEBHeader& header) {
+    const bool halvesColour = settings.kind == ExportSettings::Kind::film &&
+                              (settings.format == FilmFormat::mp4 || settings.format == FilmFormat::webm);
+    return settings.scale.value_or(halvesColour && header.mode == 4 ? 2 : 1);
+}
+
 /// One export: what its steps share.
 class Run {
 public:
@@ -138,7 +144,8 @@ public:
           m_callbacks(callbacks),
           m_facts(readMovieFacts(*std::make_unique<InputFile>(input))),
           m_walker(std::make_unique<InputFile>(input)),
-          m_fps(m_facts.header.fps) {
+          m_fps(m_facts.header.fps),
+          m_scale(scaleFor(settings, m_facts.header)) {
         m_decoder.mode32Interpretation = settings.interpretation;
         m_plan.header = m_facts.header;
     }
@@ -176,6 +183,7 @@ private:
     std::int64_t forEachFrame(const OnSecond& onSecond, const OnFrame& onFrame);
     std::optional<FrameImage> decode(const Second& second, int index);
     const FrameImage& imageOf(const Second& second, int index);
+    void requireUsable(const FrameImage& image) const;
     void noteGood(std::int64_t frame);
 
     int filmChannels() const;
@@ -191,6 +199,7 @@ private:
     const MovieFacts m_facts;
     SecondWalker m_walker;
     const int m_fps;
+    const int m_scale;
     ExportPlan m_plan;
 
     FrameDecoder m_decoder;
@@ -258,12 +267,9 @@ void Run::findPictureSize() {
             if (base + i >= rangeEnd()) break;
             poll();
             if (const std::optional<FrameImage> image = decode(*second, i)) {
-                const std::int64_t width = std::int64_t{image->width} * m_settings.scale;
-                const std::int64_t height = std::int64_t{image->height} * m_settings.scale;
-                if (std::max(width, height) > largestSide || width * height > mostPixels)
-                    throw ExportError::pictureTooLarge();
-                m_plan.width = static_cast<int>(width);
-                m_plan.height = static_cast<int>(height);
+                requireUsable(*image);
+                m_plan.width = image->width * m_scale;
+                m_plan.height = image->height * m_scale;
                 m_last = black(m_plan.width, m_plan.height);
                 return;
             }
@@ -320,13 +326,17 @@ const FrameImage& Run::imageOf(const Second& second, int index) {
         return m_last;
     }
     noteGood(frame);
-    const std::int64_t scale = m_settings.scale;
-    if (std::max(image->width, image->height) * scale > largestSide ||
-        image->width * scale * image->height * scale > mostPixels) {
-        throw ExportError::pictureTooLarge();
-    }
-    m_last = scale == 1 ? std::move(*image) : enlarged(*image, m_settings.scale);
+    requireUsable(*image);
+    m_last = m_scale == 1 ? std::move(*image) : enlarged(*image, m_scale);
     return m_last;
+}
+
+/// Refuses a picture that would become too large when it is enlarged.
+void Run::requireUsable(const FrameImage& image) const {
+    const std::int64_t width = std::int64_t{image.width} * m_scale;
+    const std::int64_t height = std::int64_t{image.height} * m_scale;
+    if (std::max(width, height) > largestSide || width * height > mostPixels)
+        throw ExportError::pictureTooLarge();
 }
 
 /// Ends a row of bad frames before `frame` with one warning for all of them.

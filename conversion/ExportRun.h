@@ -25,7 +25,9 @@ struct ExportSettings {
 
     /// How 16-bit pixels are read.
     Mode32Interpretation interpretation = Mode32Interpretation::rgb565LE;
-    int scale = 1;  ///< every pixel becomes scale x scale equal ones
+    /// Every pixel becomes scale x scale equal ones. Unless told otherwise 1; but 2 for the dots of Mode 4 in
+    /// films whose colours have half the resolution (MP4, WebM), which would smear them.
+    std::optional<int> scale;
 
     /// A part of the movie in microseconds: from the frame that is on screen at `from` up to, not including,
     /// the first one that starts at `to` or later. For sound, the samples in that time.

@@ -8,10 +8,8 @@
 
 namespace zeb {
 
-SecondWalker::SecondWalker(std::unique_ptr<ReadableFile> file) : SecondWalker(*file, std::move(file)) {}
-
-SecondWalker::SecondWalker(ReadableFile& header, std::unique_ptr<ReadableFile> file)
-    : m_located(readHeader(header)), m_file(std::move(file)), m_position(m_located.places.data) {}
+SecondWalker::SecondWalker(std::unique_ptr<ReadableFile> file)
+    : m_located(readHeader(*file)), m_file(std::move(file)), m_position(m_located.places.data) {}
 
 std::optional<std::uint32_t> SecondWalker::word() {
     std::array<std::uint8_t, layout::wordSize> bytes{};

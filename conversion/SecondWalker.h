@@ -43,8 +43,6 @@ public:
     bool read(const Piece& piece, std::vector<std::uint8_t>& target);
 
 private:
-    SecondWalker(ReadableFile& header, std::unique_ptr<ReadableFile> file);
-
     std::optional<std::uint32_t> word();
     std::optional<std::uint64_t> indexEntry(std::int64_t number);
     /// Collects a block's parts from `start` up to `end`; returns where they end.

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/ffmpeg/DamageWatch.h"
 #include "platform/ffmpeg/Libraries.h"
 #include "platform/ffmpeg/Muxer.h"
 #include "platform/ffmpeg/PictureEncoder.h"
@@ -147,7 +148,8 @@ private:
 }  // namespace
 }  // namespace ffmpeg
 
-std::unique_ptr<FilmLibrary> makeFFmpegFilmLibrary() {
+std::unique_ptr<FilmLibrary> makeFFmpegFilmLibrary(MediaLogging logging) {
+    ffmpeg::routeMessages(logging == MediaLogging::verbose);
     return std::make_unique<ffmpeg::FFmpegFilmLibrary>();
 }
 

@@ -3,10 +3,11 @@
 #include <memory>
 
 #include "platform/FilmWriter.h"
+#include "platform/ffmpeg/FFmpegMediaLibrary.h"
 
 namespace zeb {
 
-/// The encoders of the FFmpeg libraries. Their messages go where `makeFFmpegMediaLibrary` sends them.
-std::unique_ptr<FilmLibrary> makeFFmpegFilmLibrary();
+/// The encoders of the FFmpeg libraries. `logging` holds for the whole process.
+std::unique_ptr<FilmLibrary> makeFFmpegFilmLibrary(MediaLogging logging);
 
 }  // namespace zeb

@@ -22,7 +22,7 @@ constexpr std::array mp4Encoders = {
     EncoderChoice{"mpeg4", "", AV_PIX_FMT_YUV420P, 2},
 };
 constexpr std::array webmEncoders = {
-    EncoderChoice{"libvpx-vp9", "deadline=good:cpu-used=5:row-mt=1:crf=8:b=0", AV_PIX_FMT_YUV420P, 0},
+    EncoderChoice{"libvpx-vp9", "deadline=realtime:cpu-used=5:row-mt=1:crf=8:b=0", AV_PIX_FMT_YUV420P, 0},
     EncoderChoice{"libsvtav1", "preset=9:crf=12", AV_PIX_FMT_YUV420P, 0},
     EncoderChoice{"libvpx", "deadline=good:cpu-used=4:crf=4:b=40M", AV_PIX_FMT_YUV420P, 0},
 };

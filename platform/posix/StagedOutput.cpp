@@ -56,13 +56,11 @@ void StagedOutput::commit(Existing existing) {
     for (const std::string& name : m_names) {
         const std::string from = m_stage + name;
         const std::string to = placeOf(name);
-        int error = 0;
-        if (existing == Existing::keep) {
-            error = moveToFreePlace(from, to);
-        } else if (::rename(from.c_str(), to.c_str()) != 0) {
-            error = errno;
+        if (existing == Existing::replace) {
+            files::moveFile(from, to);
+        } else if (const int error = moveToFreePlace(from, to); error != 0) {
+            throw FileError(to, error);
         }
-        if (error != 0) throw FileError(to, error);
         m_hasMadeFolder = false;  // it holds something now
     }
     m_names.clear();
