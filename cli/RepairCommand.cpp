@@ -1,7 +1,8 @@
 #include "cli/RepairCommand.h"
 
 #include <CLI/App.hpp>
-#include <algorithm>
+#include <cerrno>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,7 +10,6 @@
 
 #include "cli/Failure.h"
 #include "cli/Interruption.h"
-#include "cli/PendingFile.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include "format/MovieFacts.h"
@@ -17,6 +17,7 @@
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
 #include "platform/FileManager.h"
+#include "platform/StagedOutput.h"
 
 namespace zeb::cli {
 namespace {
@@ -56,10 +57,15 @@ void repairInto(const std::string& path, const std::string& output, bool replace
     if (standing && *standing != files::Kind::regular && *standing != files::Kind::symbolicLink)
         throw OutputRefused(output + ": not a regular file");
     const auto source = openForReading(path);
-    PendingFile result(output);
-    copy(*source, result.file());
-    finishPartialFile(*openForReading(result.temporaryPath()), result.file());
-    result.complete();
+    const std::filesystem::path place(output);
+    if (!place.parent_path().empty() && !std::filesystem::is_directory(place.parent_path()))
+        throw FileError(output, ENOENT);
+    StagedOutput stage(place.parent_path());
+    const auto target = stage.create(place.filename());
+    copy(*source, *target);
+    finishPartialFile(*source, *target);
+    target->close();
+    stage.commit(replaces ? StagedOutput::Existing::replace : StagedOutput::Existing::keep);
 }
 
 void run(const RepairArguments& arguments, Console& console) {

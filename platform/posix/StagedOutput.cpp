@@ -29,7 +29,7 @@ StagedOutput::StagedOutput(std::string folder) : m_folder(std::move(folder)) {
     const std::string place = m_folder.empty() ? "." : m_folder;
     if (m_folder.find('\0') != std::string::npos) throw FileError(m_folder, EINVAL);
     m_hasMadeFolder = ::mkdir(place.c_str(), 0777) == 0;
-    std::string pattern = placeOf(".zeb-export-XXXXXX");
+    std::string pattern = placeOf(".zeb-XXXXXX");
     if (::mkdtemp(pattern.data()) == nullptr) {
         const int error = errno;
         remove();
