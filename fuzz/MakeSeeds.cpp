@@ -138,7 +138,8 @@ void addRunLengths(const Corpus& corpus) {
 
 void addFrames(const Corpus& corpus) {
     const auto add = [&](const char* name, std::uint32_t width, std::uint32_t height, const Bytes& record) {
-        corpus.add("DecodeFrame", name, joined({word(width), word(height), record}));
+        static std::uint8_t interpretation = 0;
+        corpus.add("DecodeFrame", name, joined({{interpretation++}, word(width), word(height), record}));
     };
     SpriteEncoder encoder;
     const Bytes mode4Record = encoder.encodeMode4Sprite(Scene(), 16, 8, true);
@@ -210,7 +211,7 @@ void addMovies(const Corpus& corpus) {
         mode32);
     add("walk-without-index", {0, 3, 15, 0, 1, 15}, unfinished);
     add("every-order-of-bytes", {8, 0, 15, 8, 1, 15, 8, 2, 15, 8, 3, 15}, mode32);
-    add("shrinks-and-grows", {15, 4, 0, 60, 15, 3, 15, 5, 0, 0, 15}, mode32);
+    add("shrinks-and-grows", {15, 4, 0, 0, 60, 15, 3, 15, 5, 0, 0, 4, 2, 0, 70, 3, 15}, mode32);
     add("fails-and-recovers", {15, 6, 15, 3, 5, 0, 1, 15}, mode32);
     add("closed-and-opened", {15, 7, 15, 9, 15}, mode32);
     add("frames-that-are-no-pictures", {15, 15, 15, 15, 15}, golden);

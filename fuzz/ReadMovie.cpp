@@ -13,27 +13,38 @@ namespace {
 // The reader reports pictures that it cannot decode on standard output.
 [[maybe_unused]] const bool isQuiet = std::freopen("/dev/null", "w", stdout) != nullptr;
 
-/// What all handles on the file see.
+/// What all handles on the file see. After a number of calls, in the middle of whatever goes on then, the
+/// file gets another size.
 struct Disk {
     fuzz::Bytes bytes;
     std::size_t size = 0;
+    std::size_t nextSize = 0;
+    std::uint64_t callsLeft = 0;
     bool fails = false;
+
+    void countCall() {
+        if (callsLeft > 0 && --callsLeft == 0) size = nextSize;
+        if (fails) throw FileError("movie", EIO);
+    }
 };
 
 class UnsteadyFile : public ReadableFile {
 public:
-    explicit UnsteadyFile(const Disk& disk) : m_disk(disk) {}
+    explicit UnsteadyFile(Disk& disk) : m_disk(disk) {}
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
-        if (m_disk.fails) throw FileError("movie", EIO);
+        m_disk.countCall();
         if (offset >= m_disk.size) return 0;
         const std::size_t count = std::min<std::size_t>(buffer.size(), m_disk.size - offset);
         if (count > 0) std::memcpy(buffer.data(), m_disk.bytes.data() + offset, count);
         return count;
     }
-    std::uint64_t size() override { return m_disk.size; }
+    std::uint64_t size() override {
+        m_disk.countCall();
+        return m_disk.size;
+    }
 
 private:
-    const Disk& m_disk;
+    Disk& m_disk;
 };
 
 void step(ZEBReader& reader, Disk& disk, fuzz::FuzzInput& script) {
@@ -49,10 +60,11 @@ void step(ZEBReader& reader, Disk& disk, fuzz::FuzzInput& script) {
             return fuzz::require(sound.bytes.size() <= disk.bytes.size(), "sound comes from the file");
         }
         case 4:
-            disk.size = static_cast<std::size_t>(script.number(2) % (disk.bytes.size() + 1));
+            disk.callsLeft = 1 + script.number(1) % 16;
+            disk.nextSize = static_cast<std::size_t>(script.number(2) % (disk.bytes.size() + 1));
             return;
         case 5:
-            disk.size = disk.bytes.size();
+            disk.size = disk.nextSize = disk.bytes.size();
             disk.fails = false;
             return;
         case 6:
@@ -83,7 +95,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const fuzz::Bytes instructions = input.bytes(input.number(1));
     fuzz::FuzzInput script(instructions.data(), instructions.size());
     Disk disk{.bytes = input.rest()};
-    disk.size = disk.bytes.size();
+    disk.size = disk.nextSize = disk.bytes.size();
 
     ZEBReader reader([&disk] { return std::make_unique<UnsteadyFile>(disk); });
     try {
