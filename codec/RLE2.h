@@ -10,7 +10,8 @@
 ///
 /// A compressed block is the ASCII bytes "RLE", the item size in bytes as an ASCII digit ("1", "2" or "4"),
 /// the expanded length in bytes (32 bits, big-endian) and the packets. A control byte c = 0 ... 127 stands
-/// before c + 1 literal items, c = -1 ... -128 before one item that is repeated 1 - c times.
+/// before c + 1 literal items, c = -1 ... -128 before one item that is repeated 1 - c times. Items are copied
+/// as they stand, whatever the order of their bytes. Callable from any thread.
 namespace zeb {
 
 /// Appends the packets for `raw`, taken as 2-byte items, to `packets` (neither signature nor length).

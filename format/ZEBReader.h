@@ -56,6 +56,7 @@ public:
     /// Closes the file. Also done on destruction.
     void close() noexcept { m_file.reset(); }
 
+    /// How 16-bit pixels are read from the next frame on; `rgb565LE`, the encoder's own, unless set.
     void setMode32Interpretation(Mode32Interpretation value) noexcept {
         m_decoder.mode32Interpretation = value;
     }

@@ -54,7 +54,9 @@ void checkPictures(ZEBReader& reader, const std::vector<Second>& seconds, const 
         fuzz::require(std::string(error.what()) == "EOF", "the end is no damage");
     }
     for (std::size_t s = seconds.size(); s-- > 0;) {
-        for (std::size_t f = seconds[s].frames.size(); f-- > 0;) {
+        // Of many frames a few: a seek skips all of its second that lie before.
+        const std::size_t count = seconds[s].frames.size();
+        for (std::size_t f = 0; f < count; f += 1 + count / 8) {
             reader.seekToFrame(header.fps * static_cast<std::int64_t>(s) + static_cast<std::int64_t>(f));
             checkNext(seconds[s].frames[f]);
         }
