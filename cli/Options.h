@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/OptionNotes.h"
 #include "cli/ProgressStyle.h"
 #include "cli/Text.h"
 
@@ -34,9 +35,11 @@ CLI::Option* addOption(CLI::App& parser, const char* name, Target& target,
         }
         target = *value;
     };
-    return parser.add_option_function<std::string>(name, take, help)
-        ->type_name(placeholder)
-        ->option_text(placeholder);
+    CLI::Option* option = parser.add_option_function<std::string>(name, take, help)
+                              ->type_name(placeholder)
+                              ->option_text(placeholder);
+    noteExpected(*option, expected);
+    return option;
 }
 
 template <typename Value, typename Target, std::size_t count>

@@ -1,14 +1,13 @@
 #include "cli/Program.h"
 
 #include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <new>
 #include <sstream>
 
-#include "cli/Command.h"
+#include "cli/Parser.h"
 #include "cli/UsageError.h"
 
 namespace zeb::cli {
@@ -38,20 +37,9 @@ std::vector<std::string> withBracketsProtected(std::vector<std::string> words, c
 }
 
 ExitCode parseAndRun(const std::vector<std::string>& arguments, Console& console) {
-    CLI::App program("Turns video files into ZEB movies for the Sinclair QL family and SMSQ/E.", "zeb");
-    program.set_version_flag("--version", "zeb " ZEB_VERSION, "Print the version and exit");
-    program.set_help_flag("-h,--help", "Print this help and exit");
-    program.footer(exitCodeHelp);
-    program.require_subcommand(1);
-    // A later option overrides an earlier one, so that an alias can carry defaults.
-    program.option_defaults()->take_last();
-    program.get_formatter()->column_width(28);
-
     std::function<ExitCode()> run;
-    for (const Command& command : commands()) {
-        CLI::App* parser = program.add_subcommand(command.name, command.summary);
-        parser->callback([&run, action = command.declare(*parser, console)] { run = action; });
-    }
+    const std::unique_ptr<CLI::App> parser = makeParser(console, run);
+    CLI::App& program = *parser;
     const auto withHint = [&program](const std::string& text) {
         const std::vector<CLI::App*> chosen = program.get_subcommands();
         const std::string name = chosen.empty() ? "" : chosen.front()->get_name() + " ";

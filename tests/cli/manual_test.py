@@ -1,0 +1,117 @@
+#!/usr/bin/env python3
+"""Checks the manual page and the completions against the program that they describe.
+
+    manual_test.py ZEB FOLDER
+
+What the program offers is read from its own help, so that a fault in the generator cannot hide in the test. The
+completion for bash is driven as bash drives it; the other shells and the manual's formatter check the syntax of
+theirs where they are installed.
+"""
+
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ZEB, FOLDER = sys.argv[1], pathlib.Path(sys.argv[2])
+
+
+def run(*words, **options):
+    return subprocess.run(words, capture_output=True, text=True, timeout=60, **options)
+
+
+def options_of(*command):
+    help_text = run(ZEB, *command, "--help").stdout
+    return set(re.findall(r"^ +(?:-\w,)?(--[\w-]+)", help_text, re.MULTILINE))
+
+
+def commands():
+    return re.findall(r"^  (\w+) ", run(ZEB, "--help").stdout.split("Subcommands:")[1].split("\n\n")[0],
+                      re.MULTILINE)
+
+
+def completions(folder, *words):
+    """What bash would offer for the last of `words`."""
+    script = """source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _zeb
+                ((${#COMPREPLY[@]} == 0)) || printf '%s\\n' "${COMPREPLY[@]}" """
+    result = run("bash", "--norc", "-c", script, "bash", FOLDER / "zeb.bash", "zeb", *words, cwd=folder)
+    assert result.returncode == 0 and not result.stderr, result
+    return set(result.stdout.splitlines())
+
+
+class ManualTest(unittest.TestCase):
+    def test_every_option_of_every_command_is_everywhere(self):
+        manual = (FOLDER / "zeb.1").read_text().replace("\\-", "-")
+        bash, zsh, fish = ((FOLDER / name).read_text() for name in ("zeb.bash", "_zeb", "zeb.fish"))
+        self.assertIn("encode", commands())
+        for command in commands():
+            options = options_of(command)
+            self.assertGreater(len(options), 1)
+            page = manual.split(f".SS {command}\n")[1].split("\n.S")[0]
+            zsh_part = zsh.split(f" {command})\n")[1].split(";;")[0]
+            bash_part = bash.split(f"'{command}') echo '")[1].split("'")[0].split()
+            for option in options:
+                with self.subTest(command=command, option=option):
+                    self.assertIn(f"\\fB{option}\\fR", page)
+                    self.assertRegex(zsh_part, rf"\){option}=?\[")
+                    self.assertIn(option, bash_part)
+                    self.assertRegex(fish, rf"from {command}'.* -l {option[2:]} ")
+
+    def test_bash_completes(self):
+        with tempfile.TemporaryDirectory() as name:
+            folder = pathlib.Path(name)
+            (folder / "films").mkdir()
+            for file in ("a.zeb", "B.ZEB", "clip one.mp4", "-odd.mp4"):
+                (folder / file).touch()
+            movies, files = {"a.zeb", "B.ZEB", "films"}, {"a.zeb", "B.ZEB", "films", "clip one.mp4", "-odd.mp4"}
+            table = (
+                (("",), {*commands(), *options_of(), "-h"}),
+                (("en",), {"encode"}),
+                (("--v",), {"--version"}),
+                (("encode", "--st"), {"--stretch"}),
+                (("encode", "--mode", ""), {"32", "4"}),
+                (("encode", "--mode", "=", "3"), {"32"}),
+                (("encode", "--mode", "="), {"32", "4"}),
+                (("encode", "--preset", ""), {"dvd", "hd", "fullhd"}),
+                (("encode", "--progress", "p"), {"plain"}),
+                (("encode", "--fps", ""), set()),
+                (("encode", "--title", "--mode", ""), files),  # the title is "--mode"
+                (("encode", "-o", ""), files),
+                (("encode", "a.zeb", "--output", "f"), {"films"}),
+                (("encode", "cl"), {"clip one.mp4"}),
+                (("encode", "--", "-"), {"-odd.mp4"}),
+                (("info", ""), movies),
+                (("info", "--json", "a"), {"a.zeb"}),
+                (("info", "--mode", ""), movies),  # not an option of this command
+                (("unknown", ""), set()),
+            )
+            for words, expected in table:
+                with self.subTest(words=words):
+                    self.assertEqual(completions(folder, *words), expected)
+
+    def test_every_choice_is_one_that_the_program_takes(self):
+        for command in commands():
+            for option in options_of(command):
+                choices = completions("/", command, option, "")
+                if option == "--output":  # offers files
+                    continue
+                for choice in choices:
+                    with self.subTest(command=command, option=option, choice=choice):
+                        error = run(ZEB, command, option, choice, "/nowhere/x").stderr
+                        self.assertNotIn("is not one of", error)
+
+    def test_syntax(self):
+        checks = ((("bash", "-n"), "zeb.bash"), (("zsh", "-n"), "_zeb"), (("fish", "--no-execute"), "zeb.fish"),
+                  (("groff", "-man", "-Tutf8", "-ww"), "zeb.1"))
+        for words, file in checks:
+            if shutil.which(words[0]):
+                with self.subTest(file=file):
+                    result = run(*words, FOLDER / file)
+                    self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
