@@ -77,6 +77,12 @@ std::string prose(const std::string& text) {
     return result;
 }
 
+std::string capitalised(std::string text) {
+    if (!text.empty())
+        text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+    return text;
+}
+
 std::string bold(const std::string& text) {
     return "\\fB" + literal(text) + "\\fR";
 }
@@ -165,6 +171,7 @@ std::string exitStatus() {
             std::string meaning;
             row >> code >> std::ws;
             std::getline(row, meaning);
+            meaning = capitalised(meaning);
             text += item(bold(code), prose(meaning) + ".");
         } else if (!each.ends_with(':')) {
             remarks += line(prose(each));

@@ -10,6 +10,7 @@ theirs where they are installed.
 
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -102,6 +103,17 @@ class ManualTest(unittest.TestCase):
                     with self.subTest(command=command, option=option, choice=choice):
                         error = run(ZEB, command, option, choice, "/nowhere/x").stderr
                         self.assertNotIn("is not one of", error)
+
+    def test_every_example_is_one_that_the_program_takes(self):
+        page = (FOLDER / "zeb.1").read_text().replace("\\-", "-")
+        examples = re.findall(r"^\.EX\nzeb (.*)$", page.split(".SH EXAMPLES")[1], re.MULTILINE)
+        self.assertGreaterEqual(len(examples), len(commands()))
+        with tempfile.TemporaryDirectory() as folder:
+            for example in examples:
+                with self.subTest(example=example):
+                    # The files are not there, which is found out only after the options were understood.
+                    result = run(ZEB, *shlex.split(example), cwd=folder)
+                    self.assertEqual(result.returncode, 3, result.stderr)
 
     def test_syntax(self):
         checks = ((("bash", "-n"), "zeb.bash"), (("zsh", "-n"), "_zeb"), (("fish", "--no-execute"), "zeb.fish"),
