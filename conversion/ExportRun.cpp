@@ -413,7 +413,7 @@ ExportResult Run::exportFilm() {
              (m_oddSounds == 1 ? " second is" : " seconds is") +
              " not as long as it should be; it is cut or filled with silence");
     }
-    film->finish();
+    film->finish(m_callbacks.isCancelled);
     poll();
     ExportResult result;
     result.bytes = film->bytesWritten();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -52,8 +53,9 @@ public:
     /// More sound: unsigned 8-bit samples, channels interleaved, 128 is silence. Best handed over a second
     /// at a time together with its pictures. Formats without sound ignore it.
     virtual void addSound(std::span<const std::uint8_t> samples) = 0;
-    /// Encodes what is left and completes the file. To be called once, at the end.
-    virtual void finish() = 0;
+    /// Encodes what is left and completes the file. To be called once, at the end. Returns early, with a film
+    /// of no use, when `isCancelled`, which may be empty, answers true.
+    virtual void finish(const std::function<bool()>& isCancelled) = 0;
 
     virtual std::uint64_t bytesWritten() const = 0;
     /// How it is encoded, for a log.

@@ -106,9 +106,11 @@ void setUp(AVCodecContext& context, const EncoderChoice& choice, const FilmParam
 
 Converter makeConverter(const AVCodecContext& encoder) {
     if (encoder.pix_fmt == pixelFormat || encoder.pix_fmt == AV_PIX_FMT_PAL8) return nullptr;
-    Converter converter(sws_getContext(
-        encoder.width, encoder.height, pixelFormat, encoder.width, encoder.height, encoder.pix_fmt,
-        SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP | SWS_FULL_CHR_H_INT, nullptr, nullptr, nullptr));
+    const int width = roundedUp(encoder.width, true);
+    const int height = roundedUp(encoder.height, true);
+    constexpr int flags = SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP | SWS_FULL_CHR_H_INT;
+    Converter converter(sws_getContext(width, height, pixelFormat, width, height, encoder.pix_fmt, flags,
+                                       nullptr, nullptr, nullptr));
     if (!converter) throw std::bad_alloc();
     const int* matrix = sws_getCoefficients(SWS_CS_ITU709);
     const int range = encoder.color_range == AVCOL_RANGE_JPEG ? 1 : 0;
@@ -152,46 +154,51 @@ void PictureEncoder::add(std::span<const std::uint8_t> pixels) {
     frame->pts = time;
     if (!m_reducer) {
         if (m_converter) frame = convert(*frame);
-        return m_encoder.encode(frame.get());
+        return m_encoder.encode(*frame);
     }
     m_reducer->push(frame.get());
     while (const Frame reduced = m_reducer->pull())
-        m_encoder.encode(reduced.get());
+        m_encoder.encode(*reduced);
 }
 
-void PictureEncoder::finish() {
+void PictureEncoder::finish(const std::function<bool()>& isCancelled) {
     if (m_reducer) {
         m_reducer->push(nullptr);
         while (const Frame reduced = m_reducer->pull())
-            m_encoder.encode(reduced.get());
+            m_encoder.encode(*reduced);
     }
-    m_encoder.encode(nullptr);
+    m_encoder.finish(isCancelled);
 }
 
-/// The picture in the film's size; the last column and row once more where the sides must be even.
+/// The picture with even sides, where it is going to be converted: the last column and row once more.
 Frame PictureEncoder::makePixels(std::span<const std::uint8_t> pixels) const {
     const AVCodecContext& encoder = m_encoder.context();
     const AVPixelFormat format = m_reducer ? AV_PIX_FMT_RGB32 : pixelFormat;
-    Frame frame = makeBuffer(format, encoder.width, encoder.height);
+    const int width = roundedUp(encoder.width, m_converter != nullptr);
+    const int height = roundedUp(encoder.height, m_converter != nullptr);
+    Frame frame = makeBuffer(format, width, height);
     const auto rowBytes = static_cast<std::size_t>(m_parameters.width) * 4;
-    for (int y = 0; y < encoder.height; ++y) {
+    for (int y = 0; y < height; ++y) {
         std::uint8_t* target = frame->data[0] + std::ptrdiff_t{y} * frame->linesize[0];
         const auto row = static_cast<std::size_t>(std::min(y, m_parameters.height - 1));
         std::memcpy(target, pixels.data() + row * rowBytes, rowBytes);
         for (int x = 0; x < m_parameters.width; ++x)
             target[4 * x + 3] = 255;
-        if (encoder.width > m_parameters.width) std::memcpy(target + rowBytes, target + rowBytes - 4, 4);
+        if (width > m_parameters.width) std::memcpy(target + rowBytes, target + rowBytes - 4, 4);
     }
     return frame;
 }
 
 Frame PictureEncoder::convert(const AVFrame& pixels) const {
     const AVCodecContext& encoder = m_encoder.context();
-    Frame frame = makeBuffer(encoder.pix_fmt, encoder.width, encoder.height);
-    if (sws_scale(m_converter.get(), pixels.data, pixels.linesize, 0, encoder.height, frame->data,
-                  frame->linesize) != encoder.height) {
+    Frame frame = makeBuffer(encoder.pix_fmt, pixels.width, pixels.height);
+    if (sws_scale(m_converter.get(), pixels.data, pixels.linesize, 0, pixels.height, frame->data,
+                  frame->linesize) != pixels.height) {
         throw FilmError(FilmError::cannotEncode, "The colours cannot be converted");
     }
+    // An odd side ends in the middle of a chroma sample: it was made of whole pairs of pixels, not stretched.
+    frame->width = encoder.width;
+    frame->height = encoder.height;
     frame->pts = pixels.pts;
     frame->color_primaries = encoder.color_primaries;
     frame->color_trc = encoder.color_trc;

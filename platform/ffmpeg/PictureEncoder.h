@@ -16,7 +16,7 @@ public:
     PictureEncoder(Muxer& muxer, const FilmParameters& parameters);
 
     void add(std::span<const std::uint8_t> pixels);
-    void finish();
+    void finish(const std::function<bool()>& isCancelled);
 
     StreamEncoder& stream() { return m_encoder; }
     const StreamEncoder& stream() const { return m_encoder; }

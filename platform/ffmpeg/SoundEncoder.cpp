@@ -9,7 +9,7 @@
 namespace zeb::ffmpeg {
 namespace {
 
-constexpr int bitsPerChannel = 96'000;  // per second; ample for a band that ends at 10 kHz
+constexpr int bitsPerChannel = 128'000;  // per second; ample for a band that ends at 10 kHz
 constexpr int longestFrame = 4096;      // of encoders that take any number of samples
 
 // value: the sample rate in Hz, 0 = as it is stored. The coders of films for players know no 20 kHz.
@@ -78,10 +78,10 @@ void SoundEncoder::add(std::span<const std::uint8_t> samples) {
     encodeQueued(false);
 }
 
-void SoundEncoder::finish() {
+void SoundEncoder::finish(const std::function<bool()>& isCancelled) {
     convert({});
     encodeQueued(true);
-    m_encoder.encode(nullptr);
+    m_encoder.finish(isCancelled);
 }
 
 void SoundEncoder::convert(std::span<const std::uint8_t> samples) {
@@ -108,7 +108,7 @@ void SoundEncoder::encodeQueued(bool isEnd) {
         av_audio_fifo_read(m_queue.get(), planes, frame->nb_samples);
         frame->pts = m_encoded;
         m_encoded += frame->nb_samples;
-        m_encoder.encode(frame.get());
+        m_encoder.encode(*frame);
     }
 }
 

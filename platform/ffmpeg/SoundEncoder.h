@@ -14,7 +14,7 @@ public:
     SoundEncoder(Muxer& muxer, const FilmParameters& parameters);
 
     void add(std::span<const std::uint8_t> samples);
-    void finish();
+    void finish(const std::function<bool()>& isCancelled);
 
     StreamEncoder& stream() { return m_encoder; }
     const StreamEncoder& stream() const { return m_encoder; }

@@ -43,9 +43,10 @@ void StreamEncoder::fail(const std::string& what, std::span<const EncoderChoice>
                                               " here (FFmpeg's libraries have none of " + names + ")");
 }
 
-void StreamEncoder::encode(const AVFrame* frame) {
+void StreamEncoder::send(const AVFrame* frame, const std::function<bool()>& isCancelled) {
     int result = avcodec_send_frame(m_context.get(), frame);
     while (result >= 0) {
+        if (isCancelled && isCancelled()) return;
         result = avcodec_receive_packet(m_context.get(), m_packet.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return;
         if (result < 0) break;

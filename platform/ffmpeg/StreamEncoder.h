@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 
@@ -41,12 +42,15 @@ public:
     /// To be called once, before the film is started.
     void attach() { m_stream = &m_muxer->addStream(*m_context); }
 
-    /// Encodes a frame and writes what is ready; nothing = the end, when all the rest is written.
-    void encode(const AVFrame* frame);
+    /// Encodes a frame and writes what is ready.
+    void encode(const AVFrame& frame) { send(&frame, {}); }
+    /// Writes all that is left; returns early when `isCancelled` answers true.
+    void finish(const std::function<bool()>& isCancelled) { send(nullptr, isCancelled); }
 
 private:
     bool allocate(const EncoderChoice& choice);
     bool open(const EncoderChoice& choice);
+    void send(const AVFrame* frame, const std::function<bool()>& isCancelled);
     [[noreturn]] void fail(const std::string& what, std::span<const EncoderChoice> choices) const;
 
     Muxer* m_muxer;
