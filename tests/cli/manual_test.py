@@ -8,6 +8,7 @@ completion for bash is driven as bash drives it; the other shells and the manual
 theirs where they are installed.
 """
 
+import functools
 import pathlib
 import re
 import shlex
@@ -17,18 +18,20 @@ import sys
 import tempfile
 import unittest
 
-ZEB, FOLDER = sys.argv[1], pathlib.Path(sys.argv[2])
+ZEB, FOLDER = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
 
 
 def run(*words, **options):
     return subprocess.run(words, capture_output=True, text=True, timeout=60, **options)
 
 
+@functools.cache
 def options_of(*command):
     help_text = run(ZEB, *command, "--help").stdout
     return set(re.findall(r"^ +(?:-\w,)?(--[\w-]+)", help_text, re.MULTILINE))
 
 
+@functools.cache
 def commands():
     return re.findall(r"^  (\w+) ", run(ZEB, "--help").stdout.split("Subcommands:")[1].split("\n\n")[0],
                       re.MULTILINE)
