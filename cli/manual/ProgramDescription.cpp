@@ -1,7 +1,10 @@
 #include "cli/manual/ProgramDescription.h"
 
 #include <CLI/App.hpp>
+#include <algorithm>
+#include <functional>
 #include <string_view>
+#include <utility>
 
 #include "cli/ExitCode.h"
 #include "cli/OptionNotes.h"
