@@ -239,6 +239,9 @@ void addMovies(const Corpus& corpus) {
     addPartial("no-whole-block", 0, Bytes(unfinished.begin(), unfinished.begin() + 60));
     addPartial("bytes-behind-the-last", 2, joined({mode4, {1, 2, 3}}));
     addPartial("index-beyond-the-file", 4, hostile);
+    Bytes slack = joined({test::golden::unfinishedMovie(), {1, 2, 3}});
+    slack[test::golden::secondBlock + 3] += 3;
+    addPartial("block-longer-than-its-parts", 1, slack);
     const Bytes tiny = {0, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0};  // a second without sound and one empty frame
     const auto tinyMovie = [&](std::uint8_t fps, const Bytes& index) {
         return joined({text("ZEB1"),

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# scripts/fuzz.sh TARGET [SECONDS]
+#
+# Builds a target of fuzz/ and runs it (20 minutes unless said otherwise) from the committed corpus. What it learns
+# stays in build/fuzz/corpus/TARGET, what it finds in build/fuzz/finds/.
+set -euo pipefail
+
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
+source "$root/scripts/common.sh"
+cd -- "$root"
+target=$1
+build fuzz "fuzz_$target"
+mkdir -p "build/fuzz/corpus/$target" build/fuzz/finds
+exec nice -n 19 "build/fuzz/fuzz/fuzz_$target" -max_total_time="${2:-1200}" -rss_limit_mb=512 -malloc_limit_mb=512 \
+    -timeout=10 -print_final_stats=1 -artifact_prefix="build/fuzz/finds/$target-" \
+    "build/fuzz/corpus/$target" "fuzz/corpus/$target"
