@@ -13,7 +13,8 @@ class Loader {
 public:
     explicit Loader(const std::string& name) : m_library(dlopen(name.c_str(), RTLD_LAZY | RTLD_LOCAL)) {
         if (m_library == nullptr) {
-            throw MediaError(MediaError::cannotDecode, name + ", which interlaced pictures and GIF need, is not installed");
+            throw MediaError(MediaError::cannotDecode,
+                             name + ", which interlaced pictures and GIF need, is not installed");
         }
     }
 
