@@ -346,7 +346,8 @@ void Run::noteGood(std::int64_t frame) {
     const std::string which = frame - first == 1
                                   ? "frame " + std::to_string(first)
                                   : "frames " + std::to_string(first) + " to " + std::to_string(frame - 1);
-    warn(which + " cannot be decoded; the picture before is repeated");
+    warn(which + " cannot be decoded; " +
+         (first == m_plan.first ? "black is shown instead" : "the picture before is repeated"));
 }
 
 ExportResult Run::exportPictures() {

@@ -10,7 +10,7 @@ namespace zeb::ffmpeg {
 namespace {
 
 constexpr int bitsPerChannel = 128'000;  // per second; ample for a band that ends at 10 kHz
-constexpr int longestFrame = 4096;      // of encoders that take any number of samples
+constexpr int longestFrame = 4096;       // of encoders that take any number of samples
 
 // value: the sample rate in Hz, 0 = as it is stored. The coders of films for players know no 20 kHz.
 constexpr std::array mp4Encoders = {
@@ -71,6 +71,9 @@ SoundEncoder::SoundEncoder(Muxer& muxer, const FilmParameters& parameters)
       m_resampler(makeResampler(m_encoder.context(), parameters)),
       m_queue(av_audio_fifo_alloc(m_encoder.context().sample_fmt, parameters.soundChannels, longestFrame)) {
     if (!m_queue) throw std::bad_alloc();
+    // WebM names the encoder's delay in the track's head and its players subtract it; the muxer leaves the
+    // times of the packets to us.
+    if (parameters.format == FilmFormat::webm) m_encoded = m_encoder.context().initial_padding;
 }
 
 void SoundEncoder::add(std::span<const std::uint8_t> samples) {

@@ -30,7 +30,7 @@ private:
     StreamEncoder m_encoder;
     Resampler m_resampler;
     AudioFifo m_queue;
-    std::int64_t m_encoded = 0;  ///< samples per channel
+    std::int64_t m_encoded = 0;  ///< the next sample's time, in samples
 };
 
 }  // namespace zeb::ffmpeg

@@ -1,0 +1,330 @@
+#include "conversion/ExportRun.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "conversion/ExportError.h"
+#include "conversion/NumberedName.h"
+#include "format/ZEBConverterError.h"
+#include "format/ZEBFormatError.h"
+#include "format/ZEBWriter.h"
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb {
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<std::uint8_t>;
+using Kind = ExportSettings::Kind;
+using ::testing::ElementsAre;
+
+constexpr int fps = 4, seconds = 3, channels = 2, soundBytes = 20000 * channels;
+
+/// A frame record of one pixel without a header; its red is the frame's number.
+Bytes recordOf(int frame) {
+    return {0, 0, static_cast<std::uint8_t>(frame), 255};
+}
+
+/// What a film or picture got, in place of an encoder.
+struct Taken {
+    std::vector<int> reds;  ///< of the first pixel of each picture
+    std::vector<int> widths;
+    Bytes sound;
+    FilmParameters parameters;
+};
+
+class FakeFilm final : public FilmWriter {
+public:
+    FakeFilm(WritableFile& file, Taken& taken) : m_file(file), m_taken(taken) {}
+    void addPicture(std::span<const std::uint8_t> pixels) override { m_taken.reds.push_back(pixels[2]); }
+    void addSound(std::span<const std::uint8_t> samples) override {
+        m_taken.sound.insert(m_taken.sound.end(), samples.begin(), samples.end());
+    }
+    void finish(const std::function<bool()>&) override { m_file.write(Bytes(100, 'f')); }
+    std::uint64_t bytesWritten() const override { return 100; }
+    std::string description() const override { return "a fake"; }
+
+private:
+    WritableFile& m_file;
+    Taken& m_taken;
+};
+
+class FakeFilms final : public FilmLibrary {
+public:
+    std::unique_ptr<FilmWriter> beginFilm(WritableFile& file,
+                                          const FilmParameters& parameters) const override {
+        taken.parameters = parameters;
+        return std::make_unique<FakeFilm>(file, taken);
+    }
+    std::vector<std::uint8_t> encodePNG(std::span<const std::uint8_t> pixels, int width, int) const override {
+        taken.reds.push_back(pixels[2]);
+        taken.widths.push_back(width);
+        return Bytes(10, 'p');
+    }
+    mutable Taken taken;
+};
+
+class Export : public ::testing::Test {
+protected:
+    /// Frame k shows k, except where `records` has another record. The sound counts its bytes.
+    void writeMovie(const std::map<int, Bytes>& records = {}, bool isFinished = true, int shorterSound = 0) {
+        fs::remove(m_movie);
+        MovieParameters movie;
+        movie.width = movie.height = 1;
+        movie.fps = fps;
+        movie.totalFrames = fps * seconds;
+        movie.frameIndexCount = seconds;
+        movie.audioChannels = channels;
+        movie.loop = true;
+        ZEBWriter writer(m_movie, movie);
+        m_sound.clear();
+        for (int second = 0; second < seconds; ++second) {
+            Bytes sound;
+            for (int i = 0; i < soundBytes - (second == 1 ? shorterSound : 0); ++i)
+                sound.push_back(static_cast<std::uint8_t>((second * soundBytes + i) % 251));
+            std::vector<Bytes> frames;
+            std::vector<std::span<const std::uint8_t>> spans;
+            for (int frame = second * fps; frame < (second + 1) * fps; ++frame)
+                frames.push_back(records.contains(frame) ? records.at(frame) : recordOf(frame));
+            for (const Bytes& frame : frames)
+                spans.emplace_back(frame);
+            writer.writeSecond(sound, spans);
+            m_sound.insert(m_sound.end(), sound.begin(), sound.end());
+        }
+        if (isFinished) writer.finish();
+        writer.close();
+    }
+
+    Bytes contents(const std::string& path) const {
+        std::ifstream file(path, std::ios::binary);
+        return Bytes(std::istreambuf_iterator<char>(file), {});
+    }
+    void overwrite(std::uint64_t offset, const Bytes& bytes) const {
+        std::fstream file(m_movie, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(static_cast<std::streamoff>(offset));
+        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    std::uint64_t blockOffset(int second) const {
+        constexpr std::uint64_t header = 8 + 2 + 24 + 4 * seconds, block = 4 + 4 + soundBytes + fps * 8;
+        return header + static_cast<std::uint64_t>(second) * block;
+    }
+
+    ExportResult run(const ExportSettings& settings, const std::string& output = "out") {
+        m_films.taken = {};
+        m_warnings.clear();
+        ExportCallbacks callbacks;
+        callbacks.warned = [this](const std::string& line) { m_warnings.push_back(line); };
+        callbacks.isCancelled = [this] { return m_polls-- <= 0; };
+        return ExportRun(m_films).run(m_movie, m_folder.file(output), settings, callbacks);
+    }
+    std::vector<int> redsOf(const ExportSettings& settings) {
+        run(settings);
+        fs::remove(m_folder.file("out"));
+        return m_films.taken.reds;
+    }
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(m_folder.path()))
+            names.push_back(entry.path().filename());
+        std::ranges::sort(names);
+        return names;
+    }
+
+    test::TemporaryFolder m_folder;
+    std::string m_movie = m_folder.file("a.zeb");
+    Bytes m_sound;
+    FakeFilms m_films;
+    std::vector<std::string> m_warnings;
+    int m_polls = 1'000'000;  ///< until the run is cancelled
+};
+
+TEST_F(Export, GivesFilmsTheirPicturesAndSound) {
+    writeMovie();
+    ExportSettings settings;
+    EXPECT_EQ(run(settings).plan.frames, fps * seconds);
+    EXPECT_THAT(m_films.taken.reds, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
+    EXPECT_EQ(m_films.taken.sound, m_sound);
+    EXPECT_EQ(m_films.taken.parameters.picturesPerSecond, fps);
+    EXPECT_TRUE(m_films.taken.parameters.loops);
+    EXPECT_TRUE(m_warnings.empty());
+    EXPECT_EQ(contents(m_folder.file("out")), Bytes(100, 'f'));
+}
+
+TEST_F(Export, CutsPicturesAndSoundAtTheSameMoment) {
+    struct Case {
+        std::int64_t from;
+        std::optional<std::int64_t> to;
+        int first, end;
+    };
+    for (const bool isFinished : {true, false}) {
+        writeMovie({}, isFinished);
+        for (const Case& test : {Case{0, 1, 0, 1},
+                                 {250'000, 1'250'000, 1, 5},
+                                 {1'499'999, {}, 5, 12},
+                                 {2'000'000, 1'000'000'000'000, 8, 12}}) {
+            ExportSettings settings;
+            settings.from = test.from;
+            settings.to = test.to;
+            const std::vector<int> reds = redsOf(settings);
+            ASSERT_EQ(reds.size(), static_cast<std::size_t>(test.end - test.first));
+            EXPECT_EQ(reds.front(), test.first);
+            EXPECT_EQ(m_films.taken.sound, Bytes(m_sound.begin() + test.first * soundBytes / fps,
+                                                 m_sound.begin() + test.end * soundBytes / fps));
+        }
+    }
+}
+
+TEST_F(Export, RepeatsThePictureBeforeDamage) {
+    const Bytes damaged = {1, 2, 3};
+    writeMovie({{0, damaged}, {5, {}}, {6, damaged}});
+    EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 4, 4, 7, 8, 9, 10, 11));
+    EXPECT_THAT(m_warnings, ElementsAre("frame 0 cannot be decoded; black is shown instead",
+                                        "frames 5 to 6 cannot be decoded; the picture before is repeated"));
+    // The first frame's size is no size at all: the record promises more than is there.
+    writeMovie();
+    overwrite(blockOffset(1) + 8 + soundBytes + 8, {0xFF, 0xFF, 0xFF, 0xFF});
+    EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 4, 4, 4, 8, 9, 10, 11));
+    EXPECT_EQ(m_films.taken.sound, m_sound);
+    // A block whose length is wrong: the index leads on.
+    writeMovie();
+    overwrite(blockOffset(1), {0x7F, 0xFF, 0xFF, 0xFF});
+    EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
+    EXPECT_EQ(m_films.taken.sound, m_sound);
+}
+
+TEST_F(Export, GoesAsFarAsATornMovieGoes) {
+    writeMovie({}, false);
+    const Bytes whole = contents(m_movie);
+    // Every place in the last second's frames, and some before.
+    for (std::uint64_t size = whole.size(); size >= blockOffset(2) + 8 + soundBytes - 4; --size) {
+        fs::resize_file(m_movie, size);
+        const auto frames =
+            static_cast<std::int64_t>(size - std::min<std::uint64_t>(size, blockOffset(2) + 8 + soundBytes)) /
+            8;
+        const std::vector<int> reds = redsOf({});
+        EXPECT_EQ(static_cast<std::int64_t>(reds.size()), 8 + frames) << size;
+        EXPECT_EQ(m_films.taken.sound.size(), reds.size() * soundBytes / fps) << size;
+    }
+    ExportSettings settings;
+    settings.kind = Kind::sound;
+    fs::resize_file(m_movie, blockOffset(2) + 8 + 5);
+    EXPECT_EQ(run(settings).bytes, 44U + 2 * soundBytes + 5);
+    fs::remove(m_folder.file("out"));
+    fs::resize_file(m_movie, blockOffset(0));
+    EXPECT_THROW(run({}), ExportError);
+    fs::resize_file(m_movie, 20);
+    EXPECT_THROW(run({}), ZEBFormatError);
+    EXPECT_THAT(files(), ElementsAre("a.zeb"));
+}
+
+TEST_F(Export, FillsAndCutsSoundSoThatPicturesStayInTime) {
+    writeMovie({}, true, 1000);
+    run({});
+    Bytes expected = m_sound;
+    expected.insert(expected.begin() + 2 * soundBytes - 1000, 1000, 128);
+    EXPECT_EQ(m_films.taken.sound, expected);
+    EXPECT_EQ(m_warnings.size(), 1U);
+}
+
+TEST_F(Export, WritesSoundByteByByte) {
+    writeMovie();
+    ExportSettings settings;
+    settings.kind = Kind::sound;
+    settings.from = 999'950;
+    settings.to = 1'000'100;
+    run(settings);
+    Bytes expected = {'R', 'I', 'F', 'F', 42, 0, 0,   0,   'W', 'A',  'V',  'E', 'f', 'm',  't',
+                      ' ', 16,  0,   0,   0,  1, 0,   2,   0,   0x20, 0x4E, 0,   0,   0x40, 0x9C,
+                      0,   0,   2,   0,   8,  0, 'd', 'a', 't', 'a',  6,    0,   0,   0};
+    expected.insert(expected.end(), m_sound.begin() + 19999 * 2, m_sound.begin() + 20002 * 2);
+    EXPECT_EQ(contents(m_folder.file("out")), expected);
+}
+
+TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
+    writeMovie({{6, {0, 2, 0, 1, 0, 0, 0, 0, 0, 0, 99, 255, 0, 0, 98, 255}}});  // 2 x 1 pixels
+    ExportSettings settings;
+    settings.kind = Kind::pictures;
+    settings.scale = 3;
+    settings.from = 1'250'000;
+    settings.to = 2'000'000;
+    EXPECT_EQ(run(settings, "new/f%03d.png").files, 3);
+    EXPECT_THAT(m_films.taken.reds, ElementsAre(5, 99, 7));
+    EXPECT_THAT(m_films.taken.widths, ElementsAre(3, 6, 3));
+    for (const char* name : {"new/f005.png", "new/f006.png", "new/f007.png"})
+        EXPECT_TRUE(fs::exists(m_folder.file(name))) << name;
+    settings = {};
+    settings.kind = Kind::picture;
+    settings.at = 2'999'999;
+    EXPECT_THAT(redsOf(settings), ElementsAre(11));
+}
+
+TEST_F(Export, RefusesWhatTheMovieDoesNotHave) {
+    writeMovie({{3, {}}});
+    const auto codeOf = [this](const auto& change) {
+        ExportSettings settings;
+        settings.kind = Kind::picture;
+        change(settings);
+        try {
+            run(settings);
+        } catch (const ExportError& error) {
+            return error.code();
+        }
+        return 0;
+    };
+    EXPECT_EQ(codeOf([](auto& s) { s.frame = 12; }), ExportError::outsideMovie);
+    EXPECT_EQ(codeOf([](auto& s) { s.at = 3'000'000; }), ExportError::outsideMovie);
+    EXPECT_EQ(codeOf([](auto& s) { s.kind = Kind::film, s.from = 3'000'000; }), ExportError::outsideMovie);
+    EXPECT_EQ(codeOf([](auto& s) { s.frame = 3; }), ExportError::noPicture);
+    EXPECT_THAT(files(), ElementsAre("a.zeb"));
+}
+
+TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
+    writeMovie();
+    std::ofstream(m_folder.file("out")) << "precious";
+    ExportSettings settings;
+    settings.replaces = true;
+    for (const Kind kind : {Kind::film, Kind::sound, Kind::pictures}) {
+        settings.kind = kind;
+        const std::string output = kind == Kind::pictures ? "new/%d" : "out";
+        for (int polls = 0;; ++polls) {
+            m_polls = polls;
+            try {
+                run(settings, output);
+                break;
+            } catch (const ZEBConverterError& error) {
+                ASSERT_EQ(error.errorCase(), ZEBConverterError::Case::cancelled);
+            }
+            ASSERT_THAT(files(), ElementsAre("a.zeb", "out")) << polls;
+            ASSERT_EQ(fs::file_size(m_folder.file("out")), 8U) << polls;
+            ASSERT_LT(polls, 100);
+        }
+        m_polls = 1'000'000;
+        std::ofstream(m_folder.file("out")) << "precious";
+        fs::remove_all(m_folder.file("new"));
+    }
+}
+
+TEST(NumberedName, TakesExactlyOnePlace) {
+    struct Case {
+        const char* pattern;
+        const char* name;
+    };
+    for (const Case& test : {Case{"frame-%05d.png", "frame-00042.png"},
+                             {"%d", "42"},
+                             {"a%1db", "a42b"},
+                             {"100%-%3d.png", "100%-042.png"},
+                             {"none.png", ""},
+                             {"%d-%d.png", ""},
+                             {"%x", ""},
+                             {"%123d", ""},
+                             {"%", ""},
+                             {"%05", ""}}) {
+        const auto name = NumberedName::parse(test.pattern);
+        EXPECT_EQ(name ? name->with(42) : "", test.name) << test.pattern;
+    }
+}
+
+}  // namespace
+}  // namespace zeb
