@@ -109,7 +109,7 @@ FrameImage enlarged(const FrameImage& image, int scale) {
 
 FrameImage black(int width, int height) {
     FrameImage image{width, height, {}};
-    image.pixels.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    image.pixels.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, 0);
     for (std::size_t i = 3; i < image.pixels.size(); i += 4)
         image.pixels[i] = 255;
     return image;
