@@ -23,12 +23,21 @@ struct Muxer::State {
     std::exception_ptr failure;  ///< the file's first; it cannot pass through the library
     AVIOContext* io = nullptr;
     AVFormatContext* format = nullptr;
+    bool isOpen = false;        ///< the head is written, the tail is not
+    bool isDiscarding = false;  ///< nothing goes to the file any more
 
     explicit State(WritableFile& target) : file(target) {}
     State(const State&) = delete;
     State& operator=(const State&) = delete;
 
     ~State() {
+        if (isOpen) {
+            // The library frees the packets that wait in it, and some formats theirs, by writing the rest
+            // only.
+            isDiscarding = true;
+            io->error = 0;
+            av_write_trailer(format);
+        }
         avformat_free_context(format);
         if (io != nullptr) {
             av_freep(&io->buffer);
@@ -38,6 +47,7 @@ struct Muxer::State {
 
     static int write(void* opaque, std::uint8_t* bytes, int count) noexcept {
         State& state = *static_cast<State*>(opaque);
+        if (state.isDiscarding) return count;
         if (state.failure) return AVERROR(EIO);
         try {
             state.file.write({bytes, static_cast<std::size_t>(count)});
@@ -67,6 +77,7 @@ struct Muxer::State {
                 return AVERROR(EINVAL);
         }
         if (offset < 0) return AVERROR(EINVAL);
+        if (state.isDiscarding) return offset;
         try {
             state.file.seek(static_cast<std::uint64_t>(offset));
         } catch (...) {
@@ -129,6 +140,7 @@ void Muxer::start(const char* options) {
     int result = av_dict_parse_string(&dictionary, options, "=", ":", 0);
     if (result >= 0) result = avformat_write_header(m_state->format, &dictionary);
     av_dict_free(&dictionary);
+    m_state->isOpen = result >= 0;
     m_state->require(result);
 }
 
@@ -139,6 +151,7 @@ void Muxer::write(AVPacket& packet, const AVCodecContext& encoder, const AVStrea
 }
 
 void Muxer::finish() {
+    m_state->isOpen = false;
     m_state->require(av_write_trailer(m_state->format));
     avio_flush(m_state->io);
     m_state->require(m_state->io->error);
