@@ -40,7 +40,7 @@ FOREIGN = (
     ("SDL", r"SDL", ("platform/", *OTHERS), True),
     ("Qt", r"Q[A-Z]|Qt[A-Z]\w*/", ("platform/qt/", "conversion/model/", "player/", "ui/", "app/", *OTHERS), True),
     ("CLI11", r"CLI/", ("cli/", *OTHERS), True),
-    ("nlohmann_json", r"nlohmann/", ("cli/", *OTHERS), True),
+    ("nlohmann_json", r"nlohmann/", ("cli/", "ui/", *OTHERS), True),
     ("GoogleTest", r"g(test|mock)/", OTHERS, True),
     ("Google Benchmark", r"benchmark/", OTHERS, True),
     ("the operating system", r"(sys/\w+|unistd|fcntl|spawn|signal|dirent|dlfcn|poll|stdlib|termios|pthread|sched)\.h$",

@@ -1,0 +1,24 @@
+#pragma once
+
+namespace zeb {
+
+/// What the application makes heard.
+enum class SoundEffect {
+    accessingFile,            ///< a file panel is about to be shown
+    transferComplete,         ///< a run has finished
+    programLoadedAndReady,    ///< an output has been picked, and the pair of input and output is new
+    programInProgress,        ///< a run starts
+    deactivationComplete,     ///< the user cancels a run
+    logsAccessed,             ///< the log has been copied
+    nowEstablishingDatalink,  ///< a movie is being opened in the player
+};
+
+/// Plays effects. Used on the main thread; never fails visibly.
+class SoundEffects {
+public:
+    virtual ~SoundEffects() = default;
+
+    virtual void play(SoundEffect effect) = 0;
+};
+
+}  // namespace zeb
