@@ -1,10 +1,11 @@
 #pragma once
 
 #include <functional>
-#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/PropertyValue.h"
 
@@ -18,8 +19,6 @@ struct Notification {
 
 /// Delivers notifications within the process. Used on the main thread only.
 class NotificationCenter {
-    struct Observers;
-
 public:
     using Handler = std::function<void(const Notification&)>;
 
@@ -30,11 +29,12 @@ public:
 
     private:
         friend class NotificationCenter;
+        explicit Observation(std::shared_ptr<const void> observer) : m_observer(std::move(observer)) {}
+
         std::shared_ptr<const void> m_observer;
     };
 
-    NotificationCenter();
-    ~NotificationCenter();
+    NotificationCenter() = default;
     NotificationCenter(const NotificationCenter&) = delete;
     NotificationCenter& operator=(const NotificationCenter&) = delete;
 
@@ -42,12 +42,17 @@ public:
     [[nodiscard]] Observation observe(std::string_view name, Handler handler);
 
     /// Calls the observers of `name` in the order in which they began, and returns when the last has
-    /// answered. They may post, begin and end observations: one that begins meanwhile is not called, one that
-    /// has ended is not either.
+    /// answered. They may post, and begin and end observations: one that begins meanwhile is not called, one
+    /// that has ended is not either.
     void post(std::string_view name, PropertyDictionary userInfo = {});
 
 private:
-    std::shared_ptr<Observers> m_observers;
+    struct Observer {
+        std::string name;
+        Handler handler;
+    };
+
+    std::vector<std::weak_ptr<const Observer>> m_observers;
 };
 
 }  // namespace zeb
