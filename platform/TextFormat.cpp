@@ -67,6 +67,7 @@ std::optional<Specifier> specifierAt(std::string_view text) {
 
 struct ArgumentText {
     int precision;
+    std::string_view decimalMark;
 
     std::string operator()(std::int64_t number) const { return std::to_string(number); }
     std::string operator()(double number) const {
@@ -75,14 +76,17 @@ struct ArgumentText {
         std::array<char, 512> buffer{};
         const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
                                        std::chars_format::fixed, precision);
-        return {buffer.data(), end.ptr};
+        std::string text(buffer.data(), end.ptr);
+        const std::size_t point = text.find('.');
+        return point == std::string::npos ? text : text.replace(point, 1, decimalMark);
     }
     std::string operator()(const std::string& text) const { return text; }
 };
 
 }  // namespace
 
-std::string formatText(std::string_view format, std::span<const TextArgument> arguments) {
+std::string formatText(std::string_view format, std::span<const TextArgument> arguments,
+                       std::string_view decimalMark) {
     std::string result;
     std::size_t nextArgument = 0;
     while (!format.empty()) {
@@ -101,7 +105,7 @@ std::string formatText(std::string_view format, std::span<const TextArgument> ar
                                   : specifier->position ? *specifier->position - 1
                                                         : nextArgument++;
         if (index < arguments.size()) {
-            result += std::visit(ArgumentText{specifier->precision}, arguments[index]);
+            result += std::visit(ArgumentText{specifier->precision, decimalMark}, arguments[index]);
         } else {
             result += format.substr(0, length);
         }

@@ -13,8 +13,9 @@ namespace zeb {
 /// the second argument; specifiers without a number take one after the other.
 ///
 /// Safe for any format and arguments: an argument of another type than its specifier's is written in its own
-/// type's form, and a specifier without an argument, or one not named here, stays as it stands. The decimal
-/// point is a point.
-std::string formatText(std::string_view format, std::span<const TextArgument> arguments);
+/// type's form, and a specifier without an argument, or one not named here, stays as it stands. Digits are
+/// not grouped.
+std::string formatText(std::string_view format, std::span<const TextArgument> arguments,
+                       std::string_view decimalMark = ".");
 
 }  // namespace zeb

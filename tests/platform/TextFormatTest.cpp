@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/StringTable.h"
+#include "platform/TextLocale.h"
 
 namespace zeb {
 namespace {
@@ -69,6 +70,24 @@ TEST(StringTableTest, NamesTheLineOfAMistake) {
             EXPECT_STREQ(mistake.what(), message) << source;
         }
     }
+}
+
+TEST(TextLocaleTest, ChoosesTheFirstLanguageThatThereIs) {
+    EXPECT_EQ(bestTextLanguage({"fr-FR", "de-AT", "en"}), "de");
+    EXPECT_EQ(bestTextLanguage({"en_GB.UTF-8", "de"}), "en");
+    EXPECT_EQ(bestTextLanguage({"deu", "C", ""}), "en");
+}
+
+TEST(TextLocaleTest, TextsFollowLanguageAndDecimalMark) {
+    const TextLocale before = textLocale();
+    setTextLocale({"de", ","});
+    EXPECT_EQ(localizedText("cancel"), "Abbrechen");
+    EXPECT_THAT(
+        localizedText("progress_analyze_format", {whole(1920), whole(1080), whole(25), whole(448), whole(256),
+                                                  whole(10), 2.5, whole(30), whole(3)}),
+        testing::HasSubstr("1920 × 1080 bei 25 Bildern/s, Film 448 × 256 bei 10 Bildern/s: aus 2,50 s"));
+    EXPECT_EQ(localizedText("no such key", {whole(1)}), "no such key");
+    setTextLocale(before);
 }
 
 }  // namespace

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zeb {
+
+/// How texts for people are written.
+struct TextLocale {
+    std::string language = "en";    ///< one of `textLanguages`
+    std::string decimalMark = ".";  ///< between whole part and decimals of a number
+
+    bool operator==(const TextLocale&) const = default;
+};
+
+/// The languages that there are string tables for, by their ISO 639-1 codes; the first is the fallback.
+std::vector<std::string_view> textLanguages();
+
+/// The language of `textLanguages` that comes first in `preferred`, a list of locale names such as "de-AT" or
+/// "en_GB.UTF-8"; the fallback when none does.
+std::string bestTextLanguage(const std::vector<std::string>& preferred);
+
+/// What `localizedText` uses from now on; English until this is called. To be called before other threads ask
+/// for texts.
+void setTextLocale(const TextLocale& locale);
+const TextLocale& textLocale();
+
+}  // namespace zeb

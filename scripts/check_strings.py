@@ -1,0 +1,73 @@
+#!/usr/bin/env python3
+"""Checks the string tables in resources/strings/ against each other and against the code.
+
+    check_strings.py [ROOT]
+
+Prints one line per fault and exits with 1 when there is one, with 2 when there is nothing to check:
+
+- a key that one language has and another has not;
+- a text whose specifiers ask for other arguments than the same text of the first language (en);
+- a key that code or QML asks for (`localizedText("key"...`) and no table has.
+"""
+
+import pathlib
+import re
+import sys
+
+ENTRY = re.compile(r'^"((?:[^"\\]|\\.)*)"\s*=\s*"((?:[^"\\]|\\.)*)";', re.MULTILINE)
+SPECIFIER = re.compile(r"%(?:(%)|(?:(\d+)\$)?(?:\.\d+)?(lld|f|@))")
+USE = re.compile(r'\blocalizedText\(\s*"((?:[^"\\]|\\.)*)"')
+ROOMS = ("platform", "codec", "format", "conversion", "player", "ui", "app", "cli")
+FIRST = "en"
+
+
+def specifiers(text):
+    """The type that a text wants for each argument, by its position; a mistake's text when it contradicts itself."""
+    wanted, following = {}, 1
+    for percent, position, kind in SPECIFIER.findall(text):
+        if percent:
+            continue
+        if position:
+            index = int(position)
+        else:
+            index, following = following, following + 1
+        if wanted.setdefault(index, kind) != kind:
+            return f"argument {index} as two types"
+    return wanted
+
+
+def faults(root):
+    tables = {path.stem: dict(ENTRY.findall(path.read_text("utf-8")))
+              for path in sorted((root / "resources/strings").glob("*.strings"))}
+    if FIRST not in tables or not tables[FIRST]:
+        sys.exit(2)
+    first = tables[FIRST]
+    for language, table in tables.items():
+        for key in sorted(first.keys() - table.keys()):
+            yield f"{language}: no text for \"{key}\""
+        for key in sorted(table.keys() - first.keys()):
+            yield f"{FIRST}: no text for \"{key}\", which {language} has"
+        for key, text in table.items():
+            wanted = specifiers(text)
+            if key in first and wanted != specifiers(first[key]):
+                yield f"{language}: \"{key}\" takes {wanted or 'nothing'}, in {FIRST} {specifiers(first[key]) or 'nothing'}"
+    for room in ROOMS:
+        for path in sorted((root / room).rglob("*")):
+            if path.suffix not in (".cpp", ".h", ".qml"):
+                continue
+            source = path.read_text("utf-8")
+            for use in USE.finditer(source):
+                if use.group(1) not in first:
+                    line = source.count("\n", 0, use.start()) + 1
+                    yield f"{path.relative_to(root)}:{line}: no table has \"{use.group(1)}\""
+
+
+def main():
+    root = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
+    found = list(faults(root))
+    print("\n".join(found) if found else "every text in every language")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
