@@ -15,6 +15,9 @@ enum class Kind { regular, folder, symbolicLink, other };
 /// seen.
 std::optional<Kind> kindOf(const std::string& path);
 
+/// Bytes of the regular file that `path` leads to; nothing when there is none or it cannot be seen.
+std::optional<std::uint64_t> sizeOf(const std::string& path);
+
 /// Whether both paths lead to the same file, through symbolic and hard links. False when either is missing.
 bool isSameFile(const std::string& first, const std::string& second);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -68,6 +69,8 @@ struct FakeFilm {
     double duration = 1;
     Grab grab;
     std::vector<Sound> soundTracks;
+    std::vector<SoundTrack>
+        soundTrackFacts;  ///< of as many tracks as are described; nothing is known of the rest
     bool soundStarts = true;
     std::optional<MediaError> soundCannotBeOpened;
 };
@@ -141,7 +144,9 @@ public:
     explicit FakeAsset(FakeFilm film, std::shared_ptr<FakeRecord> record = std::make_shared<FakeRecord>())
         : m_film(std::make_shared<const FakeFilm>(std::move(film))),
           m_record(std::move(record)),
-          m_soundTracks(m_film->soundTracks.size()) {}
+          m_soundTracks(m_film->soundTrackFacts) {
+        m_soundTracks.resize(std::max(m_film->soundTracks.size(), m_soundTracks.size()));
+    }
 
     const std::vector<VideoTrack>& videoTracks() const override { return m_film->videoTracks; }
     const std::vector<SoundTrack>& soundTracks() const override { return m_soundTracks; }

@@ -43,6 +43,12 @@ std::optional<Kind> kindOf(const std::string& path) {
     return kindFrom(status->st_mode);
 }
 
+std::optional<std::uint64_t> sizeOf(const std::string& path) {
+    const auto status = statusOf(path, ::stat);
+    if (!status || !S_ISREG(status->st_mode)) return std::nullopt;
+    return static_cast<std::uint64_t>(status->st_size);
+}
+
 bool isSameFile(const std::string& first, const std::string& second) {
     const auto one = statusOf(first, ::stat);
     const auto other = statusOf(second, ::stat);

@@ -1,0 +1,28 @@
+#include "conversion/OutputName.h"
+
+#include <filesystem>
+
+#include "conversion/SourceAnalysis.h"
+#include "platform/TextTrim.h"
+
+namespace zeb {
+
+std::string safeFileName(std::string_view text) {
+    std::string name(trimmed(text));
+    for (char& character : name) {
+        if (std::string_view("\\/:?%*|\"<>").find(character) != std::string_view::npos) character = '_';
+    }
+    return name;
+}
+
+std::string proposedOutputName(std::string_view title, const std::string& inputPath) {
+    std::string name = safeFileName(title);
+    if (name.empty() || name == "Untitled") name = proposedTitle(inputPath);
+    return name + ".zeb";
+}
+
+std::string outputBeside(const std::string& inputPath) {
+    return std::filesystem::path(inputPath).replace_extension(".zeb").string();
+}
+
+}  // namespace zeb

@@ -1,0 +1,187 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "conversion/AudioTrack.h"
+#include "conversion/SourceAnalysis.h"
+#include "conversion/model/ConverterServices.h"
+#include "conversion/model/RunReports.h"
+#include "conversion/model/SettingsModel.h"
+#include "platform/URL.h"
+
+namespace zeb {
+
+/// The converter behind the main window: the chosen files, the settings, the running job and all that the
+/// window shows of it. Main thread.
+///
+/// One job runs at a time. After a cancel the job goes on until it notices; a run that is started meanwhile
+/// begins when it has ended, and already counts as running. What arrives late from an earlier run goes to the
+/// log only, but its unfinished file is offered for deletion unless a later run writes to the same place.
+class ConverterViewModel final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString inputPath READ inputPath NOTIFY inputURLChanged)
+    Q_PROPERTY(QString outputPath READ outputPath NOTIFY outputURLChanged)
+    Q_PROPERTY(zeb::SettingsModel* settings READ settings CONSTANT)
+    Q_PROPERTY(QStringList audioTrackLabels READ audioTrackLabels NOTIFY availableAudioTracksChanged)
+    Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
+    Q_PROPERTY(double progress READ progress NOTIFY progressChanged)
+    Q_PROPERTY(QString statusText READ statusText NOTIFY statusTextChanged)
+    Q_PROPERTY(QString lastErrorText READ lastErrorText NOTIFY lastErrorChanged)
+    Q_PROPERTY(QString logText READ logText NOTIFY logLinesChanged)
+    Q_PROPERTY(bool canStart READ canStart NOTIFY canStartChanged)
+
+public:
+    static constexpr std::size_t maximumLogLines = RunReports::maximumLines;
+    static constexpr std::string_view lastInputDirKey = "ZEBMaker.lastInputDir";
+    static constexpr std::string_view lastOutputDirKey = "ZEBMaker.lastOutputDir";
+
+    explicit ConverterViewModel(ConverterServices services, QObject* parent = nullptr);
+    ~ConverterViewModel() override;
+
+    const std::optional<URL>& inputURL() const { return m_inputURL; }
+    const std::optional<URL>& outputURL() const { return m_outputURL; }
+    /// The last movie that was written to its end, until input, output or run change.
+    const std::optional<URL>& playableOutputURL() const { return m_playableOutputURL; }
+    SettingsModel* settings() { return &m_settings; }
+    const SettingsModel* settings() const { return &m_settings; }
+    const std::vector<AudioTrack>& availableAudioTracks() const { return m_availableAudioTracks; }
+    const std::optional<SourceInfo>& sourceInfo() const { return m_sourceInfo; }
+    bool isRunning() const { return m_isRunning; }
+    double progress() const { return m_progress; }  ///< 0 ... 1
+    QString statusText() const { return QString::fromStdString(m_statusText); }
+    const std::optional<std::string>& lastError() const { return m_lastError; }
+    /// The unfinished movie of a cancelled run, while the user has to decide about it.
+    const std::optional<URL>& cancelledOutputPendingDeletion() const {
+        return m_cancelledOutputPendingDeletion;
+    }
+    const std::deque<std::string>& logLines() const { return m_logLines; }
+
+    /// For windows: paths and texts that may be absent are empty then.
+    QString inputPath() const;
+    QString outputPath() const;
+    QString lastErrorText() const { return QString::fromStdString(m_lastError.value_or("")); }
+    QStringList audioTrackLabels() const;
+    QString logText() const;  ///< the lines, separated by line feeds
+
+    /// Whether a run could be started: input and output are there and none is running.
+    bool canStart() const;
+
+    /// Asks for a video with the open panel.
+    Q_INVOKABLE void chooseInput();
+    /// Takes a video over: proposes output and title, and analyses it in the background.
+    void setInput(const URL& url);
+    /// Asks for the place of the movie; nothing happens without an input.
+    Q_INVOKABLE void chooseOutput();
+    /// Starts a run, after asking for another place when the output's folder cannot be written to. Nothing
+    /// happens when `canStart` is false or that question is open.
+    Q_INVOKABLE void start();
+    Q_INVOKABLE void cancel();
+    Q_INVOKABLE void copyLog();
+    Q_INVOKABLE void keepCancelledOutput();
+    Q_INVOKABLE void deleteCancelledOutput();
+    void appendLog(const std::string& line);
+
+    /// Proposes size and rate for a source where the user has not set them.
+    void applyAutoSettings(int width, int height, int fps);
+    /// Shows an error of the window's own.
+    void setLastError(const std::optional<std::string>& text);
+
+signals:
+    void inputURLChanged();
+    void outputURLChanged();
+    void playableOutputURLChanged();
+    void availableAudioTracksChanged();
+    void sourceInfoChanged();
+    void isRunningChanged();
+    void progressChanged();
+    void statusTextChanged();
+    void lastErrorChanged();
+    void cancelledOutputPendingDeletionChanged();
+    void logLinesChanged();
+    void canStartChanged();
+
+private:
+    using RunNumber = std::int64_t;
+
+    struct Analysis {
+        std::optional<SourceInfo> info;  ///< nothing without a video track
+        std::vector<AudioTrack> tracks;
+        std::optional<std::string> failure;
+    };
+    struct Run {
+        RunNumber number = 0;
+        URL input;
+        URL output;
+        Settings settings;
+    };
+
+    template <typename T>
+    void publish(T& field, T value, void (ConverterViewModel::*changed)());
+    /// `work` such that it does nothing once this model is gone. To be called on the main thread.
+    template <typename Work>
+    auto whileAlive(Work work);
+    void publishInput(const std::optional<URL>& url);
+    void publishOutput(const std::optional<URL>& url);
+    void setStatus(const char* key);
+    void setRunning(bool isRunning);
+    void appendLogLines(std::deque<std::string> lines);
+
+    void applyAutoTitle(const std::string& path);
+    void analyzeSource(const URL& url);
+    void applyAnalysis(const Analysis& analysis);
+    void adaptSoundSettings();
+
+    void playReadySoundIfNeeded();
+    void ensureWritableOutput(const URL& output, std::function<void(bool)> answer);
+    void takeOutput(const std::string& path, const URL& url);
+    void beginRun();
+    void launch(const Run& run);
+    void takeReports(RunNumber number, RunReports& reports);
+    void runFinished(const Run& run);
+    void runFailed(const Run& run, bool wasCancelled, const std::string& text);
+    void runEnded(const Run& run);
+    void offerPartialFile(const URL& output);
+    bool isCurrent(RunNumber number) const { return number == m_runNumber; }
+
+    ConverterServices m_services;
+    SettingsModel m_settings;
+    std::optional<URL> m_inputURL;
+    std::optional<URL> m_outputURL;
+    std::optional<URL> m_playableOutputURL;
+    std::vector<AudioTrack> m_availableAudioTracks;
+    std::optional<SourceInfo> m_sourceInfo;
+    bool m_isRunning = false;
+    double m_progress = 0;
+    std::string m_statusText;
+    std::optional<std::string> m_lastError;
+    std::optional<URL> m_cancelledOutputPendingDeletion;
+    std::deque<std::string> m_logLines;
+
+    // What this model has proposed itself.
+    std::optional<std::string> m_lastAutoTitle;
+    std::optional<int> m_lastAutoWidth;
+    std::optional<int> m_lastAutoHeight;
+    std::optional<int> m_lastAutoFPS;
+
+    std::optional<std::string> m_lastReadySoundSignature;
+    bool m_outputWasUserSelected = false;
+    bool m_isAskingForOutput = false;
+
+    RunNumber m_runNumber = 0;        ///< of the latest start
+    std::optional<Task> m_task;       ///< of the latest run, until it is cancelled
+    std::optional<Run> m_activeRun;   ///< the one whose job has not ended
+    std::optional<Run> m_waitingRun;  ///< started while an earlier job still ends
+
+    std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
+};
+
+}  // namespace zeb
