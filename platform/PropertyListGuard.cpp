@@ -194,7 +194,23 @@ private:
         if (isContainer) return extentOfReferences(rest, kind == 0xD ? Pairs::yes : Pairs::no, size, depth);
         const std::uint64_t unit = kind == 0x6 ? 2 : 1;
         require(size <= rest.size() / unit);
+        // The library would change such texts, and keys with them, each time that it writes them.
+        if (kind == 0x5) requireASCII(rest.first(static_cast<std::size_t>(size)));
+        if (kind == 0x6) requireUTF16(rest.first(static_cast<std::size_t>(2 * size)));
         return {1, size * unit, 1};
+    }
+
+    static void requireASCII(std::span<const std::uint8_t> text) {
+        require(std::ranges::all_of(text, [](std::uint8_t byte) { return byte != 0 && byte < 0x80; }));
+    }
+    static void requireUTF16(std::span<const std::uint8_t> text) {
+        bool isInPair = false;
+        for (std::size_t i = 0; i < text.size(); i += 2) {
+            const std::uint64_t unit = number(text.subspan(i, 2));
+            require(unit != 0 && isInPair == (unit >= 0xDC00 && unit < 0xE000));
+            isInPair = unit >= 0xD800 && unit < 0xDC00;
+        }
+        require(!isInPair);
     }
 
     /// A size that stands in a whole number behind its object's first byte.
