@@ -54,6 +54,22 @@ public:
     void change(const std::string& key, std::optional<PropertyValue> value) {
         m_unsaved.insert_or_assign(key, std::move(value));
         applyUnsaved(m_tree);
+        save();
+        m_notifications.post(userDefaultsDidChangeNotification);
+    }
+
+    /// Once more, after it has failed.
+    void saveAgain() {
+        if (m_unsaved.empty()) return;
+        const PropertyDictionary former = m_values;
+        save();
+        if (m_values != former) m_notifications.post(userDefaultsDidChangeNotification);
+    }
+
+    bool contains(const std::string& key) const { return m_tree.contains(key); }
+
+private:
+    void save() {
         try {
             m_tree = m_file.update(m_tree, [this](PropertyListTree& tree) { applyUnsaved(tree); });
             m_unsaved.clear();
@@ -64,12 +80,8 @@ public:
         }
         m_values = dictionaryOf(m_tree);
         watch();
-        m_notifications.post(userDefaultsDidChangeNotification);
     }
 
-    bool contains(const std::string& key) const { return m_tree.contains(key); }
-
-private:
     void applyUnsaved(PropertyListTree& tree) const {
         for (const auto& [key, value] : m_unsaved) {
             if (value) {
@@ -171,7 +183,8 @@ PropertyDictionary PropertyListDefaults::dictionaryRepresentation() const {
 }
 
 void PropertyListDefaults::set(std::string_view key, const PropertyValue& value) {
-    if (object(key) != value) m_store->change(std::string(key), value);
+    if (object(key) == value) return m_store->saveAgain();
+    m_store->change(std::string(key), value);
 }
 
 void PropertyListDefaults::remove(std::string_view key) {

@@ -19,7 +19,7 @@ namespace zeb {
 ///
 /// A file that is no dictionary is set aside beside its place, as FILE.damaged, FILE.damaged-2 and so on, at
 /// the start or before a change is saved, with a warning. While saving fails, changes are kept in memory, and
-/// saved with the next one; the first failure is told.
+/// saved with the next one or when a value is set once more; the first failure is told.
 class PropertyListDefaults final : public UserDefaults {
 public:
     /// Hears warnings, one line each without its end.
