@@ -275,6 +275,28 @@ void addMovies(const Corpus& corpus) {
     addWritten("negative-width", {1, 0, 0, 255, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0, 1, 0, 1});
 }
 
+void addRequests(const Corpus& corpus) {
+    const auto add = [&](const char* name, const std::string& request) {
+        corpus.add("ParseAppAction", name, text(request));
+    };
+    add("play", "zebmaker://play?url=file%3A%2F%2F%2FUsers%2Fa%2Fclip.zeb");
+    add("encode-without-a-host", "zebmaker:encode?url=file:///Users/a/holiday.mov");
+    add("unknown-verb", "zebmaker:///x?a&url=file:///x/y.ZEB&url=B#end");
+    add("escaped-verb", "zebmaker://pl%61y?ur%6C=A+B");
+    add("escaped-twice", "zebmaker://encode?url=file:///50%2525%2520off.mov");
+    add("file-with-detours", "FILE://localhost/a/./b//../%63/.d.e/");
+    add("file-relative", "file:../a/..//../b.zeb");
+    add("file-elsewhere", "file://u:p@server:80/share/../x.zeb");
+    add("escaped-nul", "file:///a%00/b.zeb");
+    add("stray-percent-signs", "file:///100%/%zz%4/x.mov%");
+    add("characters-to-escape", "http://\xC3\xA4 b@c@d/[1]\xFF<x>?{y}|^`\"\\#z#[");
+    add("ipv6", "http://[1:2::3:255.0.10.9%25eth%30]:8080/");
+    add("ipv6-whole", "//[1:2:3:4:5:6:7:8]?");
+    add("ip-future", "s+1.-:[v1.a:b]//[v1F.a:b]:");
+    add("bad-port", "http://host:80a/");
+    add("no-scheme", "1a:b");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -287,5 +309,6 @@ int main(int argc, char** argv) {
     addFrames(corpus);
     addHeaders(corpus);
     addMovies(corpus);
+    addRequests(corpus);
     return 0;
 }
