@@ -56,6 +56,7 @@ TEST(AppActionRouter, IsOneForTheProcess) {
     std::vector<AppActionRouter*> seen(8);
     {
         std::vector<std::jthread> threads;
+        threads.reserve(seen.size());
         for (AppActionRouter*& router : seen)
             threads.emplace_back([&router] { router = &AppActionRouter::shared(); });
     }
