@@ -2,10 +2,10 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <thread>
