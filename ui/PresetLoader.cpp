@@ -15,7 +15,8 @@ char lowerLatin(char character) {
 
 bool mentionsPresets(std::string_view key) {
     static constexpr std::string_view word = "preset";
-    return !std::ranges::search(key, word, {}, lowerLatin).empty();
+    const auto isSame = [](char left, char right) { return lowerLatin(left) == right; };
+    return std::search(key.begin(), key.end(), word.begin(), word.end(), isSame) != key.end();
 }
 
 /// Elements that are no dictionaries are passed over.
