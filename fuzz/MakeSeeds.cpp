@@ -406,7 +406,6 @@ int main(int argc, char** argv) {
     addHeaders(corpus);
     addMovies(corpus);
     addRequests(corpus);
-
     addPropertyLists(corpus);
     addPresets(corpus);
     return 0;
