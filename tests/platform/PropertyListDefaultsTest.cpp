@@ -250,6 +250,9 @@ TEST_F(PropertyListDefaultsTest, GoesOnInMemoryWhereItCannotWrite) {
     EXPECT_EQ(instance.announcements, 4);
     EXPECT_THAT(instance.warnings, ElementsAre(HasSubstr("cannot be saved: ")));
     fs::remove(m_folder.file("zebmaker"));
+    instance.defaults.set("c", 3);
+    EXPECT_EQ(listIn(m_path), (PropertyDictionary{{"a", 1}, {"c", 3}})) << "once more is another try";
+    EXPECT_EQ(instance.announcements, 4);
     instance.defaults.set("d", 4);
     EXPECT_EQ(listIn(m_path), (PropertyDictionary{{"a", 1}, {"c", 3}, {"d", 4}}));
 
