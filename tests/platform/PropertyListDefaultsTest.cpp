@@ -146,12 +146,14 @@ TEST_F(PropertyListDefaultsTest, TwoInstancesLoseNothingOfEachOther) {
         other.defaults.set("other" + std::to_string(i), i);
     }
     one.defaults.remove("other4");  // not heard of yet: nothing to remove
-    while (!one.defaults.object("other4")) one.actor.awaitWork();
+    while (!one.defaults.object("other4"))
+        one.actor.awaitWork();
     EXPECT_EQ(listIn(m_path).size(), 10u);
     one.defaults.remove("other4");
     EXPECT_EQ(listIn(m_path).size(), 9u);
     EXPECT_EQ(other.defaults.integer("one4"), 4) << "its last saving read everything";
-    while (other.defaults.object("other4")) other.actor.awaitWork();
+    while (other.defaults.object("other4"))
+        other.actor.awaitWork();
 }
 
 TEST_F(PropertyListDefaultsTest, AnnouncesChangesOfOthersOnce) {
