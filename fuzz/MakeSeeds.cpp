@@ -296,6 +296,7 @@ void addRequests(const Corpus& corpus) {
     add("ip-future", "s+1.-:[v1.a:b]//[v1F.a:b]:");
     add("bad-port", "http://host:80a/");
     add("no-scheme", "1a:b");
+}
 
 /// A binary property list of these objects, the first at the top; offsets and references have one byte.
 Bytes binaryList(std::initializer_list<Bytes> objects) {
@@ -333,9 +334,9 @@ void addPropertyLists(const Corpus& corpus) {
     add("xml-entities", text("<?xml version=\"1.0\"?><!DOCTYPE plist [<!ENTITY a \"aa\">]><plist><string>&a;"
                              "</string></plist>"));
     add("xml-quotes", text("<plist a='\"'><array><plist b=\"'\"></plist></array></plist>"));
-    add("old",
-        text("/* a */ { name = \"QL \\\"Demo\\\" \\U00e4\\344\"; size = (640, 480,); b = <0fbd77 1c>; c; } "
-             "// end"));
+    add("old", text("/* a */ { name = \"QL \\\"Demo\\\" \\U00e4\\344\"; size = (640, 480,); b = <0fbd77 "
+                    "1c>; c; } "
+                    "// end"));
     add("old-utf-16", {0xFF, 0xFE, '(', 0,    '"',  0,    0xE4, 0,    '"', 0,   ',',
                        0,    '\'', 0,   0x3C, 0xD8, 0x4E, 0xDF, '\'', 0,   ')', 0});
     add("old-nextstep", text("(\"\xD9\", a.b/c)"));
@@ -367,7 +368,8 @@ void addPresets(const Corpus& corpus) {
     const auto add = [&](const char* name, const Bytes& stored) { corpus.add("LoadPresets", name, stored); };
     add("editor",
         text("[{\"id\":\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\",\"name\":\"\u00c4 4K\",\"width\":3840,"
-             "\"height\":2160},{\"id\":\"e621e1f8-c36c-495a-93fc-0c247a3e6e5f\",\"name\":\"\",\"width\":64,"
+             "\"height\":2160},{\"id\":\"e621e1f8-c36c-495a-93fc-0c247a3e6e5f\",\"name\":\"\",\"width\":"
+             "64,"
              "\"height\":64.0}]"));
     add("main-window", text("[{\"id\":\"a\",\"name\":\"B\",\"width\":0,\"height\":-9223372036854775808}]"));
     add("records", text("[{\"title\":\"Clip\",\"w\":\"640 px\",\"presetH\":480.7,\"uuid\":\"u\",\"x\":[{}]},"

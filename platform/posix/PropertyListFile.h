@@ -14,8 +14,8 @@ namespace zeb {
 /// in one step, so that whoever reads, even after the power has failed, finds the old contents or the new
 /// ones.
 ///
-/// A symbolic link is followed and stays; the file keeps its permission bits and its form (XML or binary). One
-/// that may not be written is not replaced either.
+/// A symbolic link is followed and stays; the file keeps its permission bits and its form (XML or binary).
+/// One that may not be written is not replaced either.
 class PropertyListFile {
 public:
     using Warn = std::function<void(const std::string& text)>;
