@@ -137,6 +137,7 @@ private:
             }
             if (failure) m_mixer.dropAll(error);
         }
+        SDL_TLSCleanup();  // SDL does it for its own threads only
         const std::lock_guard lock(m_mutex);
         m_hasEnded = true;
         m_changed.notify_all();
