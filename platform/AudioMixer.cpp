@@ -19,11 +19,10 @@ constexpr int fadesPerSecond = 200;  // a stopped source is gone after 5 ms, too
 /// One source as it plays.
 class AudioMixer::Voice {
 public:
-    Voice(std::shared_ptr<AudioSource> source, AudioOutput::Finished finished, int rate)
-        : m_source(std::move(source)), m_finished(std::move(finished)) {
-        setSampleRate(rate);
-    }
+    Voice(std::shared_ptr<AudioSource> source, AudioOutput::Finished finished)
+        : m_source(std::move(source)), m_finished(std::move(finished)) {}
 
+    /// Comes before the first `addTo`.
     void setSampleRate(int rate) {
         m_converter.reset();
         if (m_source->sampleRate() != rate) m_converter.emplace(m_source->sampleRate(), rate);
@@ -71,7 +70,6 @@ void AudioMixer::resume(int rate) {
     const std::lock_guard lock(m_mutex);
     m_isSuspended = false;
     m_silentFrames = 0;
-    if (rate == m_rate) return;
     m_rate = rate;
     for (const auto& voice : m_voices)
         voice->setSampleRate(rate);
@@ -86,7 +84,9 @@ bool AudioMixer::suspendIfSilentFor(std::int64_t frames) {
 
 void AudioMixer::start(std::shared_ptr<AudioSource> source, AudioOutput::Finished finished) {
     const std::lock_guard lock(m_mutex);
-    m_voices.push_back(std::make_unique<Voice>(std::move(source), std::move(finished), m_rate));
+    m_voices.push_back(std::make_unique<Voice>(std::move(source), std::move(finished)));
+    // Making a converter may take milliseconds, which whoever resumes has and the caller here may not.
+    if (!m_isSuspended) m_voices.back()->setSampleRate(m_rate);
     m_silentFrames = 0;
 }
 

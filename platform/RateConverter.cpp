@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
+#include <map>
+#include <mutex>
 #include <numbers>
 
 namespace zeb {
@@ -57,11 +59,14 @@ public:
         }
     }
 
-    /// Full bandwidth serves every conversion upwards, so that table is made once.
+    /// Tables are kept: all conversions upwards share one, and a device has few rates.
     static std::shared_ptr<const Kernel> forBandwidth(double bandwidth) {
-        if (bandwidth < 1) return std::make_shared<const Kernel>(bandwidth);
-        static const auto full = std::make_shared<const Kernel>(1);
-        return full;
+        static std::mutex mutex;
+        static std::map<double, std::shared_ptr<const Kernel>> kernels;
+        const std::lock_guard lock(mutex);
+        auto& kernel = kernels[bandwidth];
+        if (!kernel) kernel = std::make_shared<const Kernel>(bandwidth);
+        return kernel;
     }
 
     std::size_t taps() const { return 2 * static_cast<std::size_t>(m_half); }

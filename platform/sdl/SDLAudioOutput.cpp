@@ -3,6 +3,7 @@
 #include "platform/sdl/SDLAudioOutput.h"
 
 #include <SDL.h>
+#include <dlfcn.h>
 
 #include <condition_variable>
 #include <mutex>
@@ -20,6 +21,19 @@ constexpr int preferredRate = 48000;
 constexpr int bufferFrames = 512;  // about 10 ms: starts and stops are felt as immediate
 constexpr std::chrono::seconds patienceAtEnd{1};
 
+void ignoreMessage(const char*, int, const char*, int, const char*, ...) {}
+
+/// ALSA writes its search for a device to standard error, several lines each time. Having none is no error.
+void silenceALSA() {
+    using Handler =
+        void (*)(const char* file, int line, const char* function, int error, const char* format, ...);
+    void* const library = ::dlopen("libasound.so.2", RTLD_LAZY | RTLD_LOCAL);
+    if (!library) return;
+    const auto setHandler = reinterpret_cast<int (*)(Handler)>(::dlsym(library, "snd_lib_error_set_handler"));
+    if (setHandler) setHandler(&ignoreMessage);
+    // The library stays loaded: a copy that is loaded later would be talkative again.
+}
+
 /// SDL's connection to the sound system with one open device, which asks `render` for samples on a thread of
 /// its own.
 class Device {
@@ -27,6 +41,8 @@ public:
     using Render = void (*)(void* owner, std::span<float> samples);
 
     Device(Render render, void* owner) : m_render(render), m_owner(owner) {
+        static const bool isSilenced = (silenceALSA(), true);
+        static_cast<void>(isSilenced);
         // Interrupts belong to the application.
         SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
         SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "ZEBMaker");
@@ -121,6 +137,7 @@ private:
             }
             if (failure) m_mixer.dropAll(error);
         }
+        SDL_TLSCleanup();  // SDL does it for its own threads only
         const std::lock_guard lock(m_mutex);
         m_hasEnded = true;
         m_changed.notify_all();
