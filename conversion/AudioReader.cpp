@@ -104,6 +104,10 @@ Pass decodeOnce(const Request& request, const std::optional<SoundFormat>& fixedF
     return pass;
 }
 
+std::size_t nearestTrack(int index, std::size_t count) {
+    return std::min(static_cast<std::size_t>(std::max(index, 0)), count - 1);
+}
+
 std::string formatLine(const Pass& pass, const Request& request) {
     const std::uint64_t sourceFrames = SoundResampler::sourceFrames(pass.samples, pass.format);
     const std::uint64_t frames = SoundResampler::targetFrames(sourceFrames, pass.format, request.targetRate);
@@ -127,9 +131,12 @@ SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channe
         say("Kein Audio-Track – schreibe ohne Audio.");
         return {};
     }
-    const std::size_t track = std::min(static_cast<std::size_t>(std::max(trackIndex, 0)), count - 1);
-    const Request request{asset,    track,         targetRate,
-                          channels, maximumFrames, isCancelled ? isCancelled : [] { return false; }};
+    const Request request{asset,
+                          nearestTrack(trackIndex, count),
+                          targetRate,
+                          channels,
+                          maximumFrames,
+                          isCancelled ? isCancelled : [] { return false; }};
     try {
         Pass pass = decodeOnce(request, {});
         if (pass.formatChanged) {
@@ -146,6 +153,35 @@ SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channe
         }
         say(formatLine(pass, request));
         return std::move(pass.bytes);
+    } catch (const MediaError& error) {
+        if (error.code() == MediaError::interrupted) throw ZEBConverterError::cancelled();
+        throw;
+    }
+}
+
+bool AudioReader::hasSound(const MediaAsset& asset, int targetRate, int trackIndex,
+                           const IsCancelled& isCancelled) {
+    // So many that a change of rate or channels further on cannot make them none.
+    constexpr std::uint64_t plenty = 1024;
+    const std::size_t count = asset.soundTracks().size();
+    if (count == 0) return false;
+    try {
+        const IsCancelled mayStop = isCancelled ? isCancelled : [] { return false; };
+        const auto reader = asset.makeSoundReader(nearestTrack(trackIndex, count), mayStop);
+        if (!reader->startReading()) return false;
+        SoundFormat format;
+        std::uint64_t samples = 0;
+        std::uint64_t frames = 0;
+        while (frames < plenty) {
+            if (mayStop()) throw ZEBConverterError::cancelled();
+            const std::optional<SampleBuffer> buffer = nextBuffer(*reader);
+            if (!buffer) break;
+            format = reportedFormat(*buffer).value_or(format);
+            samples += buffer->samples.size();
+            frames = SoundResampler::targetFrames(SoundResampler::sourceFrames(samples, format), format,
+                                                  targetRate);
+        }
+        return frames > 0;
     } catch (const MediaError& error) {
         if (error.code() == MediaError::interrupted) throw ZEBConverterError::cancelled();
         throw;

@@ -30,6 +30,11 @@ public:
     static SoundBytes read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
                            const IsCancelled& isCancelled, const std::function<void(const std::string&)>& log,
                            std::uint64_t maximumFrames = allFrames);
+
+    /// Whether `read` would give any sound: decodes the track's beginning, no more of it than that takes.
+    /// Throws as `read` does.
+    static bool hasSound(const MediaAsset& asset, int targetRate, int trackIndex,
+                         const IsCancelled& isCancelled);
 };
 
 }  // namespace zeb

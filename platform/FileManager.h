@@ -30,6 +30,10 @@ void removeFile(const std::string& path);
 /// replaced. Throws `FileError`.
 void moveFile(const std::string& from, const std::string& to);
 
+/// Bytes of its file system that removing the file at `path` would free: 0 when nothing is there, and for
+/// what is no regular file (a link) or has other names.
+std::uint64_t spaceFreedByRemoving(const std::string& path);
+
 /// Bytes that an unprivileged user may still write to the file system of the folder `folder`; nothing if
 /// unknown.
 std::optional<std::uint64_t> freeSpace(const std::string& folder);

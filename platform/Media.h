@@ -76,6 +76,12 @@ struct GrabSchedule {
     MediaTime at(std::int64_t index) const;
 };
 
+/// A picture and when it is shown, in seconds from the start of the presentation.
+struct TimedPicture {
+    double time = 0;
+    std::shared_ptr<const Picture> picture;
+};
+
 /// Grabs the pictures of the first video track. Used by one thread at a time.
 class ImageGenerator {
 public:
@@ -93,6 +99,17 @@ public:
     /// Throws `MediaError::cannotDecode` when the picture on screen at that moment is damaged (later grabs
     /// may work again), `MediaError::interrupted` on cancellation.
     virtual std::shared_ptr<const Picture> copyImage(MediaTime time) = 0;
+
+    /// A picture near `time` for the price of a single one, for who wants to know what the film looks like
+    /// thereabouts: the last one at or before it that can be decoded without any other, or the first of that
+    /// kind after it where the container leads no nearer. A source that cannot be searched is read up to
+    /// `time` but not decoded, and then only ascending times find the nearest picture. Two calls that find
+    /// the same picture return the same object; it is not that of `copyImage`.
+    ///
+    /// Ends what `expect` announced; changes no picture that `copyImage` gives later. Throws
+    /// `MediaError::cannotDecode` when there is no such picture or it is damaged, `MediaError::interrupted`
+    /// on cancellation.
+    virtual TimedPicture copyKeyImage(MediaTime time) = 0;
 };
 
 /// Some decoded sound.

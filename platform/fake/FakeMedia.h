@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -68,6 +69,7 @@ struct FakeFilm {
     std::vector<VideoTrack> videoTracks{{{640, 480}, {}, 10}};
     double duration = 1;
     Grab grab;
+    double keyDistance = 0;  ///< seconds from one key picture to the next; 0 = every picture is one
     std::vector<Sound> soundTracks;
     std::vector<SoundTrack>
         soundTrackFacts;  ///< of as many tracks as are described; nothing is known of the rest
@@ -89,6 +91,7 @@ struct FakeRecord {
     std::mutex mutex;
     std::optional<GrabSchedule> schedule;
     std::vector<double> grabTimes;
+    std::vector<double> keyGrabTimes;
     std::vector<std::size_t> soundReaders;  ///< the track of each one made
 };
 
@@ -112,10 +115,25 @@ public:
         return m_film->grab(time.seconds(), m_isCancelled);
     }
 
+    TimedPicture copyKeyImage(MediaTime time) override {
+        const double distance = m_film->keyDistance;
+        const double keyTime =
+            distance > 0 ? std::floor(time.seconds() / distance) * distance : time.seconds();
+        {
+            const std::lock_guard lock(m_record->mutex);
+            m_record->keyGrabTimes.push_back(keyTime);
+        }
+        if (m_isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+        if (!m_key.picture || m_key.time != keyTime)
+            m_key = {keyTime, m_film->grab(keyTime, m_isCancelled)};
+        return m_key;
+    }
+
 private:
     std::shared_ptr<const FakeFilm> m_film;
     std::shared_ptr<FakeRecord> m_record;
     IsCancelled m_isCancelled;
+    TimedPicture m_key;
 };
 
 class FakeSoundReader final : public SoundReader {

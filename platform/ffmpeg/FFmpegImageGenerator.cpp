@@ -38,7 +38,7 @@ void FFmpegImageGenerator::expect(const GrabSchedule& schedule) {
 std::shared_ptr<const Picture> FFmpegImageGenerator::copyImage(MediaTime time) {
     const double target = time.seconds() + m_source->tolerance();
     if (!m_current && !m_next) {
-        if (target > farAhead) {
+        if (target > farAhead || m_isAtKey) {
             restart(target);
         } else {
             m_next = m_source->next();
@@ -59,6 +59,24 @@ std::shared_ptr<const Picture> FFmpegImageGenerator::copyImage(MediaTime time) {
     return m_current->picture;
 }
 
+TimedPicture FFmpegImageGenerator::copyKeyImage(MediaTime time) {
+    const bool hasDecoded = m_current || m_next;
+    m_current.reset();
+    m_next.reset();
+    // Without seeking, only what lies ahead is found.
+    if (hasDecoded && !m_source->canSeek()) start(std::make_unique<Demuxer>(m_path, m_isCancelled));
+    m_isAtKey = true;
+    const std::optional<double> keyTime = m_source->findKey(time.seconds() + m_source->tolerance());
+    if (!keyTime) throw MediaError(MediaError::cannotDecode, "No picture can be decoded");
+    if (!m_key || m_key->time != *keyTime) {
+        m_key.reset();
+        std::optional<Frame> frame = m_source->decodeKey();
+        if (!frame) throw MediaError(MediaError::cannotDecode, "The picture is damaged");
+        m_key = Shown{*keyTime, std::make_shared<FramePicture>(std::move(*frame), m_facts, m_tools)};
+    }
+    return {m_key->time, m_key->picture};
+}
+
 /// Makes the next frame the current one.
 void FFmpegImageGenerator::advance() {
     if (!m_next) return;
@@ -76,6 +94,7 @@ void FFmpegImageGenerator::restart(double target) {
     m_current.reset();
     m_next.reset();
     m_currentIsFirst = false;
+    m_isAtKey = false;
     for (const double stepBack : stepsBack) {
         const double from = target - stepBack;
         if (from <= 0 || !m_source->seek(from)) break;

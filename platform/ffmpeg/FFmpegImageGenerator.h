@@ -19,6 +19,7 @@ public:
 
     void expect(const GrabSchedule& schedule) override;
     std::shared_ptr<const Picture> copyImage(MediaTime time) override;
+    TimedPicture copyKeyImage(MediaTime time) override;
 
 private:
     struct Shown {
@@ -40,6 +41,8 @@ private:
     std::unique_ptr<FrameSource> m_source;
     std::optional<Shown> m_current;    ///< the picture on screen at the last grab
     std::optional<TimedFrame> m_next;  ///< the one after it
+    std::optional<Shown> m_key;        ///< the last key picture that was grabbed
+    bool m_isAtKey = false;            ///< `m_source` was left at a key picture
     bool m_currentIsFirst = false;     ///< nothing comes before `m_current`
 };
 

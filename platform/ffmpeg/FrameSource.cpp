@@ -1,6 +1,7 @@
 #include "platform/ffmpeg/FrameSource.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <span>
 #include <utility>
@@ -458,6 +459,75 @@ bool FrameSource::seek(double time) {
     m_lastHandedOut.reset();
     m_known.reset();
     return true;
+}
+
+/// Takes the packet just read for one that the search has passed, or keeps it; its time.
+double FrameSource::passPacket() {
+    const std::int64_t stamp = m_packet->pts;
+    const double time = m_timing == Timing::byCounting || stamp == AV_NOPTS_VALUE
+                            ? static_cast<double>(m_passed) * m_facts.frameDuration()
+                            : seconds(stamp);
+    ++m_passed;
+    if ((m_packet->flags & AV_PKT_FLAG_KEY) != 0) {
+        m_key = std::exchange(m_packet, makePacket());
+        m_keyTime = time;
+    } else {
+        av_packet_unref(m_packet.get());
+    }
+    return time;
+}
+
+void FrameSource::readUpToKey(double time) {
+    while (m_passedUpTo < time && readPacket())
+        m_passedUpTo = passPacket();
+}
+
+std::optional<double> FrameSource::findKey(double time) {
+    // Only the first packet tells how the stream is timed, and so whether it can seek.
+    if (!m_timing && readPacket()) m_passedUpTo = passPacket();
+    if (!canSeek()) {
+        readUpToKey(time);
+        return m_key ? std::optional(m_keyTime) : std::nullopt;
+    }
+    m_key.reset();
+    // Some containers lead to a key packet behind the time, or to none near the end.
+    constexpr std::array stepsBack = {0.0, 1.0, 10.0};
+    for (const double stepBack : stepsBack) {
+        const double from = std::max(time - stepBack, 0.0);
+        if (!seek(from)) break;
+        if (readPacket()) passPacket();
+        if (from <= 0 || (m_key && m_keyTime <= time)) break;
+    }
+    return m_key ? std::optional(m_keyTime) : std::nullopt;
+}
+
+std::optional<Frame> FrameSource::decodeKey() {
+    if (!m_key) return std::nullopt;
+    avcodec_flush_buffers(m_decoder.get());
+    m_decoder->skip_frame = AVDISCARD_DEFAULT;
+    m_deinterlacer.reset();
+    m_ready.clear();
+    m_hasLastTime = false;
+    m_framesEnded = false;
+    m_known.reset();
+    m_sawDamage = false;
+    send(m_key.get());
+    // The second field may come in a packet of its own.
+    const AVFieldOrder order = m_demuxer->format()->streams[m_facts.stream]->codecpar->field_order;
+    if (order != AV_FIELD_PROGRESSIVE && order != AV_FIELD_UNKNOWN && canSeek() && readPacket()) {
+        send(m_packet.get());
+        av_packet_unref(m_packet.get());
+    }
+    send(nullptr);
+    if (m_deinterlacer && !m_framesEnded) {
+        m_deinterlacer->push(nullptr);
+        pullDeinterlaced();
+    }
+    m_deinterlacer.reset();
+    if (m_sawDamage.exchange(false) || m_ready.empty()) return std::nullopt;
+    Frame frame = std::move(m_ready.front().frame);
+    m_ready.clear();
+    return frame;
 }
 
 }  // namespace zeb::ffmpeg

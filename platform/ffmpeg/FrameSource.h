@@ -62,6 +62,14 @@ public:
     /// the container cannot seek.
     bool seek(double time);
 
+    /// Looks for a packet whose picture can be decoded without any other: the last one at or before `time`,
+    /// else the nearest that is found. Its time, or nothing. Packets are read but not decoded; where the
+    /// source cannot seek, from where the last search ended. Afterwards only `findKey`, `decodeKey` and `seek`.
+    std::optional<double> findKey(double time);
+
+    /// The picture that `findKey` has found; nothing when it is damaged.
+    std::optional<Frame> decodeKey();
+
 private:
     enum class Timing {
         byPresentation,  ///< packets carry display times
@@ -90,6 +98,8 @@ private:
     double seconds(std::int64_t timestamp) const;
     bool startsGroup(const AVPacket& packet) const;
     bool isShown(const AVPacket& packet) const;
+    void readUpToKey(double time);
+    double passPacket();
 
     std::unique_ptr<Demuxer> m_demuxer;
     OpenDemuxer m_reopen;
@@ -120,6 +130,11 @@ private:
     std::deque<std::int64_t> m_groupStarts;  ///< stamps of the latest packets that depend on none before them
     std::optional<double> m_lastHandedOut;   ///< time of the last frame that `next` returned
     std::optional<double> m_known;  ///< frames up to this time were handed out before damage was seen
+
+    Packet m_key;  ///< what `findKey` has found
+    double m_keyTime = 0;
+    double m_passedUpTo = 0;  ///< how far a search without seeking has come
+    std::int64_t m_passed = 0;
 
     std::unique_ptr<Deinterlacer> m_deinterlacer;
     std::deque<TimedFrame> m_ready;

@@ -71,6 +71,13 @@ void moveFile(const std::string& from, const std::string& to) {
     if (::rename(from.c_str(), to.c_str()) != 0) throw FileError(to, errno);
 }
 
+std::uint64_t spaceFreedByRemoving(const std::string& path) {
+    const auto status = statusOf(path, ::lstat);
+    if (!status || !S_ISREG(status->st_mode) || status->st_nlink != 1) return 0;
+    constexpr std::uint64_t block = 512;  // the unit of st_blocks, whatever the file system's own
+    return static_cast<std::uint64_t>(status->st_blocks) * block;
+}
+
 std::optional<std::uint64_t> freeSpace(const std::string& folder) {
     struct statvfs status {};
     if (::statvfs(folder.c_str(), &status) != 0) return std::nullopt;

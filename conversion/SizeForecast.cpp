@@ -1,0 +1,284 @@
+#include "conversion/SizeForecast.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cassert>
+#include <cmath>
+#include <exception>
+#include <filesystem>
+#include <limits>
+#include <mutex>
+#include <numeric>
+#include <thread>
+
+#include "codec/SpriteEncoder.h"
+#include "conversion/AudioReader.h"
+#include "conversion/MovieSize.h"
+#include "format/Layout.h"
+#include "platform/FileManager.h"
+
+namespace zeb {
+
+namespace {
+
+using RecordSizes = std::vector<std::uint64_t>;
+
+double meanOf(const RecordSizes& sizes) {
+    return std::accumulate(sizes.begin(), sizes.end(), 0.0) / static_cast<double>(sizes.size());
+}
+
+/// The standard error of the mean as a part of it.
+std::optional<double> uncertaintyOf(const RecordSizes& sizes) {
+    if (sizes.size() < 2) return std::nullopt;
+    const double mean = meanOf(sizes);
+    double squares = 0;
+    for (const std::uint64_t size : sizes)
+        squares += (static_cast<double>(size) - mean) * (static_cast<double>(size) - mean);
+    const auto count = static_cast<double>(sizes.size());
+    return std::sqrt(squares / (count - 1) / count) / mean;
+}
+
+/// The sizes raised by twice the uncertainty of their mean.
+RecordSizes raised(RecordSizes sizes) {
+    const double factor = 1 + 2 * uncertaintyOf(sizes).value_or(0);
+    for (std::uint64_t& size : sizes)
+        size = static_cast<std::uint64_t>(std::ceil(static_cast<double>(size) * factor));
+    return sizes;
+}
+
+std::optional<std::int64_t> firstSecondWithoutSpace(const MovieSize& size, std::int64_t seconds,
+                                                    std::optional<std::uint64_t> freeSpace) {
+    if (!freeSpace || size.fileBytes() <= *freeSpace) return std::nullopt;
+    std::int64_t low = 0;
+    std::int64_t high = seconds - 1;  // it ends, at the latest, beyond the space
+    while (low < high) {
+        const std::int64_t middle = low + (high - low) / 2;
+        if (size.startOfSecond(middle + 1) > *freeSpace) {
+            high = middle;
+        } else {
+            low = middle + 1;
+        }
+    }
+    return low;
+}
+
+/// One forecast at work: the case, and where sizes of records come from.
+class Forecasting {
+public:
+    using SizesAt = std::function<RecordSizes(FrameSize)>;
+
+    Forecasting(const ForecastCase& about, ForecastBasis basis, SizesAt sizesAt)
+        : m_about(about), m_basis(basis), m_sizesAt(std::move(sizesAt)) {}
+
+    SizeForecast make() const;
+
+private:
+    bool fits(const ConversionPlan& plan, const RecordSizes& sizes) const {
+        const MovieSize size(plan, m_about.settings.title, m_about.sound.channels, sizes);
+        return !size.firstRefusedSecond() && (!m_about.freeSpace || size.fileBytes() <= *m_about.freeSpace);
+    }
+    std::optional<int> largestRate(const RecordSizes& sizes) const;
+    std::optional<FrameSize> largestSize(const RecordSizes& sizes) const;
+    FrameSize requestFor(int longerSide) const;
+    ConversionPlan planFor(FrameSize request) const;
+    double bytesPerRecordLeft() const;
+
+    const ForecastCase& m_about;
+    const ForecastBasis m_basis;
+    const SizesAt m_sizesAt;
+};
+
+SizeForecast Forecasting::make() const {
+    const ConversionPlan& plan = m_about.plan;
+    const RecordSizes sizes = m_sizesAt(plan.size);
+    const MovieSize size(plan, m_about.settings.title, m_about.sound.channels, sizes);
+
+    SizeForecast forecast;
+    forecast.plan = plan;
+    forecast.bytes = size.fileBytes();
+    forecast.bytesPerSecond = static_cast<double>(forecast.bytes) / static_cast<double>(plan.seconds);
+    forecast.basis = m_basis;
+    forecast.isExact = m_basis == ForecastBasis::arithmetic && m_about.sound.isCertain;
+    if (m_basis == ForecastBasis::samples) {
+        forecast.samples = static_cast<int>(sizes.size());
+        forecast.uncertainty = uncertaintyOf(sizes);
+    }
+    forecast.formatEndsAt = size.firstRefusedSecond();
+    forecast.freeSpace = m_about.freeSpace;
+    forecast.spaceEndsAt = firstSecondWithoutSpace(size, plan.seconds, m_about.freeSpace);
+    if (!forecast.fits()) {
+        const RecordSizes careful = m_basis == ForecastBasis::samples ? raised(sizes) : sizes;
+        forecast.suggestion.fps = largestRate(careful);
+        forecast.suggestion.size = largestSize(careful);
+    }
+    return forecast;
+}
+
+std::optional<int> Forecasting::largestRate(const RecordSizes& sizes) const {
+    ConversionPlan plan = m_about.plan;
+    int fitting = 0;
+    int tooHigh = plan.fps;
+    while (tooHigh - fitting > 1) {
+        plan.fps = fitting + (tooHigh - fitting) / 2;
+        plan.totalFrames = plan.seconds * plan.fps;
+        (fits(plan, sizes) ? fitting : tooHigh) = plan.fps;
+    }
+    return fitting > 0 ? std::optional(fitting) : std::nullopt;
+}
+
+/// Width and height for the settings, with so many pixels on the longer side of the frames.
+FrameSize Forecasting::requestFor(int longerSide) const {
+    const bool keepsAspect = m_about.settings.preserveAspect;
+    const std::int64_t width = keepsAspect ? m_about.plan.source.width : m_about.plan.size.width;
+    const std::int64_t height = keepsAspect ? m_about.plan.source.height : m_about.plan.size.height;
+    // Rounded up: the longer side shall be what limits the frames.
+    const auto other = [longerSide](std::int64_t shorter, std::int64_t longer) {
+        return static_cast<int>((longerSide * shorter + longer - 1) / longer);
+    };
+    if (width >= height) return {longerSide, other(height, width)};
+    return {other(width, height), longerSide};
+}
+
+ConversionPlan Forecasting::planFor(FrameSize request) const {
+    Settings settings = m_about.settings;
+    settings.width = request.width;
+    settings.height = request.height;
+    ConversionPlan plan = m_about.plan;
+    plan.size = targetSize(plan.source.width, plan.source.height, settings);
+    return plan;
+}
+
+/// What a record may have on average, judged by the mean alone; not negative.
+double Forecasting::bytesPerRecordLeft() const {
+    const ConversionPlan& plan = m_about.plan;
+    const double seconds = static_cast<double>(plan.seconds);
+    double perSecond = static_cast<double>(layout::maxWord) / std::max(seconds - 1, 1.0);
+    if (m_about.freeSpace) perSecond = std::min(perSecond, static_cast<double>(*m_about.freeSpace) / seconds);
+    const double rest = layout::sampleRate * m_about.sound.channels + 3.0 * layout::wordSize;
+    return std::max((perSecond - rest) / plan.fps - static_cast<double>(layout::wordSize), 0.0);
+}
+
+std::optional<FrameSize> Forecasting::largestSize(const RecordSizes& sizes) const {
+    constexpr int step = 8;
+    constexpr int smallestSide = 64;
+    const auto longerSide = [](FrameSize size) { return std::max(size.width, size.height); };
+    const auto pixels = [](FrameSize size) { return double{1} * size.width * size.height; };
+    const FrameSize now = m_about.plan.size;
+
+    // Every try costs encoding the samples, so the search goes by what the nearest try so far took per pixel.
+    const double allowed = bytesPerRecordLeft();
+    double bytesPerPixel = meanOf(sizes) / pixels(now);
+    int tooLarge = longerSide(now) / step;
+    int tooSmall = smallestSide / step - 1;
+    std::optional<FrameSize> fitting;
+    for (int tries = 0; tooLarge - tooSmall > 1; ++tries) {
+        constexpr int mostGuesses = 4;  // usually two or three find it
+        const double share = std::sqrt(allowed / bytesPerPixel / pixels(now));
+        const int guess = tries < mostGuesses ? static_cast<int>(share * longerSide(now) / step)
+                                              : (tooSmall + tooLarge) / 2;
+        const int side = std::clamp(guess, tooSmall + 1, tooLarge - 1);
+        const FrameSize request = requestFor(side * step);
+        const ConversionPlan plan = planFor(request);
+        RecordSizes tried = m_sizesAt(plan.size);
+        if (m_basis == ForecastBasis::samples) tried = raised(std::move(tried));
+        bytesPerPixel = meanOf(tried) / pixels(plan.size);
+        if (fits(plan, tried)) {
+            tooSmall = side;
+            fitting = request;
+        } else {
+            tooLarge = side;
+        }
+    }
+    return fitting;
+}
+
+}  // namespace
+
+SoundOutlook soundOutlook(const MediaAsset& asset, const Settings& settings) {
+    if (!settings.includeAudio || settings.audioChannels < 1 || asset.soundTracks().empty()) return {};
+    return {std::min(settings.audioChannels, 2), false};
+}
+
+SoundOutlook certainSoundOutlook(const MediaAsset& asset, const Settings& settings,
+                                 const IsCancelled& isCancelled) {
+    SoundOutlook outlook = soundOutlook(asset, settings);
+    if (outlook.isCertain) return outlook;
+    if (!AudioReader::hasSound(asset, layout::sampleRate, settings.audioTrackIndex, isCancelled)) return {};
+    outlook.isCertain = true;
+    return outlook;
+}
+
+std::optional<std::uint64_t> spaceFor(const std::string& output) {
+    const std::filesystem::path folder = std::filesystem::path(output).parent_path();
+    std::optional<std::uint64_t> space = files::freeSpace(folder.empty() ? "." : folder.string());
+    if (space) *space += files::spaceFreedByRemoving(output);
+    return space;
+}
+
+RecordSamples::RecordSamples(std::vector<std::shared_ptr<const Picture>> pictures, int threads)
+    : m_pictures(std::move(pictures)), m_threads(std::max(threads, 1)) {
+    assert(!m_pictures.empty());
+}
+
+const std::vector<std::uint64_t>& RecordSamples::at(FrameSize size, const IsCancelled& isCancelled) {
+    constexpr std::size_t mostKnown = 64;
+    const std::pair key(size.width, size.height);
+    const auto known = m_known.find(key);
+    if (known != m_known.end()) return known->second;
+    RecordSizes sizes = encode(size, isCancelled);
+    if (m_known.size() >= mostKnown) m_known.clear();
+    return m_known[key] = std::move(sizes);
+}
+
+RecordSizes RecordSamples::encode(FrameSize size, const IsCancelled& isCancelled) const {
+    RecordSizes sizes(m_pictures.size());  // 0: could not be drawn
+    std::atomic<std::size_t> next = 0;
+    std::atomic<bool> isInterrupted = false;
+    std::mutex mutex;
+    std::exception_ptr failure;
+    const auto work = [&] {
+        SpriteEncoder encoder;
+        for (std::size_t index = next++; index < m_pictures.size(); index = next++) {
+            if (isInterrupted || (isCancelled && isCancelled())) {
+                isInterrupted = true;
+                return;
+            }
+            try {
+                sizes[index] = encoder.encodeMode32Sprite(*m_pictures[index], size.width, size.height).size();
+            } catch (...) {
+                const std::lock_guard lock(mutex);
+                failure = std::current_exception();
+            }
+        }
+    };
+    {
+        std::vector<std::jthread> threads;
+        for (int i = 1; i < std::min(m_threads, static_cast<int>(m_pictures.size())); ++i)
+            threads.emplace_back(work);
+        work();
+    }
+    if (isInterrupted) throw MediaError(MediaError::interrupted, "interrupted");
+    std::erase(sizes, std::uint64_t{0});
+    if (sizes.empty()) std::rethrow_exception(failure);
+    return sizes;
+}
+
+SizeForecast forecastUpperBound(const ForecastCase& about) {
+    if (about.settings.qlModeNumber != 32) {
+        return Forecasting(about, ForecastBasis::arithmetic, [](FrameSize size) {
+                   return RecordSizes{mode4RecordBytes(size)};
+               }).make();
+    }
+    return Forecasting(about, ForecastBasis::bound, [](FrameSize size) {
+               return RecordSizes{mostMode32RecordBytes(size)};
+           }).make();
+}
+
+SizeForecast forecastSize(const ForecastCase& about, RecordSamples& samples, const IsCancelled& isCancelled) {
+    if (about.settings.qlModeNumber != 32) return forecastUpperBound(about);
+    return Forecasting(about, ForecastBasis::samples, [&](FrameSize size) {
+               return samples.at(size, isCancelled);
+           }).make();
+}
+
+}  // namespace zeb
