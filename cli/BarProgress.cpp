@@ -1,5 +1,6 @@
 #include "cli/BarProgress.h"
 
+#include "cli/ForecastText.h"
 #include "cli/ProgressLines.h"
 #include "cli/Text.h"
 
@@ -9,6 +10,11 @@ void BarProgress::began(const EncodeJob& job) {
     ProgressReporter::began(job);
     m_started = false;
     m_pacer = Pacer(std::chrono::milliseconds(100));
+}
+
+void BarProgress::forecast(const Settings&, const SizeForecast& forecast) {
+    clear();
+    console().writeLine(job().output + ": " + forecastLine(forecast));
 }
 
 void BarProgress::advanced(const ProgressState& state) {

@@ -14,6 +14,7 @@ public:
     using ProgressReporter::ProgressReporter;
 
     void began(const EncodeJob& job) override;
+    void forecast(const Settings& settings, const SizeForecast& forecast) override;
     void advanced(const ProgressState& state) override;
     void logged(const std::string& line) override;
     void warned(const std::string& line) override;

@@ -71,6 +71,8 @@ void declareEncodeArguments(CLI::App& parser, EncodeArguments& arguments) {
                    "a whole number from 0 to 256", "N",
                    "Threads to decode and to encode with [0: one per processor core]");
     parser.add_flag("--force", arguments.force, "Replace a movie that exists");
+    parser.add_flag("--estimate", arguments.estimate,
+                    "Write nothing, only tell how large the movie would be");
     addReportingOptions(parser, arguments.progress, arguments.verbose);
 }
 

@@ -28,8 +28,9 @@ struct EncodeArguments {
     int audioChannels = 2;  ///< 0 = no sound
     int track = 1;          ///< the sound track, from 1
     bool loop = false;
-    int threads = 0;     ///< 0 = one per processor core
-    bool force = false;  ///< replace an existing output
+    int threads = 0;        ///< 0 = one per processor core
+    bool force = false;     ///< replace an existing output
+    bool estimate = false;  ///< tell only how large the movies would be
     ProgressStyle progress = ProgressStyle::automatic;
     bool verbose = false;
 };

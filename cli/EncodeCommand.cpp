@@ -23,7 +23,8 @@ ExitCode encode(const EncodeArguments& arguments, Console& console) {
                                                arguments.verbose ? Verbosity::verbose : Verbosity::quiet);
     ExitCode result = ExitCode::done;
     for (const EncodeJob& job : jobs) {
-        const ExitCode code = Encoding(arguments, job, *library, *reporter).run();
+        Encoding encoding(arguments, job, *library, *reporter);
+        const ExitCode code = arguments.estimate ? encoding.estimate() : encoding.run();
         if (code == ExitCode::interrupted) return code;
         if (result == ExitCode::done) result = code;
     }
@@ -39,7 +40,11 @@ std::function<ExitCode()> declareEncode(CLI::App& parser, Console& console) {
         std::string(
             "The result goes to standard output, as does the progress; warnings, errors and the log go to\n"
             "standard error. An interrupt (Ctrl-C) finishes the movie at its last whole second; a second\n"
-            "one ends the program at once.\n\n") +
+            "one ends the program at once.\n\n"
+            "A conversion that will pass the format's 4 GiB or the free space is warned of and goes on as "
+            "far\n"
+            "as it can. --estimate ends with the code that it would end with: 1 beyond 4 GiB, 4 without the\n"
+            "space.\n\n") +
         exitCodeHelp);
     return [arguments, &console] { return encode(*arguments, console); };
 }

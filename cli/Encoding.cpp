@@ -2,12 +2,15 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <system_error>
+#include <thread>
 
 #include "cli/Failure.h"
+#include "cli/ForecastText.h"
 #include "cli/Interruption.h"
 #include "cli/OpenedSource.h"
 #include "cli/SpeedMeter.h"
@@ -44,12 +47,77 @@ ExitCode Encoding::run() {
     }
 }
 
+ExitCode Encoding::estimate() {
+    m_reporter.began(m_job);
+    try {
+        if (isInterrupted()) throw ZEBConverterError::cancelled();
+        // The run refuses that with the same text.
+        if (files::isSameFile(m_job.input, m_job.output)) {
+            throw ZEBConverterError::cannotCreateOutput(m_job.output);
+        }
+        const OpenedSource source(m_library, m_job.input, isInterrupted);
+        const Settings settings = proposeSettings(source.asset());
+        const SizeForecast forecast = forecastAll(source.asset(), settings);
+        m_reporter.estimated(settings, forecast);
+        if (!forecast.fitsFormat()) return ExitCode::conversionFailed;
+        return forecast.fitsSpace() ? ExitCode::done : ExitCode::unwritableOutput;
+    } catch (...) {
+        const Failure failure = describeCurrentFailure();
+        m_reporter.failed({failure.text, failure.exitCode, 0});
+        return failure.exitCode;
+    }
+}
+
+SizeForecast Encoding::forecastAll(const MediaAsset& asset, const Settings& settings) const {
+    const ForecastCase about{settings,
+                             planConversion(asset.videoTracks().front(), asset.duration(), settings),
+                             certainSoundOutlook(asset, settings, isInterrupted), spaceFor(m_job.output)};
+    return settings.qlModeNumber == 32 ? forecastFromSamples(asset, about, {}) : forecastUpperBound(about);
+}
+
+/// What is worth the time before a run: where the most that the movie can become fits, no picture is looked
+/// at. What is wrong with the source, the run says itself.
+std::optional<SizeForecast> Encoding::forecastQuickly(const MediaAsset& asset,
+                                                      const Settings& settings) const {
+    try {
+        ForecastCase about{settings, planConversion(asset.videoTracks().front(), asset.duration(), settings),
+                           soundOutlook(asset, settings), spaceFor(m_job.output)};
+        SizeForecast most = forecastUpperBound(about);
+        if (most.fits()) return most;
+        about.sound = certainSoundOutlook(asset, settings, isInterrupted);
+        if (settings.qlModeNumber != 32) return forecastUpperBound(about);
+        SamplingEffort effort;
+        effort.decodedPictures = 9;
+        effort.decodedSeconds = 0;
+        return forecastFromSamples(asset, about, effort);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+SizeForecast Encoding::forecastFromSamples(const MediaAsset& asset, const ForecastCase& about,
+                                           SamplingEffort effort) const {
+    effort.threads = m_arguments.threads > 0
+                         ? m_arguments.threads
+                         : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    RecordSamples samples(samplePictures(asset, effort, isInterrupted), effort.threads);
+    return forecastSize(about, samples, isInterrupted);
+}
+
+void Encoding::reportForecast(const Settings& settings, const SizeForecast& forecast) {
+    m_reporter.forecast(settings, forecast);
+    const fs::path folder = fs::path(m_job.output).parent_path();
+    const std::string warning = forecastWarning(forecast, folder.empty() ? "." : folder.string());
+    if (!warning.empty()) m_reporter.warned(warning);
+}
+
 void Encoding::convert() {
     if (isInterrupted()) throw ZEBConverterError::cancelled();
     checkOutput();
     const auto start = Clock::now();
     const OpenedSource source(m_library, m_job.input, isInterrupted);
     const Settings settings = proposeSettings(source.asset());
+    const std::optional<SizeForecast> forecast = forecastQuickly(source.asset(), settings);
 
     ConversionPlan plan;
     SpeedMeter meter(start);
@@ -67,6 +135,7 @@ void Encoding::convert() {
         plan = made;
         m_partialOutput.noteReplaced();
         m_reporter.planned(settings, plan);
+        if (forecast) reportForecast(settings, *forecast);
     };
     callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t bytesWritten) {
         const auto now = Clock::now();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "cli/EncodeArguments.h"
@@ -7,6 +8,8 @@
 #include "cli/ExitCode.h"
 #include "cli/PartialOutput.h"
 #include "cli/ProgressReporter.h"
+#include "conversion/SamplePictures.h"
+#include "conversion/SizeForecast.h"
 #include "platform/Media.h"
 
 namespace zeb::cli {
@@ -26,7 +29,16 @@ public:
     /// made a shorter one, or removed when it has no whole second.
     ExitCode run();
 
+    /// Reports how large the movie would be, and writes nothing. `conversionFailed` when it would pass the
+    /// format's limit, `unwritableOutput` when the space would not suffice: what `run` would end with.
+    ExitCode estimate();
+
 private:
+    SizeForecast forecastAll(const MediaAsset& asset, const Settings& settings) const;
+    std::optional<SizeForecast> forecastQuickly(const MediaAsset& asset, const Settings& settings) const;
+    SizeForecast forecastFromSamples(const MediaAsset& asset, const ForecastCase& about,
+                                     SamplingEffort effort) const;
+    void reportForecast(const Settings& settings, const SizeForecast& forecast);
     void convert();
     // Refuses an output that must not be replaced or cannot be created, before long work is done for nothing.
     void checkOutput() const;

@@ -1,5 +1,6 @@
 #include "cli/JsonProgress.h"
 
+#include "cli/ForecastText.h"
 #include "cli/JsonText.h"
 
 namespace zeb::cli {
@@ -31,6 +32,14 @@ void JsonProgress::planned(const Settings& settings, const ConversionPlan& plan)
         {"sourceFramesPerSecond", plan.source.fps},
         {"sourceSeconds", plan.duration},
     }));
+}
+
+void JsonProgress::forecast(const Settings& settings, const SizeForecast& forecast) {
+    console().write(forecastJson(job(), settings, forecast));
+}
+
+void JsonProgress::estimated(const Settings& settings, const SizeForecast& forecast) {
+    JsonProgress::forecast(settings, forecast);
 }
 
 void JsonProgress::advanced(const ProgressState& state) {

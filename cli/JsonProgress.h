@@ -10,6 +10,12 @@ namespace zeb::cli {
 /// - "start": output, title, width, height, framesPerSecond, frames, seconds, mode, sourceWidth,
 /// sourceHeight,
 ///   sourceFramesPerSecond, sourceSeconds
+/// - "forecast", after "start" or, for `--estimate`, alone: output, width, height, framesPerSecond, frames,
+///   seconds, mode, bytes, bytesPerSecond, basis ("arithmetic", "samples" or "bound": the most that it can
+///   be), exact, samples (pictures encoded for it), uncertainty (of samples: standard error as a part of the
+///   whole, or null), fits, formatEndsAt (the first second without a place below 4 GiB, or null), freeSpace
+///   (bytes where the output goes, null = unknown), spaceEndsAt (the first second without space, or null),
+///   suggestedFramesPerSecond and suggestedSize (width, height), each enough to make it fit, or null
 /// - "progress", at most ten times a second: frames, totalFrames, fraction (0 ... 1), bytes, speed (frames
 /// per
 ///   second of work or null), remainingSeconds (or null)
@@ -23,6 +29,8 @@ public:
 
     void began(const EncodeJob& job) override;
     void planned(const Settings& settings, const ConversionPlan& plan) override;
+    void forecast(const Settings& settings, const SizeForecast& forecast) override;
+    void estimated(const Settings& settings, const SizeForecast& forecast) override;
     void advanced(const ProgressState& state) override;
     void logged(const std::string& line) override;
     void warned(const std::string& line) override;

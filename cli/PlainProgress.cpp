@@ -1,5 +1,6 @@
 #include "cli/PlainProgress.h"
 
+#include "cli/ForecastText.h"
 #include "cli/ProgressLines.h"
 #include "cli/Text.h"
 
@@ -12,6 +13,10 @@ void PlainProgress::planned(const Settings& settings, const ConversionPlan& plan
                         std::to_string(settings.qlModeNumber));
     m_secondsShown = 0;
     m_pacer = Pacer(std::chrono::seconds(1));
+}
+
+void PlainProgress::forecast(const Settings&, const SizeForecast& forecast) {
+    console().writeLine(forecastLine(forecast));
 }
 
 void PlainProgress::advanced(const ProgressState& state) {

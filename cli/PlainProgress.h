@@ -12,6 +12,7 @@ public:
     using ProgressReporter::ProgressReporter;
 
     void planned(const Settings& settings, const ConversionPlan& plan) override;
+    void forecast(const Settings& settings, const SizeForecast& forecast) override;
     void advanced(const ProgressState& state) override;
 
 private:

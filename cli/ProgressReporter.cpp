@@ -1,6 +1,7 @@
 #include "cli/ProgressReporter.h"
 
 #include "cli/BarProgress.h"
+#include "cli/ForecastText.h"
 #include "cli/JsonProgress.h"
 #include "cli/PlainProgress.h"
 #include "cli/SilentProgress.h"
@@ -13,6 +14,12 @@ void ProgressReporter::began(const EncodeJob& job) {
 }
 
 void ProgressReporter::planned(const Settings&, const ConversionPlan&) {}
+
+void ProgressReporter::forecast(const Settings&, const SizeForecast&) {}
+
+void ProgressReporter::estimated(const Settings& settings, const SizeForecast& forecast) {
+    m_console.write(forecastText(m_job, settings, forecast));
+}
 
 void ProgressReporter::logged(const std::string& line) {
     if (isVerbose()) m_console.log(line);

@@ -11,6 +11,7 @@
 #include "cli/ProgressStyle.h"
 #include "conversion/ConversionPlan.h"
 #include "conversion/Settings.h"
+#include "conversion/SizeForecast.h"
 
 namespace zeb::cli {
 
@@ -47,6 +48,10 @@ public:
     virtual void began(const EncodeJob& job);
     /// Its source has been analysed and the work starts.
     virtual void planned(const Settings& settings, const ConversionPlan& plan);
+    /// How large the movie will be; after `planned`.
+    virtual void forecast(const Settings& settings, const SizeForecast& forecast);
+    /// The same, when the forecast is all that was asked for.
+    virtual void estimated(const Settings& settings, const SizeForecast& forecast);
     /// Called very often.
     virtual void advanced(const ProgressState& state) = 0;
     /// A line of the conversion's log.

@@ -13,8 +13,8 @@ namespace zeb {
 namespace {
 
 constexpr std::uint64_t spriteHeader = 24;
-constexpr std::uint64_t mode4Gap = 8;      ///< between header and pattern
-constexpr std::uint64_t rle2Header = 8;    ///< signature and length
+constexpr std::uint64_t mode4Gap = 8;        ///< between header and pattern
+constexpr std::uint64_t rle2Header = 8;      ///< signature and length
 constexpr std::uint64_t literalItems = 128;  ///< of the longest literal
 
 constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
@@ -86,7 +86,8 @@ std::uint64_t MovieSize::startOfSecond(std::int64_t second) const {
 }
 
 bool MovieSize::isHeaderRefused() const {
-    return unsignedOf(m_totalFrames) > layout::maxWord || m_headerBytes - layout::headerBody > layout::maxWord;
+    return unsignedOf(m_totalFrames) > layout::maxWord ||
+           m_headerBytes - layout::headerBody > layout::maxWord;
 }
 
 std::optional<std::int64_t> MovieSize::firstRefusedSecond() const {

@@ -15,12 +15,15 @@ using PicturePointer = std::shared_ptr<const Picture>;
 
 constexpr double tick = 1.0 / 600;
 
-/// Moments in the middle of equal parts of the film.
+/// Moments in the middle of equal parts of the movie, which shows the film's last picture until its last
+/// second is full.
 std::vector<MediaTime> wantedTimes(double duration, int count) {
+    const double length = duration > 0 ? duration : 0;
+    const double last = std::max(length - tick, 0.0);
+    const double movie = std::max(std::ceil(length), 1.0);
     std::vector<MediaTime> times;
-    const double last = std::max(duration > 0 ? duration - tick : 0, 0.0);
     for (int i = 0; i < count; ++i)
-        times.push_back(MediaTime::withSeconds(std::min(last, duration * (2 * i + 1) / (2 * count)), 600));
+        times.push_back(MediaTime::withSeconds(std::min(last, movie * (2 * i + 1) / (2 * count)), 600));
     return times;
 }
 
@@ -31,7 +34,8 @@ int pictureCount(const VideoTrack& track, int most) {
     const SourceInfo source = sourceInfo(track);
     const double bytes = bytesPerPixel * std::max(source.width, 1) * std::max(source.height, 1);
     const int fewest = std::min(most, 4);
-    return static_cast<int>(std::clamp(budget / bytes, static_cast<double>(fewest), static_cast<double>(most)));
+    return static_cast<int>(
+        std::clamp(budget / bytes, static_cast<double>(fewest), static_cast<double>(most)));
 }
 
 void rethrowIfInterrupted(const MediaError& error) {
@@ -42,6 +46,7 @@ class Sampler {
 public:
     Sampler(const MediaAsset& asset, const SamplingEffort& effort, const IsCancelled& isCancelled)
         : m_times(wantedTimes(asset.duration(), pictureCount(asset.videoTracks().front(), effort.pictures))),
+          m_decodedPictures(std::max(effort.decodedPictures, 1)),
           m_secondsLeft(effort.decodedSeconds),
           m_isCancelled(isCancelled),
           m_generator(asset.makeImageGenerator(std::max(effort.threads, 1), isCancelled)) {}
@@ -49,7 +54,7 @@ public:
     std::vector<PicturePointer> sample();
 
 private:
-    void grabKeys();
+    void grabNearby();
     void replaceRepeats();
     PicturePointer grab(MediaTime time);
     void poll() const {
@@ -57,22 +62,23 @@ private:
     }
 
     std::vector<MediaTime> m_times;
+    int m_decodedPictures;
     double m_secondsLeft;
     const IsCancelled& m_isCancelled;
     std::unique_ptr<ImageGenerator> m_generator;
     std::vector<TimedPicture> m_pictures;  ///< one for each time; null where there is none
 };
 
-void Sampler::grabKeys() {
+void Sampler::grabNearby() {
     for (const MediaTime time : m_times) {
         poll();
-        TimedPicture key;
+        TimedPicture found;
         try {
-            key = m_generator->copyKeyImage(time);
+            found = m_generator->copyNearbyImage(time, m_decodedPictures);
         } catch (const MediaError& error) {
             rethrowIfInterrupted(error);
         }
-        m_pictures.push_back(std::move(key));
+        m_pictures.push_back(std::move(found));
     }
 }
 
@@ -86,16 +92,16 @@ PicturePointer Sampler::grab(MediaTime time) {
     }
 }
 
-/// Decodes on from a key picture to later moments that found only the same one.
+/// Decodes on to moments that found only the picture of the moment before.
 void Sampler::replaceRepeats() {
-    PicturePointer key;
+    PicturePointer last;
     double reached = 0;
     for (std::size_t i = 0; i < m_times.size(); ++i) {
         const TimedPicture& found = m_pictures[i];
         if (!found.picture) continue;
         const double time = m_times[i].seconds();
-        if (found.picture != key) {
-            key = found.picture;
+        if (found.picture != last) {
+            last = found.picture;
             reached = found.time;
             continue;
         }
@@ -108,7 +114,7 @@ void Sampler::replaceRepeats() {
 }
 
 std::vector<PicturePointer> Sampler::sample() {
-    grabKeys();
+    grabNearby();
     if (m_secondsLeft > 0) replaceRepeats();
     std::vector<PicturePointer> pictures;
     for (TimedPicture& found : m_pictures) {

@@ -27,20 +27,20 @@ double meanOf(const RecordSizes& sizes) {
     return std::accumulate(sizes.begin(), sizes.end(), 0.0) / static_cast<double>(sizes.size());
 }
 
-/// The standard error of the mean as a part of it.
-std::optional<double> uncertaintyOf(const RecordSizes& sizes) {
-    if (sizes.size() < 2) return std::nullopt;
+/// The standard error of the mean as a part of it, of so many independent sizes.
+std::optional<double> uncertaintyOf(const RecordSizes& sizes, int independent) {
+    if (independent < 2 || sizes.size() < 2) return std::nullopt;
     const double mean = meanOf(sizes);
     double squares = 0;
     for (const std::uint64_t size : sizes)
         squares += (static_cast<double>(size) - mean) * (static_cast<double>(size) - mean);
     const auto count = static_cast<double>(sizes.size());
-    return std::sqrt(squares / (count - 1) / count) / mean;
+    return std::sqrt(squares / (count - 1) / independent) / mean;
 }
 
 /// The sizes raised by twice the uncertainty of their mean.
-RecordSizes raised(RecordSizes sizes) {
-    const double factor = 1 + 2 * uncertaintyOf(sizes).value_or(0);
+RecordSizes raised(RecordSizes sizes, int independent) {
+    const double factor = 1 + 2 * uncertaintyOf(sizes, independent).value_or(0);
     for (std::uint64_t& size : sizes)
         size = static_cast<std::uint64_t>(std::ceil(static_cast<double>(size) * factor));
     return sizes;
@@ -67,8 +67,9 @@ class Forecasting {
 public:
     using SizesAt = std::function<RecordSizes(FrameSize)>;
 
-    Forecasting(const ForecastCase& about, ForecastBasis basis, SizesAt sizesAt)
-        : m_about(about), m_basis(basis), m_sizesAt(std::move(sizesAt)) {}
+    /// `pictures`: how many the sizes come from.
+    Forecasting(const ForecastCase& about, ForecastBasis basis, SizesAt sizesAt, int pictures = 0)
+        : m_about(about), m_basis(basis), m_sizesAt(std::move(sizesAt)), m_pictures(pictures) {}
 
     SizeForecast make() const;
 
@@ -86,6 +87,7 @@ private:
     const ForecastCase& m_about;
     const ForecastBasis m_basis;
     const SizesAt m_sizesAt;
+    const int m_pictures;
 };
 
 SizeForecast Forecasting::make() const {
@@ -100,14 +102,14 @@ SizeForecast Forecasting::make() const {
     forecast.basis = m_basis;
     forecast.isExact = m_basis == ForecastBasis::arithmetic && m_about.sound.isCertain;
     if (m_basis == ForecastBasis::samples) {
-        forecast.samples = static_cast<int>(sizes.size());
-        forecast.uncertainty = uncertaintyOf(sizes);
+        forecast.samples = m_pictures;
+        forecast.uncertainty = uncertaintyOf(sizes, m_pictures);
     }
     forecast.formatEndsAt = size.firstRefusedSecond();
     forecast.freeSpace = m_about.freeSpace;
     forecast.spaceEndsAt = firstSecondWithoutSpace(size, plan.seconds, m_about.freeSpace);
     if (!forecast.fits()) {
-        const RecordSizes careful = m_basis == ForecastBasis::samples ? raised(sizes) : sizes;
+        const RecordSizes careful = m_basis == ForecastBasis::samples ? raised(sizes, m_pictures) : sizes;
         forecast.suggestion.fps = largestRate(careful);
         forecast.suggestion.size = largestSize(careful);
     }
@@ -180,7 +182,7 @@ std::optional<FrameSize> Forecasting::largestSize(const RecordSizes& sizes) cons
         const FrameSize request = requestFor(side * step);
         const ConversionPlan plan = planFor(request);
         RecordSizes tried = m_sizesAt(plan.size);
-        if (m_basis == ForecastBasis::samples) tried = raised(std::move(tried));
+        if (m_basis == ForecastBasis::samples) tried = raised(std::move(tried), m_pictures);
         bytesPerPixel = meanOf(tried) / pixels(plan.size);
         if (fits(plan, tried)) {
             tooSmall = side;
@@ -218,6 +220,8 @@ std::optional<std::uint64_t> spaceFor(const std::string& output) {
 RecordSamples::RecordSamples(std::vector<std::shared_ptr<const Picture>> pictures, int threads)
     : m_pictures(std::move(pictures)), m_threads(std::max(threads, 1)) {
     assert(!m_pictures.empty());
+    for (std::size_t i = 0; i < m_pictures.size(); ++i)
+        m_distinctPictures += i == 0 || m_pictures[i] != m_pictures[i - 1];
 }
 
 const std::vector<std::uint64_t>& RecordSamples::at(FrameSize size, const IsCancelled& isCancelled) {
@@ -236,9 +240,13 @@ RecordSizes RecordSamples::encode(FrameSize size, const IsCancelled& isCancelled
     std::atomic<bool> isInterrupted = false;
     std::mutex mutex;
     std::exception_ptr failure;
+    const auto isRepeat = [this](std::size_t index) {
+        return index > 0 && m_pictures[index] == m_pictures[index - 1];
+    };
     const auto work = [&] {
         SpriteEncoder encoder;
         for (std::size_t index = next++; index < m_pictures.size(); index = next++) {
+            if (isRepeat(index)) continue;
             if (isInterrupted || (isCancelled && isCancelled())) {
                 isInterrupted = true;
                 return;
@@ -258,6 +266,9 @@ RecordSizes RecordSamples::encode(FrameSize size, const IsCancelled& isCancelled
         work();
     }
     if (isInterrupted) throw MediaError(MediaError::interrupted, "interrupted");
+    for (std::size_t index = 1; index < sizes.size(); ++index) {
+        if (isRepeat(index)) sizes[index] = sizes[index - 1];
+    }
     std::erase(sizes, std::uint64_t{0});
     if (sizes.empty()) std::rethrow_exception(failure);
     return sizes;
@@ -265,20 +276,21 @@ RecordSizes RecordSamples::encode(FrameSize size, const IsCancelled& isCancelled
 
 SizeForecast forecastUpperBound(const ForecastCase& about) {
     if (about.settings.qlModeNumber != 32) {
-        return Forecasting(about, ForecastBasis::arithmetic, [](FrameSize size) {
-                   return RecordSizes{mode4RecordBytes(size)};
-               }).make();
+        return Forecasting(about, ForecastBasis::arithmetic,
+                           [](FrameSize size) { return RecordSizes{mode4RecordBytes(size)}; })
+            .make();
     }
-    return Forecasting(about, ForecastBasis::bound, [](FrameSize size) {
-               return RecordSizes{mostMode32RecordBytes(size)};
-           }).make();
+    return Forecasting(about, ForecastBasis::bound,
+                       [](FrameSize size) { return RecordSizes{mostMode32RecordBytes(size)}; })
+        .make();
 }
 
 SizeForecast forecastSize(const ForecastCase& about, RecordSamples& samples, const IsCancelled& isCancelled) {
     if (about.settings.qlModeNumber != 32) return forecastUpperBound(about);
-    return Forecasting(about, ForecastBasis::samples, [&](FrameSize size) {
-               return samples.at(size, isCancelled);
-           }).make();
+    return Forecasting(
+               about, ForecastBasis::samples, [&](FrameSize size) { return samples.at(size, isCancelled); },
+               samples.distinctPictures())
+        .make();
 }
 
 }  // namespace zeb

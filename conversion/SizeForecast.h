@@ -101,11 +101,15 @@ public:
     /// on cancellation, and the picture's error when none can be drawn.
     const std::vector<std::uint64_t>& at(FrameSize size, const IsCancelled& isCancelled);
 
+    /// How many pictures there are; the same one several times in a row counts once, and is encoded once.
+    int distinctPictures() const { return m_distinctPictures; }
+
 private:
     std::vector<std::uint64_t> encode(FrameSize size, const IsCancelled& isCancelled) const;
 
     std::vector<std::shared_ptr<const Picture>> m_pictures;
     int m_threads;
+    int m_distinctPictures = 0;
     std::map<std::pair<int, int>, std::vector<std::uint64_t>> m_known;
 };
 

@@ -32,8 +32,7 @@ struct SourceIdentity {
 
 SourceIdentity identityOf(const std::string& path) {
     std::error_code ignored;
-    return {path, std::filesystem::last_write_time(path, ignored),
-            std::filesystem::file_size(path, ignored)};
+    return {path, std::filesystem::last_write_time(path, ignored), std::filesystem::file_size(path, ignored)};
 }
 
 /// What has been read of the latest source. Belongs to the task that runs.
@@ -77,8 +76,7 @@ SizeForecast Source::forecast(const MediaLibrary& library, const Request& reques
     open(library, request.input, isCancelled);
     if (m_asset->videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
     const Settings& settings = request.settings;
-    const ConversionPlan plan =
-        planConversion(m_asset->videoTracks().front(), m_asset->duration(), settings);
+    const ConversionPlan plan = planConversion(m_asset->videoTracks().front(), m_asset->duration(), settings);
     const ForecastCase about{settings, plan, sound(settings, isCancelled), spaceFor(request.output)};
     if (settings.qlModeNumber != 32) return forecastUpperBound(about);
     if (!m_samples) {

@@ -23,8 +23,8 @@ struct ForecastOutcome {
 };
 
 /// Keeps a forecast up to date while settings change. Forecasts are made in the background, one at a time;
-/// what was read of a source serves until another one comes: settings that change the frame size only have the
-/// same pictures encoded again, others cost no more than arithmetic.
+/// what was read of a source serves until another one comes: settings that change the frame size only have
+/// the same pictures encoded again, others cost no more than arithmetic.
 ///
 /// Used on the main thread. Library, tasks and main actor outlive it and all tasks.
 class SizeForecaster {

@@ -100,16 +100,17 @@ public:
     /// may work again), `MediaError::interrupted` on cancellation.
     virtual std::shared_ptr<const Picture> copyImage(MediaTime time) = 0;
 
-    /// A picture near `time` for the price of a single one, for who wants to know what the film looks like
-    /// thereabouts: the last one at or before it that can be decoded without any other, or the first of that
-    /// kind after it where the container leads no nearer. A source that cannot be searched is read up to
-    /// `time` but not decoded, and then only ascending times find the nearest picture. Two calls that find
-    /// the same picture return the same object; it is not that of `copyImage`.
+    /// A picture near `time` that takes little work, for who wants to know what the film looks like
+    /// thereabouts: of those that are reached by decoding at most `pictures` (at least 1) from a picture that
+    /// needs no other, at or before `time`, the last one not after it. Where the container leads to no such
+    /// picture, the next one that needs no other. A source that cannot be searched is read up to `time`,
+    /// gives only pictures that need no other, and finds the nearest with ascending times only. Two calls in
+    /// a row that find the same picture may return the same object; it is not that of `copyImage`.
     ///
     /// Ends what `expect` announced; changes no picture that `copyImage` gives later. Throws
     /// `MediaError::cannotDecode` when there is no such picture or it is damaged, `MediaError::interrupted`
     /// on cancellation.
-    virtual TimedPicture copyKeyImage(MediaTime time) = 0;
+    virtual TimedPicture copyNearbyImage(MediaTime time, int pictures) = 0;
 };
 
 /// Some decoded sound.

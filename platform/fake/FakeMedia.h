@@ -91,7 +91,7 @@ struct FakeRecord {
     std::mutex mutex;
     std::optional<GrabSchedule> schedule;
     std::vector<double> grabTimes;
-    std::vector<double> keyGrabTimes;
+    std::vector<double> nearbyTimes;
     std::vector<std::size_t> soundReaders;  ///< the track of each one made
 };
 
@@ -115,25 +115,26 @@ public:
         return m_film->grab(time.seconds(), m_isCancelled);
     }
 
-    TimedPicture copyKeyImage(MediaTime time) override {
+    TimedPicture copyNearbyImage(MediaTime time, int pictures) override {
+        const double rate = m_film->videoTracks.front().nominalFrameRate;
         const double distance = m_film->keyDistance;
-        const double keyTime =
-            distance > 0 ? std::floor(time.seconds() / distance) * distance : time.seconds();
+        const double key = distance > 0 ? std::floor(time.seconds() / distance) * distance : time.seconds();
+        const double found = std::min(time.seconds(), key + (pictures - 1) / rate);
         {
             const std::lock_guard lock(m_record->mutex);
-            m_record->keyGrabTimes.push_back(keyTime);
+            m_record->nearbyTimes.push_back(found);
         }
         if (m_isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
-        if (!m_key.picture || m_key.time != keyTime)
-            m_key = {keyTime, m_film->grab(keyTime, m_isCancelled)};
-        return m_key;
+        if (!m_nearby.picture || m_nearby.time != found)
+            m_nearby = {found, m_film->grab(found, m_isCancelled)};
+        return m_nearby;
     }
 
 private:
     std::shared_ptr<const FakeFilm> m_film;
     std::shared_ptr<FakeRecord> m_record;
     IsCancelled m_isCancelled;
-    TimedPicture m_key;
+    TimedPicture m_nearby;
 };
 
 class FakeSoundReader final : public SoundReader {

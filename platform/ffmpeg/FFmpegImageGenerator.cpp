@@ -38,7 +38,7 @@ void FFmpegImageGenerator::expect(const GrabSchedule& schedule) {
 std::shared_ptr<const Picture> FFmpegImageGenerator::copyImage(MediaTime time) {
     const double target = time.seconds() + m_source->tolerance();
     if (!m_current && !m_next) {
-        if (target > farAhead || m_isAtKey) {
+        if (target > farAhead || m_isElsewhere) {
             restart(target);
         } else {
             m_next = m_source->next();
@@ -59,22 +59,26 @@ std::shared_ptr<const Picture> FFmpegImageGenerator::copyImage(MediaTime time) {
     return m_current->picture;
 }
 
-TimedPicture FFmpegImageGenerator::copyKeyImage(MediaTime time) {
+TimedPicture FFmpegImageGenerator::copyNearbyImage(MediaTime time, int pictures) {
     const bool hasDecoded = m_current || m_next;
     m_current.reset();
     m_next.reset();
     // Without seeking, only what lies ahead is found.
     if (hasDecoded && !m_source->canSeek()) start(std::make_unique<Demuxer>(m_path, m_isCancelled));
-    m_isAtKey = true;
-    const std::optional<double> keyTime = m_source->findKey(time.seconds() + m_source->tolerance());
+    m_isElsewhere = true;
+    const double target = time.seconds() + m_source->tolerance();
+    const std::optional<double> keyTime = m_source->findKey(target);
     if (!keyTime) throw MediaError(MediaError::cannotDecode, "No picture can be decoded");
-    if (!m_key || m_key->time != *keyTime) {
-        m_key.reset();
-        std::optional<Frame> frame = m_source->decodeKey();
-        if (!frame) throw MediaError(MediaError::cannotDecode, "The picture is damaged");
-        m_key = Shown{*keyTime, std::make_shared<FramePicture>(std::move(*frame), m_facts, m_tools)};
+    const bool isKnown = m_nearby && m_nearby->keyTime == *keyTime && m_nearby->pictures == pictures &&
+                         m_nearby->isLast && m_nearby->picture.time <= target;
+    if (!isKnown) {
+        m_nearby.reset();
+        std::optional<FrameSource::NearbyFrame> found = m_source->decodeFromKey(target, pictures);
+        if (!found) throw MediaError(MediaError::cannotDecode, "The picture is damaged");
+        auto picture = std::make_shared<FramePicture>(std::move(found->frame), m_facts, m_tools);
+        m_nearby = {*keyTime, pictures, found->isLast, {found->time, std::move(picture)}};
     }
-    return {m_key->time, m_key->picture};
+    return m_nearby->picture;
 }
 
 /// Makes the next frame the current one.
@@ -94,7 +98,7 @@ void FFmpegImageGenerator::restart(double target) {
     m_current.reset();
     m_next.reset();
     m_currentIsFirst = false;
-    m_isAtKey = false;
+    m_isElsewhere = false;
     for (const double stepBack : stepsBack) {
         const double from = target - stepBack;
         if (from <= 0 || !m_source->seek(from)) break;

@@ -19,7 +19,7 @@ public:
 
     void expect(const GrabSchedule& schedule) override;
     std::shared_ptr<const Picture> copyImage(MediaTime time) override;
-    TimedPicture copyKeyImage(MediaTime time) override;
+    TimedPicture copyNearbyImage(MediaTime time, int pictures) override;
 
 private:
     struct Shown {
@@ -41,9 +41,17 @@ private:
     std::unique_ptr<FrameSource> m_source;
     std::optional<Shown> m_current;    ///< the picture on screen at the last grab
     std::optional<TimedFrame> m_next;  ///< the one after it
-    std::optional<Shown> m_key;        ///< the last key picture that was grabbed
-    bool m_isAtKey = false;            ///< `m_source` was left at a key picture
-    bool m_currentIsFirst = false;     ///< nothing comes before `m_current`
+    bool m_isElsewhere = false;        ///< `m_source` was left where nothing can be decoded from
+
+    /// The last picture that `copyNearbyImage` found.
+    struct Nearby {
+        double keyTime = 0;
+        int pictures = 0;
+        bool isLast = false;  ///< with so many pictures none later can be reached from that key
+        TimedPicture picture;
+    };
+    std::optional<Nearby> m_nearby;
+    bool m_currentIsFirst = false;  ///< nothing comes before `m_current`
 };
 
 }  // namespace zeb::ffmpeg

@@ -501,7 +501,7 @@ std::optional<double> FrameSource::findKey(double time) {
     return m_key ? std::optional(m_keyTime) : std::nullopt;
 }
 
-std::optional<Frame> FrameSource::decodeKey() {
+std::optional<FrameSource::NearbyFrame> FrameSource::decodeFromKey(double time, int packets) {
     if (!m_key) return std::nullopt;
     avcodec_flush_buffers(m_decoder.get());
     m_decoder->skip_frame = AVDISCARD_DEFAULT;
@@ -512,9 +512,13 @@ std::optional<Frame> FrameSource::decodeKey() {
     m_known.reset();
     m_sawDamage = false;
     send(m_key.get());
-    // The second field may come in a packet of its own.
+    // The second field of a picture may come in a packet of its own.
     const AVFieldOrder order = m_demuxer->format()->streams[m_facts.stream]->codecpar->field_order;
-    if (order != AV_FIELD_PROGRESSIVE && order != AV_FIELD_UNKNOWN && canSeek() && readPacket()) {
+    const int least = order == AV_FIELD_PROGRESSIVE || order == AV_FIELD_UNKNOWN ? 1 : 2;
+    const int most = canSeek() ? std::max(packets, least) : 1;
+    int sent = 1;
+    const auto hasArrived = [&] { return !m_ready.empty() && m_ready.back().time > time; };
+    for (; sent < most && (sent < least || !hasArrived()) && readPacket(); ++sent) {
         send(m_packet.get());
         av_packet_unref(m_packet.get());
     }
@@ -525,9 +529,15 @@ std::optional<Frame> FrameSource::decodeKey() {
     }
     m_deinterlacer.reset();
     if (m_sawDamage.exchange(false) || m_ready.empty()) return std::nullopt;
-    Frame frame = std::move(m_ready.front().frame);
+
+    std::size_t found = 0;
+    while (found + 1 < m_ready.size() && m_ready[found + 1].time <= time)
+        ++found;
+    const bool isLast = sent == most && found + 1 == m_ready.size();
+    NearbyFrame nearby{m_timing == Timing::byCounting ? m_keyTime : m_ready[found].time,
+                       std::move(m_ready[found].frame), isLast};
     m_ready.clear();
-    return frame;
+    return nearby;
 }
 
 }  // namespace zeb::ffmpeg

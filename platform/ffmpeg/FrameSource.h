@@ -64,11 +64,20 @@ public:
 
     /// Looks for a packet whose picture can be decoded without any other: the last one at or before `time`,
     /// else the nearest that is found. Its time, or nothing. Packets are read but not decoded; where the
-    /// source cannot seek, from where the last search ended. Afterwards only `findKey`, `decodeKey` and `seek`.
+    /// source cannot seek, from where the last search ended. Afterwards only `findKey`, `seek` and, once,
+    /// `decodeFromKey`.
     std::optional<double> findKey(double time);
 
-    /// The picture that `findKey` has found; nothing when it is damaged.
-    std::optional<Frame> decodeKey();
+    struct NearbyFrame {
+        double time = 0;
+        Frame frame;
+        bool isLast = false;  ///< so many packets lead no further
+    };
+
+    /// From the packet that `findKey` has found, decodes it and those behind it, `packets` in all at most
+    /// (only that one where the source cannot seek): the last picture not after `time`, else the first.
+    /// Nothing when there is damage.
+    std::optional<NearbyFrame> decodeFromKey(double time, int packets);
 
 private:
     enum class Timing {
