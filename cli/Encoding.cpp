@@ -87,7 +87,8 @@ std::optional<SizeForecast> Encoding::forecastQuickly(const MediaAsset& asset,
         about.sound = certainSoundOutlook(asset, settings, isInterrupted);
         if (settings.qlModeNumber != 32) return forecastUpperBound(about);
         SamplingEffort effort;
-        effort.decodedPictures = 9;
+        effort.pictures = 8;
+        effort.decodedPictures = 7;
         effort.decodedSeconds = 0;
         return forecastFromSamples(asset, about, effort);
     } catch (const std::exception&) {

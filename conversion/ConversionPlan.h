@@ -24,6 +24,8 @@ struct ConversionPlan {
     double duration = 0;           ///< of the source in seconds, not negative
     std::int64_t seconds = 1;      ///< one-second blocks
     std::int64_t totalFrames = 1;  ///< seconds x fps
+
+    bool operator==(const ConversionPlan&) const = default;
 };
 
 /// The size of the frames: the source's aspect kept if asked for, never larger than the source, each side a

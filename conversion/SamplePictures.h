@@ -12,7 +12,7 @@ struct SamplingEffort {
     int pictures = 12;  ///< at most; fewer of very large ones, so that they take no more than about 300 MB
     /// How many pictures may be decoded for one of them. Key pictures themselves are often coded with more
     /// detail than the others, or with less: the further from them, the more like the average.
-    int decodedPictures = 50;
+    int decodedPictures = 24;
     /// Where several would still be the same because key pictures are far apart: seconds of the film that may
     /// be decoded to reach others.
     double decodedSeconds = 20;

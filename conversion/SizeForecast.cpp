@@ -27,20 +27,22 @@ double meanOf(const RecordSizes& sizes) {
     return std::accumulate(sizes.begin(), sizes.end(), 0.0) / static_cast<double>(sizes.size());
 }
 
-/// The standard error of the mean as a part of it, of so many independent sizes.
-std::optional<double> uncertaintyOf(const RecordSizes& sizes, int independent) {
-    if (independent < 2 || sizes.size() < 2) return std::nullopt;
-    const double mean = meanOf(sizes);
+/// The standard error of the mean as a part of it, of so many pictures at equal distances. Judged by how far
+/// neighbours differ: what changes slowly along the film, an even spread of pictures sees (W. G. Cochran,
+/// Sampling Techniques, on systematic samples).
+std::optional<double> uncertaintyOf(const RecordSizes& sizes, int pictures) {
+    if (pictures < 2 || sizes.size() < 2) return std::nullopt;
     double squares = 0;
-    for (const std::uint64_t size : sizes)
-        squares += (static_cast<double>(size) - mean) * (static_cast<double>(size) - mean);
-    const auto count = static_cast<double>(sizes.size());
-    return std::sqrt(squares / (count - 1) / independent) / mean;
+    for (std::size_t i = 1; i < sizes.size(); ++i) {
+        const double difference = static_cast<double>(sizes[i]) - static_cast<double>(sizes[i - 1]);
+        squares += difference * difference;
+    }
+    return std::sqrt(squares / 2 / (pictures - 1) / pictures) / meanOf(sizes);
 }
 
 /// The sizes raised by twice the uncertainty of their mean.
-RecordSizes raised(RecordSizes sizes, int independent) {
-    const double factor = 1 + 2 * uncertaintyOf(sizes, independent).value_or(0);
+RecordSizes raised(RecordSizes sizes, int pictures) {
+    const double factor = 1 + 2 * uncertaintyOf(sizes, pictures).value_or(0);
     for (std::uint64_t& size : sizes)
         size = static_cast<std::uint64_t>(std::ceil(static_cast<double>(size) * factor));
     return sizes;

@@ -1,0 +1,379 @@
+#include "conversion/SizeForecast.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "codec/RLE2.h"
+#include "codec/SpriteEncoder.h"
+#include "conversion/ConversionRun.h"
+#include "conversion/MovieSize.h"
+#include "conversion/SamplePictures.h"
+#include "format/ZEBWriterError.h"
+#include "platform/FileManager.h"
+#include "platform/fake/FakeMedia.h"
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb {
+namespace {
+
+namespace fs = std::filesystem;
+using fake::FakeAsset;
+using fake::FakeFilm;
+using fake::FakeLibrary;
+using fake::FakePicture;
+using fake::FakeRecord;
+
+FakeFilm filmOf(double duration) {
+    FakeFilm film;
+    film.videoTracks = {{{640, 480}, {}, 10}};
+    film.duration = duration;
+    film.grab = [](double time, const IsCancelled&) {
+        return std::make_shared<FakePicture>(static_cast<std::uint32_t>(time * 10 + 1e-6));
+    };
+    return film;
+}
+
+ForecastCase caseOf(const MediaAsset& asset, const Settings& settings) {
+    return {settings, planConversion(asset.videoTracks().front(), asset.duration(), settings),
+            certainSoundOutlook(asset, settings, {}), std::nullopt};
+}
+
+RecordSamples samplesOf(const MediaAsset& asset) {
+    return RecordSamples(samplePictures(asset, {}, {}), 2);
+}
+
+SizeForecast forecastOf(const MediaAsset& asset, const Settings& settings) {
+    RecordSamples samples = samplesOf(asset);
+    return forecastSize(caseOf(asset, settings), samples, {});
+}
+
+/// What a run really writes.
+std::uint64_t bytesWritten(const FakeFilm& film, const Settings& settings) {
+    const test::TemporaryFolder folder;
+    FakeLibrary library;
+    library.add("film", film);
+    ConversionRun(library, 2).convert("film", folder.file("a.zeb"), settings, {});
+    return fs::file_size(folder.file("a.zeb"));
+}
+
+TEST(SizeForecast, IsExactInMode4) {
+    const fake::FakeSamples tone{48000, 2, std::vector<float>(9600, 0.5F)};
+    const std::vector<FakeFilm::Sound> noTracks, tracks{fake::soundOf({tone})}, empty{fake::soundOf({})};
+    struct Case {
+        const char* name;
+        double duration;
+        Settings settings;
+        std::vector<FakeFilm::Sound> sound;
+    };
+    Settings plain;
+    plain.qlModeNumber = 4;
+    Settings small = plain;
+    small.title = "Odd";
+    small.width = small.height = 72;
+    small.fps = 3;
+    small.audioChannels = 1;
+    Settings other = plain;
+    other.title = std::string(70000, 'x');
+    other.preserveAspect = false;
+    other.dither = other.loop = true;
+    Settings silent = plain;
+    silent.title = "\xe2\x82\xac";
+    silent.includeAudio = false;
+    for (const Case& c : {Case{"no track", 2.5, plain, noTracks}, Case{"stereo", 2.5, plain, tracks},
+                          Case{"mono", 0.3, small, tracks}, Case{"empty track", 1, plain, empty},
+                          Case{"long title", 4, other, tracks}, Case{"no sound", 3.2, silent, tracks},
+                          Case{"nothing", 0, small, noTracks}}) {
+        FakeFilm film = filmOf(c.duration);
+        film.soundTracks = c.sound;
+        const SizeForecast forecast = forecastOf(FakeAsset(film), c.settings);
+        EXPECT_TRUE(forecast.isExact) << c.name;
+        EXPECT_EQ(forecast.bytes, bytesWritten(film, c.settings)) << c.name;
+        EXPECT_TRUE(forecast.fits()) << c.name;
+    }
+    // Without a look at the sound it is the most that it can be.
+    FakeFilm film = filmOf(2);
+    film.soundTracks = empty;
+    const FakeAsset asset(film);
+    ForecastCase about = caseOf(asset, plain);
+    about.sound = soundOutlook(asset, plain);
+    EXPECT_FALSE(forecastUpperBound(about).isExact);
+    EXPECT_EQ(forecastUpperBound(about).bytes, bytesWritten(film, plain) + 2 * 2 * 20000);
+}
+
+TEST(SizeForecast, ComesCloseInMode32) {
+    constexpr double tolerance = 0.03;
+    for (const double duration : {0.35, 7.0, 30.0}) {
+        // Pictures grow steadily richer: the mean is that of the middle.
+        FakeFilm film = filmOf(duration);
+        film.grab = [duration](double time, const IsCancelled&) {
+            class Richer final : public Picture {
+            public:
+                explicit Richer(double share) : m_share(share) {}
+                int width() const override { return 640; }
+                int height() const override { return 480; }
+                void draw(const BitmapContext& bitmap) const override {
+                    std::minstd_rand random(static_cast<unsigned>(m_share * 1000) + 1);
+                    std::fill(bitmap.pixels.begin(), bitmap.pixels.end(), std::uint8_t{255});
+                    const auto rich = static_cast<std::size_t>(m_share * bitmap.height) *
+                                      static_cast<std::size_t>(bitmap.width) * 4;
+                    for (std::size_t i = 0; i < rich; ++i)
+                        bitmap.pixels[i] = static_cast<std::uint8_t>(random() >> 8);
+                }
+
+            private:
+                double m_share;
+            };
+            return std::make_shared<Richer>(time / duration);
+        };
+        Settings settings;
+        settings.width = settings.height = 128;
+        const FakeAsset asset(film);
+        const SizeForecast forecast = forecastOf(asset, settings);
+        const auto real = static_cast<double>(bytesWritten(film, settings));
+        EXPECT_NEAR(static_cast<double>(forecast.bytes) / real, 1, tolerance) << duration;
+        EXPECT_EQ(forecast.basis, ForecastBasis::samples);
+        EXPECT_FALSE(forecast.isExact);
+        EXPECT_GE(static_cast<double>(forecastUpperBound(caseOf(asset, settings)).bytes), real);
+        EXPECT_EQ(forecast, forecastOf(asset, settings)) << "the same each time";
+    }
+}
+
+TEST(MovieSize, BoundsEveryMode32Record) {
+    std::minstd_rand random(1);
+    for (int round = 0; round < 2000; ++round) {
+        const auto items = static_cast<int>(random() % 700 + 1);
+        const unsigned colours = round % 5 + (round % 7 == 0 ? 1000 : 1);
+        const unsigned longest = round % 3 + 1;
+        std::vector<std::uint8_t> pixels;
+        while (pixels.size() < 2 * static_cast<std::size_t>(items)) {
+            const auto colour = static_cast<std::uint16_t>(random() % colours);
+            for (auto i = random() % longest + 1; i > 0; --i) {
+                pixels.push_back(static_cast<std::uint8_t>(colour));
+                pixels.push_back(static_cast<std::uint8_t>(colour >> 8));
+            }
+        }
+        pixels.resize(2 * static_cast<std::size_t>(items));
+        std::vector<std::uint8_t> packets;
+        compressRLE2(pixels, packets);
+        ASSERT_LE(32 + packets.size(), mostMode32RecordBytes({items, 1})) << items << " pixels";
+    }
+    // And the bound is reached: no two neighbours alike.
+    for (const int items : {1, 127, 128, 129, 256, 1000}) {
+        std::vector<std::uint8_t> pixels, packets;
+        for (int i = 0; i < items; ++i)
+            pixels.insert(pixels.end(), {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i >> 8)});
+        compressRLE2(pixels, packets);
+        EXPECT_EQ(32 + packets.size(), mostMode32RecordBytes({items, 1})) << items << " pixels";
+    }
+}
+
+/// Takes any number of bytes and keeps none.
+class Drain final : public WritableFile {
+public:
+    void write(std::span<const std::uint8_t>) override {}
+    void seek(std::uint64_t) override {}
+    std::uint64_t seekToEnd() override { return 0; }
+    void truncate(std::uint64_t) override {}
+    void synchronise() override {}
+    void startWriteback() noexcept override {}
+    void close() override {}
+};
+
+TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
+    struct Case {
+        std::vector<std::uint64_t> records;
+        int fps;
+        int channels;
+        std::int64_t seconds;
+    };
+    constexpr std::uint64_t million = 1'000'000;
+    for (const Case& c :
+         {Case{{10 * million}, 10, 2, 50}, Case{{4 * million}, 25, 0, 42}, Case{{4 * million}, 25, 0, 43},
+          Case{{million, 9 * million}, 10, 1, 90}, Case{{9 * million, million, 5 * million}, 10, 1, 90},
+          Case{{30 * million}, 160, 0, 2}, Case{{30 * million}, 60, 0, 3},
+          // The last block begins at 2^32 - 1 and at 2^32.
+          Case{{0xFFFFFFFF - (34 + 8) - 12}, 1, 0, 2}, Case{{0xFFFFFFFF - (34 + 8) - 11}, 1, 0, 2}}) {
+        ConversionPlan plan;
+        plan.fps = c.fps;
+        plan.seconds = c.seconds;
+        plan.totalFrames = c.seconds * c.fps;
+        const MovieSize size(plan, "", c.channels, c.records);
+
+        MovieParameters movie{"", 64, 64, c.fps, 32, plan.totalFrames, c.seconds, c.channels, false};
+        ZEBWriter writer(std::make_unique<Drain>(), movie);
+        EXPECT_EQ(writer.bytesWritten(), size.startOfSecond(0));
+        const std::vector<std::uint8_t> bytes(*std::max_element(c.records.begin(), c.records.end()));
+        const std::vector<std::uint8_t> sound(static_cast<std::size_t>(c.channels) * 20000);
+        std::optional<std::int64_t> refused;
+        for (std::int64_t second = 0; second < c.seconds && !refused; ++second) {
+            std::vector<std::span<const std::uint8_t>> frames;
+            for (std::int64_t frame = second * c.fps; frame < (second + 1) * c.fps; ++frame) {
+                const auto part = static_cast<std::size_t>(
+                    frame * static_cast<std::int64_t>(c.records.size()) / plan.totalFrames);
+                frames.emplace_back(std::span(bytes).first(c.records[part]));
+            }
+            try {
+                writer.writeSecond(sound, frames);
+                EXPECT_EQ(writer.bytesWritten(), size.startOfSecond(second + 1));
+            } catch (const ZEBWriterError&) {
+                refused = second;
+            }
+        }
+        EXPECT_EQ(size.firstRefusedSecond(), refused) << c.records.front() << " x " << c.fps;
+    }
+    // More frames than the header can count.
+    ConversionPlan endless;
+    endless.fps = 60;
+    endless.seconds = std::int64_t{1} << 55;
+    endless.totalFrames = endless.seconds * 60;
+    const MovieSize size(endless, "", 2, {1000});
+    EXPECT_EQ(size.firstRefusedSecond(), 0);
+    EXPECT_EQ(size.fileBytes(), std::numeric_limits<std::uint64_t>::max());
+}
+
+/// The forecast of the same case with another request.
+SizeForecast applied(const ForecastCase& about, const MediaAsset& asset, const Settings& settings,
+                     RecordSamples& samples, bool isBound) {
+    ForecastCase changed = about;
+    changed.settings = settings;
+    changed.plan = planConversion(asset.videoTracks().front(), asset.duration(), settings);
+    return isBound ? forecastUpperBound(changed) : forecastSize(changed, samples, {});
+}
+
+TEST(SizeForecast, SuggestsTheLargestThatFits) {
+    struct Case {
+        const char* name;
+        MediaSize source;
+        double duration;
+        std::optional<std::uint64_t> freeSpace;
+        int mode;
+        bool keepsAspect;
+        bool isBound;
+    };
+    constexpr std::uint64_t million = 1'000'000;
+    for (const Case& c : {Case{"4 GiB", {1920, 1080}, 3000, {}, 4, true, true},
+                          Case{"4 GiB, upright", {1080, 1920}, 3000, {}, 4, true, true},
+                          Case{"4 GiB, stretched", {1920, 1080}, 3000, {}, 4, false, true},
+                          Case{"4 GiB, bound", {1920, 1080}, 120, {}, 32, true, true},
+                          Case{"space", {640, 480}, 100, 20 * million, 4, true, true},
+                          Case{"space, sampled", {640, 480}, 100, 20 * million, 32, true, false},
+                          Case{"both", {4000, 2250}, 2000, 3000 * million, 4, true, true}}) {
+        FakeFilm film = filmOf(c.duration);
+        film.videoTracks = {{c.source, {}, 25}};
+        const FakeAsset asset(film);
+        Settings settings;
+        settings.width = c.keepsAspect ? static_cast<int>(c.source.width) : 1000;
+        settings.height = c.keepsAspect ? static_cast<int>(c.source.height) : 1000;
+        settings.preserveAspect = c.keepsAspect;
+        settings.fps = 25;
+        settings.qlModeNumber = c.mode;
+        ForecastCase about = caseOf(asset, settings);
+        about.freeSpace = c.freeSpace;
+        RecordSamples samples = samplesOf(asset);
+        const SizeForecast forecast = applied(about, asset, settings, samples, c.isBound);
+        ASSERT_FALSE(forecast.fits()) << c.name;
+        EXPECT_EQ(forecast.fitsSpace(), !c.freeSpace) << c.name;
+
+        ASSERT_TRUE(forecast.suggestion.fps) << c.name;
+        Settings slower = settings;
+        slower.fps = *forecast.suggestion.fps;
+        EXPECT_TRUE(applied(about, asset, slower, samples, c.isBound).fits()) << c.name;
+
+        ASSERT_TRUE(forecast.suggestion.size) << c.name;
+        Settings smaller = settings;
+        smaller.width = forecast.suggestion.size->width;
+        smaller.height = forecast.suggestion.size->height;
+        EXPECT_TRUE(applied(about, asset, smaller, samples, c.isBound).fits()) << c.name;
+
+        if (!c.isBound) continue;  // sampled ones keep a distance
+        ++slower.fps;
+        EXPECT_FALSE(applied(about, asset, slower, samples, true).fits()) << c.name;
+        const FrameSize size = *forecast.suggestion.size;
+        smaller.width += size.width >= size.height ? 8 : 8 * size.width / size.height + 1;
+        smaller.height += size.height >= size.width ? 8 : 8 * size.height / size.width + 1;
+        EXPECT_FALSE(applied(about, asset, smaller, samples, true).fits()) << c.name;
+    }
+    FakeFilm film = filmOf(10);
+    const FakeAsset asset(film);
+    ForecastCase about = caseOf(asset, {});
+    about.freeSpace = 1000;
+    EXPECT_EQ(forecastUpperBound(about).suggestion, ForecastSuggestion{});
+    EXPECT_EQ(forecastUpperBound(about).spaceEndsAt, 0);
+}
+
+TEST(SpaceFor, CountsWhatTheOldOutputGivesWay) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder.file("a.zeb");
+    std::ofstream(path) << std::string(100'000, 'x');
+    const auto freed = [&](const std::string& name) { return files::spaceFreedByRemoving(name); };
+    EXPECT_GE(freed(path), 100'000u);
+    EXPECT_EQ(freed(folder.file("none")), 0u);
+    fs::create_symlink(path, folder.file("soft"));
+    EXPECT_EQ(freed(folder.file("soft")), 0u);
+    fs::create_hard_link(path, folder.file("hard"));
+    EXPECT_EQ(freed(path), 0u);
+    EXPECT_TRUE(spaceFor(path));
+    EXPECT_FALSE(spaceFor(folder.file("missing/a.zeb")));
+}
+
+TEST(SamplePictures, LeaveOutWhatCannotBeDecoded) {
+    FakeFilm film = filmOf(60);
+    const auto grab = film.grab;
+    film.grab = [grab](double time, const IsCancelled& isCancelled) {
+        if (time > 20 && time < 40) throw MediaError(MediaError::cannotDecode, "damaged");
+        return grab(time, isCancelled);
+    };
+    EXPECT_EQ(samplePictures(FakeAsset(film), {}, {}).size(), 8u);
+
+    film.grab = [](double, const IsCancelled&) -> std::shared_ptr<const Picture> {
+        throw MediaError(MediaError::cannotDecode, "damaged");
+    };
+    try {
+        samplePictures(FakeAsset(film), {}, {});
+        FAIL() << "there is no picture";
+    } catch (const MediaError& error) {
+        EXPECT_EQ(error.code(), MediaError::cannotDecode);
+        EXPECT_STREQ(error.what(), "No picture can be decoded");
+    }
+    // One that cannot be drawn counts no more than one that cannot be decoded.
+    RecordSamples samples({std::make_shared<FakePicture>(1), std::make_shared<FakePicture>(2, false)});
+    EXPECT_EQ(samples.at({64, 64}, {}).size(), 1u);
+    RecordSamples undrawable({std::make_shared<FakePicture>(1, false)});
+    EXPECT_THROW(undrawable.at({64, 64}, {}), PlatformError);
+}
+
+TEST(SamplePictures, DecodeNoMoreThanTheyMay) {
+    FakeFilm film = filmOf(60);
+    film.keyDistance = 60;  // a single key picture
+    const auto record = std::make_shared<FakeRecord>();
+    const FakeAsset asset(film, record);
+    SamplingEffort effort;
+    effort.decodedSeconds = 0;
+    EXPECT_EQ(RecordSamples(samplePictures(asset, effort, {})).distinctPictures(), 1);
+    EXPECT_TRUE(record->grabTimes.empty());
+    effort.decodedSeconds = 20;
+    EXPECT_GT(RecordSamples(samplePictures(asset, effort, {})).distinctPictures(), 3);
+    EXPECT_LE(record->grabTimes.back(), 2.5 + 20);
+}
+
+TEST(SamplePictures, StopWhenTheyAreTold) {
+    int grabs = 0;
+    bool isStopping = false;
+    FakeFilm film = filmOf(60);
+    const auto grab = film.grab;
+    film.grab = [&](double time, const IsCancelled& isCancelled) {
+        isStopping = ++grabs == 3;
+        if (isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+        return grab(time, isCancelled);
+    };
+    EXPECT_THROW(samplePictures(FakeAsset(film), {}, [&] { return isStopping; }), MediaError);
+    EXPECT_EQ(grabs, 3);
+    RecordSamples samples({std::make_shared<FakePicture>(1)});
+    EXPECT_THROW(samples.at({64, 64}, [] { return true; }), MediaError);
+}
+
+}  // namespace
+}  // namespace zeb

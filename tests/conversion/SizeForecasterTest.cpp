@@ -1,0 +1,202 @@
+#include "conversion/SizeForecaster.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include "platform/ThreadTasks.h"
+#include "platform/fake/FakeMedia.h"
+#include "platform/fake/HandDrivenMainActor.h"
+#include "platform/fake/HandDrivenTasks.h"
+
+namespace zeb {
+namespace {
+
+using fake::FakeFilm;
+using fake::FakePicture;
+using testing::HasSubstr;
+
+class SizeForecasterTest : public testing::Test {
+protected:
+    SizeForecasterTest() {
+        FakeFilm film;
+        film.duration = 60;
+        film.grab = [this](double time, const IsCancelled& isCancelled) {
+            if (onGrab) onGrab();
+            if (isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+            return std::make_shared<FakePicture>(static_cast<std::uint32_t>(time));
+        };
+        library.add("film", film);
+        FakeFilm damaged = film;
+        damaged.grab = [](double, const IsCancelled&) -> std::shared_ptr<const Picture> {
+            throw MediaError(MediaError::cannotDecode, "damaged");
+        };
+        library.add("damaged", damaged);
+        settings.width = settings.height = 128;
+    }
+
+    void update(const std::string& input = "film") { forecaster->update(input, "a.zeb", settings); }
+    /// Time and work until all is quiet.
+    void settle() {
+        for (int round = 0; round < 3; ++round) {
+            main.pass(SizeForecaster::patience);
+            tasks.runAll();
+            main.run();
+        }
+    }
+    std::size_t picturesRead() { return library.record().nearbyTimes.size(); }
+
+    std::function<void()> onGrab;
+    Settings settings;
+    fake::FakeLibrary library;
+    fake::HandDrivenTasks tasks;
+    fake::HandDrivenMainActor main;
+    std::vector<ForecastOutcome> outcomes;
+    std::unique_ptr<SizeForecaster> forecaster = std::make_unique<SizeForecaster>(
+        library, tasks, main, [this](const ForecastOutcome& outcome) { outcomes.push_back(outcome); });
+};
+
+TEST_F(SizeForecasterTest, MakesOneForecastOfManyChangesInARow) {
+    for (int fps = 1; fps <= 10; ++fps) {
+        settings.fps = fps;
+        update();
+        main.pass(SizeForecaster::patience / 2);
+        EXPECT_EQ(tasks.waiting(), 0u);
+    }
+    settle();
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes[0].forecast->plan.fps, 10);
+    EXPECT_EQ(outcomes[0].forecast->samples, 12);
+}
+
+TEST_F(SizeForecasterTest, ReadsASourceOnce) {
+    update();
+    settle();
+    ASSERT_EQ(outcomes.size(), 1u);
+    const std::size_t read = picturesRead();
+    EXPECT_EQ(read, 12u);
+
+    settings.title = "A longer title";
+    settings.fps = 5;
+    update();
+    settle();
+    settings.width = settings.height = 64;
+    update();
+    settle();
+    ASSERT_EQ(outcomes.size(), 3u);
+    EXPECT_LT(outcomes[1].forecast->bytes, outcomes[0].forecast->bytes);
+    EXPECT_LT(outcomes[2].forecast->bytes, outcomes[1].forecast->bytes);
+    EXPECT_EQ(picturesRead(), read);
+
+    forecaster->clear();
+    update();
+    settle();
+    EXPECT_EQ(outcomes.size(), 4u);
+    EXPECT_EQ(picturesRead(), 2 * read);
+}
+
+TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
+    // Another request while pictures are read: the work stops at the next one.
+    int grabs = 0;
+    onGrab = [&] {
+        if (++grabs != 3) return;
+        settings.fps = 3;
+        update();
+    };
+    update();
+    main.pass(SizeForecaster::patience);
+    ASSERT_TRUE(tasks.runNext());
+    EXPECT_EQ(grabs, 3);
+    settle();
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes[0].forecast->plan.fps, 3);
+
+    // And when the result is already on its way.
+    settings.fps = 4;
+    update();
+    main.pass(SizeForecaster::patience);
+    ASSERT_TRUE(tasks.runNext());
+    settings.fps = 5;
+    update();
+    settle();
+    ASSERT_EQ(outcomes.size(), 2u);
+    EXPECT_EQ(outcomes[1].forecast->plan.fps, 5);
+
+    update();
+    main.pass(SizeForecaster::patience);
+    ASSERT_TRUE(tasks.runNext());
+    forecaster->clear();
+    settle();
+    EXPECT_EQ(outcomes.size(), 2u);
+}
+
+TEST_F(SizeForecasterTest, StartsTheNextOnlyWhenTheLastHasEnded) {
+    update();
+    main.pass(SizeForecaster::patience);
+    ASSERT_EQ(tasks.waiting(), 1u);
+    settings.fps = 5;
+    update();
+    main.pass(2 * SizeForecaster::patience);
+    EXPECT_EQ(tasks.waiting(), 1u) << "the cancelled one";
+    settle();
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes[0].forecast->plan.fps, 5);
+}
+
+TEST_F(SizeForecasterTest, SaysWhyThereIsNone) {
+    update("missing");
+    settle();
+    update("damaged");
+    settle();
+    ASSERT_EQ(outcomes.size(), 2u);
+    EXPECT_FALSE(outcomes[0].forecast);
+    EXPECT_THAT(outcomes[0].error, HasSubstr("No such film"));
+    EXPECT_THAT(outcomes[1].error, HasSubstr("No picture can be decoded"));
+}
+
+TEST_F(SizeForecasterTest, IsSilentOnceItIsGone) {
+    update();
+    forecaster.reset();
+    settle();
+    EXPECT_EQ(picturesRead(), 0u);
+
+    // While it works, on threads of the system.
+    ThreadTasks threads;
+    std::atomic<bool> hasBegun = false;
+    std::atomic<bool> mayGoOn = false;
+    onGrab = [&] {
+        hasBegun = true;
+        hasBegun.notify_one();
+        mayGoOn.wait(false);
+    };
+    forecaster = std::make_unique<SizeForecaster>(
+        library, threads, main, [this](const ForecastOutcome& outcome) { outcomes.push_back(outcome); });
+    update();
+    main.pass(SizeForecaster::patience);
+    hasBegun.wait(false);
+    forecaster.reset();
+    mayGoOn = true;
+    mayGoOn.notify_one();
+    while (main.waiting() == 0)
+        std::this_thread::yield();
+    main.run();
+    EXPECT_EQ(picturesRead(), 1u);
+    EXPECT_TRUE(outcomes.empty());
+}
+
+TEST_F(SizeForecasterTest, MayBeDestroyedByItsOwnNews) {
+    forecaster =
+        std::make_unique<SizeForecaster>(library, tasks, main, [this](const ForecastOutcome& outcome) {
+            outcomes.push_back(outcome);
+            forecaster.reset();
+        });
+    update();
+    settle();
+    EXPECT_EQ(outcomes.size(), 1u);
+    EXPECT_FALSE(forecaster);
+}
+
+}  // namespace
+}  // namespace zeb
