@@ -49,7 +49,7 @@ TEST_F(EstimateProgram, TellsWhatTheRunWillWrite) {
         ASSERT_EQ(runZeb({"encode", m_clip, "--mode", mode, "--progress", "none"}).exitCode, 0);
         const auto bytes = static_cast<double>(fs::file_size(m_movie));
         EXPECT_EQ(json["exact"], *mode == '4');
-        if (*mode == '4') EXPECT_EQ(json["bytes"], fs::file_size(m_movie));
+        EXPECT_TRUE(*mode != '4' || json["bytes"] == fs::file_size(m_movie));
         EXPECT_NEAR(json["bytes"].get<double>() / bytes, 1, 0.05);
         fs::remove(m_movie);
     }
