@@ -131,12 +131,9 @@ SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channe
         say("Kein Audio-Track – schreibe ohne Audio.");
         return {};
     }
-    const Request request{asset,
-                          nearestTrack(trackIndex, count),
-                          targetRate,
-                          channels,
-                          maximumFrames,
-                          isCancelled ? isCancelled : [] { return false; }};
+    const Request request{asset,         nearestTrack(trackIndex, count),
+                          targetRate,    channels,
+                          maximumFrames, isCancelled ? isCancelled : [] { return false; }};
     try {
         Pass pass = decodeOnce(request, {});
         if (pass.formatChanged) {
