@@ -1,7 +1,7 @@
 // fuzz_seeds FOLDER
 //
 // Writes the first inputs of every target below FOLDER (the committed corpus holds what they grew into):
-// records of our own encoder, movies of our own writer, and bytes chosen for the edges of the format.
+// records of our own encoder, movies of our own writer, and bytes chosen for the edges of the formats.
 
 #include <filesystem>
 #include <fstream>
@@ -13,6 +13,7 @@
 #include "format/BigEndian.h"
 #include "format/ZEBWriter.h"
 #include "fuzz/FuzzInput.h"
+#include "platform/PropertyList.h"
 #include "tests/codec/SyntheticPictures.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
@@ -275,6 +276,125 @@ void addMovies(const Corpus& corpus) {
     addWritten("negative-width", {1, 0, 0, 255, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0, 1, 0, 1});
 }
 
+void addRequests(const Corpus& corpus) {
+    const auto add = [&](const char* name, const std::string& request) {
+        corpus.add("ParseAppAction", name, text(request));
+    };
+    add("play", "zebmaker://play?url=file%3A%2F%2F%2FUsers%2Fa%2Fclip.zeb");
+    add("encode-without-a-host", "zebmaker:encode?url=file:///Users/a/holiday.mov");
+    add("unknown-verb", "zebmaker:///x?a&url=file:///x/y.ZEB&url=B#end");
+    add("escaped-verb", "zebmaker://pl%61y?ur%6C=A+B");
+    add("escaped-twice", "zebmaker://encode?url=file:///50%2525%2520off.mov");
+    add("file-with-detours", "FILE://localhost/a/./b//../%63/.d.e/");
+    add("file-relative", "file:../a/..//../b.zeb");
+    add("file-elsewhere", "file://u:p@server:80/share/../x.zeb");
+    add("escaped-nul", "file:///a%00/b.zeb");
+    add("stray-percent-signs", "file:///100%/%zz%4/x.mov%");
+    add("characters-to-escape", "http://\xC3\xA4 b@c@d/[1]\xFF<x>?{y}|^`\"\\#z#[");
+    add("ipv6", "http://[1:2::3:255.0.10.9%25eth%30]:8080/");
+    add("ipv6-whole", "//[1:2:3:4:5:6:7:8]?");
+    add("ip-future", "s+1.-:[v1.a:b]//[v1F.a:b]:");
+    add("bad-port", "http://host:80a/");
+    add("no-scheme", "1a:b");
+}
+
+/// A binary property list of these objects, the first at the top; offsets and references have one byte.
+Bytes binaryList(std::initializer_list<Bytes> objects) {
+    Bytes list = text("bplist00");
+    Bytes offsets;
+    for (const Bytes& object : objects) {
+        offsets.push_back(static_cast<std::uint8_t>(list.size()));
+        list = joined({list, object});
+    }
+    const Bytes table = {static_cast<std::uint8_t>(list.size())};
+    const Bytes count = {static_cast<std::uint8_t>(objects.size())};
+    return joined({list, offsets, Bytes(6, 0), {1, 1}, Bytes(7, 0), count, Bytes(15, 0), table});
+}
+
+const PropertyDictionary settings = {
+    {"presetDVDW", 768},
+    {"soundEffectsEnabled", false},
+    {"userPresetsJSON", text("[{\"id\":1}]")},
+    {"list", PropertyArray{1, 2.5, "\u00e4", PropertyDictionary{{"w", "640 px"}}}},
+    {"less", -5},
+    {"", ""}};
+
+void addPropertyLists(const Corpus& corpus) {
+    const auto add = [&](const char* name, const Bytes& list) {
+        corpus.add("ParsePropertyList", name, list);
+    };
+    add("xml", propertyList::writeXML(settings));
+    add("xml-rare-kinds",
+        text("<plist version=\"1.0\"><array><date>2001-02-03T04:05:06Z</date><real>nan</real>"
+             "<integer>18446744073709551615</integer><integer>0xff</integer><string/>"
+             "<dict><key>CF$UID</key><integer>5</integer></dict></array></plist>"));
+    add("xml-comments",
+        text("<plist><array><string>a<!-- </array> -->b<![CDATA[<c>]]>&#xE4;&lt;</string></array>"
+             "</plist>"));
+    add("xml-entities", text("<?xml version=\"1.0\"?><!DOCTYPE plist [<!ENTITY a \"aa\">]><plist><string>&a;"
+                             "</string></plist>"));
+    add("xml-quotes", text("<plist a='\"'><array><plist b=\"'\"></plist></array></plist>"));
+    add("old", text("/* a */ { name = \"QL \\\"Demo\\\" \\U00e4\\344\"; size = (640, 480,); b = <0fbd77 "
+                    "1c>; c; } "
+                    "// end"));
+    add("old-utf-16", {0xFF, 0xFE, '(', 0,    '"',  0,    0xE4, 0,    '"', 0,   ',',
+                       0,    '\'', 0,   0x3C, 0xD8, 0x4E, 0xDF, '\'', 0,   ')', 0});
+    add("old-nextstep", text("(\"\xD9\", a.b/c)"));
+    add("old-nested", text("({a={b=((((<>))))}})"));
+    add("binary", binaryList({{0xD2, 1, 2, 3, 4},
+                              {0x51, 'a'},
+                              {0x61, 0x00, 0xE4},
+                              {0xA2, 5, 6},
+                              {0x42, 1, 2},
+                              {0x11, 3, 0},
+                              {0x56, '6', '4', '0', ' ', 'p', 'x'}}));
+    add("binary-cycle", binaryList({{0xA1, 1}, {0xA1, 0}}));
+    add("binary-shared", binaryList({{0xA2, 1, 1}, {0xA2, 2, 2}, {0xA2, 3, 3}, {0xD1, 4, 3}, {0x51, 'a'}}));
+    add("binary-rare-kinds", binaryList({{0xA9, 1, 2, 3, 4, 5, 6, 7, 8, 9},
+                                         {0},
+                                         {9},
+                                         joined({{0x13}, Bytes(8, 0xFF)}),
+                                         joined({{0x14}, Bytes(8, 0), Bytes(8, 0xFF)}),
+                                         {0x22, 0x40, 0, 0, 0},
+                                         {0x23, 0x7F, 0xF8, 0, 0, 0, 0, 0, 0},
+                                         {0x33, 0x3F, 0xE0, 0, 0, 0, 0, 0, 0},
+                                         {0x62, 0xD8, 0x3C, 0xDF, 0x4E},
+                                         {0x80, 5}}));
+    add("binary-promise", binaryList({{0x4F, 0x13, 0x10, 0, 0, 0, 0, 0, 0, 0}}));
+    add("binary-set", binaryList({{0xC1, 1}, {0x0F}}));
+}
+
+void addPresets(const Corpus& corpus) {
+    const auto add = [&](const char* name, const Bytes& stored) { corpus.add("LoadPresets", name, stored); };
+    add("editor",
+        text("[{\"id\":\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\",\"name\":\"\u00c4 4K\",\"width\":3840,"
+             "\"height\":2160},{\"id\":\"e621e1f8-c36c-495a-93fc-0c247a3e6e5f\",\"name\":\"\",\"width\":"
+             "64,"
+             "\"height\":64.0}]"));
+    add("main-window", text("[{\"id\":\"a\",\"name\":\"B\",\"width\":0,\"height\":-9223372036854775808}]"));
+    add("records", text("[{\"title\":\"Clip\",\"w\":\"640 px\",\"presetH\":480.7,\"uuid\":\"u\",\"x\":[{}]},"
+                        "{\"label\":\"L\",\"width\":true,\"w\":1e3,\"h\":\"\u0661\",\"height\":null},"
+                        "{\"name\":\"My Clip\",\"width\":18446744073709551615,\"presetW\":7,\"height\":1}]"));
+    add("edge-numbers", text("[{\"id\":\"\",\"name\":\"\",\"width\":9223372036854775808,\"height\":1e999}]"));
+    add("escapes",
+        text("[{\"id\":\"\\ud83c\\udf4e\\u0000\",\"name\":\"\\u00df \\t\",\"width\":1,\"height\":1}]"));
+    add("other-shapes", text("[{\"presets\":[[[{\"a\":[]}]]]},{\"name\":\"a\",\"w\":1,\"h\":1},2]"));
+    const PropertyArray records = {
+        PropertyDictionary{{"title", "Clip"}, {"w", "1,280 px"}, {"h", 720}},
+        PropertyDictionary{{"name", "  "}, {"id", "x"}, {"width", 1.5}, {"height", 2}},
+        PropertyDictionary{{"name", "N"}, {"id", "x"}, {"width", 3}, {"height", 4}}};
+    add("plist-xml", propertyList::writeXML(records));
+    add("plist-binary", binaryList({{0xA2, 1, 2},
+                                    {0xD3, 3, 4, 5, 6, 2, 2},
+                                    {0x10, 9},
+                                    {0x54, 'n', 'a', 'm', 'e'},
+                                    {0x51, 'w'},
+                                    {0x51, 'h'},
+                                    {0x51, 'N'}}));
+    add("plist-old", text("({ title = \"My \\U00c4\"; w = 640; h = \"480 px\"; }, x, "
+                          "{ name = \"\"; width = 1; height = 2; identifier = i; })"));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -287,5 +407,8 @@ int main(int argc, char** argv) {
     addFrames(corpus);
     addHeaders(corpus);
     addMovies(corpus);
+    addRequests(corpus);
+    addPropertyLists(corpus);
+    addPresets(corpus);
     return 0;
 }

@@ -17,7 +17,7 @@ using PropertyDictionary = std::map<std::string, PropertyValue, std::less<>>;
 using PropertyData = std::vector<std::uint8_t>;
 
 /// A value as property lists hold them: a whole number, a real number, a boolean, a text (UTF-8), bytes, an
-/// array or a dictionary. Dates and other rare kinds are read as texts.
+/// array or a dictionary. Property lists have other, rare kinds, such as dates, which are not among them.
 class PropertyValue {
 public:
     using Value = std::variant<std::int64_t, double, bool, std::string, PropertyData, PropertyArray,

@@ -6,11 +6,13 @@ if [[ -z ${ZEB_TEST_MEDIA:-} && -d $root/../shared/media ]]; then
     export ZEB_TEST_MEDIA
 fi
 
-# build PRESET [TARGET]
+# build PRESET [TARGET...]
 # Configures where needed and builds, without a word unless there is something to do or something fails.
 build() (
     cd -- "$root" || exit
-    folder=build/$1
+    preset=$1
+    targets=("${@:2}")
+    folder=build/$preset
     log=$folder/build.log
     mkdir -p "$folder"
     # Two starts at once take turns.
@@ -20,18 +22,18 @@ build() (
     fi
     fail() {
         cat "$log" >&2
-        echo "Building the $1 preset failed; the output above is in $log." >&2
+        echo "Building the $preset preset failed; the output above is in $log." >&2
         exit 1
     }
     if [[ ! -e $folder/build.ninja || CMakePresets.json -nt $folder/build.ninja ]]; then
-        echo "Building ZEBMaker ($1) ..." >&2
-        cmake --preset "$1" < /dev/null > "$log" 2>&1 9>&- || fail "$1"
-    elif ! ninja -C "$folder" -n "${2:-all}" 2>&1 | grep -q 'no work to do'; then
-        echo "Building ZEBMaker ($1) ..." >&2
+        echo "Building ZEBMaker ($preset) ..." >&2
+        cmake --preset "$preset" < /dev/null > "$log" 2>&1 9>&- || fail
+    elif ! ninja -C "$folder" -n "${targets[@]:-all}" 2>&1 | grep -q 'no work to do'; then
+        echo "Building ZEBMaker ($preset) ..." >&2
     else
         exit 0
     fi
-    cmake --build --preset "$1" ${2:+--target "$2"} < /dev/null >> "$log" 2>&1 9>&- || fail "$1"
+    cmake --build --preset "$preset" ${targets[0]:+--target "${targets[@]}"} < /dev/null >> "$log" 2>&1 9>&- || fail
 )
 
 # runTests PRESET [CTEST-ARGUMENT...]

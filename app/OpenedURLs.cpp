@@ -1,0 +1,21 @@
+#include "app/OpenedURLs.h"
+
+#include "app/AppActionParsing.h"
+
+namespace zeb {
+
+void routeOpenedURLs(const std::vector<URL>& urls, MainActor& mainActor, const OpenPlayer& openPlayer,
+                     AppActionRouter& router, const ActivateApplication& activate) {
+    for (const URL& url : urls) {
+        if (namesMovie(url)) {
+            mainActor.post([openPlayer, url] { openPlayer(url, true); });
+        } else {
+            mainActor.post([&router, activate, url] {
+                router.post(EncodeAction{url});
+                activate();
+            });
+        }
+    }
+}
+
+}  // namespace zeb

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/AudioOutput.h"
+#include "platform/SampledSound.h"
+#include "platform/SystemBeep.h"
+
+namespace zeb {
+
+/// A short tone of our own. The bell of the desktop would be the natural choice, but many desktops have none
+/// or keep it silent.
+class ToneBeep final : public SystemBeep {
+public:
+    explicit ToneBeep(AudioOutput& output);
+
+    void beep() override;
+
+private:
+    AudioOutput& m_output;
+    std::shared_ptr<const SampledSound> m_tone;
+};
+
+}  // namespace zeb

@@ -1,0 +1,96 @@
+#include "app/AppActionParsing.h"
+
+#include <gmock/gmock.h>
+
+namespace zeb {
+namespace {
+
+using namespace std::string_literals;
+
+/// "play URL", "play and stay URL", "encode URL" or "nothing".
+std::string shown(const std::optional<AppAction>& action) {
+    if (!action) return "nothing";
+    if (const auto* play = std::get_if<PlayAction>(&*action)) {
+        return (play->hideMaker ? "play " : "play and stay ") + play->url.text();
+    }
+    return "encode " + std::get<EncodeAction>(*action).url.text();
+}
+
+TEST(ParseAppAction, FollowsTheGrammar) {
+    const struct {
+        std::string text, action;
+    } cases[] = {
+        {"zebmaker://play?url=file%3A%2F%2F%2FUsers%2Fa%2Fclip.zeb", "play file:///Users/a/clip.zeb"},
+        {"zebmaker:encode?url=file:///Users/a/holiday.mov", "encode file:///Users/a/holiday.mov"},
+        // The verb decides, whatever the target is called.
+        {"zebmaker://play?url=file:///x/y.mov", "play file:///x/y.mov"},
+        {"zebmaker://encode?url=file:///x/y.zeb", "encode file:///x/y.zeb"},
+        // Any other verb leaves it to the target.
+        {"zebmaker://open?url=file:///x/y.ZEB", "play file:///x/y.ZEB"},
+        {"zebmaker://Play?url=file:///x/y.mov", "encode file:///x/y.mov"},
+        {"zebmaker:///play?url=file:///x/y.mov", "encode file:///x/y.mov"},
+        {"zebmaker://?url=file:///x/y.zeb", "play file:///x/y.zeb"},
+        // Where the verb is.
+        {"zebmaker:/encode?url=y.zeb", "encode y.zeb"},
+        {"zebmaker:encode/play?url=y.zeb", "encode y.zeb"},
+        {"zebmaker://u@encode:80/play?url=y.zeb", "encode y.zeb"},
+        {"zebmaker://enc%6Fde/play?url=y.zeb", "encode y.zeb"},
+        {"zebmaker:pl%61y?url=y.mov", "play y.mov"},
+        {"zebmaker:?url=y.zeb", "nothing"},
+        {"zebmaker:/?url=y.zeb", "nothing"},
+        // The query.
+        {"zebmaker://play", "nothing"},
+        {"zebmaker://play?", "nothing"},
+        {"zebmaker://play#?url=A", "nothing"},
+        {"zebmaker://play?file=file:///x/y.zeb", "nothing"},
+        {"zebmaker://play?URL=A", "nothing"},
+        {"zebmaker://play?url", "nothing"},
+        {"zebmaker://play?url=", "nothing"},
+        {"zebmaker://play?url&url=A", "nothing"},
+        {"zebmaker://play?x=1&url=A&url=B", "play A"},
+        {"zebmaker://play?%75rl=A+B=C", "play A+B=C"},
+        // The target is decoded once, then a URL of its own.
+        {"zebmaker:encode?url=file:///my%20film.mov", "encode file:///my%20film.mov"},
+        {"zebmaker:encode?url=file:///50%2525.mov", "encode file:///50%25.mov"},
+        {"zebmaker:encode?url=file:///50%25.mov", "encode file:///50%25.mov"},
+        {"zebmaker:encode?url=file:///a%FF.mov", "encode file:///a%FF.mov"},
+        {"zebmaker:x?url=file:///a.mov%2500.zeb", "encode file:///a.mov%00.zeb"},
+        {"zebmaker:encode?url=file:///a%00.mov", "nothing"},
+        {"zebmaker:encode?url=file:///a%0A.mov", "nothing"},
+        {"zebmaker:encode?url=my:film:1", "encode my:film:1"},
+        {"zebmaker:encode?url=my%20film:1", "nothing"},
+        // Schemes are compared exactly, except a file's.
+        {"ZEBMAKER://play?url=file:///x/y.zeb", "nothing"},
+        {"zebmaker2://play?url=file:///x/y.zeb", "nothing"},
+        {"http://play?url=file:///x/y.zeb", "nothing"},
+        {"//play?url=file:///x/y.zeb", "nothing"},
+        {"/x/y.zeb", "nothing"},
+        {"", "nothing"},
+        {"zebmaker://play?url=A\n"s, "nothing"},
+        {"file:///a/Movie.ZeB", "play file:///a/Movie.ZeB"},
+        {"FILE:///a/Movie.mp4", "encode FILE:///a/Movie.mp4"},
+        {"file:///a/.zeb", "encode file:///a/.zeb"},
+        {"file:///a/b.zeb/", "play file:///a/b.zeb/"},
+        {"file:///encode?url=y.zeb", "encode file:///encode?url=y.zeb"},
+    };
+    for (const auto& [text, action] : cases)
+        EXPECT_EQ(shown(parseAppAction(text)), action) << text;
+}
+
+TEST(ParseAppAction, TakesAMegabyteWithoutPause) {
+    // Each of these took minutes if it were quadratic.
+    const std::size_t size = 1'000'000;
+    const std::string path = "/" + std::string(size, 'a') + ".zeb";
+    EXPECT_EQ(shown(parseAppAction("zebmaker://open?url=file:" + path)), "play file:" + path);
+    for (const char* filling : {"&", "%", "/", "url", "=", "@", "[", ":", "%25", "\xFF", "../"}) {
+        std::string text = "zebmaker://play?url=";
+        while (text.size() < size)
+            text += filling;
+        parseAppAction(text);
+        parseAppAction("zebmaker://" + text.substr(20) + "?url=a");
+        URL::forFile("/" + text).standardizedFileURL();
+    }
+}
+
+}  // namespace
+}  // namespace zeb

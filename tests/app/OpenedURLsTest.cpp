@@ -1,0 +1,39 @@
+#include "app/OpenedURLs.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/fake/HandDrivenMainActor.h"
+
+namespace zeb {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(OpenedURLs, RunOneByOneAfterTheCallHasReturned) {
+    std::vector<std::string> events;
+    fake::HandDrivenMainActor mainActor;
+    AppActionRouter router;
+    const auto observation = router.observe([&](const AppActionRequest& request) {
+        events.push_back("encode " + std::get<EncodeAction>(request.action).url.text());
+        // Whatever somebody posts comes after the URLs that were opened together.
+        mainActor.post([&] { events.emplace_back("later"); });
+    });
+    const auto openPlayer = [&](const URL& url, bool hideMaker) {
+        events.push_back((hideMaker ? "play alone " : "play ") + url.text());
+    };
+    // Schemes do not count here.
+    routeOpenedURLs({URL::forFile("/a.mov"), URL::parse("http://h/b.ZEB").value(),
+                     URL::parse("zebmaker://play?url=c.zeb").value(), URL::forFile("/d.mov")},
+                    mainActor, openPlayer, router, [&] { events.emplace_back("activate"); });
+    EXPECT_THAT(events, IsEmpty());
+    EXPECT_EQ(mainActor.waiting(), 4u);
+    mainActor.run();
+    EXPECT_THAT(events, ElementsAre("encode file:///a.mov", "activate", "play alone http://h/b.ZEB",
+                                    "encode zebmaker://play?url=c.zeb", "activate", "encode file:///d.mov",
+                                    "activate", "later", "later", "later"));
+    EXPECT_EQ(router.request()->action, AppAction(EncodeAction{URL::forFile("/d.mov")}));
+}
+
+}  // namespace
+}  // namespace zeb

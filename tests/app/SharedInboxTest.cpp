@@ -1,0 +1,133 @@
+#include "app/SharedInbox.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "platform/ApplicationGroupContainer.h"
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::UnorderedElementsAre;
+
+constexpr std::int64_t now = 1'700'000'000;
+constexpr std::int64_t day = 86'400;
+
+class SharedInboxTest : public testing::Test {
+protected:
+    SharedInboxTest() { fs::create_directory(place("SharedInbox")); }
+
+    fs::path place(const std::string& name) const { return m_container.file(name); }
+
+    /// Gives an entry itself, not a link's target, a date that many seconds and nanoseconds from now.
+    void date(const std::string& name, std::int64_t seconds, long nanoseconds = 0) const {
+        const timespec time{static_cast<time_t>(now + seconds), nanoseconds};
+        const timespec times[] = {time, time};
+        ASSERT_EQ(::utimensat(AT_FDCWD, place(name).c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << name;
+    }
+    void file(const std::string& name, std::int64_t seconds, long nanoseconds = 0) const {
+        std::ofstream(place(name)) << "bytes";
+        date(name, seconds, nanoseconds);
+    }
+    void clean() const {
+        cleanSharedInbox(m_container.path(),
+                         std::chrono::system_clock::time_point(std::chrono::seconds(now)));
+    }
+    std::vector<std::string> names(const std::string& folder) const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(place(folder)))
+            names.push_back(entry.path().filename().string());
+        return names;
+    }
+
+    test::TemporaryFolder m_container;
+};
+
+TEST_F(SharedInboxTest, LosesEntriesOlderThanSevenDays) {
+    file("SharedInbox/eight days", -8 * day);
+    file("SharedInbox/six days", -6 * day);
+    file("SharedInbox/to the second", -7 * day);
+    file("SharedInbox/a moment older", -7 * day - 1, 999'999'999);
+    file("SharedInbox/future", 400 * day);
+    file("SharedInbox/far future", 300 * 365 * day);
+    file("SharedInbox/far past", -100 * 365 * day);
+    file("SharedInbox/.hidden", -8 * day);
+    fs::create_directories(place("SharedInbox/..hidden/inside"));
+    date("SharedInbox/..hidden", -8 * day);
+    clean();
+    EXPECT_THAT(names("SharedInbox"), UnorderedElementsAre("six days", "to the second", "future",
+                                                           "far future", ".hidden", "..hidden"));
+}
+
+TEST_F(SharedInboxTest, LosesFoldersWithTheirContentsByTheirOwnDates) {
+    for (const char* folder : {"old", "new", "empty"})
+        fs::create_directories(place("SharedInbox") / folder / "a/b/.c");
+    fs::remove_all(place("SharedInbox/empty/a"));
+    file("SharedInbox/old/a/b/new", 0);
+    file("SharedInbox/new/a/b/old", -8 * day);
+    ASSERT_EQ(::mkfifo(place("SharedInbox/old/a/pipe").c_str(), 0600), 0);
+    for (const char* folder : {"old", "empty"})
+        date(std::string("SharedInbox/") + folder, -8 * day);
+    date("SharedInbox/new", -6 * day);
+    clean();
+    EXPECT_THAT(names("SharedInbox"), UnorderedElementsAre("new"));
+    EXPECT_THAT(names("SharedInbox/new/a/b"), UnorderedElementsAre("old", ".c"));
+}
+
+TEST_F(SharedInboxTest, LosesLinksAsLinks) {
+    fs::create_directory(place("outside"));
+    file("outside/precious", -8 * day);
+    date("outside", -8 * day);
+    fs::create_directory(place("SharedInbox/folder"));
+    for (const char* link : {"old link", "new link", "folder/link"})
+        fs::create_directory_symlink(place("outside"), place("SharedInbox") / link);
+    fs::create_symlink(place("outside/precious"), place("SharedInbox/file link"));
+    fs::create_symlink(place("nothing"), place("SharedInbox/dangling"));
+    for (const char* name : {"old link", "folder", "file link", "dangling"})
+        date(std::string("SharedInbox/") + name, -8 * day);
+    date("SharedInbox/new link", -6 * day);
+    clean();
+    EXPECT_THAT(names("SharedInbox"), UnorderedElementsAre("new link"));
+    EXPECT_THAT(names("outside"), UnorderedElementsAre("precious"));
+}
+
+TEST_F(SharedInboxTest, IsLeftAloneWhenItIsNoFolderOfItsOwn) {
+    fs::rename(place("SharedInbox"), place("elsewhere"));
+    file("elsewhere/precious", -8 * day);
+    clean();
+    EXPECT_FALSE(fs::exists(place("SharedInbox")));
+    fs::create_directory_symlink(place("elsewhere"), place("SharedInbox"));
+    clean();
+    fs::remove(place("SharedInbox"));
+    file("SharedInbox", -8 * day);
+    clean();
+    EXPECT_TRUE(fs::exists(place("SharedInbox")));
+    cleanSharedInbox(std::nullopt, {});
+    EXPECT_THAT(names("elsewhere"), UnorderedElementsAre("precious"));
+}
+
+TEST(ApplicationGroupContainer, LiesInTheUsersDataFolder) {
+#ifndef __APPLE__
+    const auto container = [](const char* data, const char* home) {
+        data != nullptr ? ::setenv("XDG_DATA_HOME", data, 1) : ::unsetenv("XDG_DATA_HOME");
+        home != nullptr ? ::setenv("HOME", home, 1) : ::unsetenv("HOME");
+        return applicationGroupContainer();
+    };
+    EXPECT_EQ(container("/data", "/home"), "/data/zebmaker");
+    for (const char* data : {static_cast<const char*>(nullptr), "", "relative"}) {
+        EXPECT_EQ(container(data, "/home"), "/home/.local/share/zebmaker");
+        EXPECT_EQ(container(data, nullptr), std::nullopt);
+        EXPECT_EQ(container(data, ""), std::nullopt);
+    }
+#endif
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,199 @@
+#include "platform/AudioMixer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <numbers>
+#include <thread>
+#include <vector>
+
+#include "platform/RateConverter.h"
+#include "platform/SampledSound.h"
+
+namespace zeb {
+namespace {
+
+using testing::ElementsAre;
+
+/// The same on both sides.
+std::shared_ptr<SampledSoundSource> sourceOf(int rate, std::size_t frames,
+                                             const std::function<double(std::size_t)>& value) {
+    SampledSound sound{rate, {}};
+    for (std::size_t i = 0; i < frames; ++i)
+        sound.samples.insert(sound.samples.end(), 2, static_cast<float>(value(i)));
+    return std::make_shared<SampledSoundSource>(std::make_shared<const SampledSound>(std::move(sound)));
+}
+
+std::shared_ptr<SampledSoundSource> steady(std::size_t frames, double value, int rate = 48000) {
+    return sourceOf(rate, frames, [value](std::size_t) { return value; });
+}
+
+std::vector<float> rendered(AudioMixer& mixer, std::size_t frames) {
+    std::vector<float> samples(2 * frames, 9.0F);  // what was there before must not be heard
+    mixer.render(samples);
+    return samples;
+}
+
+TEST(AudioMixerTest, AddsWhatOverlapsAndTellsWhoEndsInTheirOrder) {
+    AudioMixer mixer;
+    mixer.resume(48000);
+    std::vector<std::string> ends;
+    const auto ending = [&](std::string name) {
+        return [&ends, name](const std::string& error) { ends.push_back(name + error); };
+    };
+    mixer.start(steady(1100, 0.25), ending("long"));
+    mixer.start(steady(600, 0.5), ending("short"));
+    const auto samples = rendered(mixer, 1000);
+    EXPECT_EQ(samples[0], 0.75F);
+    EXPECT_EQ(samples[2 * 599 + 1], 0.75F);
+    EXPECT_EQ(samples[2 * 600], 0.25F);
+    EXPECT_THAT(ends, ElementsAre("short"));
+    EXPECT_TRUE(mixer.isPlaying());
+    EXPECT_EQ(rendered(mixer, 200)[2 * 99 + 1], 0.25F);
+    EXPECT_THAT(ends, ElementsAre("short", "long"));
+    EXPECT_FALSE(mixer.isPlaying());
+    EXPECT_THAT(rendered(mixer, 2), ElementsAre(0, 0, 0, 0));
+}
+
+TEST(AudioMixerTest, CutsOffSumsAndSilencesWhatIsNoNumber) {
+    AudioMixer mixer;
+    mixer.resume(48000);
+    mixer.start(sourceOf(48000, 3,
+                         [](std::size_t i) {
+                             return std::array{0.8, -3.0, std::numeric_limits<double>::quiet_NaN()}[i];
+                         }),
+                {});
+    mixer.start(steady(3, 0.8), {});
+    EXPECT_THAT(rendered(mixer, 3), ElementsAre(1, 1, -1, -1, 0, 0));
+}
+
+TEST(AudioMixerTest, StoppingFadesWithoutAStep) {
+    AudioMixer mixer;
+    mixer.resume(48000);
+    bool ended = false;
+    const auto source = steady(48000, 0.8);
+    mixer.start(source, [&](const std::string&) { ended = true; });
+    float previous = rendered(mixer, 100).back();
+    EXPECT_EQ(previous, 0.8F);
+    mixer.stop(*source);
+    for (const float sample : rendered(mixer, 512)) {
+        EXPECT_NEAR(sample, previous, 0.005);
+        previous = sample;
+    }
+    EXPECT_EQ(previous, 0);
+    EXPECT_TRUE(ended);
+}
+
+TEST(AudioMixerTest, WaitsWhileSuspendedAndLosesNothing) {
+    AudioMixer mixer;
+    mixer.start(steady(2, 0.5), {});
+    EXPECT_THAT(rendered(mixer, 2), ElementsAre(0, 0, 0, 0));
+    mixer.resume(48000);
+    EXPECT_FALSE(mixer.suspendIfSilentFor(0));
+    EXPECT_THAT(rendered(mixer, 3), ElementsAre(0.5F, 0.5F, 0.5F, 0.5F, 0, 0));
+    rendered(mixer, 9);
+    EXPECT_FALSE(mixer.suspendIfSilentFor(10));
+    rendered(mixer, 1);
+    EXPECT_TRUE(mixer.suspendIfSilentFor(10));
+    mixer.start(steady(1, 0.25), {});
+    EXPECT_THAT(rendered(mixer, 1), ElementsAre(0, 0));
+    std::string reason;
+    mixer.start(steady(1, 0.5), [&](const std::string& error) { reason = error; });
+    mixer.dropAll("no device");
+    EXPECT_EQ(reason, "no device");
+    EXPECT_FALSE(mixer.isPlaying());
+}
+
+/// Amplitude of the frequency in the left channel, measured under a Hann window.
+double amplitude(const std::vector<float>& samples, double frequency, double rate) {
+    const std::size_t frames = samples.size() / 2;
+    double real = 0;
+    double imaginary = 0;
+    for (std::size_t i = 0; i < frames; ++i) {
+        const double t = static_cast<double>(i);
+        const double hann = 1 - std::cos(2 * std::numbers::pi * t / static_cast<double>(frames));
+        const double angle = 2 * std::numbers::pi * frequency * t / rate;
+        real += hann * samples[2 * i] * std::cos(angle);
+        imaginary += hann * samples[2 * i] * std::sin(angle);
+    }
+    return 2 * std::hypot(real, imaginary) / static_cast<double>(frames);
+}
+
+TEST(RateConverterTest, KeepsTonesAndMakesNoOthers) {
+    struct Case {
+        int from, to;
+        double tone;     ///< Hz
+        double phantom;  ///< where its image or alias would lie
+        bool isKept;
+    };
+    const Case cases[] = {
+        {20000, 48000, 9000, 11000, true},  {20000, 44100, 1000, 19000, true},
+        {44100, 48000, 19000, 22900, true},  // 25100 Hz, folded
+        {48000, 44100, 19000, 14900, true}, {96000, 44100, 30000, 14100, false},
+        {44100, 96000, 15000, 29100, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.from << " to " << c.to << ", " << c.tone << " Hz");
+        const auto source = sourceOf(c.from, static_cast<std::size_t>(c.from), [&](std::size_t i) {
+            return 0.5 * std::sin(2 * std::numbers::pi * c.tone * static_cast<double>(i) / c.from);
+        });
+        RateConverter converter(c.from, c.to);
+        std::vector<float> samples(2 * static_cast<std::size_t>(c.to) + 1000);
+        const std::size_t frames = converter.render(*source, samples);
+        EXPECT_EQ(frames, static_cast<std::size_t>(c.to));
+        // Away from the ends, where the tone begins and stops with a step.
+        const std::vector<float> middle(samples.begin() + c.to / 4 * 2, samples.begin() + c.to * 3 / 4 * 2);
+        EXPECT_NEAR(amplitude(middle, c.tone, c.to), c.isKept ? 0.5 : 0, 0.5e-3);
+        EXPECT_LT(amplitude(middle, c.phantom, c.to), 0.5e-4);  // -80 dB
+    }
+}
+
+TEST(RateConverterTest, DoesNotDependOnHowTheOutputIsDivided) {
+    const auto tone = [](std::size_t i) { return std::sin(0.37 * static_cast<double>(i)); };
+    std::vector<float> whole(2 * 5000);
+    std::vector<float> pieces(whole.size());
+    RateConverter first(20000, 48000);
+    const std::size_t frames = first.render(*sourceOf(20000, 1999, tone), whole);
+    EXPECT_EQ(frames, 4798U);  // ceil(1999 x 2.4)
+    RateConverter second(20000, 48000);
+    const auto source = sourceOf(20000, 1999, tone);
+    std::size_t done = 0;
+    for (std::size_t step = 1; done < frames; step = step * 3 % 101) {
+        const std::size_t count =
+            second.render(*source, std::span(pieces).subspan(2 * done, 2 * std::min(step, frames - done)));
+        ASSERT_GT(count, 0U);
+        done += count;
+    }
+    EXPECT_EQ(whole, pieces);
+    // Rates that are worlds apart still end.
+    RateConverter absurd(1000000, 8);
+    EXPECT_EQ(absurd.render(*steady(1000000, 0.5, 1000000), whole), 8U);
+}
+
+TEST(AudioMixerTest, ManyThreadsMayStartAndStop) {
+    AudioMixer mixer;
+    mixer.resume(48000);
+    std::atomic<int> ended = 0;
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 50; ++i) {
+                const auto source = steady(700, 0.1, i % 2 == 0 ? 48000 : 20000);
+                mixer.start(source, [&](const std::string&) { ++ended; });
+                if (i % 3 == 0) mixer.stop(*source);
+            }
+        });
+    }
+    while (ended < 150)
+        rendered(mixer, 256);
+    EXPECT_FALSE(mixer.isPlaying());
+}
+
+}  // namespace
+}  // namespace zeb

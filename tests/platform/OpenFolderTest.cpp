@@ -1,0 +1,119 @@
+#include "platform/OpenFolder.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb {
+namespace {
+
+namespace fs = std::filesystem;
+
+class OpenFolderTest : public testing::Test {
+protected:
+    OpenFolderTest() {
+        fs::create_directories(m_temporary.file("folder/tree"));
+        fs::create_directory(m_temporary.file("outside"));
+        std::ofstream(m_temporary.file("outside/precious")) << "bytes";
+    }
+
+    OpenFolder folder() const { return OpenFolder::open(m_temporary.file("folder")).value(); }
+    bool isPreciousThere() const { return fs::exists(m_temporary.file("outside/precious")); }
+
+    test::TemporaryFolder m_temporary;
+};
+
+TEST_F(OpenFolderTest, OpensFoldersOnly) {
+    fs::create_directory_symlink(m_temporary.file("folder"), m_temporary.file("link"));
+    EXPECT_TRUE(OpenFolder::open(m_temporary.file("link/tree")));
+    for (const char* name : {"link", "link/", "outside/precious", "nothing"})
+        EXPECT_FALSE(OpenFolder::open(m_temporary.file(name))) << name;
+    EXPECT_FALSE(OpenFolder::open(""));
+}
+
+TEST_F(OpenFolderTest, TakesNoPathsForEntries) {
+    for (const char* name : {"", ".", "..", "../outside", "/", "tree/"})
+        EXPECT_FALSE(folder().remove(name)) << name;
+    EXPECT_TRUE(fs::exists(m_temporary.file("folder/tree")));
+    EXPECT_TRUE(isPreciousThere());
+    EXPECT_TRUE(folder().remove("nothing"));
+}
+
+TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorsReach) {
+    // Made by descriptors, since no path is that long.
+    int inside = ::open(m_temporary.file("folder/tree").c_str(), O_RDONLY);
+    for (int level = 0; level < 3000; ++level) {
+        ASSERT_EQ(::mkdirat(inside, "sub", 0700), 0);
+        ASSERT_EQ(::symlinkat("../..", inside, "up"), 0);
+        ::close(::openat(inside, "file", O_CREAT | O_WRONLY, 0600));
+        const int deeper = ::openat(inside, "sub", O_RDONLY);
+        ::close(inside);
+        inside = deeper;
+    }
+    ::close(inside);
+    EXPECT_TRUE(folder().remove("tree"));
+    EXPECT_THAT(folder().names(), testing::Optional(testing::IsEmpty()));
+    EXPECT_TRUE(isPreciousThere());
+}
+
+TEST_F(OpenFolderTest, RemovesWhatItCanOfAnUnreadableTree) {
+    const auto make = [&](const char* name) {
+        fs::create_directories(m_temporary.file(name));
+        fs::permissions(m_temporary.file(name), fs::perms::none);
+    };
+    make("folder/tree/empty");
+    fs::create_directories(m_temporary.file("folder/tree/full/file"));
+    make("folder/tree/full");
+    std::ofstream(m_temporary.file("folder/tree/z")) << "bytes";
+    // The superuser reads everything, so he lends his folders to somebody who does not.
+    constexpr uid_t nobody = 65534;
+    const bool isSuperuser = ::geteuid() == 0;
+    if (isSuperuser) {
+        for (const char* name :
+             {"", "folder", "folder/tree", "folder/tree/empty", "folder/tree/full", "folder/tree/z"})
+            ASSERT_EQ(::chown(m_temporary.file(name).c_str(), nobody, nobody), 0) << name;
+        ASSERT_EQ(::seteuid(nobody), 0);
+    }
+    const bool isGone = folder().remove("tree");
+    ASSERT_TRUE(!isSuperuser || ::seteuid(0) == 0);
+    EXPECT_FALSE(isGone);
+    fs::permissions(m_temporary.file("folder/tree/full"), fs::perms::owner_all);
+    EXPECT_FALSE(fs::exists(m_temporary.file("folder/tree/empty")));
+    EXPECT_FALSE(fs::exists(m_temporary.file("folder/tree/z")));
+    EXPECT_TRUE(fs::exists(m_temporary.file("folder/tree/full/file")));
+}
+
+#ifdef RENAME_EXCHANGE
+TEST_F(OpenFolderTest, StaysInsideWhileFoldersAreSwappedForLinks) {
+    const std::string part = m_temporary.file("folder/tree/part");
+    const std::string swap = m_temporary.file("swap");
+    for (int round = 0; round < 300; ++round) {
+        fs::create_directories(part + "/a/b");
+        for (int file = 0; file < 4; ++file)
+            std::ofstream(part + "/" + std::to_string(file)) << "bytes";
+        fs::create_directory_symlink(m_temporary.file("outside"), swap);
+        std::jthread swapper([&](const std::stop_token& token) {
+            while (!token.stop_requested())
+                ::renameat2(AT_FDCWD, part.c_str(), AT_FDCWD, swap.c_str(), RENAME_EXCHANGE);
+        });
+        for (int attempt = 0; attempt < 20 && !folder().remove("tree"); ++attempt) {
+        }
+        ASSERT_TRUE(isPreciousThere()) << "round " << round;
+        swapper.request_stop();
+        swapper.join();
+        fs::remove_all(swap);
+        fs::remove_all(m_temporary.file("folder/tree"));
+    }
+}
+#endif
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,140 @@
+#include "platform/sdl/SDLAudioOutput.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/SampledSound.h"
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Waits for something that another thread tells.
+class Answer {
+public:
+    AudioOutput::Finished finished() {
+        return [this](const std::string& error) {
+            const std::lock_guard lock(m_mutex);
+            m_error = error;
+            m_changed.notify_all();
+        };
+    }
+    /// The error, or nothing when it does not come in time.
+    std::optional<std::string> wait() {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_for(lock, 20s, [this] { return m_error.has_value(); });
+        return m_error;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::optional<std::string> m_error;
+};
+
+std::shared_ptr<SampledSoundSource> steady(std::size_t frames, float left, float right) {
+    SampledSound sound{48000, {}};
+    for (std::size_t i = 0; i < frames; ++i)
+        sound.samples.insert(sound.samples.end(), {left, right});
+    return std::make_shared<SampledSoundSource>(std::make_shared<const SampledSound>(std::move(sound)));
+}
+
+class SDLAudioOutputTest : public testing::Test {
+protected:
+    void use(const char* driver) {
+        ::setenv("SDL_AUDIODRIVER", driver, 1);
+        ::setenv("SDL_DISKAUDIOFILE", m_folder.file("heard.raw").c_str(), 1);
+        ::setenv("SDL_DISKAUDIODELAY", "1", 1);  // milliseconds per buffer: faster than one listens
+    }
+
+    /// Frames that the disk driver has written, as left and right.
+    std::vector<std::pair<float, float>> heard() const {
+        std::ifstream file(m_folder.file("heard.raw"), std::ios::binary);
+        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+        std::vector<std::pair<float, float>> frames(bytes.size() / 8);
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            std::memcpy(&frames[i].first, bytes.data() + 8 * i, 4);
+            std::memcpy(&frames[i].second, bytes.data() + 8 * i + 4, 4);
+        }
+        return frames;
+    }
+
+    test::TemporaryFolder m_folder;
+};
+
+TEST_F(SDLAudioOutputTest, EverySampleReachesTheDeviceOnceAndTheDeviceIsGivenBack) {
+    use("disk");
+    SDLAudioOutput output({.closeAfter = 50ms, .retryAfter = 0ms});
+    EXPECT_FALSE(output.isOpen());
+    Answer answer;
+    output.start(steady(1000, 0.25F, -0.5F), answer.finished());
+    EXPECT_EQ(answer.wait(), "");
+    while (output.isOpen())
+        std::this_thread::yield();
+    const auto frames = heard();
+    EXPECT_EQ(std::count(frames.begin(), frames.end(), std::pair(0.25F, -0.5F)), 1000);
+    EXPECT_EQ(std::count(frames.begin(), frames.end(), std::pair(0.0F, 0.0F)),
+              static_cast<std::ptrdiff_t>(frames.size()) - 1000);
+    // The next sound opens it anew.
+    Answer second;
+    output.start(steady(10, 0.25F, -0.5F), second.finished());
+    EXPECT_EQ(second.wait(), "");
+}
+
+TEST_F(SDLAudioOutputTest, WithoutADeviceSourcesFinishWithTheReason) {
+    use("no-such-driver");
+    SDLAudioOutput output({.closeAfter = 50ms, .retryAfter = 24h});
+    Answer first;
+    output.start(steady(48000, 0.5F, 0.5F), first.finished());
+    const auto reason = first.wait();
+    ASSERT_TRUE(reason.has_value());
+    EXPECT_NE(*reason, "");
+    // No other attempt is made that soon, even if it would succeed.
+    use("dummy");
+    Answer second;
+    output.start(steady(48000, 0.5F, 0.5F), second.finished());
+    EXPECT_EQ(second.wait(), reason);
+    EXPECT_FALSE(output.isOpen());
+}
+
+TEST_F(SDLAudioOutputTest, TriesAgainLater) {
+    use("no-such-driver");
+    SDLAudioOutput output({.closeAfter = 50ms, .retryAfter = 0ms});
+    Answer first;
+    output.start(steady(10, 0.5F, 0.5F), first.finished());
+    EXPECT_NE(first.wait(), "");
+    use("dummy");
+    Answer second;
+    output.start(steady(10, 0.5F, 0.5F), second.finished());
+    EXPECT_EQ(second.wait(), "");
+}
+
+TEST_F(SDLAudioOutputTest, EndsInTheMiddleOfASoundWithoutTellingAnybody) {
+    use("dummy");
+    Answer answer;
+    bool isTold = false;
+    {
+        SDLAudioOutput output;
+        const auto endless = steady(48000 * 60, 0.5F, 0.5F);
+        output.start(endless, [&](const std::string&) { isTold = true; });
+        output.start(steady(100, 0.5F, 0.5F), answer.finished());
+        EXPECT_EQ(answer.wait(), "");
+    }
+    EXPECT_FALSE(isTold);
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,186 @@
+#include "platform/URL.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+namespace zeb {
+namespace {
+
+using testing::ElementsAre;
+using namespace std::string_literals;
+
+URL made(const std::string& text) {
+    const auto url = URL::parse(text);
+    EXPECT_TRUE(url) << text;
+    return url ? *url : URL::forFile("/none");
+}
+
+TEST(URL, RefusesWhatIsNone) {
+    for (const std::string& text : {""s,
+                                    ":"s,
+                                    "1a:b"s,
+                                    " file:///a"s,
+                                    "fi le:///a"s,
+                                    "ä:b"s,
+                                    "%66ile:///a"s,
+                                    "my film: part 2.mov"s,
+                                    "file:///a\nb"s,
+                                    "file:///a\x7F"s,
+                                    "file:///a\0b"s,
+                                    "http://h:80a/"s,
+                                    "http://h:1:2/"s,
+                                    "http://[::1"s,
+                                    "http://::1]/"s,
+                                    "http://a[::1]/"s,
+                                    "http://[::1]a/"s,
+                                    "http://[::1]:b/"s,
+                                    "http://[]/"s,
+                                    "http://[1:2:3:4:5:6:7]/"s,
+                                    "http://[1:2:3:4:5:6:7:8:9]/"s,
+                                    "http://[1::2::3]/"s,
+                                    "http://[1:::2]/"s,
+                                    "http://[1:2:3:4::5:6:7:8]/"s,
+                                    "http://[12345::]/"s,
+                                    "http://[::1.2.3]/"s,
+                                    "http://[::1.2.3.256]/"s,
+                                    "http://[::1.2.3.04]/"s,
+                                    "http://[1.2.3.4::]/"s,
+                                    "http://[::g]/"s,
+                                    "http://[fe80::1%25]/"s,
+                                    "http://[fe80::1%en0]/"s,
+                                    "http://[v.a]/"s,
+                                    "http://[v1.]/"s}) {
+        EXPECT_EQ(URL::parse(text), std::nullopt) << text;
+    }
+}
+
+TEST(URL, EscapesWhatItMustNotHold) {
+    const struct {
+        std::string given, text;
+    } cases[] = {
+        {"ZebMaker://Play?URL=%2f%2F", "ZebMaker://Play?URL=%2f%2F"},
+        {"file:///my film ü.mov", "file:///my%20film%20%C3%BC.mov"},
+        {"file:///Latin\xFC.mov", "file:///Latin%FC.mov"},
+        {"file:///100%/%zz/%4/%41%", "file:///100%25/%25zz/%254/%41%25"},
+        {"a[1]?b[2]#c[3]#d", "a%5B1%5D?b%5B2%5D#c%5B3%5D%23d"},
+        {"\"<>\\^`{|}", "%22%3C%3E%5C%5E%60%7B%7C%7D"},
+        {"http://a@b@c d:/?x y?", "http://a%40b@c%20d:/?x%20y?"},
+        {"http://[fe80::1%25e%6e0]:8080", "http://[fe80::1%25e%6e0]:8080"},
+        {"http://[::ffff:1.2.3.255]", "http://[::ffff:1.2.3.255]"},
+        {"http://[1:2:3:4:5:6:7::]", "http://[1:2:3:4:5:6:7::]"},
+        {"http://[1:2:3:4:5:6:7:8]", "http://[1:2:3:4:5:6:7:8]"},
+        {"http://[vF.a:b]", "http://[vF.a:b]"},
+        {"./a:b", "./a:b"},
+        {"?", "?"},
+    };
+    for (const auto& [given, text] : cases)
+        EXPECT_EQ(made(given).text(), text) << given;
+}
+
+TEST(URL, TellsAbsentComponentsFromEmptyOnes) {
+    const auto shown = [](const std::string& text) {
+        const URL::Components parts = made(text).components();
+        std::vector<std::string> all;
+        for (const auto& part : {parts.scheme, parts.userInfo, parts.host, parts.port})
+            all.push_back(part.value_or("-"));
+        all.push_back(parts.path);
+        for (const auto& part : {parts.query, parts.fragment})
+            all.push_back(part.value_or("-"));
+        return all;
+    };
+    EXPECT_THAT(shown("zebmaker:encode?url=A"),
+                ElementsAre("zebmaker", "-", "-", "-", "encode", "url=A", "-"));
+    EXPECT_THAT(shown("zebmaker://play?url=A"), ElementsAre("zebmaker", "-", "play", "-", "", "url=A", "-"));
+    EXPECT_THAT(shown("zebmaker:///play"), ElementsAre("zebmaker", "-", "", "-", "/play", "-", "-"));
+    EXPECT_THAT(shown("X://u:p@[::1]:80/a:b//@?c?d#e?f"),
+                ElementsAre("X", "u:p", "[::1]", "80", "/a:b//@", "c?d", "e?f"));
+    EXPECT_THAT(shown("//@:?#"), ElementsAre("-", "", "", "", "", "", ""));
+    EXPECT_THAT(shown("a/b:c"), ElementsAre("-", "-", "-", "-", "a/b:c", "-", "-"));
+    EXPECT_EQ(made("x://pl%61y").host(), "play");
+    EXPECT_EQ(made("x:play").host(), std::nullopt);
+}
+
+TEST(URL, SplitsTheQueryAndThenResolvesEscapes) {
+    const auto items = [](const std::string& text) { return made(text).queryItems(); };
+    using Items = std::vector<URL::QueryItem>;
+    EXPECT_EQ(items("x:y"), std::nullopt);
+    EXPECT_EQ(items("x:y?"), Items{});
+    EXPECT_EQ(items("x:y?&"), (Items{{"", std::nullopt}, {"", std::nullopt}}));
+    EXPECT_EQ(items("x:y?a=1=2&b&=c&d=&a=%26%3d+%C3%BC%FF%00"),
+              (Items{{"a", "1=2"}, {"b", std::nullopt}, {"", "c"}, {"d", ""}, {"a", "&=+ü\xFF\0"s}}));
+    EXPECT_EQ(items("x:y?%75rl=%2541"), (Items{{"url", "%41"}}));
+}
+
+TEST(URL, KnowsPathAndExtension) {
+    const struct {
+        std::string text, path, extension;
+    } cases[] = {
+        {"file:///a/Movie.ZeB", "/a/Movie.ZeB", "ZeB"},
+        {"file:///a/b.tar.gz//", "/a/b.tar.gz//", "gz"},
+        {"file:///a/.zeb", "/a/.zeb", ""},
+        {"file:///a/..zeb", "/a/..zeb", "zeb"},
+        {"file:///a.zeb/b", "/a.zeb/b", ""},
+        {"file:///a/b.", "/a/b.", ""},
+        {"file:///a/..", "/a/..", ""},
+        {"file:///a/b%2Eze%62", "/a/b.zeb", "zeb"},
+        {"file:///a.b%2Fc", "/a.b/c", ""},
+        {"file:///a/Vol. 2", "/a/Vol. 2", ""},
+        {"file:///a/b.zeb%00.mov", "", ""},
+        {"file:///a/b.zeb%2500", "/a/b.zeb%00", "zeb%00"},
+        {"file:///a/b.zeb?c.d#e.f", "/a/b.zeb", "zeb"},
+        {"file://h.zeb", "", ""},
+        {"file:///", "/", ""},
+        {"c.zeb", "c.zeb", "zeb"},
+    };
+    for (const auto& [text, path, extension] : cases) {
+        EXPECT_EQ(made(text).path(), path) << text;
+        EXPECT_EQ(made(text).pathExtension(), extension) << text;
+    }
+    for (const char* text : {"file:a", "FiLe:///a"})
+        EXPECT_TRUE(made(text).isFileURL()) << text;
+    for (const char* text : {"files:///a", "/file", "//file/a"})
+        EXPECT_FALSE(made(text).isFileURL()) << text;
+}
+
+TEST(URL, TakesAnyPath) {
+    std::string every = "/";
+    for (int byte = 1; byte < 256; ++byte)
+        every += static_cast<char>(byte);
+    for (const std::string& path : {every, "/"s, "//a"s, "/a/../b/"s, "/%41 a?b#c"s}) {
+        const URL url = URL::forFile(path);
+        EXPECT_EQ(url.path(), path);
+        EXPECT_EQ(URL::parse(url.text()), url);
+    }
+    EXPECT_EQ(URL::forFile("/a b/ü%").text(), "file:///a%20b/%C3%BC%25");
+    EXPECT_EQ(URL::forFile("/a.zeb\0.mov"s).path(), "");
+    const std::string here = std::filesystem::current_path().string();
+    EXPECT_EQ(URL::forFile("a:b").path(), here + "/a:b");
+    EXPECT_EQ(URL::forFile("").path(), here);
+}
+
+TEST(URL, StandardisesFileURLs) {
+    const struct {
+        std::string given, text;
+    } cases[] = {
+        {"file:///a/./b//../%63%2e/", "file:///a/c."},
+        {"FILE:/a", "file:///a"},
+        {"file://LocalHost/a;b?c#d", "file:///a;b"},
+        {"file:////a", "file:///a"},
+        {"file:///%2e%2E/../a%2fb%41", "file:///a/bA"},
+        {"file:///a/..", "file:///"},
+        {"file:///...", "file:///..."},
+        {"file:a/../../b", "file:../b"},
+        {"file:a/..", "file:."},
+        {"file://u@server:8/a/../b", "file://u@server:8/b"},
+        {"file:///a%00/../b", "file:///a%00/../b"},
+        {"file://", "file://"},
+        {"http://h/a/../b/", "http://h/a/../b/"},
+        {"a/../b", "a/../b"},
+    };
+    for (const auto& [given, text] : cases)
+        EXPECT_EQ(made(given).standardizedFileURL().text(), text) << given;
+}
+
+}  // namespace
+}  // namespace zeb

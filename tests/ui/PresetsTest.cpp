@@ -1,0 +1,447 @@
+#include <gmock/gmock.h>
+
+#include <limits>
+
+#include "platform/PropertyList.h"
+#include "platform/fake/FakeUserDefaults.h"
+#include "platform/fake/HandDrivenMainActor.h"
+#include "ui/BuiltInPreset.h"
+#include "ui/LenientPresets.h"
+#include "ui/PresetEditor.h"
+#include "ui/PresetLoader.h"
+#include "ui/PresetMenu.h"
+#include "ui/PresetSelection.h"
+#include "ui/UserPresetJSON.h"
+
+namespace zeb {
+
+void PrintTo(const UserPreset& preset, std::ostream* stream) {
+    *stream << preset.id << " '" << preset.name << "' " << preset.width << "x" << preset.height;
+}
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+
+PropertyData bytesOf(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+std::string textOf(const PropertyData& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+constexpr const char* uuid = "E621E1F8-C36C-495A-93FC-0C247A3E6E5F";
+
+std::string presetJSON(std::string_view id, std::string_view name, int width, int height) {
+    return "{\"id\":\"" + std::string(id) + "\",\"name\":\"" + std::string(name) +
+           "\",\"width\":" + std::to_string(width) + ",\"height\":" + std::to_string(height) + "}";
+}
+
+TEST(PresetRulesTest, ReadsIntegersLeniently) {
+    const std::pair<PropertyValue, std::optional<std::int64_t>> cases[] = {
+        {640, 640},
+        {-3, -3},
+        {640.9, 640},
+        {-0.5, 0},
+        {0x1p63, std::nullopt},
+        {-0x1p63, std::numeric_limits<std::int64_t>::min()},
+        {std::numeric_limits<double>::quiet_NaN(), std::nullopt},
+        {-std::numeric_limits<double>::infinity(), std::nullopt},
+        {"1,280 px", 1280},
+        {"-5", 5},
+        {"720p", 720},
+        {"1e5", 15},
+        {"007", 7},
+        {"", std::nullopt},
+        {"px", std::nullopt},
+        {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
+        {"9223372036854775808", std::nullopt},
+        {"٦٤٠", std::nullopt},
+        {"640²", std::nullopt},
+        {"640 Ⅻ", std::nullopt},
+        {"640 Äpfel \xFF", 640},
+        {true, std::nullopt},
+        {PropertyData{'6'}, std::nullopt},
+        {PropertyArray{640}, std::nullopt},
+    };
+    for (const auto& [value, expected] : cases)
+        EXPECT_EQ(lenientInteger(value), expected) << testing::PrintToString(expected.value_or(0));
+}
+
+TEST(PresetRulesTest, MakesIDs) {
+    EXPECT_EQ(makePresetID("My Clip", 640, 480, std::nullopt), "my_clip_640x480");
+    EXPECT_EQ(makePresetID("My Clip", 640, 480, ""), "my_clip_640x480");
+    EXPECT_EQ(makePresetID("My Clip", 640, 480, " "), " ");
+    EXPECT_EQ(makePresetID("", 640, 480, std::nullopt), "preset_640x480");
+    EXPECT_EQ(makePresetID(" \n\u3000", 1, 2, std::nullopt), "preset_1x2");
+    EXPECT_EQ(makePresetID("\tÄ  ÉTÉ\tЖ\n", 1, 2, std::nullopt), "ä__été\tж_1x2");
+}
+
+TEST(PresetRulesTest, ParsesRecords) {
+    const auto presets = parsePresetDictionaries({
+        {{"title", "Clip"}, {"w", "640 px"}, {"presetH", 480}},
+        {{"name", " A "}, {"title", "B"}, {"width", 1}, {"w", 5}, {"height", 2.9}, {"id", 7}, {"uuid", "u"}},
+        {{"name", 1}, {"label", "L"}, {"width", "none"}, {"w", 3}, {"h", 4}, {"identifier", "i"}, {"id", ""}},
+        {{"w", 3}, {"h", 4}},
+        {{"name", "no height"}, {"width", 640}},
+        {{"name", "no width"}, {"width", 0}, {"w", 640}, {"height", 480}},
+    });
+    EXPECT_THAT(presets,
+                ElementsAre(UserPreset{"clip_640x480", "Clip", 640, 480}, UserPreset{"u", " A ", 1, 2},
+                            UserPreset{"l_3x4", "L", 3, 4}, UserPreset{"preset_3x4", "Preset", 3, 4}));
+}
+
+TEST(PresetRulesTest, MergesByID) {
+    PresetCollection collection;
+    mergePresets(collection, {{"a", "  ", 1, 1}, {"b", "B", 1, 1}, {"a", "\n", 2, 2}});
+    EXPECT_EQ(collection.at("a").width, 1);
+    mergePresets(collection, {{"a", "Clip", 3, 4}, {"b", "Other", 5, 6}, {"a", "Late", 7, 8}});
+    EXPECT_THAT(collection,
+                ElementsAre(Pair("a", UserPreset{"a", "Clip", 3, 4}), Pair("b", UserPreset{"b", "B", 1, 1})));
+}
+
+TEST(PresetRulesTest, DecodesStrictly) {
+    const std::string rest = "\",\"name\":\"n\",\"height\":0,\"width\":";
+    const auto width = [&](const char* number) -> std::optional<std::int64_t> {
+        const auto presets = decodeUserPresets(bytesOf("[{\"id\":\"i" + rest + number + "}]"));
+        return presets && presets->size() == 1 ? std::optional(presets->front().width) : std::nullopt;
+    };
+    const std::pair<const char*, std::optional<std::int64_t>> numbers[] = {
+        {"640", 640},
+        {"640.0", 640},
+        {"6.4e2", 640},
+        {"-0", 0},
+        {"640.5", std::nullopt},
+        {"true", std::nullopt},
+        {"\"640\"", std::nullopt},
+        {"null", std::nullopt},
+        {"[640]", std::nullopt},
+        {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
+        {"9223372036854775808", std::nullopt},
+        {"1e300", std::nullopt},
+        {"1e999", std::nullopt},
+        {"640,\"extra\":{}", 640},
+    };
+    for (const auto& [number, expected] : numbers)
+        EXPECT_EQ(width(number), expected) << number;
+    EXPECT_THAT(decodeUserPresets(bytesOf(" [] ")), testing::Optional(IsEmpty()));
+    for (const char* json : {"", "{}", "[1]", "[{}]", "[{\"id\":1,\"name\":\"n\",\"width\":1,\"height\":1}]",
+                             "[{\"name\":\"n\",\"width\":1,\"height\":1}]", "[", "[]]"}) {
+        EXPECT_EQ(decodeUserPresets(bytesOf(json)), std::nullopt) << json;
+    }
+    EXPECT_EQ(decodeUserPresets(PropertyData(1'000'000, '[')), std::nullopt);
+    EXPECT_EQ(
+        decodeUserPresets(bytesOf("[{\"a\":" + std::string(100'000, '[') + std::string(100'000, ']') + "}]")),
+        std::nullopt);
+
+    const auto editorID = [](std::string_view id) {
+        const auto presets = decodeEditorPresets(bytesOf("[" + presetJSON(id, "n", 1, 1) + "]"));
+        return presets ? presets->front().id : "none";
+    };
+    EXPECT_EQ(editorID("e621e1f8-c36c-495a-93fc-0c247a3e6e5f"), uuid);
+    for (const char* id :
+         {"", "e621e1f8", "e621e1f8-c36c-495a-93fc-0c247a3e6e5", "e621e1f8-c36c-495a-93fc-0c247a3e6e5f0",
+          "e621e1f8-c36c-495a-93fc-0c247a3e6e5g", "e621e1f80c36c-495a-93fc-0c247a3e6e5f"}) {
+        EXPECT_EQ(editorID(id), "none") << id;
+    }
+}
+
+class PresetsTest : public testing::Test {
+protected:
+    std::vector<UserPreset> collected() { return collectUserPresets(m_defaults, isBeforeInAnyLanguage); }
+
+    NotificationCenter m_notifications;
+    fake::FakeUserDefaults m_defaults{m_notifications};
+};
+
+TEST_F(PresetsTest, ReadsEveryStoredShape) {
+    const PropertyArray records = {"no record", PropertyDictionary{{"title", "Clip"}, {"w", 640}, {"h", 480}},
+                                   7};
+    const PropertyArray onlyRecords = {records[1]};
+    const UserPreset clip{"clip_640x480", "Clip", 640, 480};
+    const std::pair<PropertyValue, std::vector<UserPreset>> cases[] = {
+        {bytesOf("[" + presetJSON("x", "", 0, -1) + "]"), {{"x", "", 0, -1}}},
+        {bytesOf(R"([{"title":"Clip","w":"640 px","h":480.7,"x":null}])"), {clip}},
+        {bytesOf(R"([{"title":"Clip","w":640,"h":480},1])"), {}},
+        {bytesOf(R"({"title":"Clip","w":640,"h":480})"), {}},
+        {propertyList::writeXML(onlyRecords), {clip}},
+        {propertyList::writeXML(records), {clip}},
+        {propertyList::writeXML(records[1]), {}},
+        {bytesOf("({ title = Clip; w = 640; h = \"480 px\"; }, x)"), {clip}},
+        {bytesOf("garbage!"), {}},
+        {PropertyData(), {}},
+        {records, {clip}},
+        {PropertyArray{"x"}, {}},
+        {"[]", {}},
+        {7, {}},
+    };
+    for (const auto& [value, expected] : cases) {
+        m_defaults.set("presets.custom", value);
+        EXPECT_EQ(collected(), expected) << textOf(propertyList::writeXML(value));
+    }
+}
+
+TEST_F(PresetsTest, FindsTheLegacyKeysAndWhateverMentionsPresets) {
+    int width = 1;
+    const auto store = [&](std::string_view key) {
+        m_defaults.set(
+            key, PropertyArray{PropertyDictionary{{"name", std::string(key)}, {"w", width++}, {"h", 1}}});
+    };
+    for (const std::string_view key : legacyPresetKeys)
+        store(key);
+    store("MyPresetList");
+    store("NOPRESETS");
+    store("settings");
+    m_defaults.set("presetDVDW", 720);
+    EXPECT_THAT(collected(), SizeIs(16));
+    m_defaults.set("userPresetsJSON", bytesOf("[" + presetJSON(uuid, "zz", 1, 1) + "]"));
+    EXPECT_EQ(collected().back().id, uuid);
+}
+
+TEST_F(PresetsTest, SortsByNameInTheGivenOrder) {
+    m_defaults.set("userPresets",
+                   bytesOf("[" + presetJSON("1", "b", 1, 1) + "," + presetJSON("3", "C", 1, 1) + "," +
+                           presetJSON("2", "A", 1, 1) + "," + presetJSON("0", "B", 1, 1) + "]"));
+    const auto ids = [](const std::vector<UserPreset>& presets) {
+        std::string all;
+        for (const UserPreset& preset : presets)
+            all += preset.id;
+        return all;
+    };
+    EXPECT_EQ(ids(collected()), "2013");
+    EXPECT_EQ(ids(collectUserPresets(m_defaults, std::greater<std::string>())), "1302");
+}
+
+TEST_F(PresetsTest, TheMenuReadsTheEditorsListAndSizes) {
+    EXPECT_THAT(menuUserPresets(m_defaults), IsEmpty());
+    m_defaults.set("userPresetsJSON",
+                   bytesOf("[" + presetJSON(uuid, "B", 2, 2) + "," + presetJSON(uuid, "A", 1, 1) + "]"));
+    EXPECT_THAT(menuUserPresets(m_defaults),
+                ElementsAre(UserPreset{uuid, "B", 2, 2}, UserPreset{uuid, "A", 1, 1}));
+    m_defaults.set("userPresetsJSON", bytesOf("[" + presetJSON("no uuid", "B", 2, 2) + "]"));
+    EXPECT_THAT(menuUserPresets(m_defaults), IsEmpty());
+
+    const BuiltInPreset& hd = *findBuiltInPreset("hd");
+    EXPECT_EQ(hd.menuSize(m_defaults), (PresetSize{1280, 720}));
+    m_defaults.set("presetHDW", 0);
+    m_defaults.set("presetHDH", "800");
+    EXPECT_EQ(hd.menuSize(m_defaults), (PresetSize{1280, 800}));
+    EXPECT_EQ(hd.size(m_defaults), (PresetSize{0, 800}));
+    m_defaults.set("presetHDW", PropertyData{1});
+    EXPECT_EQ(hd.size(m_defaults), (PresetSize{1280, 800}));
+}
+
+class PresetEditorTest : public PresetsTest {
+protected:
+    std::string stored() { return textOf(m_defaults.data("userPresetsJSON").value_or(PropertyData())); }
+
+    int m_lists = 0;
+    std::vector<std::size_t> m_rows;
+    int m_settings = 0;
+    PresetEditor m_editor{m_defaults,
+                          m_notifications,
+                          {[this] { ++m_lists; }, [this](std::size_t row) { m_rows.push_back(row); },
+                           [this] { ++m_settings; }}};
+};
+
+TEST_F(PresetEditorTest, StoresEveryChangeAtOnce) {
+    m_editor.loadUserPresets();
+    m_editor.addUserPreset("New", 1280, 720);
+    m_editor.addUserPreset("4K", 3840, 2160);
+    const std::string first = m_editor.userPresets()[0].id;
+    const std::string second = m_editor.userPresets()[1].id;
+    EXPECT_NE(first, second);
+    m_editor.setName(0, "");
+    m_editor.setWidth(0, 1288);
+    m_editor.setHeight(1, 2168);
+    m_editor.setHeight(1, 2168);
+    m_editor.setHeight(2, 1);
+    EXPECT_EQ(stored(),
+              "[" + presetJSON(first, "", 1288, 720) + "," + presetJSON(second, "4K", 3840, 2168) + "]");
+    EXPECT_THAT(m_rows, ElementsAre(0, 0, 1));
+    m_editor.deleteUserPreset("nobody");
+    m_editor.deleteUserPreset(first);
+    EXPECT_EQ(stored(), "[" + presetJSON(second, "4K", 3840, 2168) + "]");
+    EXPECT_EQ(m_lists, 3);
+    m_editor.deleteUserPreset(second);
+    EXPECT_EQ(stored(), "[]");
+
+    m_editor.addUserPreset("no UTF-8: \xFF", 1, 1);
+    EXPECT_EQ(stored(), "");
+    EXPECT_THAT(m_editor.userPresets(), SizeIs(1));
+}
+
+TEST_F(PresetEditorTest, TakesOverWhatAnotherWindowStores) {
+    PresetEditor other(m_defaults, m_notifications);
+    other.addUserPreset("theirs", 1, 1);
+    m_editor.addUserPreset("mine", 2, 2);
+    other.setName(0, "still theirs");
+    EXPECT_THAT(m_editor.userPresets(), SizeIs(2));
+    EXPECT_EQ(m_editor.userPresets(), other.userPresets());
+    EXPECT_EQ(m_editor.userPresets()[0].name, "still theirs");
+
+    m_defaults.set("userPresetsJSON", bytesOf("damaged"));
+    EXPECT_THAT(m_editor.userPresets(), IsEmpty());
+    EXPECT_EQ(stored(), "damaged") << "until the next change";
+    m_editor.addUserPreset("new", 1, 1);
+    EXPECT_EQ(other.userPresets(), m_editor.userPresets());
+}
+
+TEST_F(PresetEditorTest, HoldsTheOtherSettings) {
+    EXPECT_TRUE(m_editor.soundEffectsEnabled());
+    m_editor.setSoundEffectsEnabled(false);
+    EXPECT_FALSE(m_editor.soundEffectsEnabled());
+    m_editor.setBuiltInWidth(builtInPresets[0], 768);
+    m_editor.setBuiltInHeight(builtInPresets[2], 1088);
+    EXPECT_EQ(m_editor.builtInSize(builtInPresets[0]), (PresetSize{768, 576}));
+    EXPECT_EQ(m_defaults.integer("presetFHDH"), 1088);
+    EXPECT_EQ(m_settings, 3);
+}
+
+class PresetSelectionTest : public PresetsTest {
+protected:
+    /// Settings whose changes the picker hears of, as in the window.
+    struct Size final : SizeSettings {
+        explicit Size(PresetSelectionTest& test) : owner(test) {}
+        int width() const override { return m_width; }
+        int height() const override { return m_height; }
+        void setWidth(int width) override { set(m_width, width); }
+        void setHeight(int height) override { set(m_height, height); }
+
+    private:
+        void set(int& side, int value) {
+            if (std::exchange(side, value) != value) owner.m_selection.sizeChanged();
+        }
+        PresetSelectionTest& owner;
+        int m_width = 512;
+        int m_height = 256;
+    };
+
+    void setSize(int width, int height) {
+        m_size.setWidth(width);
+        m_size.setHeight(height);
+    }
+    std::pair<int, int> size() const { return {m_size.width(), m_size.height()}; }
+    void storeUser(const std::string& json) { m_defaults.set("userPresetsJSON", bytesOf("[" + json + "]")); }
+
+    fake::HandDrivenMainActor m_actor;
+    Size m_size{*this};
+    std::vector<std::string> m_shown;  ///< every selection that was announced
+    PresetSelection m_selection{m_defaults,
+                                m_notifications,
+                                m_actor,
+                                m_size,
+                                isBeforeInAnyLanguage,
+                                {{}, [this] { m_shown.push_back(m_selection.selectedPresetID()); }, {}}};
+};
+
+TEST_F(PresetSelectionTest, OffersCustomBuiltInAndUserPresets) {
+    storeUser(presetJSON(uuid, "Small", 256, 192));
+    m_defaults.set("presetDVDW", 768);
+    m_selection.appear();
+    const auto options = m_selection.presetOptions();
+    ASSERT_THAT(options, SizeIs(5));
+    EXPECT_EQ(options[0].id, "custom");
+    EXPECT_EQ(options[0].width, std::nullopt);
+    EXPECT_EQ(options[1], (PresetOption{"dvd", "DVD", 768, 576}));
+    EXPECT_EQ(options[2], (PresetOption{"hd", "HD", 1280, 720}));
+    EXPECT_EQ(options[3], (PresetOption{"fullhd", "Full HD", 1920, 1080}));
+    EXPECT_EQ(options[4], (PresetOption{uuid, "Small", 256, 192}));
+}
+
+TEST_F(PresetSelectionTest, ChoosingSetsTheSizeWithoutFlashing) {
+    m_selection.appear();
+    m_selection.selectPreset("fullhd");
+    EXPECT_EQ(size(), std::pair(1920, 1080));
+    EXPECT_TRUE(m_selection.isApplyingPreset());
+    EXPECT_THAT(m_shown, ElementsAre("fullhd"));
+    m_actor.run();
+    EXPECT_FALSE(m_selection.isApplyingPreset());
+    m_selection.selectPreset("custom");
+    EXPECT_FALSE(m_selection.isApplyingPreset());
+    EXPECT_EQ(size(), std::pair(1920, 1080));
+    m_selection.selectPreset("unknown");
+    EXPECT_EQ(size(), std::pair(1920, 1080));
+    m_actor.run();
+    setSize(1280, 720);
+    EXPECT_THAT(m_shown, ElementsAre("fullhd", "custom", "unknown", "custom", "hd"));
+}
+
+TEST_F(PresetSelectionTest, MatchesInTheOrderOfTheOptions) {
+    storeUser(presetJSON("1", "b", 640, 480) + "," + presetJSON("2", "a", 640, 480) + "," +
+              presetJSON("3", "c", 1280, 720) + "," + presetJSON("4", "d", 5'000, 1));
+    m_selection.appear();
+    EXPECT_EQ(m_selection.matchingPresetID(640, 480), "2");
+    EXPECT_EQ(m_selection.matchingPresetID(1280, 720), "hd");
+    m_defaults.set("presetDVDW", 1280);
+    m_defaults.set("presetDVDH", 720);
+    EXPECT_EQ(m_selection.matchingPresetID(1280, 720), "dvd");
+    m_selection.selectPreset("3");
+    EXPECT_EQ(size(), std::pair(1280, 720));
+    EXPECT_EQ(m_selection.selectedPresetID(), "3") << "can be chosen though another one matches first";
+}
+
+TEST_F(PresetSelectionTest, FollowsTheStoredPresets) {
+    m_selection.appear();
+    storeUser(presetJSON("x", "Mine", 640, 480));
+    m_selection.selectPreset("x");
+    m_actor.run();
+    storeUser(presetJSON("x", "Renamed", 640, 480));
+    EXPECT_EQ(m_selection.selectedPresetID(), "x");
+    EXPECT_EQ(m_selection.userPresets()[0].name, "Renamed");
+    storeUser("");
+    EXPECT_EQ(m_selection.selectedPresetID(), "custom");
+    setSize(720, 576);
+    m_defaults.set("presetDVDW", 768);
+    EXPECT_THAT(m_shown, ElementsAre("x", "custom", "dvd", "custom"));
+    m_selection.disappear();
+    storeUser(presetJSON("x", "Mine", 720, 576));
+    EXPECT_THAT(m_selection.userPresets(), IsEmpty());
+    m_selection.appear();
+    EXPECT_EQ(m_selection.selectedPresetID(), "x");
+}
+
+TEST_F(PresetSelectionTest, AppliesWhatTheMenuAsksFor) {
+    postApplyPreset(m_notifications, 1, 2);
+    EXPECT_EQ(size(), std::pair(512, 256)) << "not on screen";
+    m_selection.appear();
+    postApplyPreset(m_notifications, 1280, 720);
+    EXPECT_EQ(size(), std::pair(1280, 720));
+    EXPECT_TRUE(m_selection.isApplyingPreset());
+    m_actor.run();
+    EXPECT_FALSE(m_selection.isApplyingPreset());
+    for (const PropertyDictionary& info :
+         {PropertyDictionary{}, PropertyDictionary{{"width", "640"}, {"height", 480}},
+          PropertyDictionary{{"width", 640}}, PropertyDictionary{{"width", 640}, {"height", 480.0}}}) {
+        m_notifications.post("ZEBMaker.applyPreset", info);
+    }
+    EXPECT_EQ(size(), std::pair(1280, 720));
+    postApplyPreset(m_notifications, std::int64_t{1} << 40, -5);
+    EXPECT_EQ(size(), std::pair(std::numeric_limits<int>::max(), -5));
+    EXPECT_THAT(m_shown, ElementsAre("hd", "custom"));
+}
+
+TEST_F(PresetsTest, ASelectionMayGoBeforeItsWork) {
+    fake::HandDrivenMainActor actor;
+    struct NoSize final : SizeSettings {
+        int width() const override { return 0; }
+        int height() const override { return 0; }
+        void setWidth(int) override {}
+        void setHeight(int) override {}
+    } size;
+    {
+        PresetSelection selection(m_defaults, m_notifications, actor, size);
+        selection.appear();
+        selection.applyPreset("hd");
+    }
+    EXPECT_EQ(actor.run(), 1u);
+    postApplyPreset(m_notifications, 1, 1);
+    m_defaults.set("presetDVDW", 1);
+}
+
+}  // namespace
+}  // namespace zeb

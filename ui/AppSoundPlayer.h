@@ -1,0 +1,51 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "conversion/SoundEffects.h"
+#include "platform/AudioOutput.h"
+#include "platform/MainActor.h"
+#include "platform/Media.h"
+#include "platform/Resources.h"
+#include "platform/SampledSound.h"
+#include "platform/SystemBeep.h"
+#include "platform/UserDefaults.h"
+
+namespace zeb {
+
+/// The key under which the user switches effects off. They are on while it has no value.
+inline constexpr std::string_view soundEffectsEnabledKey = "soundEffectsEnabled";
+
+/// The effects from sound files among the resources, "sounds/NAME.aiff". A file that is missing or cannot be
+/// read beeps instead. Used on the main thread.
+class AppSoundPlayer final : public SoundEffects {
+public:
+    /// All of it outlives the player.
+    struct Services {
+        const UserDefaults& defaults;
+        const MediaLibrary& media;
+        AudioOutput& output;
+        SystemBeep& beep;
+        MainActor& mainActor;
+    };
+    using ActiveSounds = std::vector<std::shared_ptr<AudioSource>>;
+
+    explicit AppSoundPlayer(const Services& services, ResourceFolders resources = standardResourceFolders());
+
+    void play(SoundEffect effect) override;
+
+    /// The sounds that play now, in the order of their starts.
+    const ActiveSounds& activeSounds() const { return *m_activeSounds; }
+
+private:
+    std::shared_ptr<const SampledSound> soundOf(SoundEffect effect);
+
+    Services m_services;
+    ResourceFolders m_resources;
+    std::map<SoundEffect, std::shared_ptr<const SampledSound>> m_sounds;  ///< those read so far
+    std::shared_ptr<ActiveSounds> m_activeSounds = std::make_shared<ActiveSounds>();
+};
+
+}  // namespace zeb

@@ -1,0 +1,261 @@
+#include "ui/ContentViewModel.h"
+
+#include <QCollator>
+#include <QLocale>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "platform/FileManager.h"
+#include "platform/LocalizedText.h"
+#include "ui/ByteCountText.h"
+#include "ui/DurationText.h"
+#include "ui/ForecastText.h"
+#include "ui/TargetDescription.h"
+#include "ui/UnknownText.h"
+#include "ui/VersionText.h"
+
+namespace zeb {
+namespace {
+
+/// As names are sorted in the user's language, whatever their case.
+NameOrder localizedOrder() {
+    // Without a language of the user's, an order for people is still better than one by code points.
+    const QLocale locale = QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale();
+    auto collator = std::make_shared<QCollator>(locale);
+    collator->setCaseSensitivity(Qt::CaseInsensitive);
+    return [collator](const std::string& first, const std::string& second) {
+        return collator->compare(QString::fromStdString(first), QString::fromStdString(second)) < 0;
+    };
+}
+
+}  // namespace
+
+class ContentViewModel::SettingsSize final : public SizeSettings {
+public:
+    explicit SettingsSize(SettingsModel& settings) : m_settings(settings) {}
+
+    int width() const override { return m_settings.width(); }
+    int height() const override { return m_settings.height(); }
+    void setWidth(int width) override { m_settings.setWidth(width); }
+    void setHeight(int height) override { m_settings.setHeight(height); }
+
+private:
+    SettingsModel& m_settings;
+};
+
+ContentViewModel::ContentViewModel(ContentServices services, QObject* parent)
+    : QObject(parent),
+      m_services(std::move(services)),
+      m_size(std::make_unique<SettingsSize>(*vm()->settings())),
+      m_presets(m_services.defaults, m_services.notifications, m_services.mainActor, *m_size,
+                localizedOrder(),
+                {.optionsChanged = [this] { emit presetsChanged(); },
+                 .selectedPresetIDChanged = [this] { emit presetsChanged(); },
+                 .isApplyingPresetChanged = {}}),
+      m_forecaster(m_services.media, m_services.tasks, m_services.mainActor,
+                   [this](const ForecastOutcome& outcome) { takeForecast(outcome); }),
+      m_targetSizeText(unknownText) {
+    connectConverter();
+}
+
+ContentViewModel::~ContentViewModel() = default;
+
+void ContentViewModel::connectConverter() {
+    SettingsModel* settings = vm()->settings();
+    connect(settings, &SettingsModel::widthChanged, this, [this] { m_presets.sizeChanged(); });
+    connect(settings, &SettingsModel::heightChanged, this, [this] { m_presets.sizeChanged(); });
+    connect(settings, &SettingsModel::qlModeNumberChanged, this, [settings] {
+        if (settings->qlModeNumber() == 32) settings->setDither(false);
+    });
+    connect(settings, &SettingsModel::preserveAspectChanged, this, [this] {
+        if (const auto& source = vm()->sourceInfo())
+            vm()->applyAutoSettings(source->width, source->height, source->fps);
+    });
+    connect(settings, &SettingsModel::valueChanged, this, &ContentViewModel::sourceTargetTextChanged);
+    connect(settings, &SettingsModel::valueChanged, this, &ContentViewModel::updateForecast);
+    connect(vm(), &ConverterViewModel::sourceInfoChanged, this, &ContentViewModel::sourceTargetTextChanged);
+    connect(vm(), &ConverterViewModel::sourceInfoChanged, this, &ContentViewModel::updateForecast);
+    connect(vm(), &ConverterViewModel::inputURLChanged, this, &ContentViewModel::updateForecast);
+    connect(vm(), &ConverterViewModel::outputURLChanged, this, &ContentViewModel::updateForecast);
+    connect(vm(), &ConverterViewModel::progressChanged, this, &ContentViewModel::runAdvanced);
+    connect(vm(), &ConverterViewModel::isRunningChanged, this, [this] {
+        if (vm()->isRunning()) {
+            runBegan();
+        } else {
+            runEnded();
+        }
+    });
+    connect(vm(), &ConverterViewModel::cancelledOutputPendingDeletionChanged, this,
+            &ContentViewModel::cancelledOutputQuestionChanged);
+}
+
+void ContentViewModel::appear() {
+    m_presets.appear();
+    emit presetsChanged();
+    if (vm()->isRunning()) m_remaining.updateETA(vm()->progress(), m_services.clock.now());
+    m_requests = m_services.appActions.observe(
+        [this](const AppActionRequest& request) { handleAppAction(request.action); });
+    if (const auto request = m_services.appActions.request()) handleAppAction(request->action);
+}
+
+QString ContentViewModel::versionText() const {
+    return QString::fromStdString(zeb::versionText(m_services.version, m_services.build));
+}
+
+// MARK: Presets
+
+QStringList ContentViewModel::presetTitles() const {
+    QStringList titles;
+    for (const PresetOption& option : m_presets.presetOptions())
+        titles << QString::fromStdString(option.title);
+    return titles;
+}
+
+int ContentViewModel::presetIndex() const {
+    int index = 0;
+    for (const PresetOption& option : m_presets.presetOptions()) {
+        if (option.id == m_presets.selectedPresetID()) return index;
+        ++index;
+    }
+    return 0;
+}
+
+void ContentViewModel::setPresetIndex(int index) {
+    const std::vector<PresetOption> options = m_presets.presetOptions();
+    if (index >= 0 && index < static_cast<int>(options.size()))
+        m_presets.selectPreset(options[static_cast<std::size_t>(index)].id);
+}
+
+// MARK: What the movie will be
+
+QString ContentViewModel::sourceTargetText() const {
+    const auto& source = vm()->sourceInfo();
+    return source ? QString::fromStdString(zeb::sourceTargetText(*source, vm()->settings()->value()))
+                  : QString();
+}
+
+void ContentViewModel::updateForecast() {
+    if (vm()->sourceInfo() && vm()->inputURL() && vm()->outputURL()) {
+        m_forecaster.update(vm()->inputURL()->path(), vm()->outputURL()->path(), vm()->settings()->value());
+    } else {
+        m_forecaster.clear();
+        takeForecast({});
+    }
+}
+
+void ContentViewModel::takeForecast(const ForecastOutcome& outcome) {
+    // Why there is no forecast is said by the analysis, or will be by the run.
+    m_forecastText = outcome.forecast ? zeb::forecastText(*outcome.forecast) : "";
+    m_forecastIsWarning = outcome.forecast && !outcome.forecast->fits();
+    emit forecastChanged();
+}
+
+// MARK: The run
+
+void ContentViewModel::runBegan() {
+    m_runStartedAt = m_services.clock.now();
+    m_remaining.reset();
+    m_targetSizeText = unknownText;
+    m_services.dockProgress.update(0);
+    tick(++m_runs);
+    emit timesTextChanged();
+}
+
+void ContentViewModel::runEnded() {
+    updateTargetSizeText();
+    m_runStartedAt.reset();
+    m_remaining.reset();
+    m_services.dockProgress.clear();
+    emit timesTextChanged();
+}
+
+void ContentViewModel::runAdvanced() {
+    if (vm()->isRunning()) {
+        m_remaining.updateETA(vm()->progress(), m_services.clock.now());
+        m_services.dockProgress.update(vm()->progress());
+    } else {
+        m_remaining.reset();
+    }
+    updateTargetSizeText();
+    emit timesTextChanged();
+}
+
+/// Lets the elapsed time move while a run makes no progress.
+void ContentViewModel::tick(std::int64_t run) {
+    m_services.mainActor.postAfter(std::chrono::seconds(1), [this, run, alive = std::weak_ptr(m_alive)] {
+        if (alive.expired() || run != m_runs || !m_runStartedAt) return;
+        emit timesTextChanged();
+        tick(run);
+    });
+}
+
+void ContentViewModel::updateTargetSizeText() {
+    const auto& output = vm()->outputURL();
+    const std::uint64_t bytes = output ? files::sizeOf(output->path()).value_or(0) : 0;
+    m_targetSizeText = bytes == 0 ? unknownText : megabytesText(bytes);
+}
+
+std::string ContentViewModel::elapsedText() const {
+    if (!m_runStartedAt) return unknownText;
+    return formatDuration(std::chrono::duration<double>(m_services.clock.now() - *m_runStartedAt).count());
+}
+
+QString ContentViewModel::timesText() const {
+    return QString::fromStdString(
+        localizedText("eta_elapsed_size_format", {etaText(), elapsedText(), m_targetSizeText}));
+}
+
+QString ContentViewModel::cancelledOutputQuestion() const {
+    const auto& output = vm()->cancelledOutputPendingDeletion();
+    if (!output) return {};
+    const std::string name = std::filesystem::path(output->path()).filename().string();
+    return QString::fromStdString(localizedText("cancelled_output_alert_message_format", {name}));
+}
+
+void ContentViewModel::dismissCancelledOutputQuestion() {
+    if (vm()->cancelledOutputPendingDeletion()) vm()->keepCancelledOutput();
+}
+
+// MARK: Movies and requests
+
+void ContentViewModel::playMovie() {
+    if (const auto movie = vm()->playableOutputURL()) return openZEBFile(*movie, false);
+    OpenPanel panel;
+    panel.title = localizedText("play_zeb");
+    panel.contentTypes = {{ContentType::filenameExtension, "zeb"}};
+    m_services.panels.open(panel,
+                           [this, alive = std::weak_ptr(m_alive)](const std::optional<std::string>& path) {
+                               if (!path) {
+                                   std::puts("ZEB-Auswahl abgebrochen/fehlgeschlagen: Vorgang abgebrochen.");
+                                   std::fflush(stdout);
+                               } else if (!alive.expired()) {
+                                   openZEBFile(URL::forFile(*path), false);
+                               }
+                           });
+}
+
+void ContentViewModel::openZEBFile(const URL& url, bool hideMaker) {
+    const URL movie = url.standardizedFileURL();
+    // What is not in this computer's file system is never looked for elsewhere.
+    std::error_code ignored;
+    if (!movie.isFileURL() || !std::filesystem::exists(movie.path(), ignored)) {
+        const std::string name = movie.isFileURL() ? movie.path() : movie.text();
+        return vm()->setLastError(localizedText("error_zeb_missing_format", {name}));
+    }
+    m_services.sounds.play(SoundEffect::nowEstablishingDatalink);
+    m_services.openPlayer(movie, hideMaker);
+}
+
+void ContentViewModel::handleAppAction(const AppAction& action) {
+    if (const auto* encode = std::get_if<EncodeAction>(&action)) {
+        vm()->setInput(encode->url);
+    } else if (const auto* play = std::get_if<PlayAction>(&action)) {
+        openZEBFile(play->url, play->hideMaker);
+    }
+}
+
+}  // namespace zeb

@@ -1,0 +1,128 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "conversion/SizeForecaster.h"
+#include "conversion/model/ConverterViewModel.h"
+#include "platform/Clock.h"
+#include "platform/FilePanels.h"
+#include "platform/MainActor.h"
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "ui/AppActionRouter.h"
+#include "ui/DockProgress.h"
+#include "ui/PresetSelection.h"
+#include "ui/RemainingTime.h"
+
+namespace zeb {
+
+/// What the main window's logic stands on. All of it outlives the model.
+struct ContentServices {
+    ConverterViewModel& converter;
+    UserDefaults& defaults;
+    NotificationCenter& notifications;
+    MainActor& mainActor;
+    const Clock& clock;
+    const MediaLibrary& media;
+    Tasks& tasks;
+    FilePanels& panels;
+    SoundEffects& sounds;
+    DockProgress& dockProgress;
+    AppActionRouter& appActions;
+    /// Opens a movie in a player window; with `hideMaker` the converter window goes.
+    std::function<void(const URL& url, bool hideMaker)> openPlayer;
+    std::string version;  ///< of the program; empty when unknown
+    std::string build;
+};
+
+/// What the main window does besides showing the converter: presets, estimates, requests from outside, the
+/// dock's progress. Main thread.
+class ContentViewModel final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(zeb::ConverterViewModel* vm READ vm CONSTANT)
+    Q_PROPERTY(QString versionText READ versionText CONSTANT)
+    Q_PROPERTY(QStringList presetTitles READ presetTitles NOTIFY presetsChanged)
+    Q_PROPERTY(int presetIndex READ presetIndex WRITE setPresetIndex NOTIFY presetsChanged)
+    Q_PROPERTY(QString sourceTargetText READ sourceTargetText NOTIFY sourceTargetTextChanged)
+    Q_PROPERTY(QString forecastText READ forecastText NOTIFY forecastChanged)
+    Q_PROPERTY(bool forecastIsWarning READ forecastIsWarning NOTIFY forecastChanged)
+    Q_PROPERTY(QString timesText READ timesText NOTIFY timesTextChanged)
+    Q_PROPERTY(
+        QString cancelledOutputQuestion READ cancelledOutputQuestion NOTIFY cancelledOutputQuestionChanged)
+
+public:
+    explicit ContentViewModel(ContentServices services, QObject* parent = nullptr);
+    ~ContentViewModel() override;
+
+    ConverterViewModel* vm() const { return &m_services.converter; }
+    QString versionText() const;
+
+    /// The size presets, and which of them the size is.
+    QStringList presetTitles() const;
+    int presetIndex() const;
+    void setPresetIndex(int index);
+
+    /// Empty without a source.
+    QString sourceTargetText() const;
+    /// How large the movie will be; empty while unknown.
+    QString forecastText() const { return QString::fromStdString(m_forecastText); }
+    /// It would pass the format's 4 GiB or the free space.
+    bool forecastIsWarning() const { return m_forecastIsWarning; }
+    const std::string& etaText() const { return m_remaining.etaText(); }
+    std::string elapsedText() const;
+    const std::string& targetSizeText() const { return m_targetSizeText; }
+    /// Remaining and elapsed time and the size of the file, while a run goes on.
+    QString timesText() const;
+    /// Whether to keep the unfinished movie of a cancelled run; empty when there is nothing to ask.
+    QString cancelledOutputQuestion() const;
+
+    /// The window is on screen now: reads the presets and carries the current request out.
+    Q_INVOKABLE void appear();
+    /// Plays the movie that was made, or asks for one.
+    Q_INVOKABLE void playMovie();
+    /// The question about the unfinished movie was left without an answer.
+    Q_INVOKABLE void dismissCancelledOutputQuestion();
+    void openZEBFile(const URL& url, bool hideMaker);
+    void handleAppAction(const AppAction& action);
+
+signals:
+    void presetsChanged();
+    void sourceTargetTextChanged();
+    void forecastChanged();
+    void timesTextChanged();
+    void cancelledOutputQuestionChanged();
+
+private:
+    /// The size as presets see it.
+    class SettingsSize;
+
+    void connectConverter();
+    void runBegan();
+    void runEnded();
+    void runAdvanced();
+    void tick(std::int64_t run);
+    void updateTargetSizeText();
+    void updateForecast();
+    void takeForecast(const ForecastOutcome& outcome);
+
+    ContentServices m_services;
+    std::unique_ptr<SettingsSize> m_size;
+    PresetSelection m_presets;
+    SizeForecaster m_forecaster;
+    std::string m_forecastText;
+    bool m_forecastIsWarning = false;
+    AppActionRouter::Observation m_requests;
+    RemainingTime m_remaining;
+    std::optional<Clock::Instant> m_runStartedAt;
+    std::int64_t m_runs = 0;  ///< so far
+    std::string m_targetSizeText;
+    std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
+};
+
+}  // namespace zeb

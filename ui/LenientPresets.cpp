@@ -1,0 +1,121 @@
+#include "ui/LenientPresets.h"
+
+#include <array>
+#include <charconv>
+#include <locale>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "platform/TextTrim.h"
+#include "platform/UTF8.h"
+#include "ui/NumericCharacter.h"
+
+namespace zeb {
+namespace {
+
+using Keys = std::array<std::string_view, 3>;
+
+std::optional<std::int64_t> integerIn(std::string_view text) {
+    std::string digits;
+    for (const char32_t character : decodeUTF8(text)) {
+        if (!isNumericCharacter(character)) continue;
+        if (character < '0' || character > '9') return std::nullopt;
+        digits.push_back(static_cast<char>(character));
+    }
+    std::int64_t number = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (result.ec != std::errc()) return std::nullopt;
+    return number;
+}
+
+std::optional<std::string> firstText(const PropertyDictionary& record, const Keys& keys) {
+    for (const std::string_view key : keys) {
+        const auto found = record.find(key);
+        const auto* text = found != record.end() ? found->second.as<std::string>() : nullptr;
+        if (text != nullptr) return *text;
+    }
+    return std::nullopt;
+}
+
+std::int64_t firstInteger(const PropertyDictionary& record, const Keys& keys) {
+    for (const std::string_view key : keys) {
+        const auto found = record.find(key);
+        if (found == record.end()) continue;
+        if (const auto number = lenientInteger(found->second)) return *number;
+    }
+    return 0;
+}
+
+/// The user's own locale may have rules of its own, by which one preset would have several ids.
+const std::ctype<wchar_t>* unicodeLetters() {
+    static const auto locale = []() -> std::optional<std::locale> {
+        try {
+            return std::locale("C.UTF-8");
+        } catch (const std::runtime_error&) {
+            return std::nullopt;
+        }
+    }();
+    return locale ? &std::use_facet<std::ctype<wchar_t>>(*locale) : nullptr;
+}
+
+std::string lowerCased(std::string_view text) {
+    static const std::ctype<wchar_t>* const letters = unicodeLetters();
+    std::string lower;
+    for (const char32_t character : decodeUTF8(text)) {
+        const bool isCapital = character >= 'A' && character <= 'Z';
+        if (character < 0x80 || letters == nullptr) {
+            appendUTF8(lower, isCapital ? character - 'A' + 'a' : character);
+        } else {
+            appendUTF8(lower, static_cast<char32_t>(letters->tolower(static_cast<wchar_t>(character))));
+        }
+    }
+    return lower;
+}
+
+}  // namespace
+
+std::optional<std::int64_t> lenientInteger(const PropertyValue& value) {
+    if (const auto* number = value.as<std::int64_t>()) return *number;
+    if (const auto* number = value.as<double>()) {
+        // Written so that what is no number does not pass either.
+        if (!(*number >= -0x1p63 && *number < 0x1p63)) return std::nullopt;
+        return static_cast<std::int64_t>(*number);
+    }
+    if (const auto* text = value.as<std::string>()) return integerIn(*text);
+    return std::nullopt;
+}
+
+std::string makePresetID(std::string_view name, std::int64_t width, std::int64_t height,
+                         const std::optional<std::string>& rawID) {
+    if (rawID && !rawID->empty()) return *rawID;
+    std::string stem = lowerCased(trimmed(name));
+    if (stem.empty()) stem = "preset";
+    for (char& character : stem) {
+        if (character == ' ') character = '_';
+    }
+    return stem + "_" + std::to_string(width) + "x" + std::to_string(height);
+}
+
+std::vector<UserPreset> parsePresetDictionaries(const std::vector<PropertyDictionary>& records) {
+    std::vector<UserPreset> presets;
+    for (const PropertyDictionary& record : records) {
+        std::string name = firstText(record, {"name", "title", "label"}).value_or("Preset");
+        const std::int64_t width = firstInteger(record, {"width", "w", "presetW"});
+        const std::int64_t height = firstInteger(record, {"height", "h", "presetH"});
+        if (width < 1 || height < 1) continue;
+        std::string id = makePresetID(name, width, height, firstText(record, {"id", "uuid", "identifier"}));
+        presets.push_back({std::move(id), std::move(name), width, height});
+    }
+    return presets;
+}
+
+void mergePresets(PresetCollection& collection, std::vector<UserPreset> incoming) {
+    for (UserPreset& preset : incoming) {
+        const auto [entry, isNew] = collection.try_emplace(preset.id, preset);
+        if (!isNew && trimmed(entry->second.name).empty() && !trimmed(preset.name).empty())
+            entry->second = std::move(preset);
+    }
+}
+
+}  // namespace zeb
