@@ -62,7 +62,7 @@ const char* basisName(ForecastBasis basis) {
 }  // namespace
 
 std::string forecastSize(const SizeForecast& forecast) {
-    const std::string bytes = byteText(forecast.bytes);
+    std::string bytes = byteText(forecast.bytes);
     if (forecast.isExact) return bytes;
     return (forecast.basis == ForecastBasis::samples ? "about " : "at most ") + bytes;
 }

@@ -22,6 +22,7 @@ std::vector<MediaTime> wantedTimes(double duration, int count) {
     const double last = std::max(length - tick, 0.0);
     const double movie = std::max(std::ceil(length), 1.0);
     std::vector<MediaTime> times;
+    times.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         times.push_back(MediaTime::withSeconds(std::min(last, movie * (2 * i + 1) / (2 * count)), 600));
     return times;

@@ -49,7 +49,7 @@ TEST_F(EstimateProgram, TellsWhatTheRunWillWrite) {
         ASSERT_EQ(runZeb({"encode", m_clip, "--mode", mode, "--progress", "none"}).exitCode, 0);
         const auto bytes = static_cast<double>(fs::file_size(m_movie));
         EXPECT_EQ(json["exact"], *mode == '4');
-        if (*mode == '4') EXPECT_EQ(json["bytes"], fs::file_size(m_movie));
+        EXPECT_TRUE(*mode != '4' || json["bytes"] == fs::file_size(m_movie));
         EXPECT_NEAR(json["bytes"].get<double>() / bytes, 1, 0.05);
         fs::remove(m_movie);
     }
@@ -65,7 +65,7 @@ TEST_F(EstimateProgram, SpeaksToPeople) {
     EXPECT_THAT(estimate({m_clip, "--mode", "4"}).out, HasSubstr(" bytes)\n"));
 
     const auto run = runZeb({"encode", m_clip, "--progress", "plain"});
-    EXPECT_THAT(run.out, HasSubstr("Mode 32\nForecast: at most 1.3 MB, 436.2 kB per second\n"));
+    EXPECT_THAT(run.out, HasSubstr("Mode 32\nForecast: at most 1.3 MB, 425.9 kB per second\n"));
 }
 
 TEST_F(EstimateProgram, GoesOnAfterWhatItCannotRead) {
@@ -105,7 +105,7 @@ TEST_F(EstimateProgram, WarnsOfTheFormatsLimit) {
     const auto ended = run.finish();
     EXPECT_EQ(ended.exitCode, 130);
     EXPECT_THAT(ended.error,
-                HasSubstr("long.mkv: the movie would pass the format's 4 GiB after 3:02 of 4:10"));
+                HasSubstr("long.mkv: the movie would pass the format's 4 GiB after 3:03 of 4:10"));
     EXPECT_THAT(ended.error, HasSubstr("; try --fps 7 or --size " + size + "\n"));
 }
 

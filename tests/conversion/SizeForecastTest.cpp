@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -104,11 +105,12 @@ TEST(SizeForecast, IsExactInMode4) {
 }
 
 TEST(SizeForecast, ComesCloseInMode32) {
-    constexpr double tolerance = 0.03;
-    for (const double duration : {0.35, 7.0, 30.0}) {
+    // A film of four pictures leaves more to chance.
+    for (const auto& [duration, tolerance] :
+         {std::pair{0.35, 0.1}, std::pair{7.0, 0.03}, std::pair{30.0, 0.03}}) {
         // Pictures grow steadily richer: the mean is that of the middle.
         FakeFilm film = filmOf(duration);
-        film.grab = [duration](double time, const IsCancelled&) {
+        film.grab = [duration = duration](double time, const IsCancelled&) {
             class Richer final : public Picture {
             public:
                 explicit Richer(double share) : m_share(share) {}
@@ -126,7 +128,7 @@ TEST(SizeForecast, ComesCloseInMode32) {
             private:
                 double m_share;
             };
-            return std::make_shared<Richer>(time / duration);
+            return std::make_shared<Richer>(std::floor(time * 10 + 1e-6) / 10 / duration);
         };
         Settings settings;
         settings.width = settings.height = 128;
@@ -195,7 +197,7 @@ TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
           Case{{million, 9 * million}, 10, 1, 90}, Case{{9 * million, million, 5 * million}, 10, 1, 90},
           Case{{30 * million}, 160, 0, 2}, Case{{30 * million}, 60, 0, 3},
           // The last block begins at 2^32 - 1 and at 2^32.
-          Case{{0xFFFFFFFF - (34 + 8) - 12}, 1, 0, 2}, Case{{0xFFFFFFFF - (34 + 8) - 11}, 1, 0, 2}}) {
+          Case{{40'904'065}, 105, 2, 2}, Case{{8'747'302}, 491, 2, 2}}) {
         ConversionPlan plan;
         plan.fps = c.fps;
         plan.seconds = c.seconds;
@@ -260,7 +262,7 @@ TEST(SizeForecast, SuggestsTheLargestThatFits) {
                           Case{"4 GiB, bound", {1920, 1080}, 120, {}, 32, true, true},
                           Case{"space", {640, 480}, 100, 20 * million, 4, true, true},
                           Case{"space, sampled", {640, 480}, 100, 20 * million, 32, true, false},
-                          Case{"both", {4000, 2250}, 2000, 3000 * million, 4, true, true}}) {
+                          Case{"both", {4000, 2250}, 300, 3000 * million, 4, true, true}}) {
         FakeFilm film = filmOf(c.duration);
         film.videoTracks = {{c.source, {}, 25}};
         const FakeAsset asset(film);
