@@ -45,9 +45,9 @@ Texts& texts() {
 }  // namespace
 
 std::vector<std::string_view> textLanguages() {
-    std::vector<std::string_view> codes;
-    for (const Language& language : languages)
-        codes.push_back(language.code);
+    std::vector<std::string_view> codes(languages.size());
+    std::transform(languages.begin(), languages.end(), codes.begin(),
+                   [](const Language& language) { return language.code; });
     return codes;
 }
 
