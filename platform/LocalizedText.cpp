@@ -69,10 +69,14 @@ const TextLocale& textLocale() {
 }
 
 std::string localizedText(std::string_view key, std::initializer_list<TextArgument> arguments) {
+    return localizedText(key, std::span(arguments.begin(), arguments.size()));
+}
+
+std::string localizedText(std::string_view key, std::span<const TextArgument> arguments) {
     const std::string* text = texts().table.find(key);
     if (!text) return std::string(key);
-    if (arguments.size() == 0) return *text;
-    return formatText(*text, std::span(arguments.begin(), arguments.size()), textLocale().decimalMark);
+    if (arguments.empty()) return *text;
+    return formatText(*text, arguments, textLocale().decimalMark);
 }
 
 }  // namespace zeb

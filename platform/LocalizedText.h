@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -15,5 +16,6 @@ using TextArgument = std::variant<std::int64_t, double, std::string>;
 /// `arguments` into its specifiers (TextFormat.h). A key that the table does not have comes back as itself.
 /// Callable from any thread.
 std::string localizedText(std::string_view key, std::initializer_list<TextArgument> arguments = {});
+std::string localizedText(std::string_view key, std::span<const TextArgument> arguments);
 
 }  // namespace zeb

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <condition_variable>
+#include <iterator>
 #include <mutex>
+#include <set>
 
 #include "platform/Clock.h"
 
@@ -16,11 +18,10 @@ public:
     }
     bool sleepUntil(Instant deadline, const std::stop_token& token) const override {
         std::unique_lock lock(m_mutex);
-        ++m_sleepers;
-        m_changed.notify_all();
-        const bool reached = m_changed.wait(lock, token, [&] { return m_now >= deadline; });
-        --m_sleepers;
-        return reached;
+        m_deadlines.insert(deadline);
+        const bool isReached = m_changed.wait(lock, token, [&] { return m_now >= deadline; });
+        m_deadlines.erase(m_deadlines.find(deadline));
+        return isReached;
     }
     Date date() const override {
         return Date{} + std::chrono::duration_cast<Date::duration>(now().time_since_epoch());
@@ -31,16 +32,16 @@ public:
         m_now += std::chrono::duration_cast<Instant::duration>(time);
         m_changed.notify_all();
     }
-    /// Returns once a thread sleeps, which it does after having read the clock.
-    void awaitSleeper() const {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_sleepers > 0; });
+    /// Threads that sleep at this moment, and whose deadline has not come.
+    int sleepers() const {
+        const std::lock_guard lock(m_mutex);
+        return static_cast<int>(std::distance(m_deadlines.upper_bound(m_now), m_deadlines.end()));
     }
 
 private:
     mutable std::mutex m_mutex;
     mutable std::condition_variable_any m_changed;
-    mutable int m_sleepers = 0;
+    mutable std::multiset<Instant> m_deadlines;  ///< of those that sleep
     Instant m_now{};
 };
 

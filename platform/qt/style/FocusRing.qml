@@ -1,0 +1,14 @@
+import QtQuick
+
+// The frame around a control that the keyboard acts on.
+Rectangle {
+    property bool shown
+
+    anchors.fill: parent
+    anchors.margins: -3
+    visible: shown
+    color: "transparent"
+    border.color: Theme.focus
+    border.width: 2
+    radius: Theme.radius + 3
+}

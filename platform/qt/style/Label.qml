@@ -1,0 +1,8 @@
+import QtQuick
+import QtQuick.Templates as T
+
+T.Label {
+    color: enabled ? Theme.text : Theme.disabledText
+    font.pixelSize: Theme.bodySize
+    linkColor: Theme.accent
+}

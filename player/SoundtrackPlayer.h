@@ -1,0 +1,42 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "format/ZEBReader.h"
+#include "platform/AudioOutput.h"
+#include "player/SoundtrackSource.h"
+
+namespace zeb {
+
+/// Plays the soundtrack of one movie in step with its pictures. Main thread.
+///
+/// Pictures are paced by whole milliseconds, so most movies run a little fast: 33 ms instead of 33.3 at 30
+/// frames per second. The sound is played faster by the same ratio, so that it stays in step however long the
+/// movie is.
+class SoundtrackPlayer {
+public:
+    explicit SoundtrackPlayer(AudioOutput& output);
+    ~SoundtrackPlayer();
+    SoundtrackPlayer(const SoundtrackPlayer&) = delete;
+    SoundtrackPlayer& operator=(const SoundtrackPlayer&) = delete;
+
+    void setSoundtrack(std::shared_ptr<const Soundtrack> soundtrack);
+
+    /// Plays from the moment of frame `frame` of a movie with `fps` frames per second, in place of what is
+    /// playing. With `loops` that part is repeated, and a moment behind the end is taken modulo the length;
+    /// without it there is nothing to play there.
+    void start(std::int64_t frame, int fps, bool loops);
+    void pause();
+    /// Stops and forgets the soundtrack.
+    void teardown();
+
+private:
+    AudioOutput& m_output;
+    std::shared_ptr<const Soundtrack> m_soundtrack;
+    std::shared_ptr<SoundtrackSource> m_playing;
+    std::shared_ptr<std::atomic<bool>> m_hasComplained;  ///< that there is no device
+};
+
+}  // namespace zeb

@@ -1,0 +1,313 @@
+#include "player/ZEBPlayerModel.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <exception>
+#include <limits>
+#include <mutex>
+#include <utility>
+
+#include "player/PlaybackPeriod.h"
+
+namespace zeb {
+namespace {
+
+constexpr const char* undecodable = " • (kein Frame dekodierbar)";
+
+std::string headerLineOf(const ZEBHeader& header) {
+    return header.title + " • " + std::to_string(header.width) + "x" + std::to_string(header.height) + " • " +
+           std::to_string(header.fps) + " fps • Mode " + std::to_string(header.mode);
+}
+
+int clampedToInt(std::int64_t value) {
+    return static_cast<int>(std::clamp<std::int64_t>(value, 0, std::numeric_limits<int>::max()));
+}
+
+/// The error that is being handled, as it describes itself.
+std::string currentErrorText() {
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        return "Not enough memory";
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+ZEBPlayerModel::Image imageOf(std::optional<FrameImage> frame) {
+    return frame ? std::make_shared<const FrameImage>(*std::move(frame)) : nullptr;
+}
+
+}  // namespace
+
+struct ZEBPlayerModel::Reel {
+    std::unique_ptr<MovieReader> reader;  ///< under `mutex`, but for `readAllAudio`
+    std::atomic<bool> isLooping = false;
+
+    std::mutex mutex;
+    std::condition_variable_any wasShown;
+    std::optional<ReadFrame> readFrame;  ///< under `mutex`: read by a task, to be shown by the main thread
+};
+
+namespace {
+
+/// What the loop of a task needs; the model itself belongs to the main thread.
+template <typename Reel>
+struct Playback {
+    std::shared_ptr<Reel> reel;
+    std::int64_t next = 0;
+    std::int64_t totalFrames = 0;
+    std::chrono::milliseconds period{};
+    const Clock& clock;
+    MainActor& mainActor;
+    MainActor::Work show;  ///< on the main thread: what the reel holds
+};
+
+/// Plays until the end or until `token` asks to stop. Throws what the reader throws.
+template <typename Reel>
+void playLoop(Playback<Reel> playback, const std::stop_token& token) {
+    Reel& reel = *playback.reel;
+    Clock::Instant deadline = playback.clock.now();
+    while (!token.stop_requested()) {
+        {
+            std::unique_lock lock(reel.mutex);
+            // Whoever cancels takes the lock afterwards: from then on the reader is not touched.
+            if (token.stop_requested()) return;
+            if (playback.totalFrames > 0 && playback.next >= playback.totalFrames) {
+                if (!reel.isLooping) return;
+                reel.reader->seekToFrame(0);
+                playback.next = 0;
+            }
+            auto image = imageOf(reel.reader->nextFrame(reel.isLooping));
+            reel.readFrame = {playback.next++, std::move(image)};
+        }
+        playback.mainActor.post(playback.show);
+        {
+            // No frame is skipped: the next one is read when this one is on screen.
+            std::unique_lock lock(reel.mutex);
+            reel.wasShown.wait(lock, token, [&] { return !reel.readFrame; });
+        }
+        deadline += playback.period;
+        if (playback.clock.now() < deadline && !playback.clock.sleepUntil(deadline, token)) return;
+    }
+}
+
+}  // namespace
+
+ZEBPlayerModel::ZEBPlayerModel(PlayerServices services, QObject* parent)
+    : QObject(parent), m_services(std::move(services)), m_sound(m_services.audioOutput) {}
+
+ZEBPlayerModel::~ZEBPlayerModel() {
+    if (m_playTask) m_playTask->cancel();
+}
+
+template <typename T>
+void ZEBPlayerModel::publish(T& field, T value, void (ZEBPlayerModel::*changed)()) {
+    if (field == value) return;
+    field = std::move(value);
+    emit(this->*changed)();
+}
+
+template <typename Work>
+auto ZEBPlayerModel::whileAlive(Work work) {
+    return [alive = std::weak_ptr(m_alive), work = std::move(work)] {
+        if (!alive.expired()) work();
+    };
+}
+
+// MARK: What the window shows
+
+double ZEBPlayerModel::durationSeconds() const {
+    return m_totalFrames < 1 ? 0 : static_cast<double>(m_totalFrames) / std::max(m_fps, 1);
+}
+
+double ZEBPlayerModel::currentSeconds() const {
+    return static_cast<double>(m_displayedFrameIndex) / std::max(m_fps, 1);
+}
+
+bool ZEBPlayerModel::canStepForward() const {
+    return m_totalFrames == 0 || m_displayedFrameIndex < m_totalFrames - 1;
+}
+
+int ZEBPlayerModel::displayedFrameIndexForWindow() const {
+    return clampedToInt(m_displayedFrameIndex);
+}
+
+int ZEBPlayerModel::totalFramesForWindow() const {
+    return clampedToInt(m_totalFrames);
+}
+
+void ZEBPlayerModel::show(std::int64_t index, Image image) {
+    m_currentFrameIndex = index + 1;
+    const std::string status = m_headerLine + (image ? "" : undecodable);
+    publish(m_displayedFrameIndex,
+            std::clamp<std::int64_t>(index, 0, std::max<std::int64_t>(m_totalFrames - 1, 0)),
+            &ZEBPlayerModel::displayedFrameIndexChanged);
+    publish(m_image, std::move(image), &ZEBPlayerModel::imageChanged);
+    publish(m_statusText, status, &ZEBPlayerModel::statusTextChanged);
+}
+
+void ZEBPlayerModel::showError(const std::string& description) {
+    publish(m_statusText, "Fehler: " + description, &ZEBPlayerModel::statusTextChanged);
+}
+
+// MARK: Control
+
+void ZEBPlayerModel::open(const std::string& path) {
+    unload();
+    m_reel = std::make_shared<Reel>();
+    m_reel->reader = m_services.makeReader(path);
+    m_reel->reader->setMode32Interpretation(m_mode32);
+    m_reel->isLooping = m_isLooping;
+    prepareAudio();
+    try {
+        showHeader(m_reel->reader->readHeader());
+        show(0, imageOf(m_reel->reader->nextFrame(m_isLooping)));
+    } catch (...) {
+        showError(currentErrorText());
+    }
+}
+
+void ZEBPlayerModel::showHeader(const ZEBHeader& header) {
+    m_headerLine = headerLineOf(header);
+    publish(m_qlMode, header.mode, &ZEBPlayerModel::qlModeChanged);
+    publish(m_totalFrames, header.frameCount, &ZEBPlayerModel::totalFramesChanged);
+    publish(m_fps, std::max(header.fps, 1), &ZEBPlayerModel::fpsChanged);
+    publish(m_statusText, m_headerLine, &ZEBPlayerModel::statusTextChanged);
+}
+
+void ZEBPlayerModel::unload() {
+    pause();
+    m_reel.reset();
+    m_currentFrameIndex = 0;
+    publish(m_displayedFrameIndex, std::int64_t{0}, &ZEBPlayerModel::displayedFrameIndexChanged);
+    publish(m_totalFrames, std::int64_t{0}, &ZEBPlayerModel::totalFramesChanged);
+    publish(m_fps, 1, &ZEBPlayerModel::fpsChanged);
+    publish(m_qlMode, 0, &ZEBPlayerModel::qlModeChanged);
+    m_sound.teardown();
+}
+
+void ZEBPlayerModel::play() {
+    if (!m_reel) return;
+    pause();
+    startAudio();
+    publish(m_isPlaying, true, &ZEBPlayerModel::isPlayingChanged);
+
+    const std::int64_t number = ++m_playback;
+    Playback<Reel> playback{m_reel,
+                            m_currentFrameIndex,
+                            m_totalFrames,
+                            playbackPeriod(m_fps),
+                            m_services.clock,
+                            m_services.mainActor,
+                            whileAlive([this, reel = m_reel] { showReadFrame(*reel); })};
+    auto ended = [this, reel = m_reel, number](const std::string& failure) {
+        playbackEnded(reel, number, failure);
+    };
+    m_playTask = m_services.tasks.start(
+        TaskPriority::userInitiated,
+        [playback, ended, alive = std::weak_ptr(m_alive)](const std::stop_token& token) {
+            std::string failure;
+            try {
+                playLoop(playback, token);
+            } catch (...) {
+                failure = currentErrorText();
+            }
+            playback.mainActor.post([ended, alive, failure] {
+                if (!alive.expired()) ended(failure);
+            });
+        });
+}
+
+void ZEBPlayerModel::showReadFrame(Reel& reel) {
+    std::optional<ReadFrame> frame;
+    {
+        const std::lock_guard lock(reel.mutex);
+        frame = std::exchange(reel.readFrame, {});
+        reel.wasShown.notify_all();
+    }
+    if (frame) show(frame->index, std::move(frame->image));
+}
+
+void ZEBPlayerModel::playbackEnded(const std::shared_ptr<Reel>& reel, std::int64_t playback,
+                                   const std::string& failure) {
+    if (reel != m_reel || playback != m_playback || !m_isPlaying) return;
+    if (!failure.empty()) showError(failure);
+    m_playTask.reset();
+    publish(m_isPlaying, false, &ZEBPlayerModel::isPlayingChanged);
+}
+
+void ZEBPlayerModel::pause() {
+    publish(m_isPlaying, false, &ZEBPlayerModel::isPlayingChanged);
+    if (m_playTask) {
+        m_playTask->cancel();
+        m_playTask.reset();
+        showReadFrame(*m_reel);
+    }
+    m_sound.pause();
+}
+
+void ZEBPlayerModel::seek(std::int64_t frame) {
+    if (!m_reel) return;
+    pause();
+    const std::int64_t target =
+        std::clamp<std::int64_t>(frame, 0, std::max<std::int64_t>(m_totalFrames - 1, 0));
+    try {
+        Image image;
+        {
+            const std::lock_guard lock(m_reel->mutex);
+            m_reel->reader->seekToFrame(target);
+            image = imageOf(m_reel->reader->nextFrame(m_isLooping));
+        }
+        show(target, std::move(image));
+    } catch (...) {
+        showError(currentErrorText());
+    }
+}
+
+void ZEBPlayerModel::setLooping(bool isLooping) {
+    if (m_reel) m_reel->isLooping = isLooping;
+    publish(m_isLooping, isLooping, &ZEBPlayerModel::isLoopingChanged);
+}
+
+void ZEBPlayerModel::setMode32(Mode32Interpretation mode32) {
+    if (m_reel) {
+        const std::lock_guard lock(m_reel->mutex);
+        m_reel->reader->setMode32Interpretation(mode32);
+    }
+    publish(m_mode32, mode32, &ZEBPlayerModel::mode32Changed);
+}
+
+// MARK: Sound
+
+void ZEBPlayerModel::prepareAudio() {
+    auto deliver = [this, reel = m_reel](std::shared_ptr<const Soundtrack> soundtrack) {
+        if (reel != m_reel) return;
+        m_sound.setSoundtrack(std::move(soundtrack));
+        if (m_isPlaying) startAudio();
+    };
+    m_services.tasks.start(
+        TaskPriority::userInitiated, [deliver, alive = std::weak_ptr(m_alive), reel = m_reel,
+                                      &mainActor = m_services.mainActor](const std::stop_token&) {
+            std::shared_ptr<const Soundtrack> soundtrack;
+            try {
+                soundtrack = std::make_shared<const Soundtrack>(reel->reader->readAllAudio());
+            } catch (...) {
+                std::printf("ZEB audio prepare failed: %s\n", currentErrorText().c_str());
+                return;
+            }
+            if (soundtrack->sampleRate < 1 || soundtrack->audioChannels < 1 || soundtrack->bytes.empty())
+                return;
+            mainActor.post([deliver, alive, soundtrack] {
+                if (!alive.expired()) deliver(soundtrack);
+            });
+        });
+}
+
+void ZEBPlayerModel::startAudio() {
+    m_sound.start(m_currentFrameIndex, m_fps, m_isLooping);
+}
+
+}  // namespace zeb

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+#include <QQuickItem>
+#include <QSizeF>
+
+#include "player/ZEBPlayerModel.h"
+
+namespace zeb {
+
+/// Shows a player's frame: whole, its aspect kept, its pixels sharp at every size. Black where there is none.
+class FrameItem : public QQuickItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(zeb::ZEBPlayerModel* player READ player WRITE setPlayer NOTIFY playerChanged)
+
+public:
+    explicit FrameItem(QQuickItem* parent = nullptr);
+
+    ZEBPlayerModel* player() const { return m_player; }
+    void setPlayer(ZEBPlayerModel* player);
+
+    /// Where a frame of `frame` pixels is drawn in an area: as large as it fits, in the middle, its corner on
+    /// a whole device pixel; at a whole multiple of its size when the area allows one within a device pixel.
+    static QRectF placeOf(QSizeF frame, QSizeF area, double devicePixelRatio);
+
+signals:
+    void playerChanged();
+
+protected:
+    QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData* data) override;
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+
+private:
+    ZEBPlayerModel* m_player = nullptr;
+    ZEBPlayerModel::Image m_image;
+    bool m_imageIsNew = false;
+};
+
+}  // namespace zeb

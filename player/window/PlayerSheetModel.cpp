@@ -1,0 +1,206 @@
+#include "player/window/PlayerSheetModel.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "codec/Mode32Interpretation.h"
+#include "platform/LocalizedText.h"
+#include "player/TimeText.h"
+
+namespace zeb {
+
+PlayerSheetModel::PlayerSheetModel(std::string path, PlayerServices services, UserDefaults& defaults,
+                                   NotificationCenter& notifications, Actions actions, QObject* parent)
+    : QObject(parent),
+      m_path(std::move(path)),
+      m_defaults(defaults),
+      m_actions(std::move(actions)),
+      m_model(std::move(services)) {
+    connect(&m_model, &ZEBPlayerModel::displayedFrameIndexChanged, this, [this] {
+        if (!m_isScrubbing) m_scrubFrame = static_cast<double>(m_model.displayedFrameIndex());
+        emit positionChanged();
+    });
+    connect(&m_model, &ZEBPlayerModel::totalFramesChanged, this, &PlayerSheetModel::positionChanged);
+    connect(&m_model, &ZEBPlayerModel::fpsChanged, this, &PlayerSheetModel::positionChanged);
+    connect(&m_model, &ZEBPlayerModel::imageChanged, this, &PlayerSheetModel::hasImageChanged);
+    connect(&m_model, &ZEBPlayerModel::qlModeChanged, this, &PlayerSheetModel::modeChanged);
+    m_defaultsObservation =
+        notifications.observe(userDefaultsDidChangeNotification, [this](const Notification&) {
+            applyStored();
+            emit storedMode32Changed();
+            emit storedLoopChanged();
+        });
+}
+
+PlayerSheetModel::~PlayerSheetModel() = default;
+
+// MARK: What the controls show
+
+QString PlayerSheetModel::timeText() const {
+    return QString::fromStdString(formatTime(m_model.currentSeconds()) + " / " +
+                                  formatTime(m_model.durationSeconds()));
+}
+
+QString PlayerSheetModel::counterText() const {
+    const std::int64_t total = std::max<std::int64_t>(m_model.totalFrames(), 1);
+    const std::int64_t number = std::min(m_model.displayedFrameIndex() + 1, total);
+    return QString::fromStdString(localizedText("%lld/%lld", {number, total}));
+}
+
+double PlayerSheetModel::sliderValue() const {
+    return m_isScrubbing ? m_scrubFrame : static_cast<double>(m_model.displayedFrameIndex());
+}
+
+double PlayerSheetModel::sliderMaximum() const {
+    return static_cast<double>(std::max<std::int64_t>(m_model.totalFrames() - 1, 1));
+}
+
+QString PlayerSheetModel::modeText() const {
+    return QString::fromStdString(localizedText("Mode %lld", {std::int64_t{m_model.qlMode()}}));
+}
+
+QStringList PlayerSheetModel::mode32Labels() const {
+    QStringList labels;
+    for (const Mode32Interpretation interpretation : allMode32Interpretations)
+        labels << QString::fromStdString(std::string(label(interpretation)));
+    return labels;
+}
+
+// MARK: What is kept
+
+int PlayerSheetModel::storedMode32() const {
+    const auto stored = mode32InterpretationFrom(m_defaults.text(mode32Key).value_or(""));
+    const auto* found = std::find(allMode32Interpretations.begin(), allMode32Interpretations.end(),
+                                  stored.value_or(Mode32Interpretation::rgb565LE));
+    return static_cast<int>(found - allMode32Interpretations.begin());
+}
+
+void PlayerSheetModel::setStoredMode32(int index) {
+    if (index < 0 || index >= static_cast<int>(allMode32Interpretations.size())) return;
+    m_defaults.set(mode32Key,
+                   std::string(storedValue(allMode32Interpretations.at(static_cast<std::size_t>(index)))));
+}
+
+bool PlayerSheetModel::storedLoop() const {
+    return !m_defaults.object(loopKey) || m_defaults.boolean(loopKey);
+}
+
+void PlayerSheetModel::setStoredLoop(bool loops) {
+    m_defaults.set(loopKey, loops);
+}
+
+void PlayerSheetModel::applyStored() {
+    m_model.setMode32(allMode32Interpretations.at(static_cast<std::size_t>(storedMode32())));
+    m_model.setLooping(storedLoop());
+}
+
+// MARK: What the controls do
+
+void PlayerSheetModel::appear() {
+    applyStored();
+    m_model.open(m_path);
+    emit positionChanged();
+}
+
+void PlayerSheetModel::disappear() {
+    m_model.unload();
+}
+
+void PlayerSheetModel::toBeginning() {
+    if (canStepBack()) m_model.seek(0);
+}
+
+void PlayerSheetModel::stepBack() {
+    if (canStepBack()) m_model.seek(m_model.displayedFrameIndex() - 1);
+}
+
+void PlayerSheetModel::playOrPause() {
+    if (m_model.isPlaying()) {
+        m_model.pause();
+    } else {
+        m_model.play();
+    }
+}
+
+void PlayerSheetModel::stop() {
+    m_model.pause();
+    m_model.seek(0);
+}
+
+void PlayerSheetModel::stepForward() {
+    if (canStepForward()) m_model.seek(m_model.displayedFrameIndex() + 1);
+}
+
+void PlayerSheetModel::toEnd() {
+    if (canStepForward()) m_model.seek(std::max<std::int64_t>(m_model.totalFrames() - 1, 0));
+}
+
+void PlayerSheetModel::close() {
+    if (m_actions.close) m_actions.close();
+}
+
+void PlayerSheetModel::openMaker() {
+    if (m_actions.openMaker) m_actions.openMaker();
+}
+
+void PlayerSheetModel::beginScrubbing() {
+    if (!m_isScrubbing) {
+        m_scrubFrame = static_cast<double>(m_model.displayedFrameIndex());
+        m_resumeAfterScrub = m_model.isPlaying();
+        if (m_resumeAfterScrub) m_model.pause();
+    }
+    m_isScrubbing = true;
+}
+
+void PlayerSheetModel::setScrubbing(bool isScrubbing) {
+    if (isScrubbing) {
+        beginScrubbing();
+    } else if (m_isScrubbing) {
+        endScrubbing();
+    }
+}
+
+void PlayerSheetModel::scrubTo(double frame) {
+    m_scrubFrame = frame;
+    if (!m_isScrubbing) m_model.seek(static_cast<std::int64_t>(frame));
+    emit positionChanged();
+}
+
+void PlayerSheetModel::endScrubbing() {
+    const auto target = static_cast<std::int64_t>(m_scrubFrame);
+    const bool resumes = std::exchange(m_resumeAfterScrub, false);
+    m_isScrubbing = false;
+    m_model.seek(target);
+    if (resumes) m_model.play();
+    emit positionChanged();
+}
+
+bool PlayerSheetModel::handleKey(int key, int modifiers) {
+    if ((modifiers & ~(Qt::KeypadModifier | Qt::ShiftModifier)) != Qt::NoModifier) return false;
+    switch (key) {
+        case Qt::Key_Left:
+        case Qt::Key_Comma:
+            stepBack();
+            return true;
+        case Qt::Key_Right:
+        case Qt::Key_Period:
+            stepForward();
+            return true;
+        case Qt::Key_Home:
+            toBeginning();
+            return true;
+        case Qt::Key_End:
+            toEnd();
+            return true;
+        case Qt::Key_R:
+            appear();
+            return true;
+        case Qt::Key_L:
+            setStoredLoop(!storedLoop());
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace zeb

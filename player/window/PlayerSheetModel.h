@@ -1,0 +1,111 @@
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <string>
+
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "player/ZEBPlayerModel.h"
+
+namespace zeb {
+
+/// The logic of a player window's content: what its controls show, and what they do. Main thread.
+class PlayerSheetModel final : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the window manager")
+    Q_PROPERTY(zeb::ZEBPlayerModel* model READ model CONSTANT)
+    Q_PROPERTY(QString timeText READ timeText NOTIFY positionChanged)
+    Q_PROPERTY(QString counterText READ counterText NOTIFY positionChanged)
+    Q_PROPERTY(double sliderValue READ sliderValue NOTIFY positionChanged)
+    Q_PROPERTY(double sliderMaximum READ sliderMaximum NOTIFY positionChanged)
+    Q_PROPERTY(bool sliderEnabled READ sliderEnabled NOTIFY positionChanged)
+    Q_PROPERTY(bool canStepBack READ canStepBack NOTIFY positionChanged)
+    Q_PROPERTY(bool canStepForward READ canStepForward NOTIFY positionChanged)
+    Q_PROPERTY(bool hasImage READ hasImage NOTIFY hasImageChanged)
+    Q_PROPERTY(bool isMode32 READ isMode32 NOTIFY modeChanged)
+    Q_PROPERTY(QString modeText READ modeText NOTIFY modeChanged)
+    Q_PROPERTY(QStringList mode32Labels READ mode32Labels CONSTANT)
+    Q_PROPERTY(int storedMode32 READ storedMode32 WRITE setStoredMode32 NOTIFY storedMode32Changed)
+    Q_PROPERTY(bool storedLoop READ storedLoop WRITE setStoredLoop NOTIFY storedLoopChanged)
+
+public:
+    static constexpr std::string_view mode32Key = "zeb.player.mode32";
+    static constexpr std::string_view loopKey = "zeb.player.loop";
+
+    /// What the close and the converter buttons do.
+    struct Actions {
+        std::function<void()> close;
+        std::function<void()> openMaker;
+    };
+
+    /// `path` is the movie's. Services, defaults and notification centre outlive this.
+    PlayerSheetModel(std::string path, PlayerServices services, UserDefaults& defaults,
+                     NotificationCenter& notifications, Actions actions, QObject* parent = nullptr);
+    ~PlayerSheetModel() override;
+
+    ZEBPlayerModel* model() { return &m_model; }
+
+    QString timeText() const;
+    QString counterText() const;
+    double sliderValue() const;
+    double sliderMaximum() const;
+    bool sliderEnabled() const { return m_model.totalFrames() >= 2; }
+    bool canStepBack() const { return m_model.displayedFrameIndex() >= 1; }
+    bool canStepForward() const { return m_model.canStepForward(); }
+    bool hasImage() const { return m_model.image() != nullptr; }
+    bool isMode32() const { return m_model.qlMode() == 32; }
+    QString modeText() const;
+    QStringList mode32Labels() const;
+
+    /// Shared by all player windows and kept: the reading of 16-bit pixels, as its place among the labels,
+    /// and whether to play again and again.
+    int storedMode32() const;
+    void setStoredMode32(int index);
+    bool storedLoop() const;
+    void setStoredLoop(bool loops);
+
+    /// On appearing, and again with the reload button: opens the movie.
+    Q_INVOKABLE void appear();
+    Q_INVOKABLE void disappear();
+    Q_INVOKABLE void toBeginning();
+    Q_INVOKABLE void stepBack();
+    Q_INVOKABLE void playOrPause();
+    Q_INVOKABLE void stop();
+    Q_INVOKABLE void stepForward();
+    Q_INVOKABLE void toEnd();
+    Q_INVOKABLE void close();
+    Q_INVOKABLE void openMaker();
+    /// The slider: nothing is read while it is held; a key moves it and is done.
+    Q_INVOKABLE void setScrubbing(bool isScrubbing);
+    Q_INVOKABLE void scrubTo(double frame);
+    /// A key (Qt::Key) that no control has taken; true when it means something here.
+    Q_INVOKABLE bool handleKey(int key, int modifiers);
+
+signals:
+    void positionChanged();
+    void hasImageChanged();
+    void modeChanged();
+    void storedMode32Changed();
+    void storedLoopChanged();
+
+private:
+    void applyStored();
+    void beginScrubbing();
+    void endScrubbing();
+
+    std::string m_path;
+    UserDefaults& m_defaults;
+    Actions m_actions;
+    ZEBPlayerModel m_model;
+    double m_scrubFrame = 0;
+    bool m_isScrubbing = false;
+    bool m_resumeAfterScrub = false;
+    NotificationCenter::Observation m_defaultsObservation;
+};
+
+}  // namespace zeb

@@ -1,0 +1,289 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import QtQuick.Shapes
+import ZEBPlayer
+import ZEBStyle
+
+// The content of a player window: status, picture, slider and controls of one movie.
+FocusScope {
+    id: sheet
+
+    required property PlayerSheetModel sheetModel
+
+    signal fullScreenToggled
+
+    implicitWidth: 920
+    implicitHeight: 620
+
+    component ControlButton: ToolButton {
+        focusPolicy: Qt.TabFocus
+        ToolTip.text: text
+        ToolTip.visible: hovered && text !== ""
+        ToolTip.delay: 600
+    }
+
+    // Paints the corners of the picture's area in the colour around it.
+    component Corner: Shape {
+        id: corner
+
+        property int turn
+
+        width: 10
+        height: 10
+        rotation: turn * 90
+
+        ShapePath {
+            strokeWidth: -1
+            fillColor: Theme.window
+            startX: 0
+            startY: 0
+
+            PathLine {
+                x: 10
+                y: 0
+            }
+
+            PathArc {
+                x: 0
+                y: 10
+                radiusX: 10
+                radiusY: 10
+                direction: PathArc.Counterclockwise
+            }
+
+            PathLine {
+                x: 0
+                y: 0
+            }
+        }
+    }
+
+    Component.onCompleted: sheetModel.appear()
+    Component.onDestruction: sheetModel.disappear()
+
+    Keys.onSpacePressed: sheetModel.playOrPause()
+    Keys.onPressed: event => event.accepted = sheetModel.handleKey(event.key, event.modifiers)
+
+    ColumnLayout {
+        anchors.fill: parent
+        anchors.margins: 14
+        spacing: 12
+
+        Label {
+            Layout.fillWidth: true
+            text: sheet.sheetModel.model.statusText
+            font.weight: Font.DemiBold
+            elide: Text.ElideRight
+            textFormat: Text.PlainText
+        }
+
+        Rectangle {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            color: Theme.screen
+
+            FrameItem {
+                id: frame
+
+                objectName: "frame"
+                anchors.fill: parent
+                player: sheet.sheetModel.model
+                Accessible.role: Accessible.Graphic
+                Accessible.name: sheet.sheetModel.model.statusText
+            }
+
+            Label {
+                anchors.centerIn: parent
+                visible: !sheet.sheetModel.hasImage
+                text: Texts.localizedText("no_image")
+                color: "#9aa1ad"
+            }
+
+            Corner {}
+
+            Corner {
+                anchors.right: parent.right
+                turn: 1
+            }
+
+            Corner {
+                anchors.right: parent.right
+                anchors.bottom: parent.bottom
+                turn: 2
+            }
+
+            Corner {
+                anchors.bottom: parent.bottom
+                turn: 3
+            }
+
+            TapHandler {
+                onDoubleTapped: sheet.fullScreenToggled()
+            }
+        }
+
+        RowLayout {
+            spacing: 8
+
+            Label {
+                Layout.preferredWidth: 110
+                text: sheet.sheetModel.timeText
+                font.pixelSize: Theme.captionSize
+                font.family: Theme.monospaced
+                color: Theme.secondaryText
+            }
+
+            Slider {
+                id: slider
+
+                objectName: "slider"
+                Layout.fillWidth: true
+                from: 0
+                to: sheet.sheetModel.sliderMaximum
+                enabled: sheet.sheetModel.sliderEnabled
+                focusPolicy: Qt.TabFocus
+                Accessible.name: Texts.localizedText("player_position")
+
+                onPressedChanged: sheet.sheetModel.setScrubbing(pressed)
+                onMoved: sheet.sheetModel.scrubTo(value)
+
+                Binding on value {
+                    value: sheet.sheetModel.sliderValue
+                }
+            }
+
+            Label {
+                Layout.preferredWidth: 88
+                text: sheet.sheetModel.counterText
+                font.pixelSize: Theme.captionSize
+                font.family: Theme.monospaced
+                color: Theme.secondaryText
+                horizontalAlignment: Text.AlignRight
+            }
+        }
+
+        RowLayout {
+            spacing: 10
+
+            Button {
+                objectName: "openMaker"
+                text: Texts.localizedText("app_title")
+                icon.source: "qrc:/icons/ZEBDocumentIcon.svg"
+                icon.width: 18
+                icon.height: 18
+                icon.color: "transparent"
+                spacing: 5
+                ToolTip.text: Texts.localizedText("open_maker")
+                ToolTip.visible: hovered
+                ToolTip.delay: 600
+                onClicked: sheet.sheetModel.openMaker()
+            }
+
+            RowLayout {
+                spacing: 2
+
+                ControlButton {
+                    objectName: "beginning"
+                    text: Texts.localizedText("Anfang")
+                    icon.source: "qrc:/icons/beginning.svg"
+                    enabled: sheet.sheetModel.canStepBack
+                    onClicked: sheet.sheetModel.toBeginning()
+                }
+
+                ControlButton {
+                    objectName: "stepBack"
+                    text: Texts.localizedText("Ein Frame zurück")
+                    icon.source: "qrc:/icons/frame-back.svg"
+                    enabled: sheet.sheetModel.canStepBack
+                    onClicked: sheet.sheetModel.stepBack()
+                }
+
+                ControlButton {
+                    objectName: "play"
+                    text: sheet.sheetModel.model.isPlaying ? Texts.localizedText("Pause") : Texts.localizedText("Play")
+                    icon.source: sheet.sheetModel.model.isPlaying ? "qrc:/icons/pause.svg" : "qrc:/icons/play.svg"
+                    icon.width: 24
+                    icon.height: 24
+                    onClicked: sheet.sheetModel.playOrPause()
+                }
+
+                ControlButton {
+                    objectName: "stop"
+                    text: Texts.localizedText("Stop")
+                    icon.source: "qrc:/icons/stop.svg"
+                    onClicked: sheet.sheetModel.stop()
+                }
+
+                ControlButton {
+                    objectName: "stepForward"
+                    text: Texts.localizedText("Ein Frame vor")
+                    icon.source: "qrc:/icons/frame-forward.svg"
+                    enabled: sheet.sheetModel.canStepForward
+                    onClicked: sheet.sheetModel.stepForward()
+                }
+
+                ControlButton {
+                    objectName: "end"
+                    text: Texts.localizedText("Ende")
+                    icon.source: "qrc:/icons/end.svg"
+                    enabled: sheet.sheetModel.canStepForward
+                    onClicked: sheet.sheetModel.toEnd()
+                }
+            }
+
+            RowLayout {
+                spacing: 2
+
+                ControlButton {
+                    objectName: "reload"
+                    text: Texts.localizedText("reload")
+                    icon.source: "qrc:/icons/reload.svg"
+                    onClicked: sheet.sheetModel.appear()
+                }
+
+                ControlButton {
+                    objectName: "loop"
+                    text: Texts.localizedText("loop")
+                    icon.source: "qrc:/icons/loop.svg"
+                    checkable: true
+                    checked: sheet.sheetModel.storedLoop
+                    onToggled: sheet.sheetModel.storedLoop = checked
+                }
+            }
+
+            ComboBox {
+                objectName: "mode32"
+                Layout.preferredWidth: 160
+                visible: sheet.sheetModel.isMode32
+                model: sheet.sheetModel.mode32Labels
+                currentIndex: sheet.sheetModel.storedMode32
+                focusPolicy: Qt.TabFocus
+                Accessible.name: Texts.localizedText("mode32_label")
+                ToolTip.text: Texts.localizedText("mode32_label")
+                ToolTip.visible: hovered && !down
+                ToolTip.delay: 600
+                onActivated: index => sheet.sheetModel.storedMode32 = index
+            }
+
+            Label {
+                Layout.preferredWidth: 90
+                visible: !sheet.sheetModel.isMode32
+                text: sheet.sheetModel.modeText
+                color: Theme.secondaryText
+            }
+
+            Item {
+                Layout.fillWidth: true
+            }
+
+            Button {
+                objectName: "close"
+                text: Texts.localizedText("close")
+                onClicked: sheet.sheetModel.close()
+            }
+        }
+    }
+}
