@@ -1,0 +1,40 @@
+#include "app/LaunchArguments.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include "platform/URL.h"
+
+namespace zeb {
+namespace {
+
+/// Whether an argument is a URL rather than a file's name: it has a scheme, and there is no file of that
+/// name.
+bool isURL(const QString& argument) {
+    const auto url = URL::parse(argument.toStdString());
+    return url && url->components().scheme && !QFileInfo::exists(argument);
+}
+
+}  // namespace
+
+LaunchArguments readLaunchArguments() {
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Plays ZEB movies.");
+    const QCommandLineOption maker("maker", "Keep the converter's window in sight.");
+    parser.addOption(maker);
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument("FILE.zeb", "Movies to play, each in a window of its own.", "FILE.zeb...");
+    parser.process(QCoreApplication::arguments());
+
+    LaunchArguments result;
+    result.showMaker = parser.isSet(maker);
+    for (const QString& argument : parser.positionalArguments()) {
+        const std::string text = argument.toStdString();
+        result.requests << (isURL(argument) ? argument : QString::fromStdString(URL::forFile(text).text()));
+    }
+    return result;
+}
+
+}  // namespace zeb
