@@ -13,6 +13,14 @@
 
 namespace zeb {
 
+/// Tells QML about the model, which itself knows nothing of QML.
+struct PlayerModelForQML {
+    Q_GADGET
+    QML_FOREIGN(zeb::ZEBPlayerModel)
+    QML_NAMED_ELEMENT(ZEBPlayerModel)
+    QML_UNCREATABLE("Every sheet has its own")
+};
+
 /// The logic of a player window's content: what its controls show, and what they do. Main thread.
 class PlayerSheetModel final : public QObject {
     Q_OBJECT

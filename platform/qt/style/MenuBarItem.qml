@@ -4,13 +4,11 @@ import QtQuick.Templates as T
 T.MenuBarItem {
     id: control
 
-    implicitWidth: label.implicitWidth + 20
+    implicitWidth: implicitContentWidth + 20
     implicitHeight: 29
     font.pixelSize: Theme.bodySize
 
     contentItem: Text {
-        id: label
-
         text: control.text.replace("&", "")
         font: control.font
         color: Theme.text

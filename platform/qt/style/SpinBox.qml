@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Templates as T
 
@@ -11,7 +13,6 @@ T.SpinBox {
         property bool hovered
 
         width: 26
-        height: control.height
         radius: Theme.radius
         color: pressed ? Theme.buttonPressed : hovered && enabled ? Theme.buttonHovered : "transparent"
 
@@ -40,7 +41,6 @@ T.SpinBox {
     hoverEnabled: true
 
     validator: IntValidator {
-        locale: control.locale.name
         bottom: Math.min(control.from, control.to)
         top: Math.max(control.from, control.to)
     }
@@ -65,6 +65,7 @@ T.SpinBox {
 
     down.indicator: StepButton {
         x: control.mirrored ? control.width - width : 0
+        height: control.height
         pressed: control.down.pressed
         hovered: control.down.hovered
         enabled: control.enabled && control.value > control.from
@@ -72,6 +73,7 @@ T.SpinBox {
 
     up.indicator: StepButton {
         x: control.mirrored ? 0 : control.width - width
+        height: control.height
         plus: true
         pressed: control.up.pressed
         hovered: control.up.hovered

@@ -1,0 +1,33 @@
+import QtQuick
+
+// What a menu item says, and the keys that do the same.
+Item {
+    id: content
+
+    property alias text: label.text
+    property alias font: label.font
+    property alias shortcut: keys.text
+    property bool highlighted
+
+    implicitWidth: label.implicitWidth + (shortcut === "" ? 0 : keys.implicitWidth + 28)
+    implicitHeight: label.implicitHeight
+
+    Text {
+        id: label
+
+        anchors.left: parent.left
+        anchors.right: keys.left
+        anchors.verticalCenter: parent.verticalCenter
+        elide: Text.ElideRight
+        color: !content.enabled ? Theme.disabledText : content.highlighted ? Theme.accentText : Theme.text
+    }
+
+    Text {
+        id: keys
+
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        font.pixelSize: Theme.calloutSize
+        color: content.highlighted ? Theme.accentText : Theme.secondaryText
+    }
+}
