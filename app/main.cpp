@@ -21,7 +21,7 @@ namespace {
 
 /// Where the lock and the socket of the running instance are.
 QString runtimeFolder() {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     QDir().mkpath(folder);
     return folder;
 }

@@ -53,7 +53,7 @@ public:
     const Image& image() const { return m_image; }
     bool isPlaying() const { return m_isPlaying; }
     QString statusText() const { return QString::fromStdString(m_statusText); }
-    bool isLooping() const;
+    bool isLooping() const { return m_isLooping; }
     Mode32Interpretation mode32() const { return m_mode32; }
     std::int64_t displayedFrameIndex() const { return m_displayedFrameIndex; }
     std::int64_t totalFrames() const { return m_totalFrames; }

@@ -176,7 +176,8 @@ void PlayerSheetModel::endScrubbing() {
 }
 
 bool PlayerSheetModel::handleKey(int key, int modifiers) {
-    if ((modifiers & ~(Qt::KeypadModifier | Qt::ShiftModifier)) != Qt::NoModifier) return false;
+    constexpr auto harmless = Qt::KeypadModifier | Qt::ShiftModifier;
+    if (Qt::KeyboardModifiers(modifiers) & ~Qt::KeyboardModifiers(harmless)) return false;
     switch (key) {
         case Qt::Key_Left:
         case Qt::Key_Comma:

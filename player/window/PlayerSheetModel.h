@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqml.h>
 #include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QString>

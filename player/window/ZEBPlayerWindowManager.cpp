@@ -34,7 +34,7 @@ ZEBPlayerWindowManager::~ZEBPlayerWindowManager() {
 
 void ZEBPlayerWindowManager::openPlayer(const URL& url, bool hideMaker) {
     const URL movie = url.standardizedFileURL();
-    const std::string key = movie.text();
+    const std::string& key = movie.text();
     if (const auto found = m_windows.find(key); found != m_windows.end() && found->second) {
         bringForward(found->second);
         if (hideMaker) hideMakerWindows(found->second);
