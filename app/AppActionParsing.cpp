@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "ui/MovieName.h"
+
 namespace zeb {
 namespace {
 
@@ -29,14 +31,6 @@ std::optional<URL> targetOf(const URL& url) {
 }
 
 }  // namespace
-
-bool namesMovie(const URL& url) {
-    std::string extension = url.pathExtension();
-    for (char& c : extension) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-    }
-    return extension == "zeb";
-}
 
 std::optional<AppAction> parseAppAction(const std::string& text) {
     auto url = URL::parse(text);

@@ -17,7 +17,4 @@ namespace zeb {
 /// as a file URL does. The target is a URL, percent-escaped once for the query; the first item "url" counts.
 std::optional<AppAction> parseAppAction(const std::string& text);
 
-/// Whether a URL's path ends in ".zeb", in any case.
-bool namesMovie(const URL& url);
-
 }  // namespace zeb

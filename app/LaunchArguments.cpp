@@ -20,12 +20,15 @@ bool isURL(const QString& argument) {
 
 LaunchArguments readLaunchArguments() {
     QCommandLineParser parser;
-    parser.setApplicationDescription("Plays ZEB movies.");
+    parser.setApplicationDescription("Turns videos into ZEB movies, and plays them.");
     const QCommandLineOption maker("maker", "Keep the converter's window in sight.");
     parser.addOption(maker);
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addPositionalArgument("FILE.zeb", "Movies to play, each in a window of its own.", "FILE.zeb...");
+    parser.addPositionalArgument(
+        "FILE",
+        "Movies (.zeb) to play, each in a window of its own; a video to convert; a zebmaker: request.",
+        "[FILE...]");
     parser.process(QCoreApplication::arguments());
 
     LaunchArguments result;

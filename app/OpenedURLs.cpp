@@ -1,6 +1,6 @@
 #include "app/OpenedURLs.h"
 
-#include "app/AppActionParsing.h"
+#include "ui/MovieName.h"
 
 namespace zeb {
 

@@ -1,23 +1,31 @@
 #include <QtQml/qqmlextensionplugin.h>
+#include <QApplication>
 #include <QDir>
-#include <QGuiApplication>
+#include <QLibraryInfo>
 #include <QQmlEngine>
 #include <QQuickStyle>
 #include <QStandardPaths>
+#include <QTranslator>
 #include <csignal>
-#include <cstdio>
 
+#include "app/AppDelegate.h"
 #include "app/LaunchArguments.h"
 #include "app/Services.h"
+#include "app/SharedInbox.h"
+#include "platform/ApplicationGroupContainer.h"
 #include "platform/TextLocale.h"
 #include "platform/qt/QtTextLocale.h"
 #include "platform/qt/SingleInstance.h"
-#include "player/window/ZEBPlayerWindowManager.h"
+#include "ui/DockProgressController.h"
 
 Q_IMPORT_QML_PLUGIN(ZEBStylePlugin)
 Q_IMPORT_QML_PLUGIN(ZEBPlayerPlugin)
+Q_IMPORT_QML_PLUGIN(ZEBMakerPlugin)
+Q_IMPORT_QML_PLUGIN(ZEBMakerScenesPlugin)
 
 namespace {
+
+constexpr int dockTileSize = 128;
 
 /// Where the lock and the socket of the running instance are.
 QString runtimeFolder() {
@@ -26,22 +34,57 @@ QString runtimeFolder() {
     return folder;
 }
 
+QIcon applicationIcon() {
+    const auto path = zeb::resourcePath("artwork/zebmaker", "svg");
+    return path ? QIcon(QString::fromStdString(*path)) : QIcon();
+}
+
+/// A colour or number that all windows share.
+QVariant themeValue(QQmlEngine& engine, const char* name) {
+    const int type = qmlTypeId("ZEBStyle", 1, 0, "Theme");
+    auto* theme = engine.singletonInstance<QObject*>(type);
+    return theme ? theme->property(name) : QVariant();
+}
+
+/// The windows' colours for dialogs that are not drawn by their style.
+QPalette dialogPalette(QQmlEngine& engine) {
+    const auto colour = [&engine](const char* name) { return themeValue(engine, name).value<QColor>(); };
+    QPalette palette(colour("button"), colour("window"));
+    palette.setColor(QPalette::WindowText, colour("text"));
+    palette.setColor(QPalette::Text, colour("text"));
+    palette.setColor(QPalette::ButtonText, colour("text"));
+    palette.setColor(QPalette::PlaceholderText, colour("disabledText"));
+    palette.setColor(QPalette::Base, colour("field"));
+    palette.setColor(QPalette::AlternateBase, colour("card"));
+    palette.setColor(QPalette::Highlight, colour("accent"));
+    palette.setColor(QPalette::HighlightedText, colour("accentText"));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, colour("disabledText"));
+    return palette;
+}
+
+/// What Qt's own dialogs say, in the language of our texts.
+void translateDialogs(QTranslator& translator) {
+    const QString language = QString::fromStdString(zeb::textLocale().language);
+    if (translator.load("qtbase_" + language, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QApplication::installTranslator(&translator);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     // A write beyond the limit of a file's size fails like any other instead of ending the process.
     std::signal(SIGXFSZ, SIG_IGN);
-    QGuiApplication application(argc, argv);
-    QGuiApplication::setApplicationName("zebmaker");
-    QGuiApplication::setApplicationVersion(ZEB_VERSION);
-    QGuiApplication::setDesktopFileName("zebmaker");
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("zebmaker");
+    QApplication::setApplicationVersion(ZEB_VERSION);
+    QApplication::setDesktopFileName("zebmaker");
+    QApplication::setWindowIcon(applicationIcon());
     zeb::setTextLocale(zeb::systemTextLocale());
+    QTranslator translator;
+    translateDialogs(translator);
 
     const zeb::LaunchArguments arguments = zeb::readLaunchArguments();
-    if (arguments.requests.isEmpty()) {
-        std::fprintf(stderr, "zebmaker: which movie? (see \"zebmaker --help\")\n");
-        return 2;
-    }
     zeb::SingleInstance instance(runtimeFolder(), "zebmaker");
     if (!instance.isFirst(arguments.requests)) return 0;
 
@@ -50,15 +93,37 @@ int main(int argc, char** argv) {
     zeb::Services services;
     QQmlEngine engine;
     engine.addImportPath("qrc:/qt/qml");
-    zeb::ZEBPlayerWindowManager windows(
-        {engine, services.player(), services.defaults, services.notifications, {}});
-    const auto open = [&](const QStringList& requests, bool hideMaker) {
-        for (const QString& request : requests) {
-            if (const auto url = zeb::URL::parse(request.toStdString())) windows.openPlayer(*url, hideMaker);
-        }
-    };
-    QObject::connect(&instance, &zeb::SingleInstance::requested, &application,
-                     [&](const QStringList& requests) { open(requests, true); });
-    open(arguments.requests, !arguments.showMaker);
-    return QGuiApplication::exec();
+    zeb::DockProgressController dockProgress(
+        {services.dockTile, services.mainActor,
+         [&engine] { return themeValue(engine, "accent").value<QColor>(); }},
+        applicationIcon().pixmap(dockTileSize * 2).toImage());
+    zeb::ConverterViewModel converter(services.converter());
+    // Made below, called when there is something to play.
+    zeb::ZEBPlayerWindowManager* players = nullptr;
+    zeb::AppActionRouter& appActions = zeb::AppActionRouter::shared();
+    zeb::ContentViewModel content({converter, services.defaults, services.notifications, services.mainActor,
+                                   services.clock, *services.media, services.tasks, services.panels,
+                                   services.sounds, dockProgress, appActions,
+                                   [&players](const zeb::URL& url, bool hideMaker) {
+                                       if (players) players->openPlayer(url, hideMaker);
+                                   },
+                                   ZEB_VERSION, ""});
+    zeb::Scenes scenes({engine, content, services.defaults, services.notifications});
+    zeb::ZEBPlayerWindowManager windows({engine, services.player(), services.defaults, services.notifications,
+                                         [&scenes] { return scenes.makeConverterWindow(); }});
+    players = &windows;
+    services.panels.setSurroundings([&scenes] { return scenes.windowForPanels(); },
+                                    [&engine] { return dialogPalette(engine); });
+    zeb::AppDelegate delegate({scenes, windows, appActions, services.mainActor});
+    QObject::connect(&engine, &QQmlEngine::quit, &scenes, &zeb::Scenes::quit);
+    QObject::connect(&instance, &zeb::SingleInstance::requested, &delegate,
+                     [&delegate](const QStringList& requests) {
+                         delegate.open(requests, zeb::AppDelegate::Maker::hidden);
+                     });
+
+    zeb::cleanSharedInbox(zeb::applicationGroupContainer(), std::chrono::system_clock::now());
+    content.appear();
+    delegate.open(arguments.requests,
+                  arguments.showMaker ? zeb::AppDelegate::Maker::shown : zeb::AppDelegate::Maker::hidden);
+    return QApplication::exec();
 }

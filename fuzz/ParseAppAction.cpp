@@ -6,6 +6,7 @@
 
 #include "app/AppActionParsing.h"
 #include "fuzz/FuzzInput.h"
+#include "ui/MovieName.h"
 
 using namespace zeb;
 

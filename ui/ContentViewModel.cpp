@@ -14,6 +14,7 @@
 #include "ui/ByteCountText.h"
 #include "ui/DurationText.h"
 #include "ui/ForecastText.h"
+#include "ui/MovieName.h"
 #include "ui/TargetDescription.h"
 #include "ui/UnknownText.h"
 #include "ui/VersionText.h"
@@ -152,6 +153,30 @@ void ContentViewModel::takeForecast(const ForecastOutcome& outcome) {
     m_forecastText = outcome.forecast ? zeb::forecastText(*outcome.forecast) : "";
     m_forecastIsWarning = outcome.forecast && !outcome.forecast->fits();
     emit forecastChanged();
+    if (!m_forecastIsWarning) askAboutMisfit({});
+}
+
+// MARK: Starting
+
+void ContentViewModel::start() {
+    if (!vm()->canStart()) return;
+    if (!m_forecastIsWarning) return vm()->start();
+    askAboutMisfit(forecastText());
+}
+
+void ContentViewModel::startAnyway() {
+    askAboutMisfit({});
+    vm()->start();
+}
+
+void ContentViewModel::dismissMisfitQuestion() {
+    askAboutMisfit({});
+}
+
+void ContentViewModel::askAboutMisfit(const QString& question) {
+    if (question == m_misfitQuestion) return;
+    m_misfitQuestion = question;
+    emit misfitQuestionChanged();
 }
 
 // MARK: The run
@@ -248,6 +273,18 @@ void ContentViewModel::openZEBFile(const URL& url, bool hideMaker) {
     }
     m_services.sounds.play(SoundEffect::nowEstablishingDatalink);
     m_services.openPlayer(movie, hideMaker);
+}
+
+void ContentViewModel::takeDroppedURLs(const QList<QUrl>& urls) {
+    for (const QUrl& url : urls) {
+        const auto dropped = URL::parse(url.toEncoded().toStdString());
+        if (!dropped) continue;
+        if (namesMovie(*dropped)) {
+            openZEBFile(*dropped, false);
+        } else if (dropped->isFileURL()) {
+            m_services.appActions.post(EncodeAction{*dropped});
+        }
+    }
 }
 
 void ContentViewModel::handleAppAction(const AppAction& action) {

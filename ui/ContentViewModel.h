@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -53,6 +55,7 @@ class ContentViewModel final : public QObject {
     Q_PROPERTY(QString forecastText READ forecastText NOTIFY forecastChanged)
     Q_PROPERTY(bool forecastIsWarning READ forecastIsWarning NOTIFY forecastChanged)
     Q_PROPERTY(QString timesText READ timesText NOTIFY timesTextChanged)
+    Q_PROPERTY(QString misfitQuestion READ misfitQuestion NOTIFY misfitQuestionChanged)
     Q_PROPERTY(
         QString cancelledOutputQuestion READ cancelledOutputQuestion NOTIFY cancelledOutputQuestionChanged)
 
@@ -79,6 +82,9 @@ public:
     const std::string& targetSizeText() const { return m_targetSizeText; }
     /// Remaining and elapsed time and the size of the file, while a run goes on.
     QString timesText() const;
+    /// Whether to start a run whose movie would pass the format's limit or the free space, and why not; empty
+    /// when there is nothing to ask.
+    QString misfitQuestion() const { return m_misfitQuestion; }
     /// Whether to keep the unfinished movie of a cancelled run; empty when there is nothing to ask.
     QString cancelledOutputQuestion() const;
 
@@ -86,6 +92,13 @@ public:
     Q_INVOKABLE void appear();
     /// Plays the movie that was made, or asks for one.
     Q_INVOKABLE void playMovie();
+    /// Starts a run; before one whose movie would not fit, asks first.
+    Q_INVOKABLE void start();
+    /// The answers to that question.
+    Q_INVOKABLE void startAnyway();
+    Q_INVOKABLE void dismissMisfitQuestion();
+    /// Files were dropped on the window: movies are played, the last of the others becomes the source.
+    Q_INVOKABLE void takeDroppedURLs(const QList<QUrl>& urls);
     /// The question about the unfinished movie was left without an answer.
     Q_INVOKABLE void dismissCancelledOutputQuestion();
     void openZEBFile(const URL& url, bool hideMaker);
@@ -96,6 +109,7 @@ signals:
     void sourceTargetTextChanged();
     void forecastChanged();
     void timesTextChanged();
+    void misfitQuestionChanged();
     void cancelledOutputQuestionChanged();
 
 private:
@@ -109,6 +123,7 @@ private:
     void tick(std::int64_t run);
     void updateTargetSizeText();
     void updateForecast();
+    void askAboutMisfit(const QString& question);
     void takeForecast(const ForecastOutcome& outcome);
 
     ContentServices m_services;
@@ -117,6 +132,7 @@ private:
     SizeForecaster m_forecaster;
     std::string m_forecastText;
     bool m_forecastIsWarning = false;
+    QString m_misfitQuestion;
     AppActionRouter::Observation m_requests;
     RemainingTime m_remaining;
     std::optional<Clock::Instant> m_runStartedAt;

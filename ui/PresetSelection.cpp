@@ -1,20 +1,15 @@
 #include "ui/PresetSelection.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "platform/LocalizedText.h"
 #include "ui/BuiltInPreset.h"
 #include "ui/PresetMenu.h"
+#include "ui/WindowNumber.h"
 
 namespace zeb {
 namespace {
-
-int asSide(std::int64_t side) {
-    using Limits = std::numeric_limits<int>;
-    return static_cast<int>(std::clamp<std::int64_t>(side, Limits::min(), Limits::max()));
-}
 
 const std::int64_t* integerIn(const PropertyDictionary& userInfo, std::string_view key) {
     const auto found = userInfo.find(key);
@@ -84,8 +79,8 @@ void PresetSelection::applyPreset(const std::string& id) {
 }
 
 void PresetSelection::applySize(std::int64_t width, std::int64_t height) {
-    m_size.setWidth(asSide(width));
-    m_size.setHeight(asSide(height));
+    m_size.setWidth(windowNumber(width));
+    m_size.setHeight(windowNumber(height));
 }
 
 void PresetSelection::endApplyingSoon() {

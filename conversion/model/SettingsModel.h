@@ -8,7 +8,7 @@
 namespace zeb {
 
 /// The conversion settings as a window edits them: each field notifies when it changes. Main thread.
-class SettingsModel final : public QObject {
+class SettingsModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY titleChanged)
     Q_PROPERTY(int width READ width WRITE setWidth NOTIFY widthChanged)

@@ -40,6 +40,16 @@ ApplicationWindow {
         onActivated: window.toggleFullScreen()
     }
 
+    Shortcut {
+        sequences: ["Ctrl+W"]
+        onActivated: window.sheetModel.close()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+Q"]
+        onActivated: Qt.quit()
+    }
+
     ZEBPlayerSheet {
         anchors.fill: parent
         focus: true

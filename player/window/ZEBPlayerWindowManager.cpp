@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "player/window/BringForward.h"
 #include "player/window/PlayerSheetModel.h"
 
 namespace zeb {
@@ -36,7 +37,7 @@ void ZEBPlayerWindowManager::openPlayer(const URL& url, bool hideMaker) {
     const URL movie = url.standardizedFileURL();
     const std::string& key = movie.text();
     if (const auto found = m_windows.find(key); found != m_windows.end() && found->second) {
-        bringForward(found->second);
+        bringForward(*found->second);
         if (hideMaker) hideMakerWindows(found->second);
         return;
     }
@@ -53,7 +54,7 @@ void ZEBPlayerWindowManager::openPlayer(const URL& url, bool hideMaker) {
     m_windows[key] = window;
     centre(*window);
     window->show();
-    bringForward(window);
+    bringForward(*window);
     if (hideMaker) hideMakerWindows(window);
 }
 
@@ -75,7 +76,7 @@ void ZEBPlayerWindowManager::hideMakerWindows(QQuickWindow* kept) {
                                               [this, kept = QPointer(kept), alive = std::weak_ptr(m_alive)] {
                                                   if (alive.expired() || !kept) return;
                                                   orderOutMakerWindows(kept);
-                                                  bringForward(kept);
+                                                  bringForward(*kept);
                                               });
     }
 }
@@ -89,7 +90,7 @@ void ZEBPlayerWindowManager::orderOutMakerWindows(const QWindow* kept) {
 
 void ZEBPlayerWindowManager::showMaker() {
     for (QWindow* window : QGuiApplication::topLevelWindows()) {
-        if (isProperWindow(*window) && window->objectName() != playerWindowName) return bringForward(window);
+        if (isProperWindow(*window) && window->objectName() != playerWindowName) return bringForward(*window);
     }
     if (!m_makerWindow && m_services.makeMakerWindow) {
         m_makerWindow = m_services.makeMakerWindow();
@@ -98,14 +99,7 @@ void ZEBPlayerWindowManager::showMaker() {
             centre(*m_makerWindow);
         }
     }
-    if (m_makerWindow) bringForward(m_makerWindow);
-}
-
-void ZEBPlayerWindowManager::bringForward(QWindow* window) {
-    if (window->visibility() == QWindow::Hidden || window->visibility() == QWindow::Minimized)
-        window->showNormal();
-    window->raise();
-    window->requestActivate();
+    if (m_makerWindow) bringForward(*m_makerWindow);
 }
 
 }  // namespace zeb

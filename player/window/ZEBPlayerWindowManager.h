@@ -51,7 +51,6 @@ private:
     void closeWindow(const std::string& key);
     void hideMakerWindows(QQuickWindow* kept);
     void orderOutMakerWindows(const QWindow* kept);
-    static void bringForward(QWindow* window);
 
     Services m_services;
     std::map<std::string, QPointer<QQuickWindow>> m_windows;  ///< by the movie's standardised URL

@@ -6,6 +6,13 @@ import QtQuick.Templates as T
 T.SpinBox {
     id: control
 
+    // What the number is, with the number in it: "Width: 512". What stands before it is shown in front of the digits.
+    property string label
+    readonly property string prefix: {
+        const place = label.lastIndexOf(displayText)
+        return place < 0 ? "" : label.substring(0, place)
+    }
+
     // A step button's glyph: a plus or a minus, drawn so that it is sharp at every scale.
     component StepButton: Rectangle {
         property bool plus
@@ -34,8 +41,8 @@ T.SpinBox {
 
     implicitWidth: 120
     implicitHeight: Theme.controlHeight
-    leftPadding: 30
-    rightPadding: 30
+    leftPadding: 10
+    rightPadding: 58
     editable: true
     font.pixelSize: Theme.bodySize
     hoverEnabled: true
@@ -48,23 +55,41 @@ T.SpinBox {
     textFromValue: value => String(value)
     valueFromText: text => parseInt(text.replace(/[^0-9-]/g, "")) || 0
 
+    Accessible.name: label
+
+    TextMetrics {
+        id: prefixWidth
+
+        font: control.font
+        text: control.prefix
+    }
+
     contentItem: TextInput {
+        leftPadding: prefixWidth.advanceWidth
         text: control.displayText
         font: control.font
         color: control.enabled ? Theme.text : Theme.disabledText
         selectionColor: Theme.accent
         selectedTextColor: Theme.accentText
-        horizontalAlignment: Qt.AlignHCenter
+        horizontalAlignment: Qt.AlignLeft
         verticalAlignment: Qt.AlignVCenter
         readOnly: !control.editable
         validator: control.validator
         inputMethodHints: control.inputMethodHints
         selectByMouse: true
         clip: width < implicitWidth
+
+        Text {
+            height: parent.height
+            text: control.prefix
+            font: control.font
+            color: control.enabled ? Theme.secondaryText : Theme.disabledText
+            verticalAlignment: Text.AlignVCenter
+        }
     }
 
     down.indicator: StepButton {
-        x: control.mirrored ? control.width - width : 0
+        x: control.mirrored ? 27 : control.width - 53
         height: control.height
         pressed: control.down.pressed
         hovered: control.down.hovered
@@ -72,7 +97,7 @@ T.SpinBox {
     }
 
     up.indicator: StepButton {
-        x: control.mirrored ? 0 : control.width - width
+        x: control.mirrored ? 1 : control.width - 27
         height: control.height
         plus: true
         pressed: control.up.pressed

@@ -10,6 +10,7 @@ QtObject {
     readonly property color screen: "#0d0e11"
     readonly property color window: isDark ? "#16181d" : "#f1f2f5"
     readonly property color card: isDark ? "#1f2229" : "#ffffff"
+    readonly property color group: isDark ? "#242830" : "#f8f9fb"
     readonly property color cardBorder: isDark ? "#30343d" : "#dfe2e8"
     readonly property color field: isDark ? "#15171c" : "#ffffff"
     readonly property color fieldBorder: isDark ? "#3d424d" : "#c5cad3"
@@ -36,7 +37,7 @@ QtObject {
     readonly property color toolTipText: "#f6f7f9"
 
     readonly property int radius: 6
-    readonly property int controlHeight: 28
+    readonly property int controlHeight: 26
 
     readonly property int captionSize: 11
     readonly property int calloutSize: 12

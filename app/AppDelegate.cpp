@@ -1,0 +1,55 @@
+#include "app/AppDelegate.h"
+
+#include <QFileOpenEvent>
+#include <QGuiApplication>
+#include <variant>
+
+#include "app/AppActionParsing.h"
+#include "app/OpenedURLs.h"
+
+namespace zeb {
+
+AppDelegate::AppDelegate(const Services& services, QObject* parent) : QObject(parent), m_services(services) {
+    // A conversion that goes on without a window in sight is no reason to end without a word.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    connect(qGuiApp, &QGuiApplication::lastWindowClosed, this, [this] { m_services.scenes.quit(); });
+    qApp->installEventFilter(this);
+}
+
+void AppDelegate::open(const QStringList& requests, Maker maker) {
+    std::vector<URL> files;
+    bool isForConverter = requests.isEmpty() || maker == Maker::shown;
+    bool isForPlayer = false;
+    for (const QString& request : requests) {
+        const std::string text = request.toStdString();
+        const auto url = URL::parse(text);
+        if (url && url->isFileURL()) {
+            files.push_back(*url);
+        } else if (const auto action = parseAppAction(text)) {
+            const bool isEncode = std::holds_alternative<EncodeAction>(*action);
+            isForConverter |= isEncode;
+            isForPlayer |= !isEncode;
+            m_services.appActions.post(*action);
+        }
+    }
+    applicationOpenURLs(files, maker);
+    // What asks for nothing that we know still gets to see that the program was started.
+    if (isForConverter || (files.empty() && !isForPlayer)) m_services.scenes.showConverter();
+}
+
+void AppDelegate::applicationOpenURLs(const std::vector<URL>& urls, Maker maker) {
+    routeOpenedURLs(
+        urls, m_services.mainActor,
+        [this, maker](const URL& url, bool hideMaker) {
+            m_services.players.openPlayer(url, hideMaker && maker == Maker::hidden);
+        },
+        m_services.appActions, [this] { m_services.scenes.showConverter(); });
+}
+
+bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::FileOpen) return QObject::eventFilter(watched, event);
+    open({static_cast<QFileOpenEvent*>(event)->url().toEncoded()}, Maker::hidden);
+    return true;
+}
+
+}  // namespace zeb

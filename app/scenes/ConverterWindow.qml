@@ -1,0 +1,108 @@
+import QtQuick
+import QtQuick.Controls
+import ZEBMaker
+import ZEBMakerScenes
+import ZEBStyle
+
+// The converter's window: menus, the converter, and for a moment the welcome picture over it.
+ApplicationWindow {
+    id: window
+
+    required property ContentViewModel content
+    required property PresetMenuModel presetMenu
+    required property Scenes scenes
+    required property url backgroundPicture
+    property bool showStartupSplash
+
+    objectName: "converter"
+    title: Texts.localizedText("app_title")
+    width: view.windowWidth
+    height: view.windowHeight + menus.height
+    minimumWidth: 560
+    minimumHeight: 360
+    maximumWidth: view.windowWidth
+    maximumHeight: view.windowHeight + menus.height
+    color: Theme.window
+
+    // A running conversion is not given up for a click beside the mark.
+    onClosing: close => {
+        close.accepted = scenes.mayCloseConverter()
+        if (close.accepted)
+            scenes.forget(window)
+    }
+
+    menuBar: ConverterMenus {
+        id: menus
+
+        content: window.content
+        presetMenu: window.presetMenu
+        scenes: window.scenes
+        onCloseRequested: window.close()
+    }
+
+    ContentView {
+        id: view
+
+        anchors.fill: parent
+        focus: true
+        content: window.content
+        backgroundPicture: window.backgroundPicture
+        enabled: !splash.visible
+    }
+
+    Alert {
+        title: Texts.localizedText("cancelled_output_alert_title")
+        question: window.content.cancelledOutputQuestion
+        acceptText: Texts.localizedText("delete")
+        rejectText: Texts.localizedText("keep")
+        destructive: true
+        onAccepted: window.content.vm.deleteCancelledOutput()
+        onRejected: window.content.dismissCancelledOutputQuestion()
+    }
+
+    Alert {
+        title: Texts.localizedText("misfit_alert_title")
+        question: window.content.misfitQuestion
+        acceptText: Texts.localizedText("start_anyway")
+        rejectText: Texts.localizedText("cancel")
+        onAccepted: window.content.startAnyway()
+        onRejected: window.content.dismissMisfitQuestion()
+    }
+
+    Alert {
+        title: Texts.localizedText("quit_alert_title")
+        question: window.scenes.isAskingToQuit ? Texts.localizedText("quit_alert_message") : ""
+        acceptText: Texts.localizedText("quit_anyway")
+        rejectText: Texts.localizedText("continue_running")
+        destructive: true
+        onAccepted: window.scenes.quitAnyway()
+        onRejected: window.scenes.goOn()
+    }
+
+    StartupSplashView {
+        id: splash
+
+        anchors.fill: parent
+        opacity: window.showStartupSplash ? 1 : 0
+        visible: opacity > 0
+        onDismissed: {
+            fade.duration = 180
+            window.showStartupSplash = false
+        }
+
+        Behavior on opacity {
+            NumberAnimation {
+                id: fade
+
+                duration: 250
+                easing.type: Easing.OutQuad
+            }
+        }
+    }
+
+    Timer {
+        interval: 2800
+        running: window.visible
+        onTriggered: window.showStartupSplash = false
+    }
+}

@@ -1,0 +1,124 @@
+#include "app/scenes/Scenes.h"
+
+#include <QCoreApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QScreen>
+#include <utility>
+
+#include "platform/Resources.h"
+#include "player/window/BringForward.h"
+
+namespace zeb {
+namespace {
+
+QUrl backgroundPicture() {
+    const auto path = resourcePath("artwork/QLMode4Background", "png");
+    return path ? QUrl::fromLocalFile(QString::fromStdString(*path)) : QUrl();
+}
+
+/// In the middle of its screen, and no larger than it.
+void place(QWindow& window) {
+    const QRect screen = window.screen()->availableGeometry();
+    window.resize(window.size().boundedTo(screen.size()));
+    window.setPosition(screen.center() - QPoint(window.width() / 2, window.height() / 2));
+}
+
+}  // namespace
+
+Scenes::Scenes(const Services& services, QObject* parent)
+    : QObject(parent),
+      m_services(services),
+      m_presetMenu(services.defaults, services.notifications),
+      m_presetSettings(services.defaults, services.notifications),
+      m_background(backgroundPicture()) {}
+
+Scenes::~Scenes() {
+    for (const QPointer<QQuickWindow>& window : {m_converter, m_settings, m_help})
+        delete window.data();
+}
+
+QQuickWindow* Scenes::make(const QString& name, QVariantMap properties) {
+    properties.insert("scenes", QVariant::fromValue(this));
+    QQmlComponent component(&m_services.engine, QUrl("qrc:/qt/qml/ZEBMakerScenes/" + name + ".qml"));
+    if (!component.isReady()) qFatal("%s", qPrintable(component.errorString()));
+    auto* window = qobject_cast<QQuickWindow*>(component.createWithInitialProperties(properties));
+    Q_ASSERT(window);
+    place(*window);
+    return window;
+}
+
+// MARK: Windows
+
+QQuickWindow* Scenes::makeConverterWindow() {
+    if (!m_converter) {
+        m_converter = make("ConverterWindow", {{"content", QVariant::fromValue(&m_services.content)},
+                                               {"presetMenu", QVariant::fromValue(&m_presetMenu)},
+                                               {"backgroundPicture", m_background}});
+    }
+    return m_converter;
+}
+
+void Scenes::showConverter() {
+    QQuickWindow* window = makeConverterWindow();
+    if (!std::exchange(m_hasShownSplash, true)) window->setProperty("showStartupSplash", true);
+    bringForward(*window);
+}
+
+QWindow* Scenes::windowForPanels() const {
+    return m_converter && m_converter->isVisible() ? m_converter.data() : nullptr;
+}
+
+void Scenes::showSettings() {
+    if (!m_settings)
+        m_settings = make("SettingsWindow", {{"settings", QVariant::fromValue(&m_presetSettings)}});
+    bringForward(*m_settings);
+}
+
+void Scenes::showHelp() {
+    if (!m_help) m_help = make("HelpWindow", {});
+    bringForward(*m_help);
+}
+
+void Scenes::forget(QQuickWindow* window) {
+    if (window == m_converter) m_converter.clear();
+    if (window == m_settings) m_settings.clear();
+    if (window == m_help) m_help.clear();
+    window->deleteLater();
+}
+
+// MARK: The end
+
+void Scenes::quit() {
+    if (m_services.content.vm()->isRunning()) {
+        showConverter();
+        setAskingToQuit(true);
+    } else {
+        QCoreApplication::quit();
+    }
+}
+
+bool Scenes::mayCloseConverter() {
+    if (!m_services.content.vm()->isRunning()) return true;
+    setAskingToQuit(true);
+    return false;
+}
+
+void Scenes::quitAnyway() {
+    setAskingToQuit(false);
+    // The run's job ends before its services go.
+    m_services.content.vm()->cancel();
+    QCoreApplication::quit();
+}
+
+void Scenes::goOn() {
+    setAskingToQuit(false);
+}
+
+void Scenes::setAskingToQuit(bool isAsking) {
+    if (isAsking == m_isAskingToQuit) return;
+    m_isAskingToQuit = isAsking;
+    emit isAskingToQuitChanged();
+}
+
+}  // namespace zeb

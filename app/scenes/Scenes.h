@@ -1,0 +1,78 @@
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+#include <QObject>
+#include <QPointer>
+#include <QQuickWindow>
+#include <QString>
+#include <QUrl>
+#include <QVariantMap>
+
+#include "app/scenes/PresetMenuModel.h"
+#include "ui/ContentViewModel.h"
+#include "ui/window/PresetSettingsModel.h"
+
+class QQmlEngine;
+
+namespace zeb {
+
+/// The application's own windows: the converter, the settings, the help; at most one of each, made when it is
+/// asked for and gone when it is closed. And how the application ends. Main thread.
+class Scenes final : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The application has one")
+    Q_PROPERTY(bool isAskingToQuit READ isAskingToQuit NOTIFY isAskingToQuitChanged)
+
+public:
+    /// All of it outlives this.
+    struct Services {
+        QQmlEngine& engine;
+        ContentViewModel& content;
+        UserDefaults& defaults;
+        NotificationCenter& notifications;
+    };
+
+    explicit Scenes(const Services& services, QObject* parent = nullptr);
+    ~Scenes() override;
+
+    /// The converter's window, brought forward. The first one of the process begins with the welcome picture.
+    void showConverter();
+    /// A new converter window, hidden, without the welcome picture.
+    QQuickWindow* makeConverterWindow();
+    /// The window that panels belong to: the converter's while it is in sight.
+    QWindow* windowForPanels() const;
+
+    Q_INVOKABLE void showSettings();
+    Q_INVOKABLE void showHelp();
+    /// A window was closed: it goes.
+    Q_INVOKABLE void forget(QQuickWindow* window);
+
+    /// Ends the application; asks first, in the converter's window, while a conversion runs.
+    Q_INVOKABLE void quit();
+    /// Closing the converter's window ends its conversion: the same question.
+    Q_INVOKABLE bool mayCloseConverter();
+    bool isAskingToQuit() const { return m_isAskingToQuit; }
+    // The answers.
+    Q_INVOKABLE void quitAnyway();
+    Q_INVOKABLE void goOn();
+
+signals:
+    void isAskingToQuitChanged();
+
+private:
+    QQuickWindow* make(const QString& name, QVariantMap properties);
+    void setAskingToQuit(bool isAsking);
+
+    Services m_services;
+    PresetMenuModel m_presetMenu;
+    PresetSettingsModel m_presetSettings;
+    QUrl m_background;
+    bool m_hasShownSplash = false;
+    bool m_isAskingToQuit = false;
+    QPointer<QQuickWindow> m_converter;
+    QPointer<QQuickWindow> m_settings;
+    QPointer<QQuickWindow> m_help;
+};
+
+}  // namespace zeb

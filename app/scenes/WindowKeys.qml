@@ -1,0 +1,31 @@
+import QtQuick
+import ZEBMakerScenes
+
+// The keys that every window without menus understands.
+Item {
+    id: keys
+
+    required property Scenes scenes
+
+    signal closeRequested
+
+    Shortcut {
+        sequences: ["Ctrl+W", "Escape"]
+        onActivated: keys.closeRequested()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+Q"]
+        onActivated: keys.scenes.quit()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+,"]
+        onActivated: keys.scenes.showSettings()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+?"]
+        onActivated: keys.scenes.showHelp()
+    }
+}

@@ -1,0 +1,119 @@
+#include "platform/qt/QtFilePanels.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QStringList>
+#include <QTimer>
+#include <QWindow>
+#include <utility>
+
+#include "platform/LocalizedText.h"
+
+namespace zeb {
+namespace {
+
+/// The names that films usually have. Others are found under all files.
+constexpr const char* videoPatterns =
+    "*.3gp *.asf *.avi *.dv *.flv *.gif *.m2ts *.m2v *.m4v *.mkv *.mov *.mp4 *.mpeg *.mpg *.mts *.mxf *.ogg "
+    "*.ogv *.ts "
+    "*.vob *.webm *.wmv";
+
+QString filterOf(const QString& name, const QString& patterns) {
+    return name + " (" + patterns + ")";
+}
+
+QString textOf(std::string_view key) {
+    return QString::fromStdString(localizedText(key));
+}
+
+QStringList filtersOf(const std::vector<ContentType>& types) {
+    QStringList filters;
+    QStringList extensions;
+    bool offersVideos = false;
+    bool offersAll = false;
+    for (const ContentType& type : types) {
+        switch (type.kind) {
+            case ContentType::movie:
+            case ContentType::video:
+                offersVideos = true;
+                break;
+            case ContentType::data:
+                offersAll = true;
+                break;
+            case ContentType::filenameExtension:
+                // Names in any case are meant.
+                extensions << "*." + QString::fromStdString(type.extension)
+                           << "*." + QString::fromStdString(type.extension).toUpper();
+                break;
+        }
+    }
+    const QString videos = QLatin1String(videoPatterns);
+    if (offersVideos) filters << filterOf(textOf("panel_videos"), videos + " " + videos.toUpper());
+    if (!extensions.isEmpty()) filters << filterOf(textOf("panel_movies"), extensions.join(' '));
+    if (offersVideos || offersAll || filters.isEmpty()) filters << filterOf(textOf("panel_all_files"), "*");
+    return filters;
+}
+
+std::unique_ptr<QFileDialog> makeDialog(const std::string& title, const std::string& folder,
+                                        const std::vector<ContentType>& types) {
+    auto dialog = std::make_unique<QFileDialog>();
+    dialog->setWindowTitle(QString::fromStdString(title));
+    dialog->setDirectory(folder.empty() ? QDir::homePath() : QString::fromStdString(folder));
+    dialog->setNameFilters(filtersOf(types));
+    dialog->setWindowModality(Qt::ApplicationModal);
+    return dialog;
+}
+
+}  // namespace
+
+QtFilePanels::QtFilePanels() = default;
+
+QtFilePanels::~QtFilePanels() = default;
+
+void QtFilePanels::setSurroundings(std::function<QWindow*()> parent, std::function<QPalette()> palette) {
+    m_parent = std::move(parent);
+    m_palette = std::move(palette);
+}
+
+void QtFilePanels::open(const OpenPanel& panel, Answer answer) {
+    auto dialog = makeDialog(panel.title, panel.folder, panel.contentTypes);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    show(std::move(dialog), std::move(answer));
+}
+
+void QtFilePanels::save(const SavePanel& panel, Answer answer) {
+    auto dialog = makeDialog(panel.title, panel.folder, panel.contentTypes);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    for (const ContentType& type : panel.contentTypes) {
+        if (type.kind == ContentType::filenameExtension)
+            dialog->setDefaultSuffix(QString::fromStdString(type.extension));
+    }
+    dialog->selectFile(QString::fromStdString(panel.proposedName));
+    show(std::move(dialog), std::move(answer));
+}
+
+void QtFilePanels::show(std::unique_ptr<QFileDialog> dialog, Answer answer) {
+    if (m_dialog) {
+        QTimer::singleShot(0, qApp, [answer = std::move(answer)] { answer(std::nullopt); });
+        return;
+    }
+    m_dialog = std::move(dialog);
+    QObject::connect(m_dialog.get(), &QDialog::finished, qApp,
+                     [this, answer = std::move(answer)](int result) {
+                         const QStringList files = m_dialog->selectedFiles();
+                         std::optional<std::string> path;
+                         if (result == QDialog::Accepted && !files.isEmpty())
+                             path = files.first().toStdString();
+                         // This signal comes from the dialog itself.
+                         m_dialog.release()->deleteLater();
+                         answer(path);
+                     });
+    if (m_palette) m_dialog->setPalette(m_palette());
+    m_dialog->winId();  // makes the window, which the next line needs
+    if (QWindow* parent = m_parent ? m_parent() : nullptr)
+        m_dialog->windowHandle()->setTransientParent(parent);
+    m_dialog->open();
+}
+
+}  // namespace zeb

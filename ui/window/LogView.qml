@@ -1,0 +1,53 @@
+import QtQuick
+import QtQuick.Controls
+import ZEBStyle
+
+// The log's text; it stays at its end while that is in sight.
+Flickable {
+    id: view
+
+    property alias text: log.text
+    property string name
+
+    contentWidth: width
+    contentHeight: log.height
+    boundsBehavior: Flickable.StopAtBounds
+    flickableDirection: Flickable.VerticalFlick
+    clip: true
+
+    ScrollBar.vertical: ScrollBar {}
+
+    onContentHeightChanged: {
+        if (log.wasAtEnd)
+            contentY = Math.max(0, contentHeight - height)
+    }
+    onContentYChanged: log.wasAtEnd = contentY + height >= contentHeight - 4
+
+    TextEdit {
+        id: log
+
+        property bool wasAtEnd: true
+
+        width: view.width - 12
+        topPadding: 4
+        textFormat: TextEdit.PlainText
+        wrapMode: TextEdit.WrapAnywhere
+        readOnly: true
+        selectByMouse: true
+        activeFocusOnTab: true
+        font.family: Theme.monospaced
+        font.pixelSize: Theme.captionSize
+        color: Theme.text
+        selectionColor: Theme.accent
+        selectedTextColor: Theme.accentText
+
+        Accessible.role: Accessible.EditableText
+        Accessible.readOnly: true
+        Accessible.multiLine: true
+        Accessible.name: view.name
+    }
+
+    FocusRing {
+        shown: log.activeFocus
+    }
+}
