@@ -16,6 +16,7 @@
 #include "platform/TextLocale.h"
 #include "platform/qt/QtTextLocale.h"
 #include "platform/qt/SingleInstance.h"
+#include "platform/qt/style/ThemeColours.h"
 #include "ui/DockProgressController.h"
 
 Q_IMPORT_QML_PLUGIN(ZEBStylePlugin)
@@ -37,30 +38,6 @@ QString runtimeFolder() {
 QIcon applicationIcon() {
     const auto path = zeb::resourcePath("artwork/zebmaker", "svg");
     return path ? QIcon(QString::fromStdString(*path)) : QIcon();
-}
-
-/// A colour or number that all windows share.
-QVariant themeValue(QQmlEngine& engine, const char* name) {
-    const int type = qmlTypeId("ZEBStyle", 1, 0, "Theme");
-    auto* theme = engine.singletonInstance<QObject*>(type);
-    return theme ? theme->property(name) : QVariant();
-}
-
-/// The windows' colours for dialogs that are not drawn by their style.
-QPalette dialogPalette(QQmlEngine& engine) {
-    const auto colour = [&engine](const char* name) { return themeValue(engine, name).value<QColor>(); };
-    QPalette palette(colour("button"), colour("window"));
-    palette.setColor(QPalette::WindowText, colour("text"));
-    palette.setColor(QPalette::Text, colour("text"));
-    palette.setColor(QPalette::ButtonText, colour("text"));
-    palette.setColor(QPalette::PlaceholderText, colour("disabledText"));
-    palette.setColor(QPalette::Base, colour("field"));
-    palette.setColor(QPalette::AlternateBase, colour("card"));
-    palette.setColor(QPalette::Highlight, colour("accent"));
-    palette.setColor(QPalette::HighlightedText, colour("accentText"));
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, colour("disabledText"));
-    return palette;
 }
 
 /// What Qt's own dialogs say, in the language of our texts.
@@ -94,8 +71,7 @@ int main(int argc, char** argv) {
     QQmlEngine engine;
     engine.addImportPath("qrc:/qt/qml");
     zeb::DockProgressController dockProgress(
-        {services.dockTile, services.mainActor,
-         [&engine] { return themeValue(engine, "accent").value<QColor>(); }},
+        {services.dockTile, services.mainActor, [&engine] { return zeb::themeColour(engine, "accent"); }},
         applicationIcon().pixmap(dockTileSize * 2).toImage());
     zeb::ConverterViewModel converter(services.converter());
     // Made below, called when there is something to play.
@@ -113,7 +89,7 @@ int main(int argc, char** argv) {
                                          [&scenes] { return scenes.makeConverterWindow(); }});
     players = &windows;
     services.panels.setSurroundings([&scenes] { return scenes.windowForPanels(); },
-                                    [&engine] { return dialogPalette(engine); });
+                                    [&engine] { return zeb::dialogPalette(engine); });
     zeb::AppDelegate delegate({scenes, windows, appActions, services.mainActor});
     QObject::connect(&engine, &QQmlEngine::quit, &scenes, &zeb::Scenes::quit);
     QObject::connect(&instance, &zeb::SingleInstance::requested, &delegate,

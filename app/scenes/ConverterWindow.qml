@@ -85,6 +85,10 @@ ApplicationWindow {
         anchors.fill: parent
         opacity: window.showStartupSplash ? 1 : 0
         visible: opacity > 0
+        onVisibleChanged: {
+            if (!visible)
+                view.forceActiveFocus()
+        }
         onDismissed: {
             fade.duration = 180
             window.showStartupSplash = false

@@ -46,10 +46,11 @@ double frameRateOf(const AVStream& stream) {
     return 0;
 }
 
-std::uint32_t code(const char (&characters)[5]) {
+/// The first four characters as a number, spaces where there are fewer.
+std::uint32_t code(std::string_view characters) {
     std::uint32_t value = 0;
-    for (int i = 0; i < 4; ++i)
-        value = value << 8 | static_cast<unsigned char>(characters[i]);
+    for (std::size_t i = 0; i < 4; ++i)
+        value = value << 8 | static_cast<unsigned char>(i < characters.size() ? characters[i] : ' ');
     return value;
 }
 
@@ -88,7 +89,9 @@ std::uint32_t soundFormatCode(const AVCodecParameters& parameters) {
     }
     if (id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT) return code("lpcm");
     // A tag is stored with its first character lowest.
-    return av_bswap32(parameters.codec_tag);
+    if (parameters.codec_tag != 0) return av_bswap32(parameters.codec_tag);
+    // Some containers have none: then the beginning of the coding's name, as "vorb".
+    return code(avcodec_get_name(id));
 }
 
 SoundTrack soundTrack(const AVCodecParameters& parameters) {

@@ -325,8 +325,10 @@ FocusScope {
 
                     Note {
                         objectName: "times"
-                        visible: view.vm.isRunning
+                        // Its place is kept, so that the buttons below do not move away from the mouse.
+                        opacity: view.vm.isRunning ? 1 : 0
                         text: view.content.timesText
+                        Accessible.ignored: !view.vm.isRunning
                     }
 
                     Note {

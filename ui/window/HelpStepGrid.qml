@@ -44,6 +44,7 @@ GridLayout {
                     spacing: 10
 
                     Rectangle {
+                        Layout.alignment: Qt.AlignTop
                         implicitWidth: 28
                         implicitHeight: 28
                         radius: 8
@@ -60,6 +61,8 @@ GridLayout {
 
                     Label {
                         Layout.fillWidth: true
+                        Layout.minimumHeight: 28
+                        verticalAlignment: Text.AlignVCenter
                         text: card.modelData[1]
                         font.weight: Font.DemiBold
                         font.pixelSize: Theme.bodySize + 1

@@ -19,6 +19,7 @@ T.Popup {
     parent: T.Overlay.overlay
     anchors.centerIn: T.Overlay.overlay
     width: Math.min(420, (parent?.width ?? 460) - 40)
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
     padding: 20
     modal: true
     focus: true

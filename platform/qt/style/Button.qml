@@ -15,7 +15,7 @@ T.Button {
 
     implicitWidth: Math.max(implicitBackgroundWidth, implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: Theme.controlHeight
-    horizontalPadding: 12
+    horizontalPadding: 11
     verticalPadding: 4
     spacing: 6
     font.pixelSize: Theme.bodySize

@@ -8,7 +8,7 @@ Rectangle {
     default property alias rows: column.data
     property string title
     property alias rowSpacing: column.spacing
-    readonly property int titleWidth: 96
+    readonly property int titleWidth: 106
 
     implicitWidth: column.implicitWidth + titleWidth + 24
     implicitHeight: column.implicitHeight + 14
