@@ -27,58 +27,55 @@ GridLayout {
             Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.preferredWidth: grid.leastColumnWidth
-            implicitHeight: Math.max(132, column.implicitHeight + 28)
+            implicitHeight: Math.max(132, body.y + body.implicitHeight + 14)
             radius: 8
             color: Theme.card
             border.color: Theme.cardBorder
 
-            ColumnLayout {
-                id: column
+            Rectangle {
+                id: badge
 
                 x: 14
                 y: 14
-                width: parent.width - 28
-                spacing: 8
-
-                RowLayout {
-                    spacing: 10
-
-                    Rectangle {
-                        Layout.alignment: Qt.AlignTop
-                        implicitWidth: 28
-                        implicitHeight: 28
-                        radius: 8
-                        color: Theme.accent
-
-                        Label {
-                            anchors.centerIn: parent
-                            text: card.modelData[0]
-                            font.pixelSize: 15
-                            font.weight: Font.Bold
-                            color: Theme.accentText
-                        }
-                    }
-
-                    Label {
-                        Layout.fillWidth: true
-                        Layout.minimumHeight: 28
-                        verticalAlignment: Text.AlignVCenter
-                        text: card.modelData[1]
-                        font.weight: Font.DemiBold
-                        font.pixelSize: Theme.bodySize + 1
-                        wrapMode: Text.Wrap
-                        Accessible.role: Accessible.Heading
-                    }
-                }
+                width: 28
+                height: 28
+                radius: 8
+                color: Theme.accent
 
                 Label {
-                    Layout.fillWidth: true
-                    text: card.modelData[2]
-                    font.pixelSize: Theme.calloutSize
-                    color: Theme.secondaryText
-                    wrapMode: Text.Wrap
-                    lineHeight: 1.15
+                    anchors.centerIn: parent
+                    text: card.modelData[0]
+                    font.pixelSize: 15
+                    font.weight: Font.Bold
+                    color: Theme.accentText
                 }
+            }
+
+            Label {
+                anchors.left: badge.right
+                anchors.right: parent.right
+                anchors.verticalCenter: badge.verticalCenter
+                anchors.leftMargin: 10
+                anchors.rightMargin: 14
+                text: card.modelData[1]
+                font.weight: Font.DemiBold
+                font.pixelSize: Theme.bodySize + 1
+                elide: Text.ElideRight
+                Accessible.role: Accessible.Heading
+            }
+
+            Label {
+                id: body
+
+                anchors.left: badge.left
+                anchors.right: parent.right
+                anchors.rightMargin: 14
+                y: badge.y + badge.height + 8
+                text: card.modelData[2]
+                font.pixelSize: Theme.calloutSize
+                color: Theme.secondaryText
+                wrapMode: Text.Wrap
+                lineHeight: 1.15
             }
         }
     }
