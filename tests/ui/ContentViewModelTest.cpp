@@ -237,6 +237,33 @@ TEST_F(ContentViewModelTest, ForecastsTheSize) {
     EXPECT_THAT(forecast("/films/long.mov"),
                 testing::AllOf(StartsWith("Too large: "), HasSubstr("It fits ")));
     EXPECT_TRUE(content->forecastIsWarning());
+
+    // What will not fit is started after a question only, and the question goes with its reason.
+    content->start();
+    EXPECT_EQ(content->misfitQuestion(), content->forecastText());
+    content->dismissMisfitQuestion();
+    EXPECT_EQ(content->misfitQuestion(), "");
+    EXPECT_FALSE(converter->isRunning());
+    content->start();
+    forecast(input);
+    EXPECT_EQ(content->misfitQuestion(), "");
+    forecast("/films/long.mov");
+    content->start();
+    content->startAnyway();
+    EXPECT_EQ(content->misfitQuestion(), "");
+    EXPECT_TRUE(converter->isRunning());
+}
+
+TEST_F(ContentViewModelTest, TakesWhatIsDropped) {
+    content->appear();
+    std::ofstream(movie) << "movie";
+    const auto local = [](const std::string& path) {
+        return QUrl::fromLocalFile(QString::fromStdString(path));
+    };
+    content->takeDroppedURLs(
+        {local("/films/long.mov"), local(movie), local(input), QUrl("https://example.org/a.mp4")});
+    EXPECT_EQ(converter->inputPath().toStdString(), input);
+    EXPECT_THAT(opened, ElementsAre(std::pair(movie, false)));
 }
 
 TEST_F(ContentViewModelTest, AsksAboutTheUnfinishedMovie) {
