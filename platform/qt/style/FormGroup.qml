@@ -30,6 +30,7 @@ Rectangle {
         color: Theme.secondaryText
         elide: Text.ElideRight
         verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
     }
 
     ColumnLayout {
