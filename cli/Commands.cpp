@@ -4,6 +4,7 @@
 #include "cli/EncodeCommand.h"
 #include "cli/ExportCommand.h"
 #include "cli/InfoCommand.h"
+#include "cli/PlayCommand.h"
 #include "cli/RepairCommand.h"
 #include "cli/VerifyCommand.h"
 
@@ -12,6 +13,7 @@ namespace zeb::cli {
 std::span<const Command> commands() {
     static constexpr std::array table = {
         Command{"encode", "Convert video files into ZEB movies", declareEncode},
+        Command{"play", "Play ZEB movies in the application", declarePlay},
         Command{"info", "Show what ZEB movies contain", declareInfo},
         Command{"verify", "Check ZEB movies against every rule of the format", declareVerify},
         Command{"repair", "Make a finished movie of one that was cut short", declareRepair},

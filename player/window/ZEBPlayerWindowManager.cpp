@@ -26,7 +26,11 @@ bool isProperWindow(const QWindow& window) {
 
 }  // namespace
 
-ZEBPlayerWindowManager::ZEBPlayerWindowManager(Services services) : m_services(std::move(services)) {}
+ZEBPlayerWindowManager::ZEBPlayerWindowManager(Services services) : m_services(std::move(services)) {
+    // Where Qt cannot wait for the screen it waits 5 ms before it draws what has changed. Pictures have their
+    // moments already.
+    if (!qEnvironmentVariableIsSet("QT_QPA_UPDATE_IDLE_TIME")) qputenv("QT_QPA_UPDATE_IDLE_TIME", "1");
+}
 
 ZEBPlayerWindowManager::~ZEBPlayerWindowManager() {
     for (const auto& [key, window] : std::exchange(m_windows, {}))
