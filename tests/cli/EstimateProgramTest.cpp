@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "tests/cli/ChildProcess.h"
 #include "tests/cli/TestClip.h"
+#include "tests/cli/ZebProgram.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "tests/cli/ChildProcess.h"
+#include "tests/cli/ZebProgram.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/platform/TemporaryFolder.h"
 

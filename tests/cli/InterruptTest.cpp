@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "tests/cli/ChildProcess.h"
 #include "tests/cli/StrictMovie.h"
 #include "tests/cli/TestClip.h"
+#include "tests/cli/ZebProgram.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/cli/ChildProcess.h"
+#include "tests/cli/ZebProgram.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {

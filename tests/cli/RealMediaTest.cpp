@@ -9,8 +9,8 @@
 #include "conversion/ConversionPlan.h"
 #include "format/ZEBReader.h"
 #include "platform/ffmpeg/FFmpegMediaLibrary.h"
-#include "tests/cli/ChildProcess.h"
 #include "tests/cli/StrictMovie.h"
+#include "tests/cli/ZebProgram.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {

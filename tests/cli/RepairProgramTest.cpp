@@ -7,8 +7,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "tests/cli/ChildProcess.h"
 #include "tests/cli/TestClip.h"
+#include "tests/cli/ZebProgram.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {
