@@ -1,8 +1,11 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <memory>
 #include <vector>
 
+#include "player/PlaybackPeriod.h"
+#include "player/SoundtrackPlayer.h"
 #include "player/SoundtrackSource.h"
 #include "player/TimeText.h"
 
@@ -43,6 +46,27 @@ TEST(SoundtrackSourceTest, LoopsFromWhereItBegan) {
     for (const std::size_t last : {99U, 199U})
         EXPECT_EQ(samples[2 * last], 0.5F);
     EXPECT_EQ(samples[2 * 100], -1) << "a seamless loop does not fade again";
+}
+
+/// Hears what is started, and nothing of it.
+class NotingOutput final : public AudioOutput {
+public:
+    void start(std::shared_ptr<AudioSource> source, Finished) override { pace = source->sampleRate(); }
+    void stop(const AudioSource&) override {}
+    int pace = 0;
+};
+
+TEST(SoundtrackPlayerTest, KeepsStepWithThePicturesForTenMinutes) {
+    constexpr double played = 600;
+    NotingOutput output;
+    SoundtrackPlayer player(output);
+    player.setSoundtrack(soundtrack({128, 128}, 1));
+    for (int fps = 1; fps <= 60; ++fps) {
+        player.start(0, fps, true);
+        const double pictures = played / std::chrono::duration<double>(playbackPeriod(fps)).count() / fps;
+        const double sound = played * output.pace / 20000;
+        EXPECT_NEAR(pictures, sound, 0.02) << fps;
+    }
 }
 
 TEST(TimeTextTest, Times) {
