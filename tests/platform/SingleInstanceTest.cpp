@@ -1,0 +1,93 @@
+#include "platform/qt/SingleInstance.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QLockFile>
+#include <QTimer>
+#include <filesystem>
+#include <thread>
+
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb {
+namespace {
+
+class SingleInstanceTest : public testing::Test {
+protected:
+    /// What another instance answers, asked for `requests` while this one's event loop runs.
+    bool anotherIsFirst(const QStringList& requests) {
+        bool isFirst = false;
+        QEventLoop loop;
+        std::thread other([&] {
+            SingleInstance instance(path, "program");
+            isFirst = instance.isFirst(requests);
+            QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
+        });
+        loop.exec();
+        other.join();
+        return isFirst;
+    }
+
+    int argc = 1;
+    char name[5] = "test";
+    char* argv[2] = {name, nullptr};
+    const QCoreApplication application{argc, argv};
+    const test::TemporaryFolder folder;
+    const QString path = QString::fromStdString(folder.path());
+};
+
+TEST_F(SingleInstanceTest, LaterOnesHandOverToTheFirst) {
+    SingleInstance first(path, "program");
+    QStringList taken;
+    QObject::connect(&first, &SingleInstance::requested, &first,
+                     [&](const QStringList& requests) { taken += requests; });
+    EXPECT_TRUE(first.isFirst({"mine"}));
+    // More than one piece of a socket's.
+    const QStringList many = QStringList(5000, "file:///a/path/of/some/length/movie.zeb") << "last";
+    EXPECT_FALSE(anotherIsFirst(many));
+    EXPECT_EQ(taken, many);
+    EXPECT_FALSE(anotherIsFirst({}));
+
+    // Somebody who connects and says nothing, or nonsense, keeps nobody else away.
+    QLocalSocket silent;
+    silent.connectToServer(path + "/program.socket");
+    QLocalSocket wild;
+    wild.connectToServer(path + "/program.socket");
+    wild.write("\xff\xff\xff\xff nonsense");
+    EXPECT_FALSE(anotherIsFirst({"next"}));
+    EXPECT_EQ(taken.back(), "next");
+}
+
+TEST_F(SingleInstanceTest, TakesOverFromOneThatWasKilled) {
+    const pid_t child = fork();
+    if (child == 0) {
+        SingleInstance instance(path, "program");
+        instance.isFirst({});
+        raise(SIGKILL);
+    }
+    waitpid(child, nullptr, 0);
+    ASSERT_TRUE(std::filesystem::exists(folder.file("program.socket"))) << "nothing was left behind";
+    SingleInstance next(path, "program");
+    EXPECT_TRUE(next.isFirst({}));
+    EXPECT_FALSE(anotherIsFirst({"request"}));
+}
+
+TEST_F(SingleInstanceTest, CarriesOnAloneWhenTheFirstHangs) {
+    QLockFile lock(path + "/program.lock");
+    lock.setStaleLockTime(0);
+    ASSERT_TRUE(lock.tryLock(0));
+    QLocalServer server;
+    ASSERT_TRUE(server.listen(path + "/program.socket"));
+    SingleInstance instance(path, "program");
+    EXPECT_TRUE(instance.isFirst({"request"}));
+}
+
+}  // namespace
+}  // namespace zeb
