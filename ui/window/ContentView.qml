@@ -51,6 +51,7 @@ FocusScope {
 
     ScrollPage {
         anchors.fill: parent
+        leastWidth: 920
 
         Item {
             width: parent.width
