@@ -202,20 +202,6 @@ TEST_F(PresetsTest, FindsTheLegacyKeysAndWhateverMentionsPresets) {
     EXPECT_EQ(collected().back().id, uuid);
 }
 
-TEST_F(PresetsTest, SortsByNameInTheGivenOrder) {
-    m_defaults.set("userPresets",
-                   bytesOf("[" + presetJSON("1", "b", 1, 1) + "," + presetJSON("3", "C", 1, 1) + "," +
-                           presetJSON("2", "A", 1, 1) + "," + presetJSON("0", "B", 1, 1) + "]"));
-    const auto ids = [](const std::vector<UserPreset>& presets) {
-        std::string all;
-        for (const UserPreset& preset : presets)
-            all += preset.id;
-        return all;
-    };
-    EXPECT_EQ(ids(collected()), "2013");
-    EXPECT_EQ(ids(collectUserPresets(m_defaults, std::greater<std::string>())), "1302");
-}
-
 TEST_F(PresetsTest, TheMenuReadsTheEditorsListAndSizes) {
     EXPECT_THAT(menuUserPresets(m_defaults), IsEmpty());
     m_defaults.set("userPresetsJSON",
@@ -339,20 +325,6 @@ protected:
                                 {{}, [this] { m_shown.push_back(m_selection.selectedPresetID()); }, {}}};
 };
 
-TEST_F(PresetSelectionTest, OffersCustomBuiltInAndUserPresets) {
-    storeUser(presetJSON(uuid, "Small", 256, 192));
-    m_defaults.set("presetDVDW", 768);
-    m_selection.appear();
-    const auto options = m_selection.presetOptions();
-    ASSERT_THAT(options, SizeIs(5));
-    EXPECT_EQ(options[0].id, "custom");
-    EXPECT_EQ(options[0].width, std::nullopt);
-    EXPECT_EQ(options[1], (PresetOption{"dvd", "DVD", 768, 576}));
-    EXPECT_EQ(options[2], (PresetOption{"hd", "HD", 1280, 720}));
-    EXPECT_EQ(options[3], (PresetOption{"fullhd", "Full HD", 1920, 1080}));
-    EXPECT_EQ(options[4], (PresetOption{uuid, "Small", 256, 192}));
-}
-
 TEST_F(PresetSelectionTest, ChoosingSetsTheSizeWithoutFlashing) {
     m_selection.appear();
     m_selection.selectPreset("fullhd");
@@ -377,6 +349,7 @@ TEST_F(PresetSelectionTest, MatchesInTheOrderOfTheOptions) {
     m_selection.appear();
     EXPECT_EQ(m_selection.matchingPresetID(640, 480), "2");
     EXPECT_EQ(m_selection.matchingPresetID(1280, 720), "hd");
+    EXPECT_EQ(m_selection.matchingPresetID(640, 481), "custom");
     m_defaults.set("presetDVDW", 1280);
     m_defaults.set("presetDVDH", 720);
     EXPECT_EQ(m_selection.matchingPresetID(1280, 720), "dvd");
