@@ -147,11 +147,10 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     settle();
     defaults.set("customPresets", PropertyArray{});
     EXPECT_EQ(selected(), "HD");
-    setSize(100, 100);
     content->setPresetIndex(0);
-    EXPECT_EQ(converter->settings()->width(), 100) << "custom is no size of its own";
-    setSize(1280, 720);
-    EXPECT_EQ(selected(), "HD") << "at once";
+    EXPECT_EQ(converter->settings()->width(), 1280) << "custom is no size of its own";
+    setSize(1920, 1080);
+    EXPECT_EQ(selected(), "Full HD") << "at once";
 }
 
 TEST_F(ContentViewModelTest, AppliesOnlySizesThatTheMenuSends) {
