@@ -28,16 +28,8 @@ protected:
         fs::create_directory(m_folder.file("folder"));
         fs::create_directory(m_folder.file("folder.zeb"));
         ASSERT_EQ(mkfifo(m_folder.file("pipe.mp4").c_str(), 0600), 0);
-        m_before = files();
+        m_before = m_folder.names();
     }
-    std::vector<std::string> files() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::recursive_directory_iterator(m_folder.path()))
-            names.push_back(entry.path());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
     void expectFailure(const std::vector<std::string>& words, int exitCode, const std::string& start) {
         ChildProcess::Options options;
         options.folder = m_folder.path();
@@ -47,7 +39,7 @@ protected:
         EXPECT_THAT(result.error, StartsWith("zeb: " + start));
         EXPECT_GT(result.error.size(), ("zeb: " + start).size());
         EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
-        EXPECT_EQ(files(), m_before) << start;
+        EXPECT_EQ(m_folder.names(), m_before) << start;
     }
 
     TemporaryFolder m_folder;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <string_view>
 
 #include "tests/cli/ZebProgram.h"
 #include "tests/format/GoldenMovie.h"
@@ -18,10 +17,8 @@ using ::testing::StartsWith;
 class InfoProgram : public ::testing::Test {
 protected:
     std::string put(const std::string& name, const golden::Bytes& bytes) {
-        const std::string path = m_folder.file(name);
-        std::ofstream file(path, std::ios::binary);
-        file << std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        return path;
+        store(m_folder.file(name), bytes);
+        return m_folder.file(name);
     }
 
     TemporaryFolder m_folder;

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <string_view>
 
 #include "tests/format/GoldenMovie.h"
 #include "tests/platform/TemporaryFolder.h"
@@ -16,10 +14,7 @@ namespace golden = test::golden;
 
 class PartialOutputTest : public ::testing::Test {
 protected:
-    void put(const golden::Bytes& bytes) {
-        std::ofstream file(m_path, std::ios::binary);
-        file << std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    }
+    void put(const golden::Bytes& bytes) { test::store(m_path, bytes); }
     std::uintmax_t fileSize() const { return std::filesystem::file_size(m_path); }
     bool exists() const { return std::filesystem::exists(m_path); }
 

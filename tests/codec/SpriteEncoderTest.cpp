@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "codec/RLE2.h"
+#include "codec/FrameDecoder.h"
 #include "platform/PlatformError.h"
 #include "tests/codec/ReferenceCodec.h"
 #include "tests/codec/SyntheticPictures.h"
@@ -59,21 +59,6 @@ Bytes copyOf(std::span<const std::uint8_t> bytes) {
     return {bytes.begin(), bytes.end()};
 }
 
-/// The pattern of a Mode 4 record, bit by bit.
-Bytes expectedMode4Pattern(const Bytes& indices, std::size_t width, std::size_t height) {
-    const std::size_t rowStride = (2 * ((width + 7) / 8) + 3) / 4 * 4;
-    Bytes pattern(rowStride * height, 0);
-    for (std::size_t y = 0; y < height; ++y) {
-        for (std::size_t x = 0; x < width; ++x) {
-            const int index = indices[y * width + x];
-            std::uint8_t* group = &pattern[y * rowStride + 2 * (x / 8)];
-            if ((index & 2) != 0) group[0] = static_cast<std::uint8_t>(group[0] | (0x80 >> (x % 8)));
-            if ((index & 1) != 0) group[1] = static_cast<std::uint8_t>(group[1] | (0x80 >> (x % 8)));
-        }
-    }
-    return pattern;
-}
-
 TEST(SpriteEncoder, WritesAMode4Record) {
     // Two rows of black, red, green, white and back, as greys of their brightness.
     Bytes rgba;
@@ -104,30 +89,35 @@ TEST(SpriteEncoder, WritesAMode32Record) {
     EXPECT_EQ(encoder.encodeMode32Sprite(TestPicture(rgba), 2, 2), expected);
 }
 
-TEST(SpriteEncoder, Mode4PatternEqualsBitByBit) {
+TEST(SpriteEncoder, RecordsDecodeToTheirPictures) {
     SpriteEncoder encoder;
+    FrameDecoder decoder;
+    const auto decoded = [&](const Bytes& record) {
+        const auto image = decoder.decodeFrame(record, 0, 0);
+        return image ? Bytes(image->pixels.begin(), image->pixels.end()) : Bytes();
+    };
     for (const auto& [width, height] : {std::pair{8, 1}, {12, 5}, {17, 8}, {72, 20}, {257, 3}}) {
         const TestPicture picture(synthetic::noise(width, height, 11));
         for (const bool dither : {false, true}) {
-            const Bytes indices = copyOf(encoder.quantizeLuma(picture, width, height, 4, dither));
-            const Bytes record = encoder.encodeMode4Sprite(picture, width, height, dither);
-            const Bytes pattern = expectedMode4Pattern(indices, static_cast<std::size_t>(width),
-                                                       static_cast<std::size_t>(height));
-            ASSERT_EQ(record.size(), 32 + pattern.size());
-            EXPECT_TRUE(std::equal(pattern.begin(), pattern.end(), record.begin() + 32))
+            Bytes expected;
+            for (const std::uint8_t index : encoder.quantizeLuma(picture, width, height, 4, dither)) {
+                const bool isGreen = index >= 2, isRed = index % 2 == 1;
+                for (const bool isLit : {isGreen && isRed, isGreen, isRed, true})
+                    expected.push_back(isLit ? 255 : 0);
+            }
+            EXPECT_EQ(decoded(encoder.encodeMode4Sprite(picture, width, height, dither)), expected)
                 << width << " x " << height;
         }
     }
-}
-
-TEST(SpriteEncoder, Mode32PatternExpandsToThePixels) {
-    SpriteEncoder encoder;
-    for (const auto& [width, height] : {std::pair{1, 1}, {1, 300}, {300, 1}, {511, 33}}) {
+    for (const auto& [width, height] : {std::pair{2, 1}, {2, 300}, {300, 1}, {512, 33}}) {
         const Bytes rgba = synthetic::natural(width, height, 2);
-        const Bytes record = encoder.encodeMode32Sprite(TestPicture(rgba), width, height);
-        Bytes pixels(rgba.size() / 2);
-        reference::packRGB565(rgba, pixels);
-        EXPECT_TRUE(expandRLE2(std::span(record).subspan(24), pixels.size()) == pixels);
+        Bytes raw(rgba.size() / 2);
+        reference::packRGB565(rgba, raw);
+        FrameDecoder plain;
+        const auto expected = plain.decodeFrame(raw, width, height);
+        ASSERT_TRUE(expected);
+        EXPECT_EQ(decoded(encoder.encodeMode32Sprite(TestPicture(rgba), width, height)),
+                  Bytes(expected->pixels.begin(), expected->pixels.end()));
     }
 }
 

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <optional>
 
@@ -137,11 +136,6 @@ ExpectedMovie expectedMovie(const Settings& settings, int channels,
     return movie;
 }
 
-Bytes bytesOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 class ConversionRunTest : public testing::Test {
 protected:
     ConversionRunTest() { library.add(input, filmOf()); }
@@ -182,7 +176,8 @@ TEST_F(ConversionRunTest, bytesDependOnSourceAndSettingsOnly) {
         const Bytes expected = expectedMovie(settings, channels).finished;
         for (const int threads : {1, 2, 8, 0}) {
             convert(settings, threads);  // replaces the file of the time before
-            EXPECT_TRUE(bytesOf(output) == expected) << "mode " << mode << ", threads " << threads;
+            EXPECT_TRUE(test::contents<Bytes>(output) == expected)
+                << "mode " << mode << ", threads " << threads;
         }
     }
 }
@@ -241,7 +236,7 @@ TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
         return std::string("Warnung: Frame-Grab fehlgeschlagen (t=") + time + "s). Wiederhole letztes Frame.";
     };
     convert(settingsOf(), 3);
-    EXPECT_TRUE(bytesOf(output) == expectedMovie(settingsOf(), 2, shown).finished);
+    EXPECT_TRUE(test::contents<Bytes>(output) == expectedMovie(settingsOf(), 2, shown).finished);
     // The first in its second comes after that second's line.
     ASSERT_EQ(texts.size(), 6u + 2 + 6);
     EXPECT_EQ(Texts(texts.begin() + 5, texts.begin() + 7), (Texts{warning("1.000"), warning("1.100")}));
@@ -253,7 +248,7 @@ TEST_F(ConversionRunTest, failsWhenTheFirstFrameFails) {
     film.grab = [](double, const IsCancelled&) { return std::make_shared<FakePicture>(0, false); };
     library.add(input, film);
     EXPECT_THROW(convert(), PlatformError);
-    EXPECT_TRUE(bytesOf(output) == expectedMovie(settingsOf(), 2).begun[0]);
+    EXPECT_TRUE(test::contents<Bytes>(output) == expectedMovie(settingsOf(), 2).begun[0]);
 }
 
 TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
@@ -261,14 +256,14 @@ TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
     Settings without = settingsOf();
     without.includeAudio = false;
     convert(without);
-    EXPECT_TRUE(bytesOf(output) == silent);
+    EXPECT_TRUE(test::contents<Bytes>(output) == silent);
     EXPECT_TRUE(library.record().soundReaders.empty());
 
     FakeFilm film = filmOf();
     film.soundTracks = {fake::soundOf({})};
     library.add(input, film);
     convert();
-    EXPECT_TRUE(bytesOf(output) == silent);
+    EXPECT_TRUE(test::contents<Bytes>(output) == silent);
 
     // Of two tracks, the second one is chosen.
     film.soundTracks.push_back(filmOf().soundTracks[0]);
@@ -276,7 +271,7 @@ TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
     Settings second = settingsOf();
     second.audioTrackIndex = 1;
     convert(second);
-    EXPECT_TRUE(bytesOf(output) == expectedMovie(second, 2).finished);
+    EXPECT_TRUE(test::contents<Bytes>(output) == expectedMovie(second, 2).finished);
 }
 
 TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
@@ -296,7 +291,7 @@ TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
         EXPECT_EQ(error, ZEBConverterError::Case::cancelled);
         // One question per thread that had not yet heard: decoding and the run itself, the sound before that.
         EXPECT_LE(asked - patience, 3);
-        const auto stage = std::find(stages.begin(), stages.end(), bytesOf(output));
+        const auto stage = std::find(stages.begin(), stages.end(), test::contents<Bytes>(output));
         ASSERT_NE(stage, stages.end()) << "a torn file after " << patience;
         EXPECT_EQ(stage == stages.begin(), !fs::exists(output));
         seen[static_cast<std::size_t>(stage - stages.begin())] = true;
@@ -320,7 +315,7 @@ TEST_F(ConversionRunTest, cancelsWhileTheDecoderIsBusy) {
     callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t) { isInSecondSecond = framesDone > fps; };
     callbacks.isCancelled = [&] { return isGrabbing && isInSecondSecond; };
     EXPECT_EQ(converterError(), ZEBConverterError::Case::cancelled);
-    EXPECT_TRUE(bytesOf(output) == expectedMovie(settingsOf(), 2).begun[1]);
+    EXPECT_TRUE(test::contents<Bytes>(output) == expectedMovie(settingsOf(), 2).begun[1]);
 }
 
 TEST_F(ConversionRunTest, failureOfTheSoundFreesABusyDecoder) {
@@ -348,7 +343,7 @@ TEST_F(ConversionRunTest, replacesFilesAndLinksButNoFolder) {
     fs::create_symlink(target, output);
     convert();
     EXPECT_FALSE(fs::is_symlink(output));
-    EXPECT_EQ(bytesOf(target).size(), 8u);
+    EXPECT_EQ(test::contents<Bytes>(target).size(), 8u);
 
     output = folder.file("folder");
     fs::create_directory(output);

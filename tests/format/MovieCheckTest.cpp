@@ -4,15 +4,10 @@
 
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "MemoryFile.h"
 #include "format/BigEndian.h"
-#include "format/PartialFile.h"
-#include "format/ZEBFormatError.h"
-#include "format/ZEBReader.h"
-#include "format/ZEBReaderError.h"
 #include "format/ZEBWriter.h"
 #include "platform/PlatformError.h"
 
@@ -149,54 +144,6 @@ TEST(MovieCheck, EveryByteOfAHeaderAndRecordMatters) {
         bytes[place] ^= 0xFF;
         if (!isFree(place)) {
             EXPECT_NE(verdict(bytes), "right") << "byte " << place;
-        }
-    }
-}
-
-/// Frames and sound bytes that a reader gets out of a file, however it ends.
-std::pair<int, std::size_t> readable(const Bytes& bytes) {
-    ZEBReader reader([&bytes] { return std::make_unique<MemoryReadableFile>(bytes); });
-    int frames = 0;
-    try {
-        reader.readHeader();
-        while (reader.nextFrame(false))
-            ++frames;
-    } catch (const ZEBFormatError&) {
-    }
-    std::size_t sound = 0;
-    try {
-        sound = reader.readAllAudio().bytes.size();
-    } catch (const ZEBReaderError&) {
-    }
-    return {frames, sound};
-}
-
-/// A kill at any byte: a reader gets every frame that is there, and what was written whole comes back from
-/// repairing, with its sound.
-TEST(MovieCheck, WhatIsRepairedIsRightWhereverItWasCut) {
-    const Bytes good = movie();
-    Bytes unfinished = good;
-    std::fill_n(unfinished.begin() + fields + 12, 4, std::uint8_t{0});
-    std::fill_n(unfinished.begin() + index, 4 * seconds, std::uint8_t{0});
-    for (const Bytes& whole : {good, unfinished}) {
-        // Every byte around the places that matter, and a step in between that hits all kinds of them.
-        for (std::size_t size = data; size <= whole.size(); ++size) {
-            const std::size_t inBlock = (size - data) % blockBytes;
-            if (inBlock > 12 && inBlock < soundBytes && inBlock % 997 != 0) continue;
-            MemoryDisk disk;
-            disk.bytes.assign(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
-            const auto wholeBlocks = static_cast<int>((size - data) / blockBytes);
-            ASSERT_EQ(readable(disk.bytes).first / fps, wholeBlocks) << size;
-            MemoryReadableFile source(disk.bytes);
-            MemoryWritableFile target(disk);
-            const std::int64_t kept = finishPartialFile(source, target);
-            ASSERT_EQ(kept, wholeBlocks) << size;
-            if (kept > 0) {
-                ASSERT_EQ(verdict(disk.bytes), kept == seconds ? "right" : "right, but shorter") << size;
-                ASSERT_EQ(readable(disk.bytes),
-                          std::pair(wholeBlocks * fps, static_cast<std::size_t>(wholeBlocks) * soundBytes))
-                    << size;
-            }
         }
     }
 }

@@ -62,16 +62,7 @@ TEST(ZEBHeaderTest, TellsWhereAHeaderEndsTooEarly) {
     }
 }
 
-TEST(ZEBHeaderTest, TakesZeroAsOne) {
-    Bytes body = goldenBody();
-    std::fill(body.begin() + 6, body.begin() + 12, std::uint8_t{0});
-    const ZEBHeader header = parseHeader(body);
-    EXPECT_EQ(header.width, 1);
-    EXPECT_EQ(header.height, 1);
-    EXPECT_EQ(header.fps, 1);
-}
-
-TEST(ZEBHeaderTest, ReadsTitles) {
+TEST(ZEBHeaderTest, ReadsTitlesAndTakesZeroAsOne) {
     const struct {
         std::string stored;
         std::string title;
@@ -85,7 +76,9 @@ TEST(ZEBHeaderTest, ReadsTitles) {
         body.insert(body.end(), stored.begin(), stored.end());
         if (stored.size() % 2 != 0) body.push_back(0);
         body.resize(body.size() + 24);
-        EXPECT_EQ(parseHeader(body).title, title);
+        const ZEBHeader header = parseHeader(body);
+        EXPECT_EQ(header.title, title);
+        EXPECT_TRUE(header.width == 1 && header.height == 1 && header.fps == 1);
     }
 }
 

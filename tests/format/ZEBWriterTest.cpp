@@ -26,13 +26,6 @@ void write(ZEBWriter& writer, const Second& second) {
     writer.writeSecond(second.sound, frames);
 }
 
-Bytes contents(const std::string& path) {
-    const auto file = openForReading(path);
-    Bytes bytes(file->size());
-    EXPECT_EQ(file->readAt(0, bytes), bytes.size());
-    return bytes;
-}
-
 MovieFacts factsOf(const Bytes& bytes) {
     MemoryReadableFile file(bytes);
     return readMovieFacts(file);
@@ -68,11 +61,11 @@ TEST(ZEBWriterTest, WritesTheGoldenMovieOverAnExistingFile) {
     ZEBWriter writer(path, golden::parameters());
     for (const Second& second : golden::seconds())
         write(writer, second);
-    EXPECT_EQ(contents(path), golden::unfinishedMovie());
+    EXPECT_EQ(contents<Bytes>(path), golden::unfinishedMovie());
     EXPECT_EQ(writer.bytesWritten(), golden::movie().size());
     writer.finish();
     writer.close();
-    EXPECT_EQ(contents(path), golden::movie());
+    EXPECT_EQ(contents<Bytes>(path), golden::movie());
 }
 
 TEST(ZEBWriterTest, StoresTitles) {

@@ -16,19 +16,6 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using test::TemporaryFolder;
 
-void createFile(const std::string& path, const Bytes& bytes) {
-    const auto file = createForWriting(path);
-    file->write(bytes);
-    file->close();
-}
-
-Bytes contents(const std::string& path) {
-    const auto file = openForReading(path);
-    Bytes bytes(file->size());
-    EXPECT_EQ(file->readAt(0, bytes), bytes.size());
-    return bytes;
-}
-
 /// The error number of the `FileError` that `action` throws; 0 when it throws none.
 int errorOf(const std::function<void()>& action) {
     try {
@@ -53,12 +40,12 @@ TEST(FileHandleTest, WritesWhereItWasToldAndReadsBack) {
     file->startWriteback();
     file->synchronise();
     file->close();
-    EXPECT_EQ(contents(path), (Bytes{1, 2, 50, 51, 5}));
+    EXPECT_EQ(test::contents<Bytes>(path), (Bytes{1, 2, 50, 51, 5}));
 
     const auto update = openForUpdating(path);
     update->write(Bytes{90});
     update->close();
-    EXPECT_EQ(contents(path), (Bytes{90, 2, 50, 51, 5}));
+    EXPECT_EQ(test::contents<Bytes>(path), (Bytes{90, 2, 50, 51, 5}));
 }
 
 TEST(FileHandleTest, ReachesBeyondFourGibibytesAndNoFurtherThanTheEnd) {
@@ -81,7 +68,7 @@ TEST(FileHandleTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
     std::filesystem::create_symlink(folder.file("pipe"), folder.file("link to pipe"));
-    createFile(folder.file("f"), {1});
+    test::store(folder.file("f"), Bytes{1});
 
     const struct {
         std::string path;
@@ -103,12 +90,12 @@ TEST(FileHandleTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
 
 TEST(FileHandleTest, CreatesOnlyWhatDoesNotExist) {
     const TemporaryFolder folder;
-    createFile(folder.file("f"), {1, 2});
+    test::store(folder.file("f"), Bytes{1, 2});
     std::filesystem::create_symlink(folder.file("nowhere"), folder.file("dangling"));
     EXPECT_EQ(errorOf([&] { createForWriting(folder.file("f")); }), EEXIST);
     EXPECT_EQ(errorOf([&] { createForWriting(folder.file("dangling")); }), EEXIST);
     EXPECT_EQ(errorOf([&] { createForWriting(folder.file("no/folder")); }), ENOENT);
-    EXPECT_EQ(contents(folder.file("f")), (Bytes{1, 2}));
+    EXPECT_EQ(test::contents<Bytes>(folder.file("f")), (Bytes{1, 2}));
     EXPECT_FALSE(std::filesystem::exists(folder.file("nowhere")));
 }
 

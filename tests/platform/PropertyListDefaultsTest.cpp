@@ -63,19 +63,9 @@ private:
     int m_posts = 0;
 };
 
-std::string contentsOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void write(const std::string& path, std::string_view contents) {
-    std::ofstream(path, std::ios::binary) << contents;
-}
-
 PropertyDictionary listIn(const std::string& path) {
-    const std::string bytes = contentsOf(path);
-    return *propertyList::parse({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()})
-                .as<PropertyDictionary>();
+    const auto bytes = test::contents<PropertyData>(path);
+    return *propertyList::parse(bytes).as<PropertyDictionary>();
 }
 
 /// One running program.
@@ -165,25 +155,25 @@ TEST_F(PropertyListDefaultsTest, AnnouncesChangesOfOthersOnce) {
             instance.actor.awaitWork();
         EXPECT_EQ(instance.announcements, announcements);
     };
-    write(m_path, "{ key = 1; }");
+    test::store(m_path, "{ key = 1; }");
     expectChange(1, 1);
-    write(m_folder.file("brought"), "<plist><dict><key>key</key><integer>2</integer></dict></plist>");
+    test::store(m_folder.file("brought"), "<plist><dict><key>key</key><integer>2</integer></dict></plist>");
     fs::rename(m_folder.file("brought"), m_path);
     expectChange(2, 2);
 
     const auto unrelated = "{ key = 2; other = { a = 1; }";
-    write(m_path, unrelated);
+    test::store(m_path, unrelated);
     instance.actor.awaitWork();
     EXPECT_EQ(instance.defaults.integer("key"), 2) << "half a file keeps the values";
-    EXPECT_EQ(contentsOf(m_path), unrelated) << "and stays, for its writer may be at work";
+    EXPECT_EQ(test::contents(m_path), unrelated) << "and stays, for its writer may be at work";
     fs::remove(m_path);
     expectChange(0, 3);
 
     fs::create_directory(m_folder.file("dotfiles"));
-    write(m_folder.file("dotfiles/list"), "{ key = 4; }");
+    test::store(m_folder.file("dotfiles/list"), "{ key = 4; }");
     fs::create_symlink("../dotfiles/list", m_path);
     expectChange(4, 4);
-    write(m_folder.file("dotfiles/list"), "{ key = 5; }");
+    test::store(m_folder.file("dotfiles/list"), "{ key = 5; }");
     expectChange(5, 5);
     EXPECT_THAT(instance.warnings, IsEmpty());
 }
@@ -207,42 +197,42 @@ TEST_F(PropertyListDefaultsTest, FollowsTheUsersLinkAndKeepsPermissions) {
 
 TEST_F(PropertyListDefaultsTest, KeepsForeignKindsInTheFile) {
     fs::create_directories(fs::path(m_path).parent_path());
-    write(m_path, "<plist><dict><key>day</key><date>2001-02-03T04:05:06Z</date></dict></plist>");
+    test::store(m_path, "<plist><dict><key>day</key><date>2001-02-03T04:05:06Z</date></dict></plist>");
     Instance instance(m_path);
     instance.defaults.set("key", 1);
     EXPECT_EQ(instance.defaults.dictionaryRepresentation(), (PropertyDictionary{{"key", 1}}));
-    EXPECT_THAT(contentsOf(m_path), HasSubstr("<date>2001-02-03T04:05:06Z</date>"));
+    EXPECT_THAT(test::contents(m_path), HasSubstr("<date>2001-02-03T04:05:06Z</date>"));
     instance.defaults.remove("day");
-    EXPECT_THAT(contentsOf(m_path), testing::Not(HasSubstr("day")));
+    EXPECT_THAT(test::contents(m_path), testing::Not(HasSubstr("day")));
 }
 
 TEST_F(PropertyListDefaultsTest, SetsDamagedFilesAside) {
     fs::create_directories(fs::path(m_path).parent_path());
     const std::string damaged[] = {"<plist><dict><key>a</key>", "(no, dictionary)", std::string(50, '\0')};
     for (const std::string& contents : damaged) {
-        write(m_path, contents);
+        test::store(m_path, contents);
         Instance instance(m_path);
         EXPECT_THAT(instance.warnings, ElementsAre(HasSubstr("set aside")));
         EXPECT_THAT(instance.defaults.dictionaryRepresentation(), IsEmpty());
     }
-    EXPECT_EQ(contentsOf(m_path + ".damaged"), damaged[0]);
-    EXPECT_EQ(contentsOf(m_path + ".damaged-2"), damaged[1]);
-    EXPECT_EQ(contentsOf(m_path + ".damaged-3"), damaged[2]);
+    EXPECT_EQ(test::contents(m_path + ".damaged"), damaged[0]);
+    EXPECT_EQ(test::contents(m_path + ".damaged-2"), damaged[1]);
+    EXPECT_EQ(test::contents(m_path + ".damaged-3"), damaged[2]);
 
     Instance instance(m_path);
     instance.defaults.set("a", 1);
-    write(m_path, damaged[0]);
+    test::store(m_path, damaged[0]);
     instance.defaults.set("b", 2);
-    EXPECT_EQ(contentsOf(m_path + ".damaged-4"), damaged[0]);
+    EXPECT_EQ(test::contents(m_path + ".damaged-4"), damaged[0]);
     EXPECT_EQ(listIn(m_path), (PropertyDictionary{{"a", 1}, {"b", 2}})) << "what was known is not lost";
-    write(m_path, "");
+    test::store(m_path, "");
     instance.defaults.set("b", 3);
     EXPECT_EQ(listIn(m_path), (PropertyDictionary{{"a", 1}, {"b", 3}}));
     EXPECT_EQ(instance.warnings.size(), 1u) << "an empty file holds nothing worth keeping";
 }
 
 TEST_F(PropertyListDefaultsTest, GoesOnInMemoryWhereItCannotWrite) {
-    write(m_folder.file("zebmaker"), "a file, not a folder");
+    test::store(m_folder.file("zebmaker"), "a file, not a folder");
     Instance instance(m_path);
     instance.defaults.set("a", 1);
     instance.defaults.set("b", 2);

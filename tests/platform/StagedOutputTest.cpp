@@ -12,16 +12,12 @@ namespace {
 
 namespace fs = std::filesystem;
 using enum StagedOutput::Existing;
+using test::contents;
 
 void put(StagedOutput& stage, const std::string& name, const std::string& text) {
     const auto file = stage.create(name);
     file->write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
     file->close();
-}
-
-std::string contents(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 TEST(StagedOutput, ShowsFilesOnlyWhenAllAreComplete) {

@@ -1,8 +1,14 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <stdlib.h>
 
@@ -25,9 +31,31 @@ public:
 
     std::string path() const { return m_path.string(); }
     std::string file(const std::string& name) const { return (m_path / name).string(); }
+    /// What is in it, below its folders too, in order.
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_path))
+            names.push_back(entry.path().lexically_relative(m_path));
+        std::ranges::sort(names);
+        return names;
+    }
 
 private:
     std::filesystem::path m_path;
 };
+
+/// All bytes of a file; none where there is no file.
+template <typename Bytes = std::string>
+Bytes contents(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+inline void store(const std::string& path, std::string_view bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+inline void store(const std::string& path, const std::vector<std::uint8_t>& bytes) {
+    store(path, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+}
 
 }  // namespace zeb::test

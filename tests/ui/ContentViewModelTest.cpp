@@ -5,6 +5,7 @@
 #include <chrono>
 #include <fstream>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <utility>
@@ -107,6 +108,8 @@ protected:
 };
 
 TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
+    postApplyPreset(notifications, 1280, 720);
+    EXPECT_EQ(converter->settings()->width(), Settings().width) << "not on screen";
     content->appear();
     EXPECT_EQ(selected(), "Custom size");
     setSize(1280, 720);
@@ -133,6 +136,35 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
                                                 PropertyDictionary{{"name", "Apfel"}, {"w", 64}, {"h", 64}}});
     EXPECT_THAT(content->presetTitles(),
                 ElementsAre("Custom size", "DVD", "HD", "Full HD", "Apfel", "äpfel", "Zebra"));
+    setSize(640, 480);
+    EXPECT_EQ(selected(), "äpfel");
+    setSize(640, 488);
+    EXPECT_EQ(selected(), "Custom size");
+    // Built-in ones match first, but one of the same size can be chosen, until it is deleted.
+    defaults.set("customPresets", PropertyArray{PropertyDictionary{{"name", "TV"}, {"w", 1280}, {"h", 720}}});
+    content->setPresetIndex(4);
+    EXPECT_EQ(selected(), "TV");
+    settle();
+    defaults.set("customPresets", PropertyArray{});
+    EXPECT_EQ(selected(), "HD");
+    content->setPresetIndex(0);
+    EXPECT_EQ(converter->settings()->width(), 1280) << "custom is no size of its own";
+    setSize(1920, 1080);
+    EXPECT_EQ(selected(), "Full HD") << "at once";
+}
+
+TEST_F(ContentViewModelTest, AppliesOnlySizesThatTheMenuSends) {
+    content->appear();
+    setSize(512, 256);
+    for (const PropertyDictionary& info :
+         {PropertyDictionary{}, PropertyDictionary{{"width", "640"}, {"height", 480}},
+          PropertyDictionary{{"width", 640}}, PropertyDictionary{{"width", 640}, {"height", 480.0}}}) {
+        notifications.post("ZEBMaker.applyPreset", info);
+    }
+    EXPECT_EQ(converter->settings()->width(), 512);
+    postApplyPreset(notifications, std::int64_t{1} << 40, -5);
+    EXPECT_EQ(converter->settings()->width(), std::numeric_limits<int>::max());
+    EXPECT_EQ(converter->settings()->height(), -5);
 }
 
 TEST_F(ContentViewModelTest, CarriesRequestsOut) {

@@ -93,14 +93,6 @@ protected:
         settings.fps = 5;
         model->settings()->setValue(settings);
     }
-    void startAndCancel() {
-        gate.set(false);
-        model->start();
-        runUntil([this] { return model->progress() > 0; });
-        model->cancel();
-        gate.set(true);
-        runUntil([this] { return model->cancelledOutputPendingDeletion().has_value(); });
-    }
     void expectSoundMovie() const {
         const MovieCheck check = checkMovie([this] { return openForReading(output); }, {});
         EXPECT_FALSE(check.fault) << check.fault->text;
@@ -145,17 +137,6 @@ TEST_F(RealConversionTest, RunsToTheEnd) {
     fake::FakePasteboard other;
     const PropertyListDefaults later(preferences, notifications, *mainActor);
     EXPECT_EQ(later.text(ConverterViewModel::lastInputDirKey), folder.path());
-}
-
-TEST_F(RealConversionTest, CancelsKeepsAndDeletes) {
-    takeFilm();
-    startAndCancel();
-    model->keepCancelledOutput();
-    EXPECT_TRUE(std::filesystem::exists(output));
-
-    startAndCancel();
-    model->deleteCancelledOutput();
-    EXPECT_FALSE(std::filesystem::exists(output));
 }
 
 TEST_F(RealConversionTest, StartsAgainWhileTheCancelledJobEnds) {

@@ -44,10 +44,10 @@ TEST(AssetDuration, IsFoundWhereContainersDoNotTell) {
 
 TEST(AssetDuration, AbsurdClaimsAreNotBelieved) {
     const std::string fragmented =
-        test::readFile(clip("honest.mp4", numberedFrames(100) + h264 + "-movflags frag_keyframe+empty_moov"));
+        test::contents(clip("honest.mp4", numberedFrames(100) + h264 + "-movflags frag_keyframe+empty_moov"));
     const std::string path = test::clipFolder() + "/lying.mp4";
     for (const std::uint32_t claimed : {144'000'000U, 3'600'000U}) {  // milliseconds
-        test::writeFile(path, patched(patched(fragmented, "mvhd", 20, claimed), "tkhd", 24, claimed));
+        test::store(path, patched(patched(fragmented, "mvhd", 20, claimed), "tkhd", 24, claimed));
         EXPECT_NEAR(test::open(path)->duration(), 4, 0.045) << claimed;
     }
 }

@@ -1,45 +1,30 @@
 #include "Clips.h"
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <set>
 #include <sstream>
 #include <stdexcept>
 
-#include "../TemporaryFolder.h"
 #include "platform/ffmpeg/FFmpegMediaLibrary.h"
-
-extern char** environ;
 
 namespace zeb::test {
 
 std::string run(const std::vector<std::string>& words) {
-    const std::string output = clipFolder() + "/output-of-program";
-    std::vector<char*> arguments;
+    std::string line;
     for (const std::string& word : words)
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    pid_t process = 0;
-    const int error = posix_spawnp(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    int status = 0;
-    if (error != 0 || ::waitpid(process, &status, 0) != process || status != 0) {
-        std::string line;
-        for (const std::string& word : words)
-            line += word + " ";
-        throw std::runtime_error("failed: " + line);
-    }
-    return readFile(output);
+        line += "'" + word + "' ";
+    std::FILE* output = ::popen((line + "</dev/null").c_str(), "r");
+    if (output == nullptr) throw std::runtime_error("failed: " + line);
+    std::string bytes;
+    std::array<char, 65536> piece{};
+    while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), output))
+        bytes.append(piece.data(), count);
+    if (::pclose(output) != 0) throw std::runtime_error("failed: " + line);
+    return bytes;
 }
 
 std::vector<std::string> words(const std::string& line) {
@@ -64,15 +49,6 @@ std::string clip(const std::string& name, const std::string& arguments) {
     line.push_back(path);
     run(line);
     return path;
-}
-
-void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-std::string readFile(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 std::optional<std::string> realClip(const std::string& name) {
@@ -113,7 +89,7 @@ std::string numberedFrames(int count, const std::string& rate) {
             }
             film.append(numberWidth * numberHeight / 2, static_cast<char>(128));
         }
-        writeFile(path, film);
+        store(path, film);
     }
     return "-f rawvideo -pix_fmt yuv420p -s 128x64 -framerate " + rate + " -i @" + name + " ";
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/Media.h"
+#include "tests/platform/TemporaryFolder.h"
 
 /// Films for tests, made by the `ffmpeg` program when they are first asked for.
 namespace zeb::test {
@@ -14,7 +15,7 @@ namespace zeb::test {
 /// Runs a program, looked up in PATH, to its end; returns its standard output. Throws unless it exits with 0.
 std::string run(const std::vector<std::string>& words);
 
-/// Words of a command line; none holds a space.
+/// Words of a command line; none holds a space or a quote.
 std::vector<std::string> words(const std::string& line);
 
 /// A folder for this process's clips, removed at its end.
@@ -23,9 +24,6 @@ const std::string& clipFolder();
 /// The path of a clip that `ffmpeg -v error ARGUMENTS... NAME` makes; made once per process. The extension of
 /// the name picks the container. In the arguments "@NAME" stands for the path of a clip made before.
 std::string clip(const std::string& name, const std::string& arguments);
-
-void writeFile(const std::string& path, const std::string& bytes);
-std::string readFile(const std::string& path);
 
 /// Path of a real clip; nothing where they are not at hand.
 std::optional<std::string> realClip(const std::string& name);

@@ -64,7 +64,7 @@ class DamagedFilm : public testing::TestWithParam<Case> {};
 TEST_P(DamagedFilm, LooksTheSameForEveryNumberOfThreads) {
     const std::string name = GetParam().name;
     const std::string sound = clip(name, numberedFrames(100) + GetParam().coding);
-    const std::string whole = test::readFile(sound);
+    const std::string whole = test::contents(sound);
     const std::vector<std::size_t> expected = grabs(sound, 1, 25, false);
     const std::string path = test::clipFolder() + "/damaged-" + name;
     for (unsigned seed = 1; seed <= 4; ++seed) {
@@ -73,7 +73,7 @@ TEST_P(DamagedFilm, LooksTheSameForEveryNumberOfThreads) {
         for (unsigned i = 0; i < 3 * seed; ++i) {
             bytes[bytes.size() / 3 + random() % (bytes.size() / 4)] ^= static_cast<char>(1 << random() % 8);
         }
-        test::writeFile(path, bytes);
+        test::store(path, bytes);
         const std::vector<std::size_t> alone = grabs(path, 1, 25, false);
         const std::vector<std::size_t> planned = grabs(path, 1, 10, true);
         for (const int threads : {2, 4, 4}) {
@@ -112,14 +112,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Damage, ALostPictureIsAnErrorForItsMomentOnly) {
     // Every picture stands alone; the 30th packet is overwritten.
     const std::string path = clip("alone.avi", numberedFrames(100) + "-c:v mjpeg -q:v 2");
-    std::string bytes = test::readFile(path);
+    std::string bytes = test::contents(path);
     std::size_t packet = bytes.find("movi");
     for (int i = 0; i <= 30; ++i)
         packet = bytes.find("00dc", packet + 4);
     ASSERT_NE(packet, std::string::npos);
     std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(packet) + 8, 1000, '\0');
     const std::string damaged = test::clipFolder() + "/lost.avi";
-    test::writeFile(damaged, bytes);
+    test::store(damaged, bytes);
     for (const bool isPlanned : {false, true}) {
         for (const int threads : {1, 3}) {
             const auto shown = grabs(damaged, threads, 25, isPlanned),
@@ -145,7 +145,7 @@ TEST(Damage, RealDamagedClip) {
 }
 
 TEST(Damage, NothingThatCanBeDecodedIsAnError) {
-    std::string bytes = test::readFile(clip("to-ruin.avi", numberedFrames(30) + "-c:v mjpeg"));
+    std::string bytes = test::contents(clip("to-ruin.avi", numberedFrames(30) + "-c:v mjpeg"));
     const auto byte = [&](std::size_t at) {
         return static_cast<std::size_t>(static_cast<unsigned char>(bytes[at]));
     };
@@ -155,7 +155,7 @@ TEST(Damage, NothingThatCanBeDecodedIsAnError) {
         std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at) + 8, size, '\0');
     }
     const std::string path = test::clipFolder() + "/ruined.avi";
-    test::writeFile(path, bytes);
+    test::store(path, bytes);
     const auto generator = test::open(path)->makeImageGenerator(2, {});
     for (const double time : {0.0, 0.5})
         EXPECT_THROW(generator->copyImage(test::at(time)), MediaError);

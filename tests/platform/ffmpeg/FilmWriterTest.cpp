@@ -48,7 +48,7 @@ Bytes soundOf(double seconds) {
 }
 
 std::string writeFilm(const std::string& name, FilmParameters parameters, const Bytes& sound) {
-    const std::string path = test::clipFolder() + "/" + name;
+    const std::string path = test::clipFolder() + "/written-" + name;
     const auto file = createForWriting(path);
     const auto film = films().beginFilm(*file, parameters);
     const std::size_t perPicture = static_cast<std::size_t>(soundRate / fps * 2);
@@ -57,7 +57,7 @@ std::string writeFilm(const std::string& name, FilmParameters parameters, const 
         film->addPicture(pixelsOf(i));
     }
     film->finish({});
-    EXPECT_EQ(film->bytesWritten(), test::readFile(path).size());
+    EXPECT_EQ(film->bytesWritten(), test::contents(path).size());
     return path;
 }
 
@@ -160,7 +160,7 @@ TEST(FilmWriter, KeepsTheClockOfGIFsWithinWhatPlayersShow) {
         for (int i = 0; i < test.rate; ++i)
             film->addPicture(pixelsOf(i));
         film->finish({});
-        const std::string bytes = test::readFile(path);
+        const std::string bytes = test::contents(path);
         EXPECT_NE(bytes.find("NETSCAPE2.0"), std::string::npos);
         std::string delays;
         int total = 0, count = 0;
@@ -249,7 +249,7 @@ TEST(PNG, KeepsPixelsAndTransparencyExactly) {
         const Bytes png =
             films().encodePNG(std::span(pixels).first(static_cast<std::size_t>(count) * 4), count, 1);
         const std::string path = test::clipFolder() + "/" + std::to_string(count) + ".png";
-        test::writeFile(path, std::string(png.begin(), png.end()));
+        test::store(path, std::string(png.begin(), png.end()));
         const std::string raw =
             test::run({"ffmpeg", "-v", "error", "-i", path, "-f", "rawvideo", "-pix_fmt", "rgba", "pipe:1"});
         const Bytes expected = {255, 20, 10, 255, 255, 128, 0, 128, 0, 0, 0, 0, 255, 0, 0, 100};

@@ -170,7 +170,7 @@ TEST(GrabTimes, FollowEditLists) {
 
 TEST(GrabTimes, FollowSeveralEdits) {
     // Two stretches of one film: pictures 10 ... 29, then 73 ... 92, each starting within a group of 20.
-    const std::string whole = test::readFile(clip("edits-many-whole.mp4", numberedFrames(100) + h264));
+    const std::string whole = test::contents(clip("edits-many-whole.mp4", numberedFrames(100) + h264));
     const auto number = [](std::uint32_t value) {
         return std::string{static_cast<char>(value >> 24), static_cast<char>(value >> 16),
                            static_cast<char>(value >> 8), static_cast<char>(value)};
@@ -194,7 +194,7 @@ TEST(GrabTimes, FollowSeveralEdits) {
         edited.replace(size, 4, number(value + 12));
     }
     const std::string path = test::clipFolder() + "/edits-many.mp4";
-    test::writeFile(path, edited);
+    test::store(path, edited);
     // The demuxer is a picture off where one stretch meets the next; the first stretch is exact, and
     // planning, which sees the hidden packets of the second at the times of the first, must not change what
     // is shown.

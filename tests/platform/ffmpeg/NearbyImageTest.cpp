@@ -63,11 +63,11 @@ TEST(NearbyImage, ComesFromSourcesThatCannotBeSearched) {
 
 TEST(NearbyImage, IsNoDamagedOne) {
     const std::string film = clip("near-intra.mkv", numberedFrames(frames) + " -c:v mpeg4 -q:v 2 -g 25");
-    std::string bytes = test::readFile(film);
+    std::string bytes = test::contents(film);
     for (std::size_t i = bytes.size() / 3; i < bytes.size() * 2 / 3; ++i)
         bytes[i] = static_cast<char>(bytes[i] ^ (i % 7 == 0 ? 0x55 : 0));
     const std::string damaged = test::clipFolder() + "/near-damaged.mkv";
-    test::writeFile(damaged, bytes);
+    test::store(damaged, bytes);
     const auto generator = test::open(damaged)->makeImageGenerator(2, {});
     int found = 0, failed = 0;
     for (double time = 0.02; time < 4; time += 0.2) {

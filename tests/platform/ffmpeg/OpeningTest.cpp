@@ -38,7 +38,7 @@ TEST(Opening, RefusesWhatIsNoFilm) {
                       empty = clipFolder() + "/empty.mp4", text = clipFolder() + "/text";
     std::filesystem::create_directory(folder);
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    test::writeFile(empty, "");
+    test::store(empty, "");
     EXPECT_THAT(refusal(clipFolder() + "/missing.mp4"), testing::HasSubstr("No such file"));
     EXPECT_THAT(refusal(folder), testing::HasSubstr("directory"));
     EXPECT_THAT(refusal(pipe), testing::Not(testing::IsEmpty()));
@@ -47,7 +47,7 @@ TEST(Opening, RefusesWhatIsNoFilm) {
     for (const char* extension : {".mp4", ".ts", ".mkv", ".txt", ""}) {
         for (const char* content :
              {"x", "This is a shopping list.\nMilk\n", "<html><body>moved</body></html>"}) {
-            test::writeFile(text + extension, content);
+            test::store(text + extension, content);
             EXPECT_THAT(refusal(text + extension), testing::Not(testing::IsEmpty())) << extension << content;
         }
     }
@@ -73,7 +73,7 @@ TEST(Opening, RefusesFilesThatPullInOthers) {
          }) {
         for (const char* extension : {".mp4", ".ts", ".m3u8", ".mpd", ".idx", ""}) {
             const std::string path = clipFolder() + "/list" + extension;
-            test::writeFile(path, text);
+            test::store(path, text);
             EXPECT_THAT(refusal(path), testing::Not(testing::IsEmpty())) << extension << "\n" << text;
         }
     }
@@ -133,16 +133,16 @@ std::string smallFilm(const std::string& extension) {
 TEST(Opening, FilmsThatAreCutOffGiveWhatTheyHold) {
     for (const char* extension : {"mp4", "mkv", "ts", "avi", "mpg"}) {
         SCOPED_TRACE(extension);
-        const std::string whole = test::readFile(smallFilm(extension));
+        const std::string whole = test::contents(smallFilm(extension));
         const std::string path = clipFolder() + "/cut." + extension;
         std::mt19937 random(7);
         for (int i = 0; i < 14; ++i) {
             // Half of the cuts in the headers, where most fields are.
             const std::size_t size = random() % (i % 2 == 0 ? 2000 : whole.size());
-            test::writeFile(path, whole.substr(0, size));
+            test::store(path, whole.substr(0, size));
             exercise(path);
         }
-        test::writeFile(path, whole.substr(0, whole.size() * 3 / 4));
+        test::store(path, whole.substr(0, whole.size() * 3 / 4));
         const auto generator = test::open(path)->makeImageGenerator(2, {});
         EXPECT_EQ(test::numberIn(*generator->copyImage(test::at(0.42))), 10);
     }
@@ -152,7 +152,7 @@ TEST(Opening, GarbageDoesNoHarm) {
     std::mt19937 random(11);
     for (const char* extension : {"mp4", "mkv", "ts", "avi", "flv", "mpg"}) {
         const std::string whole =
-            test::readFile(smallFilm(std::string(extension) == "flv" ? "mkv" : extension));
+            test::contents(smallFilm(std::string(extension) == "flv" ? "mkv" : extension));
         const std::string path = clipFolder() + "/garbage." + extension;
         for (int i = 0; i < 8; ++i) {
             SCOPED_TRACE(std::string(extension) + " " + std::to_string(i));
@@ -164,7 +164,7 @@ TEST(Opening, GarbageDoesNoHarm) {
             for (int flips = 0; i >= 2 && flips < 4 << i; ++flips) {
                 bytes[random() % (i % 2 == 0 ? bytes.size() : 1500)] = static_cast<char>(random());
             }
-            test::writeFile(path, bytes);
+            test::store(path, bytes);
             exercise(path);
         }
     }
@@ -174,11 +174,11 @@ TEST(Cancellation, IsAnsweredWhereverItComes) {
     const std::string raw = clip("long.h264", numberedFrames(200) + " -c:v libx264 -g 50");
     const std::string damaged = clipFolder() + "/long-damaged.ts";
     std::string bytes =
-        test::readFile(clip("long.ts", numberedFrames(200) + "-f lavfi -i sine=d=8 -map 0 -map 1 "
+        test::contents(clip("long.ts", numberedFrames(200) + "-f lavfi -i sine=d=8 -map 0 -map 1 "
                                                              "-c:v libx264 -c:a mp2"));
     for (std::size_t i = bytes.size() / 3; i < bytes.size() / 2; i += 601)
         bytes[i] = 'x';
-    test::writeFile(damaged, bytes);
+    test::store(damaged, bytes);
     for (const std::string& path : {raw, damaged}) {
         int questions = 0, allowed = 0;
         const IsCancelled isCancelled = [&] { return ++questions > allowed; };

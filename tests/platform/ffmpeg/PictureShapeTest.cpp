@@ -168,7 +168,7 @@ TEST(PictureShape, RealClipsStandAsTheyShould) {
         clip("phone.rgb", "-i " + phone +
                               " -frames:v 1 -s 180x320 -sws_flags "
                               "lanczos+accurate_rnd+full_chroma_int -f rawvideo -pix_fmt rgb24");
-    const std::string expected = test::readFile(still);
+    const std::string expected = test::contents(still);
     EXPECT_GT(psnr(test::draw(*upright->makeImageGenerator(1, {})->copyImage(test::at(0)), 180, 320),
                    {expected.begin(), expected.end()}, 3),
               30);
@@ -188,7 +188,7 @@ TEST(Scaling, MatchesAnIndependentLanczos) {
         const auto drawn = test::draw(*picture, width, height);
         // The same moment by number: the frame whose picture is nearest.
         const std::string size = std::to_string(width) + ":" + std::to_string(height);
-        const std::string frames = test::readFile(
+        const std::string frames = test::contents(
             clip(std::string(clipName) + ".rgb",
                  "-i " + path + " -vf trim=start=" +
                      std::to_string(time - 0.08 + (std::string(clipName) == "bbb_2500ms.ts" ? 1.51 : 0)) +

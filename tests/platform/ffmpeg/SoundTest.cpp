@@ -43,7 +43,7 @@ Sound soundOf(const std::string& path, std::size_t track = 0) {
 /// What the `ffmpeg` program decodes, at the source's rate and channels.
 std::vector<float> decoded(const std::string& path, const std::string& map = "0:a:0") {
     static int count = 0;
-    const std::string bytes = test::readFile(
+    const std::string bytes = test::contents(
         clip("decoded-" + std::to_string(count++) + ".f32", "-i " + path + " -map " + map + " -f f32le"));
     std::vector<float> samples(bytes.size() / 4);
     std::memcpy(samples.data(), bytes.data(), samples.size() * 4);
@@ -180,7 +180,7 @@ TEST(Sound, TheFirstFormatHoldsToTheEnd) {
         const std::string first = clip("format-1" + extension, tone + coding + "-ar 44100 -ac 2");
         const std::string second = clip("format-2" + extension, tone + coding + "-ar 32000 -ac 1");
         const std::string path = test::clipFolder() + "/formats" + extension;
-        test::writeFile(path, test::readFile(first) + test::readFile(second) + test::readFile(first));
+        test::store(path, test::contents(first) + test::contents(second) + test::contents(first));
         const Sound sound = soundOf(path);
         EXPECT_EQ(sound.rate, 44100);
         EXPECT_EQ(sound.channels, 2);
@@ -201,16 +201,16 @@ TEST(Sound, TracksThatHaveNothing) {
                                                     "-af atrim=end=0 -c:v mpeg4 -c:a pcm_f32le");
     ASSERT_EQ(test::open(path)->soundTracks().size(), 1U);
     EXPECT_TRUE(soundOf(path).samples.empty());
-    std::string unknown = test::readFile(clip("coded.mkv", ramp + "-c:a pcm_f32le"));
+    std::string unknown = test::contents(clip("coded.mkv", ramp + "-c:a pcm_f32le"));
     unknown.replace(unknown.find("A_PCM/FLOAT"), 11, "A_PCM/OTHER");
     const std::string unknownPath = test::clipFolder() + "/unknown.mkv";
-    test::writeFile(unknownPath, unknown);
+    test::store(unknownPath, unknown);
     EXPECT_FALSE(test::open(unknownPath)->makeSoundReader(0, {})->startReading());
 }
 
 TEST(Sound, ADamagedTimeIsNotHoursOfSilence) {
     std::string file =
-        test::readFile(clip("times.flv", test::numberedFrames(100) + "-f lavfi -i sine=r=44100:d=4 "
+        test::contents(clip("times.flv", test::numberedFrames(100) + "-f lavfi -i sine=r=44100:d=4 "
                                                                      "-map 0 -map 1 -c:v libx264 -c:a aac"));
     // Tags of 11 bytes of head (type, size, milliseconds with the highest byte last, stream), body, and 4
     // bytes.
@@ -225,7 +225,7 @@ TEST(Sound, ADamagedTimeIsNotHoursOfSilence) {
     }
     ASSERT_EQ(sounds, 60);
     const std::string path = test::clipFolder() + "/damaged-times.flv";
-    test::writeFile(path, file);
+    test::store(path, file);
     const auto asset = test::open(path);
     EXPECT_NEAR(asset->duration(), 4, 0.1);
     EXPECT_NEAR(soundOf(path).seconds(), 4, 0.1);
