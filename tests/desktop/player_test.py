@@ -1,0 +1,220 @@
+"""The player's windows, used with keys and mouse: python3 player_test.py, with ZEBMAKER and ZEB naming the programs."""
+
+import os
+import re
+import struct
+import subprocess
+import unittest
+import zlib
+
+from desktop import DesktopTest, await_equal, await_value
+
+WIDTH, HEIGHT, FRAMES = 360, 200, 40
+PLAYER_CONTROLS = ["ZEB Maker", "Beginning", "One frame back", "Play", "Stop", "One frame forward", "End", "Reload",
+                   "Play in a loop", "Mode 32 colours", "Close"]
+
+
+def read_png(path):
+    """The red, green and blue bytes of a picture that zeb wrote: 8 bits, without a palette."""
+    data, place, packed = path.read_bytes(), 8, b""
+    while place < len(data):
+        length, kind = struct.unpack_from(">I4s", data, place)
+        body = data[place + 8:place + 8 + length]
+        if kind == b"IHDR":
+            width, height, _, colours = struct.unpack_from(">IIBB", body)
+        packed += body if kind == b"IDAT" else b""
+        place += length + 12
+    depth = {2: 3, 6: 4}[colours]
+    rows, pixels, above = zlib.decompress(packed), bytearray(), bytes(width * depth)
+    for row in range(height):
+        start = row * (width * depth + 1)
+        line, kind = bytearray(rows[start + 1:start + 1 + width * depth]), rows[start]
+        for index, _ in enumerate(line):
+            left = line[index - depth] if index >= depth else 0
+            corner = above[index - depth] if index >= depth else 0
+            up = above[index]
+            near = min((abs(up - corner), 0, left), (abs(left - corner), 1, up),
+                       (abs(left + up - 2 * corner), 2, corner))[2]
+            line[index] = (line[index] + [0, left, up, (left + up) // 2, near][kind]) % 256
+        above = line
+        for index in range(0, len(line), depth):
+            pixels += line[index:index + 3]
+    return width, height, bytes(pixels)
+
+
+class PlayerTest(DesktopTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.movies = cls.desktop.folder / "movies"
+        if cls.movies.exists():
+            return
+        cls.movies.mkdir()
+        clip = cls.movies / "clip.mkv"
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"testsrc2=s={WIDTH}x{HEIGHT}:r=10:d=4",
+                        "-c:v", "ffv1", clip], check=True)
+        for mode in (32, 4):
+            subprocess.run([os.environ["ZEB"], "encode", "--progress", "none", "--mode", str(mode), "-o",
+                            cls.movies / f"movie{mode}.zeb", clip], check=True, stdout=subprocess.DEVNULL)
+
+    def open(self, *arguments, title="movie32"):
+        application = self.start(*arguments)
+        application.find("slider", window=title)
+        await_equal(self.desktop.active_title, title)
+        return application
+
+    @staticmethod
+    def counter(application, window=None):
+        return application.find("label", re.compile(r"^\d+/\d+$"), window).name
+
+    def await_counter(self, application, frame):
+        await_equal(lambda: self.counter(application), f"{frame}/{FRAMES}", "counter")
+
+    def test_exact_pixels(self):
+        for mode in (32, 4):
+            movie = self.movies / f"movie{mode}.zeb"
+            application = self.open(movie, title=movie.stem)
+            # Room for exactly two pixels of the screen for one of the movie, each way.
+            area = self.frame(application)
+            self.resize_by(2 * WIDTH - area[2], 2 * HEIGHT - area[3])
+            await_equal(lambda: self.frame(application)[2:], (2 * WIDTH, 2 * HEIGHT))
+            for frame in (0, 1, FRAMES - 1):
+                with self.subTest(mode=mode, frame=frame):
+                    reference = self.folder / f"{mode}-{frame}.png"
+                    self.zeb("export", "--frame", frame, "--scale", 2, "-o", reference, movie)
+                    self.desktop.keys(*{0: ["Home"], 1: ["Home", "Right"]}.get(frame, ["End"]))
+                    self.await_counter(application, frame + 1)
+                    expected = self.inner(read_png(reference)[2])
+                    await_equal(lambda: self.inner(self.desktop.picture(*self.frame(application))) == expected, True,
+                                "exact pixels")
+            application.stop()
+
+    @staticmethod
+    def frame(application):
+        return application.find("image").extents
+
+    @staticmethod
+    def inner(pixels):
+        """Without the rounded corners."""
+        row = 2 * WIDTH * 3
+        return [pixels[y * row + 36:(y + 1) * row - 36] for y in range(12, 2 * HEIGHT - 12)]
+
+    def resize_by(self, wider, higher):
+        window = self.desktop.xdotool("getactivewindow").strip()
+        size = dict(line.split("=") for line in self.desktop.xdotool("getwindowgeometry", "--shell", window).split())
+        self.desktop.xdotool("windowsize", window, int(size["WIDTH"]) + wider, int(size["HEIGHT"]) + higher)
+
+    def test_keys(self):
+        application = self.open(self.movies / "movie32.zeb")
+        for key, frame in (("Right", 2), ("period", 3), ("Left", 2), ("comma", 1), ("Left", 1), ("End", FRAMES),
+                           ("Right", FRAMES), ("r", 1), ("End", FRAMES), ("Home", 1)):
+            with self.subTest(key=key):
+                self.desktop.keys(key)
+                self.await_counter(application, frame)
+        loop = application.find("check box", "Play in a loop")
+        self.assertTrue(loop.checked)
+        self.desktop.keys("l")
+        await_equal(lambda: loop.checked, False)
+        self.desktop.keys("space")
+        application.find("push button", "Pause")
+        # Without the loop it comes to its end and stays there.
+        application.find("push button", "Play")
+        self.await_counter(application, FRAMES)
+
+        window = application.find("frame", "movie32")
+        self.desktop.keys("f")
+        await_equal(lambda: window.extents[2:], (1400, 1000), "full screen")
+        self.desktop.keys("Escape")
+        await_value(lambda: window.extents[2] < 1400, what="the window's own size")
+        self.desktop.keys("Escape")
+        self.assertEqual(application.await_end(), 0)
+
+        # The switch is kept.
+        application = self.open(self.movies / "movie32.zeb")
+        self.assertFalse(application.find("check box", "Play in a loop").checked)
+
+    def test_mouse(self):
+        application = self.open(self.movies / "movie32.zeb")
+        # At the ends, the buttons that lead beyond them do nothing.
+        for name, frame in (("One frame back", 1), ("Beginning", 1), ("One frame forward", 2), ("One frame forward", 3), ("One frame back", 2), ("End", FRAMES),
+                            ("One frame forward", FRAMES),
+                            ("Beginning", 1), ("End", FRAMES), ("Stop", 1), ("End", FRAMES), ("Reload", 1)):
+            application.find("push button", name).click()
+            self.await_counter(application, frame)
+
+        application.find("push button", "Play").click()
+        application.find("push button", "Pause")
+        slider = application.find("slider", "Position in the movie")
+        self.desktop.xdotool("mousemove", *slider.at(0.5), "mousedown", 1)
+        application.find("push button", "Play")
+        held = self.counter(application)
+        self.desktop.xdotool("mousemove", *slider.at(0.55), "mousemove", *slider.at(0.7))
+        self.assertEqual(self.counter(application), held)
+        self.desktop.xdotool("mouseup", 1)
+        application.find("push button", "Pause")
+        await_value(lambda: int(self.counter(application).split("/")[0]), lambda frame: frame > 24)
+        application.find("push button", "Close").click()
+        self.assertEqual(application.await_end(), 0)
+
+    def test_mode_picker(self):
+        application = self.open(self.movies / "movie32.zeb")
+        area = self.frame(application)
+        before = self.desktop.picture(*area)
+        application.pick("Mode 32 colours", "RGB565 (BE)")
+        # The picture that shows stays; the next one is read in the new way.
+        self.desktop.keys("Right", "Left")
+        await_value(lambda: self.desktop.picture(*area), lambda shown: shown != before, "other colours")
+        application.stop()
+        application = self.open(self.movies / "movie32.zeb")
+        await_value(lambda: self.desktop.picture(*self.frame(application)), lambda shown: shown != before)
+
+    def test_several_files_and_starts(self):
+        first, second = self.movies / "movie32.zeb", self.movies / "movie4.zeb"
+        # With the converter in sight, no window comes to the front later once more.
+        application = self.start("--maker", first, second)
+        await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["ZEB Maker", "movie32", "movie4"])
+        # The second start hands its file over and returns; a file that is open comes to the front as it is.
+        application.activate("movie32")
+        self.desktop.keys("Right")
+        await_equal(lambda: self.counter(application, "movie32"), f"2/{FRAMES}")
+        application.activate("movie4")
+        self.assertEqual(self.start(self.movies / "." / "movie32.zeb").await_end(), 0)
+        await_equal(self.desktop.active_title, "movie32")
+        await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["movie32", "movie4"])
+        self.assertEqual(self.counter(application, "movie32"), f"2/{FRAMES}")
+
+    def test_what_cannot_be_played(self):
+        text = self.folder / "text.zeb"
+        text.write_text("This is no movie.\n" * 99)
+        pipe = self.folder / "pipe.zeb"
+        os.mkfifo(pipe)
+        folder = self.folder / "folder.zeb"
+        folder.mkdir()
+        for path in (self.folder / "missing.zeb", folder, pipe, text):
+            with self.subTest(path.name):
+                application = self.start(path)
+                application.find("label", re.compile("^Fehler: "))
+                await_equal(self.desktop.active_title, path.stem)
+                self.desktop.keys("Escape")
+                self.assertEqual(application.await_end(), 0)
+
+    def test_names_and_tab_order(self):
+        application = self.open(self.movies / "movie32.zeb")
+        # Something to go back to and on to, so that every control is enabled.
+        self.desktop.keys("Right")
+        self.await_counter(application, 2)
+        roles = ("push button", "check box", "combo box", "slider")
+        controls = [control for control in application.controls() if control.role in roles]
+        self.assertEqual([control.name for control in controls], ["Position in the movie", *PLAYER_CONTROLS])
+        visited = []
+        for _ in controls:
+            before = visited[-1] if visited else None
+            self.desktop.keys("Tab")
+            visited.append(await_value(
+                lambda: next((c.name for c in application.controls() if c.role in roles and c.focused), before),
+                lambda name, before=before: name != before, f"the focus to leave {before}"))
+        self.assertEqual(visited, [control.name for control in controls])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
