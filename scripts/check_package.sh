@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# The Debian package: built, unpacked into a scratch folder, its files validated and its programs run there.
+#
+#     scripts/check_package.sh [PACKAGE.deb]     with a package: checks that one instead of building it
+set -euo pipefail
+
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
+scratch=$(mktemp -d)
+trap 'rm -rf -- "$scratch"' EXIT
+
+fail() { printf 'check_package: %s\n' "$*" >&2; exit 1; }
+
+package=${1:-}
+if [[ -z $package ]]; then
+    cd -- "$root"
+    # A folder of its own: the programs must not know the source tree.
+    cmake --preset release -B build/package -DZEB_DEVELOPMENT_RESOURCES=OFF -DZEB_BUILD_TESTS=OFF \
+        -DZEB_BUILD_BENCHMARKS=OFF > "$scratch/configure.log" || { cat "$scratch/configure.log"; exit 1; }
+    cmake --build build/package > "$scratch/build.log" || { tail -40 "$scratch/build.log"; exit 1; }
+    (cd build/package && cpack -G DEB -B "$scratch/deb") > "$scratch/cpack.log" ||
+        { cat "$scratch/cpack.log"; exit 1; }
+    package=$(echo "$scratch"/deb/zebmaker_*.deb)
+fi
+dpkg-deb -x "$package" "$scratch/root"
+usr=$scratch/root/usr
+share=$usr/share
+
+# Nobody owns a domain for this application, so its id is a plain name.
+desktop-file-validate "$share/applications/zebmaker.desktop"
+appstreamcli validate --no-net --override=cid-desktopapp-is-not-rdns=info "$share/metainfo/zebmaker.metainfo.xml"
+for page in zeb zebmaker; do
+    warnings=$(man --warnings -l "$share/man/man1/$page.1" 2>&1 > /dev/null)
+    [[ -z $warnings ]] || fail "$page.1: $warnings"
+done
+grep -rqF "$root" "$usr/bin" && fail "a program knows the source tree"
+
+# What the windows import is among the package's dependencies.
+depends=$(dpkg-deb -f "$package" Depends)
+while read -r module; do
+    name=qml6-module-$(tr '[:upper:].' '[:lower:]-' <<< "${module%.impl}")
+    [[ $depends == *"$name"[,\ ]* ]] || fail "$module is imported, but $name is no dependency"
+done < <(grep -rhoE --include='*.qml' '^import Qt[A-Za-z.]+' "$root"/{app,platform,player,ui} | sort -u | cut -c8-)
+
+# The programs, with nothing but what was unpacked and a home of their own.
+for folder in CONFIG DATA CACHE STATE RUNTIME; do
+    variable=XDG_${folder}_HOME
+    [[ $folder == RUNTIME ]] && variable=XDG_RUNTIME_DIR
+    mkdir -m 700 "$scratch/$folder"
+    export "$variable=$scratch/$folder"
+done
+export XDG_DATA_DIRS=$share:/usr/local/share:/usr/share
+movie=$scratch/demo.zeb
+"$usr/bin/zeb" --version
+"$usr/bin/zeb" encode --size 256x192 --progress none -o "$movie" "$root/resources/demo/demo.mp4"
+"$usr/bin/zeb" verify "$movie"
+
+# The type, by its magic alone and by its name alone.
+update-mime-database "$share/mime" 2> /dev/null
+cp "$movie" "$scratch/nameless"
+echo unreadable > "$scratch/other.zeb"
+for file in nameless demo.zeb; do
+    gio info -a standard::content-type "$scratch/$file" | grep -q video/x-zeb || fail "$file: not taken for a movie"
+done
+gio info -a standard::fast-content-type "$scratch/other.zeb" | grep -q video/x-zeb || fail "*.zeb: not taken for a movie"
+
+# Still running after two seconds, without a word about missing modules.
+status=0
+QT_QUICK_BACKEND=software SDL_AUDIODRIVER=dummy \
+    xvfb-run -a timeout 2 "$usr/bin/zebmaker" "$movie" > "$scratch/window.log" 2>&1 || status=$?
+[[ $status == 124 ]] || fail "zebmaker ended with $status: $(cat "$scratch/window.log")"
+grep -E 'qml:|\.qml:|is not installed|cannot load' "$scratch/window.log" && fail "zebmaker complains"
+echo "package: right"
