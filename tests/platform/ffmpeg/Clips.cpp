@@ -40,7 +40,7 @@ const std::string& clipFolder() {
 
 std::string clip(const std::string& name, const std::string& arguments) {
     static std::set<std::string> made;
-    const std::string path = clipFolder() + "/" + name;
+    std::string path = clipFolder() + "/" + name;
     if (!made.insert(name).second) return path;
     std::vector<std::string> line = words("ffmpeg -nostdin -y -v error " + arguments);
     for (std::string& word : line) {
