@@ -1,15 +1,12 @@
 #include <gmock/gmock.h>
 
 #include <QtQml/qqmlextensionplugin.h>
-#include <QAccessible>
 #include <QGuiApplication>
-#include <QImage>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QTest>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -137,29 +134,6 @@ protected:
         {engine, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults, notifications, {}}};
 };
 
-TEST_F(PlayerWindowTest, ShowsThePixelsThemselves) {
-    QQuickWindow* window = open(movie);
-    ASSERT_TRUE(window);
-    QQuickItem* frame = item(window, "frame");
-    // The frame's area becomes twice the movie's size, so that every pixel is a square of 2 x 2.
-    window->resize(window->width() + 2 * movieWidth - static_cast<int>(frame->width()),
-                   window->height() + 2 * movieHeight - static_cast<int>(frame->height()));
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] { return frame->width() == 2 * movieWidth && frame->height() == 2 * movieHeight; }));
-    const QImage shown = window->grabWindow();
-    const QPoint corner = frame->mapToScene(QPointF()).toPoint();
-    const auto image = sheetOf(window).model()->image();
-    int differing = 0;
-    // Without the rounded corners.
-    for (int y = 10; y < 2 * movieHeight - 10; ++y) {
-        for (int x = 10; x < 2 * movieWidth - 10; ++x) {
-            const std::uint8_t* pixel = image->pixels.data() + 4 * (y / 2 * movieWidth + x / 2);
-            differing += shown.pixel(corner.x() + x, corner.y() + y) != qRgb(pixel[2], pixel[1], pixel[0]);
-        }
-    }
-    EXPECT_EQ(differing, 0);
-}
-
 TEST_F(PlayerWindowTest, PlacesFramesWholeAndOnPixels) {
     const struct {
         QSizeF area;
@@ -172,39 +146,6 @@ TEST_F(PlayerWindowTest, PlacesFramesWholeAndOnPixels) {
     };
     for (const auto& [area, ratio, place] : cases)
         EXPECT_EQ(FrameItem::placeOf(QSizeF(320, 200), area, ratio), place) << area.width();
-}
-
-TEST_F(PlayerWindowTest, KeysDoWhatPeopleExpect) {
-    QQuickWindow* window = open(movie);
-    ASSERT_TRUE(window);
-    ZEBPlayerModel& model = *sheetOf(window).model();
-    const struct {
-        Qt::Key key;
-        int frame;
-    } cases[] = {{Qt::Key_Right, 1}, {Qt::Key_Period, 2}, {Qt::Key_Left, 1},   {Qt::Key_Comma, 0},
-                 {Qt::Key_Left, 0},  {Qt::Key_End, 39},   {Qt::Key_Right, 39}, {Qt::Key_R, 0},
-                 {Qt::Key_End, 39},  {Qt::Key_Home, 0}};
-    for (const auto& [key, frame] : cases) {
-        QTest::keyClick(window, key);
-        EXPECT_EQ(model.displayedFrameIndex(), frame) << key;
-    }
-    EXPECT_TRUE(model.isLooping());
-    QTest::keyClick(window, Qt::Key_L);
-    EXPECT_FALSE(model.isLooping());
-    EXPECT_EQ(defaults.boolean("zeb.player.loop"), false);
-
-    QTest::keyClick(window, Qt::Key_Space);
-    EXPECT_TRUE(model.isPlaying());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !model.isPlaying(); }))
-        << "without the loop it comes to its end";
-    EXPECT_EQ(model.displayedFrameIndex(), 39);
-
-    QTest::keyClick(window, Qt::Key_F);
-    EXPECT_EQ(window->visibility(), QWindow::FullScreen);
-    QTest::keyClick(window, Qt::Key_Escape);
-    EXPECT_EQ(window->visibility(), QWindow::Windowed);
-    QTest::keyClick(window, Qt::Key_Escape);
-    EXPECT_EQ(windows.windowCount(), 0U);
 }
 
 TEST_F(PlayerWindowTest, MouseOnTheControls) {
@@ -262,36 +203,6 @@ TEST_F(PlayerWindowTest, OneWindowForAMovieAndTheConverterHides) {
     sheetOf(window).setStoredMode32(0);
     EXPECT_EQ(defaults.text("zeb.player.mode32"), "rgb565BE");
     EXPECT_EQ(sheetOf(window).model()->mode32(), Mode32Interpretation::rgb565BE);
-}
-
-TEST_F(PlayerWindowTest, EveryControlHasAName) {
-    QQuickWindow* window = open(movie);
-    ASSERT_TRUE(window);
-    QAccessible::setActive(true);
-    int controls = 0;
-    const std::function<void(QAccessibleInterface*)> visit = [&](QAccessibleInterface* object) {
-        if (!object) return;
-        const QAccessible::Role role = object->role();
-        if (role == QAccessible::Button || role == QAccessible::Slider || role == QAccessible::ComboBox) {
-            ++controls;
-            EXPECT_FALSE(object->text(QAccessible::Name).isEmpty()) << object->role();
-        }
-        for (int index = 0; index < object->childCount(); ++index)
-            visit(object->child(index));
-    };
-    visit(QAccessible::queryAccessibleInterface(window));
-    EXPECT_GE(controls, 11);
-}
-
-TEST_F(PlayerWindowTest, WhatCannotBeOpenedSaysSo) {
-    for (const std::string& path : {folder.file("nothing.zeb"), folder.path()}) {
-        windows.openPlayer(URL::forFile(path), false);
-        QWindow* window = QGuiApplication::topLevelWindows().last();
-        PlayerSheetModel& sheet = sheetOf(qobject_cast<QQuickWindow*>(window));
-        EXPECT_TRUE(sheet.model()->statusText().startsWith("Fehler: ")) << path;
-        EXPECT_FALSE(sheet.sliderEnabled());
-        sheet.close();
-    }
 }
 
 }  // namespace

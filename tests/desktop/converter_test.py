@@ -1,0 +1,262 @@
+"""The converter, used with keys and mouse: python3 converter_test.py, with ZEBMAKER and ZEB naming the programs."""
+
+import re
+import subprocess
+import unittest
+from urllib.parse import quote
+
+from desktop import DesktopTest, await_equal, await_value
+
+SPLASH = "Close the welcome picture"
+TAB_STOPS = ("push button", "check box", "combo box", "text", "spin button", "radio button")
+
+
+class ConverterTest(DesktopTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.clip = cls.desktop.folder / "clip.mkv"
+        if not cls.clip.exists():
+            # Two languages and noise, which takes its time to convert.
+            subprocess.run(
+                ["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=640x480:r=25:d=30,noise=alls=40:allf=t",
+                 "-f", "lavfi", "-i", "sine=440:d=30", "-map", "0", "-map", "1", "-map", "1", "-c:v", "mpeg4", "-q:v", "5",
+                 "-c:a", "pcm_s16le", cls.clip], check=True)
+
+    def open(self, *arguments, splash=False, **options):
+        application = self.start(*arguments, **options)
+        if not splash:
+            self.dismiss_splash(application)
+        return application
+
+    def dismiss_splash(self, application):
+        application.find("push button").click()
+        await_value(lambda: [c for c in application.controls() if c.role == "push button"],
+                    lambda buttons: len(buttons) > 5, "the converter without the welcome picture")
+        await_equal(self.desktop.active_title, "ZEB Maker")
+
+    def choose(self, application, path, key="ctrl+o", title="Choose a Video"):
+        self.desktop.keys(key)
+        await_equal(self.desktop.active_title, title)
+        self.fill(application.find("text", window=title), path)
+        self.desktop.keys("Return")
+        await_equal(self.desktop.active_title, "ZEB Maker")
+
+    def fill(self, field, text):
+        field.click()
+        await_equal(lambda: field.focused, True, f"the keyboard in {field}:")
+        self.desktop.keys("ctrl+a")
+        self.desktop.type(str(text))
+
+    def open_clip(self, **options):
+        """The converter with the clip as its input, and where the movie will be."""
+        application = self.open(**options)
+        self.choose(application, self.clip)
+        application.find("label", re.compile(r"^Video: 640 × 480, 25 fps"))
+        movie = self.folder / "made.zeb"
+        self.choose(application, movie, "ctrl+s", "Save the ZEB Movie")
+        application.find("label", str(movie))
+        return application, movie
+
+    def set_number(self, application, key, number, window=None):
+        field = application.find("spin button", re.compile(f"^{key}"), window)
+        field.click(0.4)
+        self.desktop.keys("ctrl+a")
+        self.desktop.type(str(number))
+        self.desktop.keys("Tab")
+        application.find("spin button", f"{key}: {number}", window)
+
+    def await_progress(self, application):
+        """Until a second has been written."""
+        application.find("label", re.compile("^Second [1-9]"))
+        application.find("label", re.compile("^Remaining: .*Elapsed: "))
+
+    def test_every_setting_and_a_whole_conversion(self):
+        application, movie = self.open_clip()
+        target = lambda: application.find("label", re.compile("^Video: .*Movie:")).name.split("Movie: ")[1]
+
+        self.fill(application.find("text", "Title"), "A fine film")
+        application.find("radio button", "Mode 4: four colours").click()
+        await_value(target, lambda text: "Mode 4" in text)
+        dither = application.find("check box", "Dithering (Mode 4)")
+        dither.click()
+        await_equal(lambda: dither.checked, True, "dithering")
+        application.find("radio button", "Mode 32: high colour").click()
+        await_value(target, lambda text: "Mode 32" in text)
+        # Without an effect in this mode, it goes off and cannot be changed.
+        dither.click()
+        application.find("radio button", "Mode 4: four colours").click()
+        await_value(target, lambda text: "Mode 4" in text)
+        self.assertFalse(dither.checked)
+
+        proportions = application.find("check box", "Keep proportions")
+        if proportions.checked:
+            proportions.click()
+        self.set_number(application, "Width", 256)
+        self.set_number(application, "Height", 128)
+        width = application.find("spin button", "Width: 256")
+        width.click(0.92)
+        application.find("spin button", "Width: 264")
+        width.click(0.75)
+        application.find("spin button", "Width: 256")
+        own_rate = application.find("check box", "From the video")
+        if own_rate.checked:
+            own_rate.click()
+        self.set_number(application, "Frames per second", 5)
+        # A rate of the video's own leaves the typed one alone, and the stepper without effect.
+        own_rate.click()
+        await_equal(lambda: own_rate.checked, True)
+        application.find("spin button", "Frames per second: 5").click(0.94)
+        own_rate.click()
+        await_equal(lambda: own_rate.checked, False)
+        loop = application.find("check box", "Play in a loop")
+        if not loop.checked:
+            loop.click()
+        application.pick("Track", re.compile("2"))
+        application.find("radio button", "Mono").click()
+        await_equal(target, "256 × 128, 5 fps, Mode 4, mono sound")
+        application.find("label", re.compile("^Size of the movie"))
+
+        application.find("push button", "Convert").click()
+        application.find("push button", "Converting…")
+        application.find("label", "Finished")
+        self.zeb("verify", movie)
+        info = self.zeb("info", movie)
+        for fact in ("A fine film", "256", "128"):
+            self.assertIn(fact, info)
+
+        application.find("push button", "Play Movie …").click()
+        application.find("slider", window="made")
+
+    def test_cancelling(self):
+        application, movie = self.open_clip()
+        self.set_number(application, "Width", 640)
+        for answer in ("Keep", "Delete"):
+            with self.subTest(answer):
+                application.find("push button", "Convert").click()
+                self.await_progress(application)
+                application.find("push button", "Cancel").click()
+                application.find("push button", answer).click()
+                application.find("label", "Cancelled")
+                await_equal(movie.exists, answer == "Keep")
+
+        # Whoever closes the window meanwhile is asked.
+        application.find("push button", "Convert").click()
+        self.await_progress(application)
+        self.desktop.keys("ctrl+w")
+        application.find("push button", "Go On").click()
+        application.await_gone("push button", "Go On")
+        application.find("push button", "Converting…")
+        self.desktop.keys("ctrl+q")
+        application.find("push button", "Stop and Quit").click()
+        self.assertEqual(application.await_end(), 0)
+
+    def test_presets(self):
+        application = self.open()
+        self.desktop.keys("ctrl+comma")
+        await_equal(self.desktop.active_title, "Settings")
+        self.set_number(application, "Width", 704, "Settings")
+        application.find("push button", "Add Preset", "Settings").click()
+        application.find("menu item", "Empty preset").click()
+        self.fill(application.find("text", "Name", "Settings"), "Mine")
+        width = application.all("spin button", re.compile("^Width"), "Settings")[-1]
+        wanted = width.name
+        application.find("push button", "Save Changes", "Settings").click()
+        self.desktop.keys("ctrl+w")
+        await_equal(lambda: self.desktop.titles(application.process.pid), ["ZEB Maker"])
+
+        application.activate("ZEB Maker")
+        application.pick("Presets", "DVD")
+        application.find("spin button", "Width: 704")
+        application.pick("Presets", "Mine")
+        application.find("spin button", wanted)
+        application.find("menu bar", "Presets").click()
+        application.find("menu item", "HD").click()
+        application.find("spin button", "Width: 1280")
+        application.find("menu bar", "Presets").click()
+        application.find("menu item", "Mine").click()
+        application.find("spin button", wanted)
+
+    def test_windows_and_shortcuts(self):
+        application = self.open()
+        for key, title in (("ctrl+question", "ZEB Maker Help"), ("ctrl+comma", "Settings")):
+            for _ in range(2):  # a window that is open is shown again
+                application.activate("ZEB Maker")
+                self.desktop.keys(key)
+                await_equal(self.desktop.active_title, title)
+            self.assertEqual(self.desktop.titles(application.process.pid).count(title), 1)
+        self.desktop.keys("ctrl+w")
+        await_value(lambda: self.desktop.titles(application.process.pid), lambda titles: "Settings" not in titles)
+        # The program ends with its last window.
+        application.activate("ZEB Maker")
+        self.desktop.keys("ctrl+w")
+        await_equal(lambda: self.desktop.titles(application.process.pid), ["ZEB Maker Help"])
+        application.activate("ZEB Maker Help")
+        self.desktop.keys("Escape")
+        self.assertEqual(application.await_end(), 0)
+
+    def test_splash_leaves_by_itself(self):
+        application = self.open(splash=True)
+        application.find("push button", SPLASH)
+        application.await_gone("push button", SPLASH)
+        application.find("push button", "Choose Video …")
+        self.desktop.keys("ctrl+q")
+        self.assertEqual(application.await_end(), 0)
+
+    def test_requests_from_outside(self):
+        movie = self.folder / "small movie.zeb"
+        self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
+        play, encode = (f"zebmaker://{verb}?url={quote(path.as_uri(), safe='')}"
+                        for verb, path in (("play", movie), ("encode", self.clip)))
+        for running in (False, True):
+            for request in (encode, play):
+                with self.subTest(request=request, running=running):
+                    application = self.open() if running else None
+                    started = self.start(request)
+                    if running:
+                        self.assertEqual(started.await_end(), 0)
+                    application = application or started
+                    if request == play:
+                        application.find("slider", window="small movie")
+                    else:
+                        application.find("label", str(self.clip))
+                    application.stop()
+
+    def test_tab_order(self):
+        application, _ = self.open_clip()
+        controls = application.controls()
+        self.assertEqual([control for control in controls if control.role in (*TAB_STOPS, "slider", "progress bar")
+                          and not control.name], [])
+        # Whoever presses Tab comes by everything that can be used, from the top to the bottom, and begins anew.
+        unusable = ("Cancel", "Dithering (Mode 4)", "Frames per second: 25")
+        expected = [control.name for control in controls if control.role in TAB_STOPS and control.name not in unusable
+                    and (control.role != "radio button" or control.checked)]
+        visited = []
+        while len(visited) < len(expected):
+            before = visited[-1] if visited else None
+            self.desktop.keys("Tab")
+            visited.append(await_value(
+                lambda: next((c.name for c in application.controls() if c.role in TAB_STOPS and c.focused), before),
+                lambda name, before=before: name != before, f"the focus to leave {before}"))
+        first = expected.index(visited[0])
+        self.assertEqual(visited, expected[first:] + expected[:first])
+
+    def test_german(self):
+        application = self.open(language="de_DE.UTF-8")
+        controls = application.controls()
+        self.assertIn("Datei", [control.name for control in controls if control.role == "menu bar"])
+        # Nothing is pushed out of the window or over its neighbour by longer words.
+        left, top, width, height = application.find("frame", "ZEB Maker").extents
+        leaves = [control for control in controls if control.role in (*TAB_STOPS, "label") and control.name]
+        for index, control in enumerate(leaves):
+            x, y, wide, high = control.extents
+            with self.subTest(control):
+                self.assertTrue(left <= x and x + wide <= left + width and top <= y and y + high <= top + height)
+                for other in leaves[index + 1:]:
+                    other_x, other_y, other_wide, other_high = other.extents
+                    self.assertFalse(x < other_x + other_wide and other_x < x + wide and
+                                     y < other_y + other_high and other_y < y + high, other)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
