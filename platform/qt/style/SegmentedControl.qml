@@ -53,7 +53,7 @@ FocusScope {
                 Layout.preferredWidth: 1
                 Layout.minimumWidth: label.implicitWidth + 20
                 radius: Theme.radius - 1
-                color: isChosen ? Theme.button : area.containsMouse ? Theme.buttonHovered : "transparent"
+                color: isChosen ? Theme.chosen : area.containsMouse ? Theme.buttonHovered : "transparent"
                 opacity: control.enabled ? 1 : 0.6
                 activeFocusOnTab: isChosen
                 focus: isChosen

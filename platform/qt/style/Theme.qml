@@ -19,6 +19,7 @@ QtObject {
     readonly property color buttonPressed: isDark ? "#262a32" : "#e6e8ee"
     readonly property color buttonBorder: isDark ? "#454b57" : "#c5cad3"
     readonly property color track: isDark ? "#353a45" : "#d6dae1"
+    readonly property color chosen: isDark ? "#596070" : "#ffffff"
 
     readonly property color text: isDark ? "#eceef2" : "#1b1e25"
     readonly property color secondaryText: isDark ? "#a3aab7" : "#5b6270"
