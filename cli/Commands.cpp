@@ -6,6 +6,7 @@
 #include "cli/InfoCommand.h"
 #include "cli/PlayCommand.h"
 #include "cli/RepairCommand.h"
+#include "cli/ThumbnailCommand.h"
 #include "cli/VerifyCommand.h"
 
 namespace zeb::cli {
@@ -18,6 +19,7 @@ std::span<const Command> commands() {
         Command{"verify", "Check ZEB movies against every rule of the format", declareVerify},
         Command{"repair", "Make a finished movie of one that was cut short", declareRepair},
         Command{"export", "Turn a ZEB movie into ordinary pictures, film or sound", declareExport},
+        Command{"thumbnail", "Make a small picture of a ZEB movie, for file managers", declareThumbnail},
     };
     return table;
 }

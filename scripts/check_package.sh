@@ -53,6 +53,12 @@ movie=$scratch/demo.zeb
 "$usr/bin/zeb" --version
 "$usr/bin/zeb" encode --size 256x192 --progress none -o "$movie" "$root/resources/demo/demo.mp4"
 "$usr/bin/zeb" verify "$movie"
+# As a file manager calls it.
+thumbnailer=$(sed -n 's/^Exec=//p' "$share/thumbnailers/zebmaker.thumbnailer")
+thumbnailer=${thumbnailer//%s/64}
+thumbnailer=${thumbnailer//%i/$movie}
+(PATH=$usr/bin:$PATH && ${thumbnailer//%o/$scratch/small.png})
+[[ $(head -c 8 "$scratch/small.png" | od -An -tx1 | tr -d ' \n') == 89504e470d0a1a0a ]] || fail "the thumbnail is no PNG"
 
 # The type, by its magic alone and by its name alone.
 update-mime-database "$share/mime" 2> /dev/null
