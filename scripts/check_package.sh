@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The Debian package: built, unpacked into a scratch folder, its files validated and its programs run there.
+# The Debian package: built, unpacked into a scratch folder, its files validated and its programs run there; in CI it is
+# installed as well, and removed again.
 #
 #     scripts/check_package.sh [PACKAGE.deb]     with a package: checks that one instead of building it
 set -euo pipefail
@@ -75,4 +76,17 @@ QT_QUICK_BACKEND=software SDL_AUDIODRIVER=dummy \
     xvfb-run -a timeout 2 "$usr/bin/zebmaker" "$movie" > "$scratch/window.log" 2>&1 || status=$?
 [[ $status == 124 ]] || fail "zebmaker ended with $status: $(cat "$scratch/window.log")"
 grep -E 'qml:|\.qml:|is not installed|cannot load' "$scratch/window.log" && fail "zebmaker complains"
+
+# Installed as a user would, where that may be done and undone: on a machine for checks.
+if [[ ${CI:-} == true && $EUID == 0 ]] && ! dpkg-query -W zebmaker > /dev/null 2>&1; then
+    apt-get install -y "$package" > "$scratch/install.log" 2>&1 < /dev/null || { cat "$scratch/install.log"; exit 1; }
+    trap 'apt-get purge -y zebmaker > /dev/null 2>&1 < /dev/null; rm -rf -- "$scratch"' EXIT
+    for program in zeb zebmaker; do
+        [[ $(command -v "$program") == /usr/bin/$program ]] || fail "$program was not installed"
+        QT_QPA_PLATFORM=offscreen "$program" --version
+    done
+    zeb verify "$movie"
+    man -w zebmaker zeb > /dev/null
+    [[ $(gio info -a standard::content-type "$scratch/nameless") == *video/x-zeb* ]] || fail "the type is not known"
+fi
 echo "package: right"
