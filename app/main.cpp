@@ -15,6 +15,7 @@
 #include "platform/ApplicationGroupContainer.h"
 #include "platform/TextLocale.h"
 #include "platform/qt/QtTextLocale.h"
+#include "platform/qt/Renderer.h"
 #include "platform/qt/SingleInstance.h"
 #include "platform/qt/style/ThemeColours.h"
 #include "ui/DockProgressController.h"
@@ -65,6 +66,7 @@ int main(int argc, char** argv) {
     zeb::SingleInstance instance(runtimeFolder(), "zebmaker");
     if (!instance.isFirst(arguments.requests)) return 0;
 
+    zeb::chooseRenderer();
     QQuickStyle::setStyle("ZEBStyle");
     QQuickStyle::setFallbackStyle("Fusion");
     zeb::Services services;
