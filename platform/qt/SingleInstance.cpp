@@ -14,6 +14,21 @@ constexpr qint64 longestMessage = 16 << 20;  ///< bytes; hundreds of long paths
 constexpr auto streamVersion = QDataStream::Qt_6_0;
 constexpr char taken = 1;
 
+/// Requests as UTF-8 texts that a zero byte ends. As one run of bytes a stream reads them without
+/// believing a count before it has the bytes.
+QByteArray joined(const QStringList& requests) {
+    QByteArray message;
+    for (const QString& request : requests)
+        message += request.toUtf8() + '\0';
+    return message;
+}
+
+QStringList separated(const QByteArray& message) {
+    QStringList requests = QString::fromUtf8(message).split(QChar(0));
+    requests.removeLast();
+    return requests;
+}
+
 }  // namespace
 
 SingleInstance::SingleInstance(const QString& folder, const QString& name, QObject* parent)
@@ -50,7 +65,7 @@ bool SingleInstance::handOver(const QStringList& requests) const {
     QByteArray message;
     QDataStream stream(&message, QIODevice::WriteOnly);
     stream.setVersion(streamVersion);
-    stream << requests;
+    stream << joined(requests);
     socket.write(message);
     while (socket.bytesToWrite() > 0) {
         if (!socket.waitForBytesWritten(patience)) return false;
@@ -76,12 +91,12 @@ void SingleInstance::take() {
             QDataStream stream(socket);
             stream.setVersion(streamVersion);
             stream.startTransaction();
-            QStringList requests;
+            QByteArray requests;
             stream >> requests;
             if (!stream.commitTransaction()) return;
             socket->write(&taken, 1);
             socket->flush();
-            emit requested(requests);
+            emit requested(separated(requests));
         };
         connect(socket, &QLocalSocket::readyRead, this, read);
         QTimer::singleShot(patience, socket, [socket] { socket->disconnectFromServer(); });

@@ -159,8 +159,8 @@ class ConverterTest(DesktopTest):
         application.find("push button", "Add Preset", "Settings").click()
         application.find("menu item", "Empty preset").click()
         self.fill(application.find("text", "Name", "Settings"), "Mine")
-        width = application.all("spin button", re.compile("^Width"), "Settings")[-1]
-        wanted = width.name
+        width, height = (application.all("spin button", re.compile(f"^{side}"), "Settings")[-1].name
+                         for side in ("Width", "Height"))
         application.find("push button", "Save Changes", "Settings").click()
         self.desktop.keys("ctrl+w")
         await_equal(lambda: self.desktop.titles(application.process.pid), ["ZEB Maker"])
@@ -169,13 +169,15 @@ class ConverterTest(DesktopTest):
         application.pick("Presets", "DVD")
         application.find("spin button", "Width: 704")
         application.pick("Presets", "Mine")
-        application.find("spin button", wanted)
+        application.find("spin button", width)
         application.find("menu bar", "Presets").click()
         application.find("menu item", "HD").click()
         application.find("spin button", "Width: 1280")
+        application.find("spin button", "Height: 720")
         application.find("menu bar", "Presets").click()
         application.find("menu item", "Mine").click()
-        application.find("spin button", wanted)
+        application.find("spin button", width)
+        application.find("spin button", height)
 
     def test_windows_and_shortcuts(self):
         application = self.open()

@@ -60,7 +60,7 @@ TEST_F(SingleInstanceTest, LaterOnesHandOverToTheFirst) {
     silent.connectToServer(path + "/program.socket");
     QLocalSocket wild;
     wild.connectToServer(path + "/program.socket");
-    wild.write("\xff\xff\xff\xff nonsense");
+    wild.write("\x7f\xff\xff\xff nonsense");
     EXPECT_FALSE(anotherIsFirst({"next"}));
     EXPECT_EQ(taken.back(), "next");
 }
