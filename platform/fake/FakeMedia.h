@@ -191,7 +191,7 @@ private:
 /// Opens films by name.
 class FakeLibrary final : public MediaLibrary {
 public:
-    void add(const std::string& path, FakeFilm film) { m_films[path] = std::move(film); }
+    void add(const std::string& path, FakeFilm film) { m_films.insert_or_assign(path, std::move(film)); }
     FakeRecord& record() const { return *m_record; }
 
     std::shared_ptr<const MediaAsset> open(const std::string& path, IsCancelled isCancelled) const override {

@@ -244,22 +244,35 @@ def animation(target):
             raise SystemExit("ffmpeg failed")
 
 
-# The background: a dark slope with broad waves, dithered by the program itself, two screen pixels to each of its own.
+# The background: stars, a glow and a plain at night, dithered by the program itself, two screen pixels to each of its own.
 
 BACKGROUND = (488, 336)
 SHOWN = (970, 665)
+RED_GREY, GREEN_GREY, WHITE_GREY = 85, 170, 255  # what the quantiser makes these of
 
 
 def background(zeb, target):
     w, h = BACKGROUND
-    grey = bytearray()
-    for y in range(h):
-        for x in range(w):
-            u, v = x / w, y / h
-            wave = math.sin(2 * math.pi * (u * 1.7 + v * 1.1 + 0.10 * math.sin(2 * math.pi * (v * 1.3 - u * 0.4))))
-            glow = max(0.0, 1 - math.hypot(u - 1.02, v + 0.05) / 1.25) ** 1.6
-            # Never quite black: the dots would end at a hard edge.
-            grey.append(max(1, round(255 * glow * (0.15 + 0.08 * wave))))
+    horizon = round(h * 0.74)
+    grey = bytearray(w * h)
+    # The glow grows in steps, so that its dots stand in calm rows.
+    for y in range(horizon):
+        step = max(0, 6 - (horizon - y) // 15)
+        grey[y * w:(y + 1) * w] = bytes([round(RED_GREY * step / 8)]) * w
+    for i in range(110):
+        # Spread evenly, but in no rows.
+        x = int((i * 0.7548776662 + 0.06 * math.sin(i * i)) % 1 * w)
+        y = int((i * 0.5698402910 + 0.06 * math.cos(i * i)) % 1 * (horizon - 100))
+        grey[y * w + x] = WHITE_GREY
+    grey[horizon * w:(horizon + 1) * w] = bytes([GREEN_GREY]) * w
+    for y in range(horizon + 1, h):
+        for line in range(-20, 21):
+            x0, x1 = (round(w / 2 + line * (14 + 40 * (row - horizon) / (h - horizon))) for row in (y, y + 1))
+            for x in range(max(0, min(x0, x1)), min(w, max(x0, x1, min(x0, x1) + 1))):
+                grey[y * w + x] = GREEN_GREY
+    for line in range(1, 9):
+        y = horizon + round((h - horizon) * (line / 9) ** 1.8)
+        grey[y * w:(y + 1) * w] = bytes([GREEN_GREY]) * w
     with tempfile.TemporaryDirectory() as folder:
         clip_, movie, picture = (str(pathlib.Path(folder) / name) for name in ("a.mkv", "a.zeb", "a.png"))
         subprocess.run(["ffmpeg", "-y", "-v", "error", "-f", "rawvideo", "-pix_fmt", "gray", "-s", f"{w}x{h}", "-r", "1",
