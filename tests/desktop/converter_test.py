@@ -179,6 +179,20 @@ class ConverterTest(DesktopTest):
         application.find("spin button", width)
         application.find("spin button", height)
 
+    def test_dropped_files(self):
+        movie = self.folder / "small movie.zeb"
+        self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
+        other = self.folder / "übrig.mkv"
+        other.hardlink_to(self.clip)
+        application = self.open()
+        self.assertTrue(application.drop("ZEB Maker", other, self.clip))
+        application.find("label", str(self.clip))
+        application.find("label", re.compile("^Video: 640 × 480"))
+        self.assertTrue(application.drop("ZEB Maker", other))
+        application.find("label", str(other))
+        self.assertTrue(application.drop("ZEB Maker", movie))
+        application.find("slider", window="small movie")
+
     def test_windows_and_shortcuts(self):
         application = self.open()
         for key, title in (("ctrl+question", "ZEB Maker Help"), ("ctrl+comma", "Settings")):

@@ -16,6 +16,8 @@ import time
 import unittest
 from pathlib import Path
 
+import dragging
+
 # Generous, since other tests run beside these; nobody waits longer than it takes.
 PATIENCE = 20
 SCREEN = (1400, 1000)
@@ -160,6 +162,10 @@ class Application:
         """Gives the window of this title the keyboard."""
         self.desktop.activate(self.process.pid, title)
 
+    def drop(self, title, *paths):
+        """Drops files into the middle of the window of this title; True when it took them."""
+        return self.desktop.drop(self.process.pid, title, [path.as_uri() for path in paths])
+
     def complaints(self):
         """What it said about its QML; asked once, at the end."""
         self.errors.seek(0)
@@ -261,6 +267,13 @@ class Desktop:
                     return self.active_title() == title
             return False
         await_value(attempt, what=f"window {title}")
+
+    def drop(self, pid, title, uris):
+        window = next(window for window in self._windows(pid)
+                      if self.xdotool("getwindowname", window).strip() == title)
+        place = dict(line.split("=") for line in self.xdotool("getwindowgeometry", "--shell", window).split())
+        middle = (int(place["X"]) + int(place["WIDTH"]) // 2, int(place["Y"]) + int(place["HEIGHT"]) // 2)
+        return dragging.drop(self.environment["DISPLAY"], int(window), middle, uris)
 
     def picture(self, x, y, width, height):
         """The pixels of a part of the screen: red, green, blue, row by row."""
