@@ -114,7 +114,6 @@ Lateness play(zeb::ZEBPlayerWindowManager& windows, const std::string& path) {
         const auto moment = start + undrawn * period;
         result.shown.push_back(duration<double, std::milli>(steady_clock::now() - moment).count());
         undrawn = -1;
-        fprintf(stderr, "R %.2f\n", result.shown.back());
     });
     QTimer::singleShot(500, &model, [&] {
         result = {};

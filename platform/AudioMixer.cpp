@@ -25,6 +25,7 @@ public:
     /// Comes before the first `addTo`.
     void setSampleRate(int rate) {
         m_converter.reset();
+        m_rate = rate;
         if (m_source->sampleRate() != rate) m_converter.emplace(m_source->sampleRate(), rate);
         m_fadeStep = static_cast<float>(fadesPerSecond) / static_cast<float>(rate);
     }
@@ -34,6 +35,11 @@ public:
 
     /// Adds to `samples`; false when this was the end.
     bool addTo(std::span<float> samples) {
+        const int sourceRate = m_source->sampleRate();
+        if (m_converter)
+            m_converter->changeSourceRate(sourceRate);
+        else if (sourceRate != m_rate)
+            m_converter.emplace(sourceRate, m_rate);
         std::array<float, 2 * framesAtOnce> block;
         for (std::size_t begin = 0; begin < samples.size(); begin += block.size()) {
             const auto part = samples.subspan(begin, std::min(block.size(), samples.size() - begin));
@@ -57,6 +63,7 @@ public:
 private:
     std::shared_ptr<AudioSource> m_source;
     AudioOutput::Finished m_finished;
+    int m_rate = 0;  ///< of the output
     std::optional<RateConverter> m_converter;
     float m_gain = 1;
     float m_fadeStep = 0;

@@ -21,6 +21,9 @@ public:
     RateConverter(RateConverter&&) noexcept;
     RateConverter& operator=(RateConverter&&) noexcept;
 
+    /// Goes on from another rate, which must be near the first one: the kernel stays.
+    void changeSourceRate(int from) { m_from = from; }
+
     /// As `AudioSource::render`, at the new rate, pulling what it needs from `source`.
     std::size_t render(AudioSource& source, std::span<float> samples) noexcept;
 

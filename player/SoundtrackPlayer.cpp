@@ -20,8 +20,8 @@ int paceOf(const Soundtrack& soundtrack, int fps) {
 
 }  // namespace
 
-SoundtrackPlayer::SoundtrackPlayer(AudioOutput& output)
-    : m_output(output), m_hasComplained(std::make_shared<std::atomic<bool>>(false)) {}
+SoundtrackPlayer::SoundtrackPlayer(AudioOutput& output, const Clock& clock)
+    : m_output(output), m_clock(clock), m_hasComplained(std::make_shared<std::atomic<bool>>(false)) {}
 
 SoundtrackPlayer::~SoundtrackPlayer() {
     pause();
@@ -42,7 +42,8 @@ void SoundtrackPlayer::start(std::int64_t frame, int fps, bool loops) {
         if (!loops) return;
         first %= length;
     }
-    m_playing = std::make_shared<SoundtrackSource>(m_soundtrack, first, loops, paceOf(*m_soundtrack, fps));
+    m_playing = std::make_shared<SoundtrackSource>(m_soundtrack, first, loops, paceOf(*m_soundtrack, fps),
+                                                   m_clock, m_clock.now());
     m_output.start(m_playing, [complained = m_hasComplained](const std::string& error) {
         if (error.empty() || complained->exchange(true)) return;
         std::printf("Audio engine start failed: %s\n", error.c_str());

@@ -6,6 +6,7 @@
 
 #include "format/ZEBReader.h"
 #include "platform/AudioOutput.h"
+#include "platform/Clock.h"
 #include "player/SoundtrackSource.h"
 
 namespace zeb {
@@ -13,11 +14,12 @@ namespace zeb {
 /// Plays the soundtrack of one movie in step with its pictures. Main thread.
 ///
 /// Pictures are paced by whole milliseconds, so most movies run a little fast: 33 ms instead of 33.3 at 30
-/// frames per second. The sound is played faster by the same ratio, so that it stays in step however long the
-/// movie is.
+/// frames per second. The sound is played faster by the same ratio and follows the clock that paces the
+/// pictures, so that it stays in step however long the movie is.
 class SoundtrackPlayer {
 public:
-    explicit SoundtrackPlayer(AudioOutput& output);
+    /// `clock` has to outlive what `output` plays.
+    SoundtrackPlayer(AudioOutput& output, const Clock& clock);
     ~SoundtrackPlayer();
     SoundtrackPlayer(const SoundtrackPlayer&) = delete;
     SoundtrackPlayer& operator=(const SoundtrackPlayer&) = delete;
@@ -34,6 +36,7 @@ public:
 
 private:
     AudioOutput& m_output;
+    const Clock& m_clock;
     std::shared_ptr<const Soundtrack> m_soundtrack;
     std::shared_ptr<SoundtrackSource> m_playing;
     std::shared_ptr<std::atomic<bool>> m_hasComplained;  ///< that there is no device

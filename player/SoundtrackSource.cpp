@@ -1,19 +1,36 @@
 #include "player/SoundtrackSource.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace zeb {
+namespace {
+
+// In seconds.
+constexpr double mostOutOfStep = 0.04;  // beyond it speech and lips come apart
+constexpr double settling = 1;          // until the device's own store is known
+constexpr double smoothing = 2;         // devices ask for samples in bursts
+constexpr double tolerance = 0.015;     // that nobody notices
+constexpr double correction = 10;       // in which a small difference is made good
+
+constexpr double mostBending = 0.005;  // of the pace, an eleventh of a semitone
+
+}  // namespace
 
 SoundtrackSource::SoundtrackSource(std::shared_ptr<const Soundtrack> soundtrack, std::int64_t first,
-                                   bool loops, int sampleRate)
+                                   bool loops, int pace, const Clock& clock, Clock::Instant begin)
     : m_soundtrack(std::move(soundtrack)),
       m_first(first),
       m_end(frameCount(*m_soundtrack)),
       m_loops(loops),
-      m_sampleRate(sampleRate),
+      m_nominalPace(pace),
+      m_clock(clock),
+      m_begin(begin),
       m_next(first),
-      m_fadeLength(first > 0 ? sampleRate * 3 / 1000 : 0) {}
+      m_pace(pace),
+      m_fadeLength(std::max(1, pace * 3 / 1000)),
+      m_faded(first > 0 ? 0 : m_fadeLength) {}
 
 std::int64_t SoundtrackSource::frameCount(const Soundtrack& soundtrack) {
     if (soundtrack.audioChannels < 1) return 0;
@@ -21,23 +38,77 @@ std::int64_t SoundtrackSource::frameCount(const Soundtrack& soundtrack) {
 }
 
 std::size_t SoundtrackSource::render(std::span<float> samples) noexcept {
-    const auto channels = static_cast<std::size_t>(m_soundtrack->audioChannels);
-    const std::size_t rightChannel = channels > 1 ? 1 : 0;
+    keepStep();
+    const std::size_t rightChannel = m_soundtrack->audioChannels > 1 ? 1 : 0;
     const std::size_t room = samples.size() / 2;
     std::size_t done = 0;
-    for (; done < room; ++done) {
-        if (m_next == m_end) {
-            if (!m_loops) break;
-            m_next = m_first;
+    for (; done < room && isThere(m_next); ++done) {
+        float* const out = samples.data() + 2 * done;
+        out[0] = sample(m_next, 0);
+        out[1] = sample(m_next, rightChannel);
+        ++m_next;
+        if (m_faded == m_fadeLength) continue;
+        const float share = static_cast<float>(m_faded++) / static_cast<float>(m_fadeLength);
+        const bool isOldThere = m_fadedOut && isThere(*m_fadedOut);
+        for (const std::size_t side : {0U, 1U}) {
+            const float old = isOldThere ? sample(*m_fadedOut, side == 0 ? 0 : rightChannel) : 0;
+            out[side] = out[side] * share + old * (1 - share);
         }
-        const std::uint8_t* frame =
-            m_soundtrack->bytes.data() + static_cast<std::size_t>(m_next++) * channels;
-        float scale = 0.0078125F;
-        if (m_faded < m_fadeLength) scale *= static_cast<float>(m_faded++) / static_cast<float>(m_fadeLength);
-        samples[2 * done] = static_cast<float>(frame[0] - 128) * scale;
-        samples[2 * done + 1] = static_cast<float>(frame[rightChannel] - 128) * scale;
+        if (isOldThere) ++*m_fadedOut;
     }
+    m_passed += static_cast<std::int64_t>(done);
     return done;
+}
+
+/// Whether there is a frame to play; begins anew at the end where that is wanted.
+bool SoundtrackSource::isThere(std::int64_t& frame) const noexcept {
+    if (frame >= m_end && m_loops) frame = m_first + (frame - m_first) % (m_end - m_first);
+    return frame < m_end;
+}
+
+float SoundtrackSource::sample(std::int64_t frame, std::size_t channel) const noexcept {
+    const auto channels = static_cast<std::size_t>(m_soundtrack->audioChannels);
+    const std::uint8_t byte = m_soundtrack->bytes[static_cast<std::size_t>(frame) * channels + channel];
+    return static_cast<float>(byte - 128) * 0.0078125F;
+}
+
+void SoundtrackSource::keepStep() noexcept {
+    const double time = std::chrono::duration<double>(m_clock.now() - m_begin).count();
+    const double lead = static_cast<double>(m_passed) / m_nominalPace - time;
+    if (!m_firstTime) {
+        m_firstTime = m_lastTime = time;
+        // A device that had to be opened comes late.
+        if (lead < -mostOutOfStep)
+            leaveOut(-lead);
+        else
+            m_lateness = -lead;
+        return;
+    }
+    const double age = time - *m_firstTime;
+    if (age <= 0) return;
+    m_meanLead += (lead - m_meanLead) * std::min(1.0, (time - m_lastTime) / std::min(age, smoothing));
+    m_lastTime = time;
+    if (age < settling) {
+        m_usualLead = m_meanLead + m_lateness;
+        return;
+    }
+    const double error = m_meanLead - m_usualLead;
+    if (error < -mostOutOfStep) {
+        leaveOut(-error);
+        m_meanLead = m_usualLead;
+    }
+    // Once begun, a correction goes on until little is left.
+    m_isCorrecting = std::abs(error) > (m_isCorrecting ? tolerance / 8 : tolerance);
+    const double bending = m_isCorrecting ? std::clamp(error / correction, -mostBending, mostBending) : 0;
+    m_pace = static_cast<int>(std::lround(m_nominalPace * (1 - bending)));
+}
+
+void SoundtrackSource::leaveOut(double seconds) noexcept {
+    const auto frames = static_cast<std::int64_t>(seconds * m_nominalPace);
+    if (m_passed > 0) m_fadedOut = m_next;
+    m_faded = 0;
+    m_next += frames;
+    m_passed += frames;
 }
 
 }  // namespace zeb

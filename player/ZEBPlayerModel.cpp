@@ -97,7 +97,7 @@ void playLoop(Playback<Reel> playback, const std::stop_token& token) {
 }  // namespace
 
 ZEBPlayerModel::ZEBPlayerModel(PlayerServices services, QObject* parent)
-    : QObject(parent), m_services(std::move(services)), m_sound(m_services.audioOutput) {}
+    : QObject(parent), m_services(std::move(services)), m_sound(m_services.audioOutput, m_services.clock) {}
 
 ZEBPlayerModel::~ZEBPlayerModel() {
     if (m_playTask) m_playTask->cancel();

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -8,14 +7,10 @@
 #include <array>
 #include <chrono>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <memory>
 #include <numbers>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "format/ZEBWriter.h"
@@ -24,8 +19,8 @@
 #include "platform/qt/QtMainActor.h"
 #include "platform/sdl/SDLAudioOutput.h"
 #include "player/ZEBPlayerModel.h"
-#include "tests/cli/ChildProcess.h"
 #include "tests/platform/TemporaryFolder.h"
+#include "tests/player/SoundRecording.h"
 
 // What a person would hear: the real player on a real sound server whose sound card is a recording.
 
@@ -33,9 +28,8 @@ namespace zeb {
 namespace {
 
 using namespace std::chrono_literals;
-using test::ChildProcess;
 
-constexpr int heardRate = 48000;
+constexpr int heardRate = test::SoundRecording::rate;
 constexpr int storedRate = 20000;
 constexpr int fps = 25;
 constexpr int seconds = 8;
@@ -62,59 +56,6 @@ void writeMovie(const std::string& path) {
     writer.finish();
     writer.close();
 }
-
-/// A sound server of this test's own, and what its only output is given: the left channel.
-class Recording {
-public:
-    explicit Recording(const test::TemporaryFolder& folder) : m_file(folder.file("heard")) {
-        const std::string socket = folder.file("socket");
-        setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
-        setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
-        setenv("PULSE_SERVER", ("unix:" + socket).c_str(), 1);
-        setenv("SDL_AUDIODRIVER", "pulseaudio", 1);
-        m_server = std::make_unique<ChildProcess>(
-            std::vector<std::string>{
-                "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-                "--high-priority=yes", "-L",
-                "module-null-sink sink_name=heard rate=48000 channels=2 format=float32le", "-L",
-                "module-native-protocol-unix auth-anonymous=1 socket=" + socket},
-            ChildProcess::Options());
-        const auto answers = [] { return ChildProcess({"pactl", "info"}, {}).finish().exitCode == 0; };
-        for (int i = 0; i < 100 && !(m_isThere = answers()); ++i)
-            std::this_thread::sleep_for(100ms);
-        if (!m_isThere) return;
-        m_recorder = std::make_unique<ChildProcess>(
-            std::vector<std::string>{"sh", "-c",
-                                     "exec parec -d heard.monitor --latency-msec=10 --format=float32le "
-                                     "--rate=48000 --channels=2 > '" +
-                                         m_file + "'"},
-            ChildProcess::Options());
-        for (int i = 0; i < 100 && length() == 0; ++i)
-            std::this_thread::sleep_for(100ms);
-    }
-
-    bool isThere() const { return m_isThere && length() > 0; }
-
-    std::vector<double> heard() const {
-        std::ifstream file(m_file, std::ios::binary);
-        std::vector<double> samples;
-        for (float pair[2]; file.read(reinterpret_cast<char*>(pair), sizeof pair);)
-            samples.push_back(pair[0]);
-        return samples;
-    }
-
-private:
-    std::uintmax_t length() const {
-        std::error_code error;
-        const auto size = std::filesystem::file_size(m_file, error);
-        return error ? 0 : size;
-    }
-
-    std::string m_file;
-    bool m_isThere = false;
-    std::unique_ptr<ChildProcess> m_server;
-    std::unique_ptr<ChildProcess> m_recorder;
-};
 
 /// What is between silences of a tenth of a second and more.
 std::vector<std::vector<double>> stretches(const std::vector<double>& samples) {
@@ -263,7 +204,7 @@ TEST(HeardSoundTest, IsTheMoviesSound) {
         const test::TemporaryFolder folder;
         const std::string movie = folder.file("tone.zeb");
         writeMovie(movie);
-        const Recording recording(folder);
+        const test::SoundRecording recording(folder.path());
         if (!recording.isThere()) GTEST_SKIP() << "needs PulseAudio's pulseaudio, pactl and parec";
         play(movie);
         const auto newFaults = faultsOf(recording.heard());
