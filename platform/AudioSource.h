@@ -11,7 +11,8 @@ class AudioSource {
 public:
     virtual ~AudioSource() = default;
 
-    /// Frames per second, at least 1. May change by a little while the source plays; asked before each buffer.
+    /// Frames per second, at least 1. May change by a little while the source plays; asked before each
+    /// buffer.
     virtual int sampleRate() const noexcept = 0;
 
     /// Writes the next frames: interleaved left and right, nominally -1 ... 1, two floats each; `samples` has
