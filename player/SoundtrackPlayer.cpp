@@ -31,7 +31,7 @@ void SoundtrackPlayer::setSoundtrack(std::shared_ptr<const Soundtrack> soundtrac
     m_soundtrack = std::move(soundtrack);
 }
 
-void SoundtrackPlayer::start(std::int64_t frame, int fps, bool loops) {
+void SoundtrackPlayer::start(std::int64_t frame, int fps, bool loops, Clock::Instant moment) {
     pause();
     if (!m_soundtrack) return;
     const std::int64_t length = SoundtrackSource::frameCount(*m_soundtrack);
@@ -43,7 +43,7 @@ void SoundtrackPlayer::start(std::int64_t frame, int fps, bool loops) {
         first %= length;
     }
     m_playing = std::make_shared<SoundtrackSource>(m_soundtrack, first, loops, paceOf(*m_soundtrack, fps),
-                                                   m_clock, m_clock.now());
+                                                   m_clock, moment);
     m_output.start(m_playing, [complained = m_hasComplained](const std::string& error) {
         if (error.empty() || complained->exchange(true)) return;
         std::printf("Audio engine start failed: %s\n", error.c_str());

@@ -26,10 +26,10 @@ public:
 
     void setSoundtrack(std::shared_ptr<const Soundtrack> soundtrack);
 
-    /// Plays from the moment of frame `frame` of a movie with `fps` frames per second, in place of what is
-    /// playing. With `loops` that part is repeated, and a moment behind the end is taken modulo the length;
-    /// without it there is nothing to play there.
-    void start(std::int64_t frame, int fps, bool loops);
+    /// Plays the sound of frame `frame` of a movie with `fps` frames per second at `moment`, and on from
+    /// there, in place of what is playing. With `loops` that part is repeated, and a frame behind the end is
+    /// taken modulo the length; without it there is nothing to play there.
+    void start(std::int64_t frame, int fps, bool loops, Clock::Instant moment);
     void pause();
     /// Stops and forgets the soundtrack.
     void teardown();

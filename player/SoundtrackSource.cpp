@@ -42,6 +42,9 @@ std::size_t SoundtrackSource::render(std::span<float> samples) noexcept {
     const std::size_t rightChannel = m_soundtrack->audioChannels > 1 ? 1 : 0;
     const std::size_t room = samples.size() / 2;
     std::size_t done = 0;
+    for (; done < room && m_silence > 0; ++done, --m_silence)
+        samples[2 * done] = samples[2 * done + 1] = 0;
+    const std::size_t silent = done;
     for (; done < room && isThere(m_next); ++done) {
         float* const out = samples.data() + 2 * done;
         out[0] = sample(m_next, 0);
@@ -56,7 +59,7 @@ std::size_t SoundtrackSource::render(std::span<float> samples) noexcept {
         }
         if (isOldThere) ++*m_fadedOut;
     }
-    m_passed += static_cast<std::int64_t>(done);
+    m_passed += static_cast<std::int64_t>(done - silent);
     return done;
 }
 
@@ -75,7 +78,13 @@ float SoundtrackSource::sample(std::int64_t frame, std::size_t channel) const no
 void SoundtrackSource::keepStep() noexcept {
     const double time = std::chrono::duration<double>(m_clock.now() - m_begin).count();
     const double lead = static_cast<double>(m_passed) / m_nominalPace - time;
+    if (m_silence > 0) return;
     if (!m_firstTime) {
+        // Sound that joins pictures begins with a later one.
+        if (lead > mostOutOfStep) {
+            m_silence = static_cast<std::int64_t>(lead * m_nominalPace);
+            return;
+        }
         m_firstTime = m_lastTime = time;
         // A device that had to be opened comes late.
         if (lead < -mostOutOfStep)

@@ -46,7 +46,8 @@ private:
 
     std::int64_t m_next;
     int m_pace;
-    std::int64_t m_passed = 0;  ///< frames played or left out
+    std::int64_t m_silence = 0;  ///< frames before the first
+    std::int64_t m_passed = 0;   ///< frames played or left out
 
     std::int64_t m_fadeLength;
     std::int64_t m_faded;                    ///< frames of the fade that have been played

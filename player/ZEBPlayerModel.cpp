@@ -59,6 +59,7 @@ struct Playback {
     std::shared_ptr<Reel> reel;
     std::int64_t next = 0;
     std::int64_t totalFrames = 0;
+    Clock::Instant begin;  ///< the moment of the first frame
     std::chrono::milliseconds period{};
     const Clock& clock;
     MainActor& mainActor;
@@ -69,7 +70,7 @@ struct Playback {
 template <typename Reel>
 void playLoop(Playback<Reel> playback, const std::stop_token& token) {
     Reel& reel = *playback.reel;
-    Clock::Instant deadline = playback.clock.now();
+    Clock::Instant deadline = playback.begin;
     while (!token.stop_requested()) {
         {
             std::unique_lock lock(reel.mutex);
@@ -81,7 +82,7 @@ void playLoop(Playback<Reel> playback, const std::stop_token& token) {
                 playback.next = 0;
             }
             auto image = imageOf(reel.reader->nextFrame(reel.isLooping));
-            reel.readFrame = {playback.next++, std::move(image)};
+            reel.readFrame = {playback.next++, std::move(image), deadline + playback.period};
         }
         playback.mainActor.post(playback.show);
         {
@@ -192,6 +193,7 @@ void ZEBPlayerModel::unload() {
 void ZEBPlayerModel::play() {
     if (!m_reel) return;
     pause();
+    m_nextMoment = m_services.clock.now();
     startAudio();
     publish(m_isPlaying, true, &ZEBPlayerModel::isPlayingChanged);
 
@@ -199,6 +201,7 @@ void ZEBPlayerModel::play() {
     Playback<Reel> playback{m_reel,
                             m_currentFrameIndex,
                             m_totalFrames,
+                            m_nextMoment,
                             playbackPeriod(m_fps),
                             m_services.clock,
                             m_services.mainActor,
@@ -228,7 +231,9 @@ void ZEBPlayerModel::showReadFrame(Reel& reel) {
         frame = std::exchange(reel.readFrame, {});
         reel.wasShown.notify_all();
     }
-    if (frame) show(frame->index, std::move(frame->image));
+    if (!frame) return;
+    m_nextMoment = frame->nextMoment;
+    show(frame->index, std::move(frame->image));
 }
 
 void ZEBPlayerModel::playbackEnded(const std::shared_ptr<Reel>& reel, std::int64_t playback,
@@ -307,7 +312,7 @@ void ZEBPlayerModel::prepareAudio() {
 }
 
 void ZEBPlayerModel::startAudio() {
-    m_sound.start(m_currentFrameIndex, m_fps, m_isLooping);
+    m_sound.start(m_currentFrameIndex, m_fps, m_isLooping, m_nextMoment);
 }
 
 }  // namespace zeb

@@ -96,6 +96,7 @@ private:
     struct ReadFrame {
         std::int64_t index = 0;
         Image image;
+        Clock::Instant nextMoment;  ///< when the one after it is to be on screen
     };
 
     template <typename T>
@@ -132,6 +133,7 @@ private:
     std::int64_t m_playback = 0;  ///< the number of the latest `play`
     SoundtrackPlayer m_sound;
     std::int64_t m_currentFrameIndex = 0;  ///< the frame that is read next
+    Clock::Instant m_nextMoment;           ///< while playing: when that one is to be on screen
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
 };
 

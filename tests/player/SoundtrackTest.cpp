@@ -98,6 +98,7 @@ TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
         std::chrono::milliseconds opening, waiting;
     } cases[] = {
         {"none", 25, 1, 0ms, 0ms},
+        {"sound that comes before its picture", 25, 1, -300ms, 0ms},
         {"pictures by whole milliseconds", 30, 1, 0ms, 0ms},
         {"and shorter ones", 60, 1, 0ms, 0ms},
         {"a fast device", 25, 1.001, 0ms, 0ms},
@@ -112,13 +113,14 @@ TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
         device.speed = speed;
         SoundtrackPlayer player(device, clock);
         player.setSoundtrack(soundtrack(bytes, 1));
-        player.start(0, fps, false);
+        clock.advance(1s);
+        player.start(0, fps, false, clock.now());
         clock.advance(opening);
         const auto time = [&] {
             return std::chrono::duration<double>(clock.now().time_since_epoch()).count();
         };
-        const double pictures = mark * fps * std::chrono::duration<double>(playbackPeriod(fps)).count();
-        double nextWait = 20;
+        const double pictures = 1 + mark * fps * std::chrono::duration<double>(playbackPeriod(fps)).count();
+        double nextWait = 21;
         while (device.heard.empty() || device.heard.back() < 0.4F) {
             ASSERT_LT(time(), pictures + 1) << fault;
             if (time() > nextWait) {
