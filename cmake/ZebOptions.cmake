@@ -42,3 +42,8 @@ if(ZEB_BUILD_FUZZERS)
   target_compile_options(zeb_compile_options INTERFACE -fsanitize=fuzzer-no-link)
   target_link_options(zeb_compile_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# Windows are compiled ahead of time where they are to open at once; for tests that would cost more than it saves.
+if(CMAKE_BUILD_TYPE STREQUAL "Debug")
+  set(ZEB_QML_OPTIONS NO_CACHEGEN)
+endif()
