@@ -114,17 +114,19 @@ int main(int argc, char** argv) {
     model.play();
     QCoreApplication::exec();
 
-    // The first picture was there before; the device opens with the first beat.
-    std::vector<double> beats = beatsOf(recording.heard(), heard);
-    if (static_cast<int>(shown.size()) < seconds - 1 || beats.size() < shown.size()) {
-        std::fprintf(stderr, "%zu of %d beats heard, %zu pictures seen\n", beats.size(), seconds,
+    // The first picture was there before; a sound that would have come late may have been left out.
+    const std::vector<double> beats = beatsOf(recording.heard(), heard);
+    std::vector<double> late;
+    for (const double moment : shown) {
+        const auto distance = [moment](double beat) { return std::abs(beat - moment); };
+        const auto beat = std::ranges::min_element(beats, {}, distance);
+        if (beat != beats.end() && distance(*beat) < 0.5) late.push_back(1000 * (*beat - moment));
+    }
+    if (static_cast<int>(shown.size()) < seconds - 1 || late.size() < shown.size() * 9 / 10) {
+        std::fprintf(stderr, "%zu of %d beats heard, %zu pictures seen\n", late.size(), seconds,
                      shown.size());
         return 1;
     }
-    beats.erase(beats.begin(), beats.end() - static_cast<std::ptrdiff_t>(shown.size()));
-    std::vector<double> late;
-    for (std::size_t i = 0; i < shown.size(); ++i)
-        late.push_back(1000 * (beats[i] - shown[i]));
     for (std::size_t i = 1; i < late.size(); ++i) {
         if (std::abs(late[i] - late[i - 1]) > 15)
             std::printf("after %zu s: from %.1f to %.1f ms\n", i, late[i - 1], late[i]);
@@ -138,7 +140,7 @@ int main(int argc, char** argv) {
     const double last = median({late.end() - static_cast<std::ptrdiff_t>(part), late.end()});
     const auto [least, most] = std::ranges::minmax(late);
     std::printf(
-        "%zu seconds: sound after picture by %.1f ms (median of the first tenth), %.1f ms (of the last); "
+        "%zu beats: sound after picture by %.1f ms (median of the first tenth), %.1f ms (of the last); "
         "%.1f ... %.1f ms in all\n",
         late.size(), first, last, least, most);
     const bool isWell = std::max(std::abs(least), std::abs(most)) < limit;

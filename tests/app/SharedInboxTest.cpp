@@ -113,21 +113,5 @@ TEST_F(SharedInboxTest, IsLeftAloneWhenItIsNoFolderOfItsOwn) {
     EXPECT_THAT(names("elsewhere"), UnorderedElementsAre("precious"));
 }
 
-TEST(ApplicationGroupContainer, LiesInTheUsersDataFolder) {
-#ifndef __APPLE__
-    const auto container = [](const char* data, const char* home) {
-        data != nullptr ? ::setenv("XDG_DATA_HOME", data, 1) : ::unsetenv("XDG_DATA_HOME");
-        home != nullptr ? ::setenv("HOME", home, 1) : ::unsetenv("HOME");
-        return applicationGroupContainer();
-    };
-    EXPECT_EQ(container("/data", "/home"), "/data/zebmaker");
-    for (const char* data : {static_cast<const char*>(nullptr), "", "relative"}) {
-        EXPECT_EQ(container(data, "/home"), "/home/.local/share/zebmaker");
-        EXPECT_EQ(container(data, nullptr), std::nullopt);
-        EXPECT_EQ(container(data, ""), std::nullopt);
-    }
-#endif
-}
-
 }  // namespace
 }  // namespace zeb

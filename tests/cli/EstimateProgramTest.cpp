@@ -55,28 +55,6 @@ TEST_F(EstimateProgram, TellsWhatTheRunWillWrite) {
     }
 }
 
-TEST_F(EstimateProgram, SpeaksToPeople) {
-    const auto result = estimate({m_clip, "--audio", "off"});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.out,
-                StartsWith(m_clip + " -> " + m_movie + ": 160x120, 10 frames per second, 0:03, Mode 32\n"));
-    EXPECT_THAT(result.out, HasSubstr("\n  File size      about "));
-    EXPECT_THAT(result.out, HasSubstr("\n  4 GiB limit    not reached\n  Free space     "));
-    EXPECT_THAT(estimate({m_clip, "--mode", "4"}).out, HasSubstr(" bytes)\n"));
-
-    const auto run = runZeb({"encode", m_clip, "--progress", "plain"});
-    EXPECT_THAT(run.out, HasSubstr("Mode 32\nForecast: at most 1.3 MB, 425.9 kB per second\n"));
-}
-
-TEST_F(EstimateProgram, GoesOnAfterWhatItCannotRead) {
-    const auto result = estimate({m_folder.file("missing.mp4"), m_clip});
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.error, StartsWith("zeb: " + m_folder.file("missing.mp4") + ": "));
-    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1);
-    EXPECT_THAT(result.out, HasSubstr("File size"));
-    EXPECT_EQ(estimate({m_clip, "--fps", "0"}).exitCode, 2);
-}
-
 TEST_F(EstimateProgram, WarnsOfTheFormatsLimit) {
     const std::string second = m_folder.file("second.mkv");
     const std::string film = m_folder.file("long.mkv");

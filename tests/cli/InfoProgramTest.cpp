@@ -73,14 +73,5 @@ TEST_F(InfoProgram, PrintsHostileTitlesHarmlessly) {
     EXPECT_THAT(result.out, HasSubstr("Title          \\x1b[!\n"));
 }
 
-TEST_F(InfoProgram, TellsWhatTheProgramCan) {
-    EXPECT_THAT(runZeb({"--help"}).out, HasSubstr("encode"));
-    EXPECT_THAT(runZeb({"--version"}).out, StartsWith("zeb "));
-    if (std::ifstream("/dev/full")) {
-        EXPECT_EQ(ChildProcess({"sh", "-c", "exec " ZEB_PROGRAM " --help > /dev/full"}, {}).finish().exitCode,
-                  4);
-    }
-}
-
 }  // namespace
 }  // namespace zeb::test

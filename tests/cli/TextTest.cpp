@@ -35,12 +35,5 @@ TEST(CliText, WritesDurations) {
         EXPECT_EQ(durationText(seconds), expected);
 }
 
-TEST(CliText, ReadsWholeNumbersOnly) {
-    EXPECT_EQ(wholeNumber("1", 1, 100), 1);
-    EXPECT_EQ(wholeNumber("100", 1, 100), 100);
-    for (const char* text : {"", "0", "101", "-1", "+1", " 1", "1 ", "1e1", "0x10", "2.5", "99999999999"})
-        EXPECT_EQ(wholeNumber(text, 1, 100), std::nullopt) << text;
-}
-
 }  // namespace
 }  // namespace zeb::cli

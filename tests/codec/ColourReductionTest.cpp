@@ -109,16 +109,5 @@ TEST(LuminanceQuantiser, EqualsPlainLoopForColoursAtTheThresholds) {
     expectEqualsPlainLoop(rgba, static_cast<int>(rgba.size() / 4), 1, 4, "thresholds");
 }
 
-TEST(LuminanceQuantiser, KeepsBlackWhiteAndTheAverage) {
-    LuminanceQuantiser quantiser(4);
-    Bytes indices(64 * 64);
-    for (const auto& [grey, mean] :
-         {std::pair<std::uint8_t, double>{0, 0}, {102, 1.2}, {255, 3}}) {  // a luminance of 0, 0.4 and 1
-        quantiser.dither(synthetic::flat(64, 64, grey, grey, grey), 64, 64, indices);
-        const double sum = std::accumulate(indices.begin(), indices.end(), 0.0);
-        EXPECT_NEAR(sum / (64 * 64), mean, 0.01);
-    }
-}
-
 }  // namespace
 }  // namespace zeb

@@ -176,14 +176,6 @@ TEST(AudioReader, saysWhatItFound) {
                 testing::ElementsAre("AudioReader konnte nicht starten – schreibe ohne Audio."));
 }
 
-TEST(AudioReader, picksTheNearestTrack) {
-    FakeFilm film;
-    film.soundTracks = {fake::soundOf({{20000, 1, {0.5F}}}), fake::soundOf({{20000, 1, {-1}}})};
-    for (const auto& [track, byte] : {std::pair{-1, 191}, {0, 191}, {1, 1}, {7, 1}}) {
-        EXPECT_EQ(read(film, 1, track).bytes, Bytes{static_cast<std::uint8_t>(byte)}) << track;
-    }
-}
-
 TEST(AudioReader, keepsWhatCameBeforeDamage) {
     FakeFilm film;
     film.soundTracks = {[](std::size_t index, FakeSamples& buffer) {
@@ -213,16 +205,6 @@ TEST(AudioReader, stopsAtWhicheverQuestionIsAnsweredYes) {
             EXPECT_EQ(error.errorCase(), ZEBConverterError::Case::cancelled);
             EXPECT_EQ(asked, patience + 1);
         }
-    }
-}
-
-TEST(AudioReader, asksOftenWithinALargeBuffer) {
-    for (const double rate : {48000.0, 1e9}) {
-        FakeFilm film;
-        film.soundTracks = {fake::soundOf({{rate, 1, std::vector<float>(2000000)}})};
-        std::uint64_t asked = 0;
-        AudioReader::read(FakeAsset(film), targetRate, 1, 0, [&] { return ++asked == 0; }, {});
-        EXPECT_GE(asked, 2000000u / 16384);
     }
 }
 

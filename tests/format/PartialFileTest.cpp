@@ -74,37 +74,6 @@ TEST(PartialFileTest, CutsBlocksThatContradictThemselves) {
     }
 }
 
-TEST(PartialFileTest, KeepsSecondsBeyondTheIndex) {
-    MemoryDisk disk;
-    disk.bytes = golden::unfinishedMovie();
-    const Bytes block(disk.bytes.begin() + golden::firstBlock, disk.bytes.begin() + golden::secondBlock);
-    disk.bytes.insert(disk.bytes.end(), block.begin(), block.end());
-    Bytes expected = golden::movie();
-    expected.insert(expected.end(), block.begin(), block.end());
-    expected[golden::totalFrames + 3] = 6;
-    EXPECT_EQ(finish(disk), 3);
-    EXPECT_EQ(disk.bytes, expected);
-}
-
-TEST(PartialFileTest, WritesALongIndex) {
-    constexpr std::size_t seconds = 40000;
-    MovieParameters movie = golden::parameters();
-    movie.frameIndexCount = seconds;
-    MemoryDisk disk;
-    ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), movie);
-    const std::span<const std::uint8_t> frames[2];
-    for (std::size_t second = 0; second < seconds; ++second)
-        writer.writeSecond({}, frames);
-    disk.journal.clear();
-    EXPECT_EQ(finish(disk), seconds);
-    const std::size_t data = golden::index + 4 * seconds;
-    for (std::size_t second = 0; second < seconds; ++second) {
-        const std::span<const std::uint8_t> entry(disk.bytes.data() + golden::index + 4 * second, 4);
-        ASSERT_EQ(bigEndian::load32(entry.first<4>()), data + 16 * second) << second;
-    }
-    EXPECT_LE(disk.journal.size(), 9u) << "written in pieces, not entry by entry";
-}
-
 /// Whatever of the calls since the last flush a power loss lets through, the movie plays: its header is
 /// unhurt, its two seconds are whole, and the index is zero or right.
 TEST(PartialFileTest, PowerLossLeavesAPlayableMovie) {

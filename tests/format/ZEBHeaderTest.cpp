@@ -30,21 +30,6 @@ std::string errorOf(const std::function<void()>& action) {
     return "none";
 }
 
-TEST(ZEBHeaderTest, ParsesTheGoldenMovie) {
-    const ZEBHeader header = parseHeader(goldenBody());
-    EXPECT_EQ(header.title, "QL!");
-    EXPECT_EQ(header.width, 16);
-    EXPECT_EQ(header.height, 8);
-    EXPECT_EQ(header.fps, 2);
-    EXPECT_EQ(header.mode, 32);
-    EXPECT_EQ(header.frameCount, 4);
-    EXPECT_EQ(header.blockSize, 25);
-    EXPECT_EQ(header.sampleRate, 20000);
-    EXPECT_EQ(header.audioChannels, 1);
-    EXPECT_EQ(header.options, 1);
-    EXPECT_THAT(header.indexOffsets, testing::ElementsAre(46, 67));
-}
-
 TEST(ZEBHeaderTest, TellsWhereAHeaderEndsTooEarly) {
     for (std::size_t length = 0; length < goldenBody().size(); ++length) {
         Bytes body = goldenBody();

@@ -31,22 +31,6 @@ protected:
     test::TemporaryFolder m_temporary;
 };
 
-TEST_F(OpenFolderTest, OpensFoldersOnly) {
-    fs::create_directory_symlink(m_temporary.file("folder"), m_temporary.file("link"));
-    EXPECT_TRUE(OpenFolder::open(m_temporary.file("link/tree")));
-    for (const char* name : {"link", "link/", "outside/precious", "nothing"})
-        EXPECT_FALSE(OpenFolder::open(m_temporary.file(name))) << name;
-    EXPECT_FALSE(OpenFolder::open(""));
-}
-
-TEST_F(OpenFolderTest, TakesNoPathsForEntries) {
-    for (const char* name : {"", ".", "..", "../outside", "/", "tree/"})
-        EXPECT_FALSE(folder().remove(name)) << name;
-    EXPECT_TRUE(fs::exists(m_temporary.file("folder/tree")));
-    EXPECT_TRUE(isPreciousThere());
-    EXPECT_TRUE(folder().remove("nothing"));
-}
-
 TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorsReach) {
     // Made by descriptors, since no path is that long.
     int inside = ::open(m_temporary.file("folder/tree").c_str(), O_RDONLY);

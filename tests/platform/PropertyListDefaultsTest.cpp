@@ -195,17 +195,6 @@ TEST_F(PropertyListDefaultsTest, FollowsTheUsersLinkAndKeepsPermissions) {
     EXPECT_THAT(filesIn(m_folder.file("dotfiles")), ElementsAre("missing"));
 }
 
-TEST_F(PropertyListDefaultsTest, KeepsForeignKindsInTheFile) {
-    fs::create_directories(fs::path(m_path).parent_path());
-    test::store(m_path, "<plist><dict><key>day</key><date>2001-02-03T04:05:06Z</date></dict></plist>");
-    Instance instance(m_path);
-    instance.defaults.set("key", 1);
-    EXPECT_EQ(instance.defaults.dictionaryRepresentation(), (PropertyDictionary{{"key", 1}}));
-    EXPECT_THAT(test::contents(m_path), HasSubstr("<date>2001-02-03T04:05:06Z</date>"));
-    instance.defaults.remove("day");
-    EXPECT_THAT(test::contents(m_path), testing::Not(HasSubstr("day")));
-}
-
 TEST_F(PropertyListDefaultsTest, SetsDamagedFilesAside) {
     fs::create_directories(fs::path(m_path).parent_path());
     const std::string damaged[] = {"<plist><dict><key>a</key>", "(no, dictionary)", std::string(50, '\0')};
@@ -339,20 +328,6 @@ TEST_F(PropertyListDefaultsTest, AKilledProcessLeavesOldOrNew) {
     EXPECT_THAT(filesIn(m_folder.file("zebmaker")),
                 ElementsAre("preferences.plist", "preferences.plist.lock"))
         << "what the killed ones left half done is gone";
-}
-
-TEST_F(PropertyListDefaultsTest, StandsInTheUsersConfigurationFolder) {
-    const auto pathWith = [](const char* configuration, const char* home) {
-        configuration ? ::setenv("XDG_CONFIG_HOME", configuration, 1) : ::unsetenv("XDG_CONFIG_HOME");
-        home ? ::setenv("HOME", home, 1) : ::unsetenv("HOME");
-        return PropertyListDefaults::standardPath();
-    };
-    const std::string home = ::getenv("HOME") ? ::getenv("HOME") : "";
-    EXPECT_EQ(pathWith("/config", "/home/a"), "/config/zebmaker/preferences.plist");
-    EXPECT_EQ(pathWith("relative", "/home/a"), "/home/a/.config/zebmaker/preferences.plist");
-    EXPECT_EQ(pathWith(nullptr, "/home/a"), "/home/a/.config/zebmaker/preferences.plist");
-    EXPECT_EQ(pathWith("", nullptr), "");
-    ::setenv("HOME", home.c_str(), 1);
 }
 
 }  // namespace

@@ -73,19 +73,6 @@ TEST(PropertyListTest, ComesBackFromXMLAndBinary) {
               (PropertyDictionary{{"a", -2}, {"ä", PropertyData{1, 2}}}));
 }
 
-TEST(PropertyListTest, ReadsXML) {
-    const std::pair<const char*, PropertyValue> cases[] = {
-        {"<array><integer>0xff</integer><real>2.5</real><false/></array>", PropertyArray{255, 2.5, false}},
-        {"<integer>18446744073709551615</integer>", 18446744073709551615.0},
-        {"<string>a<!-- </array> -->b<![CDATA[<c>]]> &lt;&#xE4;</string>", "ab<c> <ä"},
-        {"<array><date>2020-01-01T00:00:00Z</date><string/></array>", PropertyArray{""}},
-        {"<dict><key>a</key><true/><key>a</key><integer>2</integer></dict>", PropertyDictionary{{"a", 2}}},
-    };
-    for (const auto& [body, value] : cases)
-        EXPECT_EQ(parsed(bytesOf(xml(body))), value) << body;
-    EXPECT_EQ(parsed(bytesOf("\xEF\xBB\xBF \n<plist><true/></plist>")), true);
-}
-
 TEST(PropertyListTest, ReadsTheOldTextForm) {
     const std::pair<std::string, PropertyValue> cases[] = {
         {"{ name = \"QL \\\"Demo\\\"\"; size = (640, 480,); } // end",

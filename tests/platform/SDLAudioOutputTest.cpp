@@ -110,18 +110,6 @@ TEST_F(SDLAudioOutputTest, WithoutADeviceSourcesFinishWithTheReason) {
     EXPECT_FALSE(output.isOpen());
 }
 
-TEST_F(SDLAudioOutputTest, TriesAgainLater) {
-    use("no-such-driver");
-    SDLAudioOutput output({.closeAfter = 50ms, .retryAfter = 0ms});
-    Answer first;
-    output.start(steady(10, 0.5F, 0.5F), first.finished());
-    EXPECT_NE(first.wait(), "");
-    use("dummy");
-    Answer second;
-    output.start(steady(10, 0.5F, 0.5F), second.finished());
-    EXPECT_EQ(second.wait(), "");
-}
-
 TEST_F(SDLAudioOutputTest, EndsInTheMiddleOfASoundWithoutTellingAnybody) {
     use("dummy");
     Answer answer;

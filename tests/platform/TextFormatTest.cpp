@@ -45,13 +45,6 @@ TEST(TextFormatTest, FillsSpecifiers) {
         EXPECT_EQ(formatText(format, arguments), expected) << format;
 }
 
-TEST(StringTableTest, ReadsEntriesCommentsAndEscapes) {
-    const auto table = StringTable::parse(
-        "// a \"comment\" = \"x\";\n\"a\" = \"//no comment; \\\"q\\\" \\\\ \\n\" ; \"b\"=\"\";// end");
-    EXPECT_THAT(table.entries(), testing::ElementsAre(testing::Pair("a", "//no comment; \"q\" \\ \n"),
-                                                      testing::Pair("b", "")));
-}
-
 TEST(StringTableTest, NamesTheLineOfAMistake) {
     const struct {
         const char* source;
@@ -70,12 +63,6 @@ TEST(StringTableTest, NamesTheLineOfAMistake) {
             EXPECT_STREQ(mistake.what(), message) << source;
         }
     }
-}
-
-TEST(TextLocaleTest, ChoosesTheFirstLanguageThatThereIs) {
-    EXPECT_EQ(bestTextLanguage({"fr-FR", "de-AT", "en"}), "de");
-    EXPECT_EQ(bestTextLanguage({"en_GB.UTF-8", "de"}), "en");
-    EXPECT_EQ(bestTextLanguage({"deu", "C", ""}), "en");
 }
 
 TEST(TextLocaleTest, TextsFollowLanguageAndDecimalMark) {

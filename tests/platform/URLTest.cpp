@@ -101,17 +101,6 @@ TEST(URL, TellsAbsentComponentsFromEmptyOnes) {
     EXPECT_EQ(made("x:play").host(), std::nullopt);
 }
 
-TEST(URL, SplitsTheQueryAndThenResolvesEscapes) {
-    const auto items = [](const std::string& text) { return made(text).queryItems(); };
-    using Items = std::vector<URL::QueryItem>;
-    EXPECT_EQ(items("x:y"), std::nullopt);
-    EXPECT_EQ(items("x:y?"), Items{});
-    EXPECT_EQ(items("x:y?&"), (Items{{"", std::nullopt}, {"", std::nullopt}}));
-    EXPECT_EQ(items("x:y?a=1=2&b&=c&d=&a=%26%3d+%C3%BC%FF%00"),
-              (Items{{"a", "1=2"}, {"b", std::nullopt}, {"", "c"}, {"d", ""}, {"a", "&=+ü\xFF\0"s}}));
-    EXPECT_EQ(items("x:y?%75rl=%2541"), (Items{{"url", "%41"}}));
-}
-
 TEST(URL, KnowsPathAndExtension) {
     const struct {
         std::string text, path, extension;
@@ -141,22 +130,6 @@ TEST(URL, KnowsPathAndExtension) {
         EXPECT_TRUE(made(text).isFileURL()) << text;
     for (const char* text : {"files:///a", "/file", "//file/a"})
         EXPECT_FALSE(made(text).isFileURL()) << text;
-}
-
-TEST(URL, TakesAnyPath) {
-    std::string every = "/";
-    for (int byte = 1; byte < 256; ++byte)
-        every += static_cast<char>(byte);
-    for (const std::string& path : {every, "/"s, "//a"s, "/a/../b/"s, "/%41 a?b#c"s}) {
-        const URL url = URL::forFile(path);
-        EXPECT_EQ(url.path(), path);
-        EXPECT_EQ(URL::parse(url.text()), url);
-    }
-    EXPECT_EQ(URL::forFile("/a b/ü%").text(), "file:///a%20b/%C3%BC%25");
-    EXPECT_EQ(URL::forFile("/a.zeb\0.mov"s).path(), "");
-    const std::string here = std::filesystem::current_path().string();
-    EXPECT_EQ(URL::forFile("a:b").path(), here + "/a:b");
-    EXPECT_EQ(URL::forFile("").path(), here);
 }
 
 TEST(URL, StandardisesFileURLs) {

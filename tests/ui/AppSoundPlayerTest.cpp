@@ -116,15 +116,5 @@ TEST_F(AppSoundPlayerTest, TheUserMaySwitchThemOff) {
     EXPECT_EQ(m_beep.count, 0);
 }
 
-TEST_F(AppSoundPlayerTest, ASoundMayOutliveThePlayer) {
-    addSound("Accessing File");
-    {
-        AppSoundPlayer player({m_defaults, m_media, m_output, m_beep, m_mainActor}, {m_folder.path()});
-        player.play(SoundEffect::accessingFile);
-    }
-    m_output.started[0].finished({});
-    EXPECT_EQ(m_mainActor.run(), 1U);
-}
-
 }  // namespace
 }  // namespace zeb

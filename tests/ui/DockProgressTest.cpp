@@ -57,24 +57,6 @@ TEST(DockProgressViewTest, FillsTheBarFromItsRoundStubOn) {
     EXPECT_NEAR(fillWidth(drawn(0.5, 1, 28)), -14, 0);  // no room for a bar: nothing
 }
 
-TEST(DockProgressViewTest, DrawsTrackFillAndOutlineInTheirPlaces) {
-    const QImage image = drawn(0.5, 4);  // four pixels to a point show what is where
-    // From the middle of the bar downwards and upwards: it spans 14 to 26 points from the lower edge.
-    EXPECT_EQ(colourAt(image, 30, 20), accent);
-    EXPECT_EQ(colourAt(image, 90, 20), QColor(0, 0, 0, 115));  // 0.45
-    for (const double y : {14.0, 25.9}) {                      // the line reaches half a point to either side
-        const QColor line = colourAt(image, 90, y);
-        EXPECT_GT(line.red(), 200) << y;
-        EXPECT_GE(line.alpha(), 191) << y;  // 0.75
-    }
-    for (const auto& [x, y] :
-         {std::pair(90.0, 13.0), {90.0, 27.0}, {13.0, 20.0}, {115.0, 20.0}, {64.0, 64.0}})
-        EXPECT_EQ(colourAt(image, x, y).alpha(), 0) << x << ", " << y;
-    // Round corners: nothing in the bar's four.
-    for (const auto& [x, y] : {std::pair(14.5, 14.5), {113.4, 14.5}, {14.5, 25.4}, {113.4, 25.4}})
-        EXPECT_EQ(colourAt(image, x, y).alpha(), 0) << x << ", " << y;
-}
-
 TEST(DockProgressViewTest, ScalesTheIconIntoTheWholeSquare) {
     QImage icon(64, 32, QImage::Format_RGB32);
     icon.fill(Qt::red);
@@ -109,17 +91,6 @@ protected:
     fake::HandDrivenMainActor m_mainActor;
     DockProgressController m_controller{{m_tile, m_mainActor, [] { return accent; }}, {}};
 };
-
-TEST_F(DockProgressControllerTest, DrawsAndClamps) {
-    const double nothing = std::numeric_limits<double>::quiet_NaN();
-    for (const double progress : {-0.5, 2.0, 0.5, nothing}) {
-        m_controller.update(progress);
-        m_mainActor.pass(100ms);
-    }
-    EXPECT_THAT(m_tile.shown, ElementsAre(0, 1, 0.5, 0));
-    EXPECT_EQ(m_tile.pictures[1], drawn(1, 2));
-    EXPECT_EQ(m_tile.pictures[2], drawn(0.5, 2));
-}
 
 TEST_F(DockProgressControllerTest, AFloodBecomesTenDrawingsASecondAndTheLastIsShown) {
     for (int i = 0; i < 1000; ++i) {

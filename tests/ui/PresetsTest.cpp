@@ -72,15 +72,6 @@ TEST(PresetRulesTest, ReadsIntegersLeniently) {
         EXPECT_EQ(lenientInteger(value), expected) << testing::PrintToString(expected.value_or(0));
 }
 
-TEST(PresetRulesTest, MakesIDs) {
-    EXPECT_EQ(makePresetID("My Clip", 640, 480, std::nullopt), "my_clip_640x480");
-    EXPECT_EQ(makePresetID("My Clip", 640, 480, ""), "my_clip_640x480");
-    EXPECT_EQ(makePresetID("My Clip", 640, 480, " "), " ");
-    EXPECT_EQ(makePresetID("", 640, 480, std::nullopt), "preset_640x480");
-    EXPECT_EQ(makePresetID(" \n\u3000", 1, 2, std::nullopt), "preset_1x2");
-    EXPECT_EQ(makePresetID("\tÄ  ÉTÉ\tЖ\n", 1, 2, std::nullopt), "ä__été\tж_1x2");
-}
-
 TEST(PresetRulesTest, ParsesRecords) {
     const auto presets = parsePresetDictionaries({
         {{"title", "Clip"}, {"w", "640 px"}, {"presetH", 480}},
@@ -93,15 +84,6 @@ TEST(PresetRulesTest, ParsesRecords) {
     EXPECT_THAT(presets,
                 ElementsAre(UserPreset{"clip_640x480", "Clip", 640, 480}, UserPreset{"u", " A ", 1, 2},
                             UserPreset{"l_3x4", "L", 3, 4}, UserPreset{"preset_3x4", "Preset", 3, 4}));
-}
-
-TEST(PresetRulesTest, MergesByID) {
-    PresetCollection collection;
-    mergePresets(collection, {{"a", "  ", 1, 1}, {"b", "B", 1, 1}, {"a", "\n", 2, 2}});
-    EXPECT_EQ(collection.at("a").width, 1);
-    mergePresets(collection, {{"a", "Clip", 3, 4}, {"b", "Other", 5, 6}, {"a", "Late", 7, 8}});
-    EXPECT_THAT(collection,
-                ElementsAre(Pair("a", UserPreset{"a", "Clip", 3, 4}), Pair("b", UserPreset{"b", "B", 1, 1})));
 }
 
 TEST(PresetRulesTest, DecodesStrictly) {

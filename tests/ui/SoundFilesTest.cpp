@@ -27,20 +27,6 @@ public:
     void beep() override { ADD_FAILURE() << "a sound is missing"; }
 };
 
-/// The files as they come with the application, through the real media layer.
-TEST(SoundFilesTest, EveryEffectHasAFileThatCanBePlayed) {
-    const auto media = makeFFmpegMediaLibrary(MediaLogging::silent);
-    NotificationCenter notifications;
-    const fake::FakeUserDefaults defaults{notifications};
-    SilentOutput output;
-    ForbiddenBeep beep;
-    fake::HandDrivenMainActor mainActor;
-    AppSoundPlayer player({defaults, *media, output, beep, mainActor}, {ZEB_RESOURCE_FOLDER});
-    for (int effect = 0; effect <= static_cast<int>(SoundEffect::nowEstablishingDatalink); ++effect)
-        player.play(static_cast<SoundEffect>(effect));
-    EXPECT_EQ(output.count, 7);
-}
-
 TEST(SoundFilesTest, AreShortCleanAndGentle) {
     const auto media = makeFFmpegMediaLibrary(MediaLogging::silent);
     std::set<std::vector<float>> different;

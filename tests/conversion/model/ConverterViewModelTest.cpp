@@ -362,18 +362,6 @@ TEST_F(ConverterViewModelTest, CancelKeepOrDelete) {
                                            deactivationComplete, programInProgress, deactivationComplete));
 }
 
-TEST_F(ConverterViewModelTest, CancelBeforeAnythingIsWritten) {
-    prepare();
-    run.script = [this](const ConversionCallbacks&, const std::string& path) {
-        std::ofstream(path).flush();
-        model->cancel();
-        throw ZEBConverterError::cancelled();
-    };
-    model->start();
-    settle();
-    EXPECT_FALSE(model->cancelledOutputPendingDeletion());
-}
-
 TEST_F(ConverterViewModelTest, StartAgainWhileTheCancelledJobStillEnds) {
     const std::string first = prepare("first.zeb");
     int runs = 0;

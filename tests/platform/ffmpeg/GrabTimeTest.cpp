@@ -256,14 +256,6 @@ TEST(GrabTimes, ALateFirstPictureIsShownFromTheStart) {
     }
 }
 
-TEST(GrabTimes, TheSamePictureIsTheSameObject) {
-    const auto generator =
-        test::open(clip("h264.mp4", numberedFrames(100) + h264))->makeImageGenerator(2, {});
-    EXPECT_EQ(generator->copyImage(at(1.0)), generator->copyImage(at(1.03)));
-    EXPECT_NE(generator->copyImage(at(1.0)), generator->copyImage(at(1.05)));
-    EXPECT_EQ(generator->copyImage(at(3.97)), generator->copyImage(at(5000)));
-}
-
 TEST(GrabTimes, RealFilmShowsItsOwnTime) {
     ZEB_REAL_CLIP(path, "sample_with_increasing_timestamps_320w_240h_5s.mp4");
     // 60 pictures a second, all different; in order, planned and one by one after a jump they are the same.

@@ -195,19 +195,6 @@ TEST(Sound, TheFirstFormatHoldsToTheEnd) {
     }
 }
 
-TEST(Sound, TracksThatHaveNothing) {
-    const std::string path = clip("silent.mkv", test::numberedFrames(25) +
-                                                    "-f lavfi -i sine=d=1 -map 0 -map 1 "
-                                                    "-af atrim=end=0 -c:v mpeg4 -c:a pcm_f32le");
-    ASSERT_EQ(test::open(path)->soundTracks().size(), 1U);
-    EXPECT_TRUE(soundOf(path).samples.empty());
-    std::string unknown = test::contents(clip("coded.mkv", ramp + "-c:a pcm_f32le"));
-    unknown.replace(unknown.find("A_PCM/FLOAT"), 11, "A_PCM/OTHER");
-    const std::string unknownPath = test::clipFolder() + "/unknown.mkv";
-    test::store(unknownPath, unknown);
-    EXPECT_FALSE(test::open(unknownPath)->makeSoundReader(0, {})->startReading());
-}
-
 TEST(Sound, ADamagedTimeIsNotHoursOfSilence) {
     std::string file =
         test::contents(clip("times.flv", test::numberedFrames(100) + "-f lavfi -i sine=r=44100:d=4 "
