@@ -26,7 +26,8 @@ target_compile_options(zeb_compile_options INTERFACE
   -ffp-contract=off
   # GCC 12 sees overlaps and overruns in its own strings and vectors that are not there (its bug 105651 and kin).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict -Wno-array-bounds -Wno-stringop-overflow>
-  $<$<BOOL:${ZEB_OPTIMISE_DEBUG}>:-O1>)
+  # Not the tests themselves, which compile for longer than they run.
+  $<$<AND:$<BOOL:${ZEB_OPTIMISE_DEBUG}>,$<NOT:$<BOOL:$<TARGET_PROPERTY:ZEB_IS_TEST>>>>:-O1>)
 target_include_directories(zeb_compile_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_definitions(zeb_compile_options INTERFACE _FILE_OFFSET_BITS=64)
 
