@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "format/MovieFacts.h"
+#include "format/PartialFile.h"
 #include "platform/FileHandle.h"
 
 namespace zeb::test {
@@ -95,5 +97,16 @@ public:
 private:
     const std::vector<std::uint8_t>& m_bytes;
 };
+
+inline std::int64_t finish(MemoryDisk& disk) {
+    MemoryReadableFile source(disk.bytes);
+    MemoryWritableFile target(disk);
+    return finishPartialFile(source, target);
+}
+
+inline MovieFacts factsOf(const std::vector<std::uint8_t>& bytes) {
+    MemoryReadableFile file(bytes);
+    return readMovieFacts(file);
+}
 
 }  // namespace zeb::test
