@@ -104,6 +104,17 @@ inline std::int64_t finish(MemoryDisk& disk) {
     return finishPartialFile(source, target);
 }
 
+/// What went wrong, as "domain code text"; empty when nothing did.
+template <typename Action>
+std::string failure(Action action) {
+    try {
+        action();
+    } catch (const PlatformError& error) {
+        return error.domain() + " " + std::to_string(error.code()) + " " + error.what();
+    }
+    return {};
+}
+
 inline MovieFacts factsOf(const std::vector<std::uint8_t>& bytes) {
     MemoryReadableFile file(bytes);
     return readMovieFacts(file);
