@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <numeric>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tests/codec/ReferenceCodec.h"
@@ -18,20 +15,6 @@ namespace zeb {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-TEST(PackRGB565, StoresRoundedLevelsLowByteFirst) {
-    const std::pair<std::array<std::uint8_t, 4>, std::array<std::uint8_t, 2>> cases[] = {
-        {{255, 0, 0, 255}, {0x00, 0xF8}},
-        {{0, 255, 0, 255}, {0xE0, 0x07}},
-        {{0, 0, 255, 255}, {0x1F, 0x00}},
-        {{128, 128, 128, 0}, {0x10, 0x84}},
-    };
-    for (const auto& [rgba, expected] : cases) {
-        std::array<std::uint8_t, 2> bytes{};
-        packRGB565(rgba, bytes);
-        EXPECT_EQ(bytes, expected);
-    }
-}
 
 TEST(PackRGB565, EqualsPlainLoopForEveryLevelAndCount) {
     const auto expectSame = [](const Bytes& rgba) {
@@ -107,17 +90,6 @@ TEST(LuminanceQuantiser, EqualsPlainLoopForColoursAtTheThresholds) {
     }
     ASSERT_GT(rgba.size(), 100U);
     expectEqualsPlainLoop(rgba, static_cast<int>(rgba.size() / 4), 1, 4, "thresholds");
-}
-
-TEST(LuminanceQuantiser, KeepsBlackWhiteAndTheAverage) {
-    LuminanceQuantiser quantiser(4);
-    Bytes indices(64 * 64);
-    for (const auto& [grey, mean] :
-         {std::pair<std::uint8_t, double>{0, 0}, {102, 1.2}, {255, 3}}) {  // a luminance of 0, 0.4 and 1
-        quantiser.dither(synthetic::flat(64, 64, grey, grey, grey), 64, 64, indices);
-        const double sum = std::accumulate(indices.begin(), indices.end(), 0.0);
-        EXPECT_NEAR(sum / (64 * 64), mean, 0.01);
-    }
 }
 
 }  // namespace

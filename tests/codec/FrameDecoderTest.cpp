@@ -47,20 +47,6 @@ Bytes repeated(const Bytes& pixel, int count) {
     return result;
 }
 
-TEST(FrameDecoder, ReadsHighColourPixelsInEveryOrder) {
-    struct Case {
-        Mode32Interpretation interpretation;
-        Bytes expected;
-    };
-    for (const Case& test : {Case{rgb565LE, {0, 0, 255, 255}}, Case{rgb565BE, {197, 28, 0, 255}},
-                             Case{qpcPackedLE, {197, 226, 0, 255}}, Case{qpcPackedBE, {0, 0, 255, 255}}}) {
-        FrameDecoder decoder;
-        decoder.mode32Interpretation = test.interpretation;
-        EXPECT_EQ(pixels(decoder, sprite(2, 32, 0, 1, 1, {0x00, 0xF8, 0, 0})), test.expected)
-            << label(test.interpretation);
-    }
-}
-
 /// All 65 536 values under each interpretation, by the plain formulas.
 TEST(FrameDecoder, ConvertsEveryHighColourValueExactly) {
     constexpr int width = 8192, height = 8;
