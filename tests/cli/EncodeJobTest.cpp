@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "cli/UsageError.h"
 #include "tests/platform/TemporaryFolder.h"
@@ -11,42 +10,36 @@
 namespace zeb::cli {
 namespace {
 
-class EncodeJobs : public ::testing::Test {
-protected:
-    std::vector<EncodeJob> plan(std::vector<std::string> inputs, std::optional<std::string> output = {}) {
-        EncodeArguments arguments;
-        arguments.inputs = std::move(inputs);
-        arguments.output = std::move(output);
-        return planJobs(arguments);
-    }
+std::vector<EncodeJob> plan(std::vector<std::string> inputs, std::optional<std::string> output = {}) {
+    EncodeArguments arguments;
+    arguments.inputs = std::move(inputs);
+    arguments.output = std::move(output);
+    return planJobs(arguments);
+}
 
-    test::TemporaryFolder m_folder;
-};
-
-TEST_F(EncodeJobs, NameTheirOutputs) {
-    const std::string folder = m_folder.path();
-    struct Case {
+TEST(EncodeJobs, NameTheirOutputs) {
+    const test::TemporaryFolder temporary;
+    const std::string folder = temporary.path();
+    const struct {
         std::string input;
         std::optional<std::string> output;
         std::string expected;
-    };
-    const Case cases[] = {
-        {"in/a.mp4", {}, "in/a.zeb"},
+    } cases[] = {
         {"a.b.mp4", {}, "a.b.zeb"},
         {"in.x/a", {}, "in.x/a.zeb"},
         {"in/a.mp4", folder, folder + "/a.zeb"},
         {"in/a.mp4", folder + "/", folder + "/a.zeb"},
         {"in/a.mp4", "missing/", "missing/a.zeb"},
     };
-    for (const Case& testCase : cases) {
-        EXPECT_EQ(plan({testCase.input}, testCase.output)[0].output, testCase.expected);
-    }
+    for (const auto& [input, output, expected] : cases)
+        EXPECT_EQ(plan({input}, output)[0].output, expected);
 }
 
-TEST_F(EncodeJobs, RefuseWhatWouldCollide) {
-    const std::string folder = m_folder.path();
+TEST(EncodeJobs, RefuseWhatWouldCollide) {
+    const test::TemporaryFolder temporary;
+    const std::string folder = temporary.path();
     std::filesystem::create_directory_symlink(folder, folder + "/link");
-    std::ofstream(folder + "/old.zeb") << "a movie";
+    test::store(folder + "/old.zeb", "a movie");
 
     EXPECT_THROW(plan({""}), UsageError);
     EXPECT_THROW(plan({"a.mp4", "b.mp4"}, folder + "/one.zeb"), UsageError);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <ostream>
@@ -9,9 +8,7 @@
 #include "conversion/ConversionPlan.h"
 #include "format/ZEBReader.h"
 #include "platform/ffmpeg/FFmpegMediaLibrary.h"
-#include "tests/cli/StrictMovie.h"
 #include "tests/cli/ZebProgram.h"
-#include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {
 namespace {
@@ -33,28 +30,6 @@ void PrintTo(const RealClip& clip, std::ostream* stream) {
     *stream << clip.file;
 }
 
-/// The colours that the screen shows of a picture: blue, green, red, alpha.
-std::vector<std::uint8_t> shown(const Picture& picture, int width, int height, int mode) {
-    SpriteEncoder encoder;
-    std::vector<std::uint8_t> colours;
-    if (mode == 4) {
-        for (const std::uint8_t index : encoder.quantizeLuma(picture, width, height, 4, true)) {
-            const bool isGreen = index >= 2, isRed = index % 2 == 1;
-            for (const bool isLit : {isGreen && isRed, isGreen, isRed, true})
-                colours.push_back(isLit ? 255 : 0);
-        }
-        return colours;
-    }
-    const auto words = encoder.packRGB565(encoder.renderRGBA(picture, width, height), width, height);
-    for (std::size_t i = 0; i < words.size(); i += 2) {
-        const int word = words[i] | words[i + 1] << 8;
-        for (const int component :
-             {(word & 31) * 255 / 31, (word >> 5 & 63) * 255 / 63, (word >> 11) * 255 / 31, 255})
-            colours.push_back(static_cast<std::uint8_t>(component));
-    }
-    return colours;
-}
-
 /// Every frame of the movie shows what the source shows at its moment.
 void expectSamePictures(const std::string& input, const std::string& output, int mode) {
     const auto library = makeFFmpegMediaLibrary(MediaLogging::silent);
@@ -69,17 +44,23 @@ void expectSamePictures(const std::string& input, const std::string& output, int
     generator->expect(schedule);  // or damaged pictures that nobody needs would be decoded
     ZEBReader reader(output);
     ASSERT_EQ(reader.readHeader().frameCount, schedule.count);
-    std::vector<std::uint8_t> expected;
+    SpriteEncoder encoder;
+    FrameDecoder decoder;
+    std::optional<FrameImage> expected;
     for (std::int64_t index = 0; index < schedule.count; ++index) {
         try {
+            const auto picture = generator->copyImage(schedule.at(index));
+            const auto [width, height] = plan.size;
             expected =
-                shown(*generator->copyImage(schedule.at(index)), plan.size.width, plan.size.height, mode);
+                decoder.decodeFrame(mode == 4 ? encoder.encodeMode4Sprite(*picture, width, height, true)
+                                              : encoder.encodeMode32Sprite(*picture, width, height),
+                                    width, height);
         } catch (const MediaError&) {
             // A damaged picture: the one before it stays.
         }
         const auto frame = reader.nextFrame(false);
-        ASSERT_TRUE(frame);
-        EXPECT_TRUE(std::ranges::equal(frame->pixels, expected)) << "frame " << index;
+        ASSERT_TRUE(frame && expected);
+        EXPECT_TRUE(frame->pixels == expected->pixels) << "frame " << index;
     }
 }
 
@@ -99,11 +80,10 @@ TEST_P(RealMedia, BecomesAValidMovie) {
         words.insert(words.end(), mode.begin(), mode.end());
         const auto result = runZeb(words);
         ASSERT_EQ(result.exitCode, 0) << result.error;
-        const StrictMovie movie = readStrictly(output);
-        EXPECT_EQ(std::to_string(movie.width) + "x" + std::to_string(movie.height), clip.size);
+        const MovieCheck movie = rightMovie(output);
+        EXPECT_EQ(std::to_string(movie.header.width) + "x" + std::to_string(movie.header.height), clip.size);
         EXPECT_EQ(movie.seconds, clip.seconds);
-        EXPECT_EQ(runZeb({"verify", output}).exitCode, 0);
-        expectSamePictures(input, output, movie.mode);
+        expectSamePictures(input, output, movie.header.mode);
     }
 }
 

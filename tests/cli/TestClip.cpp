@@ -25,22 +25,11 @@ void makeClip(const std::string& path, const std::vector<std::string>& arguments
     if (result.exitCode != 0) throw std::runtime_error("ffmpeg: " + result.error);
 }
 
-void makeSmallClip(const std::string& path, double seconds) {
-    const std::string duration = ":duration=" + std::to_string(seconds);
-    makeClip(path, {"-f", "lavfi", "-i", "testsrc2=size=160x120:rate=10" + duration, "-f", "lavfi", "-i",
-                    "sine=frequency=440:sample_rate=48000" + duration, "-ac", "2", "-c:v", "mpeg4", "-c:a",
-                    "pcm_s16le", "-f", "mov"});
-}
-
-void makeLongClip(const std::string& path, int width, int height, int fps, int seconds) {
-    // One second is encoded and repeated.
+void makeLongClip(const std::string& path, const std::string& size, int fps, int seconds) {
     const std::string second = path + ".second.mkv";
-    makeClip(second, {"-f", "lavfi", "-i",
-                      "testsrc2=duration=1:size=" + std::to_string(width) + "x" + std::to_string(height) +
-                          ":rate=" + std::to_string(fps),
-                      "-c:v", "mpeg4", "-q:v", "10"});
-    makeClip(path,
-             {"-stream_loop", std::to_string(seconds - 1), "-i", second, "-c", "copy", "-f", "matroska"});
+    const std::string source = "testsrc2=duration=1:size=" + size + ":rate=" + std::to_string(fps);
+    makeClip(second, {"-f", "lavfi", "-i", source, "-c:v", "mpeg4", "-q:v", "10"});
+    makeClip(path, {"-stream_loop", std::to_string(seconds - 1), "-i", second, "-c", "copy"});
 }
 
 }  // namespace zeb::test

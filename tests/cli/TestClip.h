@@ -12,10 +12,8 @@ bool canMakeClips();
 /// fails.
 void makeClip(const std::string& path, const std::vector<std::string>& arguments);
 
-/// A moving test picture of 160 x 120 at 10 frames per second with a stereo tone, `seconds` long.
-void makeSmallClip(const std::string& path, double seconds);
-
-/// Moving pictures that keep a machine busy: `width` x `height` at `fps`, `seconds` long, without sound.
-void makeLongClip(const std::string& path, int width, int height, int fps, int seconds);
+/// Moving pictures that keep a machine busy: `size` at `fps`, `seconds` long, without sound. Beside it stays
+/// the second that it repeats.
+void makeLongClip(const std::string& path, const std::string& size, int fps, int seconds);
 
 }  // namespace zeb::test

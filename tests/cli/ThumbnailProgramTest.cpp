@@ -1,16 +1,13 @@
 #include <gmock/gmock.h>
 
-#include "codec/SpriteEncoder.h"
 #include "conversion/ReducedImage.h"
-#include "format/ZEBWriter.h"
-#include "platform/fake/FakeMedia.h"
 #include "tests/cli/ZebProgram.h"
-#include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {
 namespace {
 
 using testing::ElementsAre;
+using ThumbnailProgram = ClipTest;
 
 FrameImage picture(int width, int height, const std::vector<std::uint8_t>& pixels) {
     FrameImage image;
@@ -31,40 +28,20 @@ TEST(ReducedImage, IsTheMeanOfWhatItCovers) {
     EXPECT_EQ(reducedImage(picture(1, 2, {1, 2, 3, 4, 4, 4, 4, 4}), 2).pixels.size(), 8U);
 }
 
-TEST(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
-    const TemporaryFolder folder;
-    const std::string movie = folder.file("movie.zeb");
-    MovieParameters parameters;
-    parameters.width = 96;
-    parameters.height = 64;
-    parameters.fps = 1;
-    parameters.qlMode = 32;
-    parameters.totalFrames = 1;
-    parameters.frameIndexCount = 1;
-    const auto record = SpriteEncoder().encodeMode32Sprite(fake::FakePicture(1), 96, 64);
-    const std::vector<std::span<const std::uint8_t>> frames = {record};
-    ZEBWriter writer(movie, parameters);
-    writer.writeSecond({}, frames);
-    writer.finish();
-    writer.close();
-    store(folder.file("cut.zeb"), contents(movie).substr(0, 60));
-    store(folder.file("text.zeb"), "no movie");
+TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
+    ASSERT_EQ(zeb({"encode", "a.mov"}).exitCode, 0);
+    store(m_folder.file("cut.zeb"), contents(m_folder.file("a.zeb")).substr(0, 60));
+    store(m_folder.file("text.zeb"), "no movie");
+    store(m_folder.file("a.png"), "old");
+    for (const std::string wrong : {"cut.zeb", "text.zeb", "missing.zeb", "."})
+        expectFailure({"thumbnail", wrong, "a.png"}, 3, wrong);
+    expectFailure({"thumbnail", "a.zeb", "nowhere/picture/a.png"}, 4, "");
+    expectFailure({"thumbnail", "a.zeb", "a.png", "--size", "0"}, 2, "");
+    EXPECT_EQ(contents(m_folder.file("a.png")), "old");
 
-    const std::string picture = folder.file("picture.png");
-    store(picture, "old");
-    for (const char* wrong : {"cut.zeb", "text.zeb", "missing.zeb", "."}) {
-        const auto result = runZeb({"thumbnail", folder.file(wrong), picture});
-        EXPECT_EQ(result.exitCode, 3) << wrong;
-        EXPECT_THAT(result.error, testing::AllOf(testing::StartsWith("zeb: "), testing::HasSubstr(wrong)));
-    }
-    EXPECT_EQ(contents(picture), "old");
-    EXPECT_EQ(runZeb({"thumbnail", movie, folder.file("nowhere/picture/a.png")}).exitCode, 4);
-    EXPECT_EQ(runZeb({"thumbnail", movie, picture, "--size", "0"}).exitCode, 2);
-
-    EXPECT_EQ(runZeb({"thumbnail", movie, picture, "--size", "48"}).exitCode, 0);
-    // The header of a PNG: 48 x 32.
-    EXPECT_EQ(contents(picture).substr(12, 12), std::string("IHDR\0\0\0\x30\0\0\0\x20", 12));
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"cut.zeb", "movie.zeb", "picture.png", "text.zeb"}));
+    EXPECT_EQ(zeb({"thumbnail", "a.zeb", "a.png", "--size", "48"}).exitCode, 0);
+    // The header of a PNG: 48 x 36.
+    EXPECT_EQ(contents(m_folder.file("a.png")).substr(12, 12), std::string("IHDR\0\0\0\x30\0\0\0\x24", 12));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 """Feeds the include check small trees with one fault each: it must find every one, and nothing in a good tree."""
 
-import os
 import pathlib
 import subprocess
 import sys
@@ -19,6 +18,8 @@ GOOD = {
     "format/Writer.h": "#include \"codec/Sprite.h\"\n",
     "conversion/Run.h": "#include \"format/Writer.h\"\n",
     "cli/main.cpp": "#include <CLI/App.hpp>\n#include <unistd.h>\n#include \"platform/ffmpeg/Library.h\"\n",
+    "player/Player.h": "",  # what bad files point at, as Handles.h
+    "platform/ffmpeg/Wrapped.h": "#include \"platform/ffmpeg/Handles.h\"\n",
     "tests/Clip.h": "#include \"platform/ffmpeg/Handles.h\"\n",
     "tests/codec/SpriteTest.cpp": "#include <gtest/gtest.h>\n#include \"../Clip.h\"\n#include \"conversion/Run.h\"\n",
 }
@@ -28,52 +29,37 @@ BAD = (
     ("platform/Clock.cpp", "#include \"codec/Sprite.h\"\n", "platform/ may not include codec/Sprite.h"),
     ("codec/Codec.cpp", "#include \"format/Writer.h\"\n", "codec/ may not include format/Writer.h"),
     ("codec/Codec.cpp", "  #  include   <format/Writer.h>\n", "codec/ may not include format/Writer.h"),
-    ("format/Reader.cpp", "#include \"conversion/Run.h\"\n", "format/ may not include"),
-    ("conversion/Job.cpp", "#include \"cli/Console.h\"\n", "conversion/ may not include cli/Console.h"),
-    ("player/Player.cpp", "#include \"conversion/Run.h\"\n", "player/ may not include"),
     ("cli/Play.cpp", "#include \"player/Player.h\"\n", "cli/ may not include player/Player.h"),
     ("platform/Media.h", "#include <libavutil/rational.h>\n", "FFmpeg may be used in"),
     ("conversion/Job.cpp", "#include \"platform/ffmpeg/Handles.h\"\n", "brings FFmpeg along"),
     ("cli/Job.cpp", "#include \"platform/ffmpeg/Wrapped.h\"\n", "brings FFmpeg along"),
     ("conversion/Scale.cpp", "#include <zimg++.hpp>\n", "zimg may be used in"),
-    ("conversion/Job.cpp", "#include <QString>\n", "Qt may be used in"),
     ("platform/Media.cpp", "#include <QtCore/QString>\n", "Qt may be used in"),
-    ("format/Preferences.cpp", "#include <plist/plist.h>\n", "libplist may be used in"),
     ("codec/Codec.cpp", "#include <unistd.h>\n", "the operating system may be used in"),
-    ("format/Writer.cpp", "#include <nlohmann/json.hpp>\n", "nlohmann_json may be used in"),
     ("format/Writer.cpp", "#include \"Writer.h\"\n", "must be written as a path from the root"),
     ("format/Writer.cpp", "#include \"../codec/Sprite.h\"\n", "must be written as a path from the root"),
     ("tests/codec/RLE2Test.cpp", "#include \"Missing.h\"\n", "Missing.h is neither"),
     ("format/Writer.cpp", "#include <boost/endian.hpp>\n", "boost/endian.hpp is neither"),
-    ("format/Writer.cpp", "#include \"format/Missing.h\"\n", "format/Missing.h is neither"),
 )
-
-HELPERS = {  # what the bad files point at
-    "cli/Console.h": "",
-    "player/Player.h": "",
-    "platform/ffmpeg/Wrapped.h": "#include \"platform/ffmpeg/Handles.h\"\n",
-}
-
 
 def check(files):
     with tempfile.TemporaryDirectory() as folder:
         for name, text in files.items():
-            path = os.path.join(folder, name)
-            os.makedirs(os.path.dirname(path), exist_ok=True)
-            with open(path, "w", encoding="utf-8") as file:
-                file.write(text)
+            path = pathlib.Path(folder, name)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(text, "utf-8")
         return subprocess.run([sys.executable, CHECK, folder], capture_output=True, text=True, check=False)
 
 
 class CheckIncludes(unittest.TestCase):
     def testGoodTreePasses(self):
-        outcome = check({**GOOD, **HELPERS})
+        outcome = check(GOOD)
         self.assertEqual((outcome.returncode, outcome.stderr), (0, ""), outcome.stdout)
 
     def testEveryFaultIsFoundAlone(self):
         for name, text, complaint in BAD:
             with self.subTest(file=name, text=text):
-                outcome = check({**GOOD, **HELPERS, name: text})
+                outcome = check({**GOOD, name: text})
                 self.assertEqual(outcome.returncode, 1, outcome.stdout)
                 lines = outcome.stdout.splitlines()
                 self.assertEqual(len(lines), 1, outcome.stdout)
