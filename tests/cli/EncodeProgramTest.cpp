@@ -39,9 +39,10 @@ TEST_F(EncodeProgram, ProposesEverything) {
 }
 
 TEST_F(EncodeProgram, DoesWhatTheOptionsSayAndTellsProgressInJson) {
-    const auto result = zeb({"encode",  "--size", "80x80", "--stretch",  "--fps",     "4",          "--mode",    "4",
-                             "--audio", "mono",   "--loop", "--title",   "QL",         "--threads", "2",
-                             "--track", "7",      "-o",     "other.zeb", "--progress", "json",      "a.mov"});
+    const auto result =
+        zeb({"encode",  "--size", "80x80",     "--stretch",  "--fps", "4",         "--mode", "4",
+             "--audio", "mono",   "--loop",    "--title",    "QL",    "--threads", "2",      "--track",
+             "7",       "-o",     "other.zeb", "--progress", "json",  "a.mov"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.error, "zeb: a.mov: there is no sound track 7; track 1, the last one, is taken\n");
     const ZEBHeader header = rightMovie(m_folder.file("other.zeb")).header;
@@ -64,6 +65,28 @@ TEST_F(EncodeProgram, DoesWhatTheOptionsSayAndTellsProgressInJson) {
     EXPECT_EQ(frames, 12);
     EXPECT_EQ(json["type"], "done");
     EXPECT_EQ(json["bytes"], fs::file_size(m_folder.file("other.zeb")));
+}
+
+TEST_F(EncodeProgram, EstimatesWhatTheRunWillWrite) {
+    for (const std::string mode : {"4", "32"}) {
+        const auto result =
+            zeb({"encode", "--estimate", "missing.mp4", "a.mov", "--mode", mode, "--progress", "json"});
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_THAT(result.error, StartsWith("zeb: missing.mp4: "));
+        const auto json = nlohmann::json::parse(result.out.substr(result.out.find("{\"", 1)));
+        EXPECT_EQ(json["type"], "forecast");
+        EXPECT_EQ(json["fits"], true);
+        EXPECT_EQ(json["frames"], 30);
+        EXPECT_EQ(json["exact"], mode == "4");
+        ASSERT_EQ(zeb({"encode", "a.mov", "--mode", mode, "--progress", "none"}).exitCode, 0);
+        const auto bytes = static_cast<double>(fs::file_size(m_movie));
+        EXPECT_NEAR(json["bytes"].get<double>() / bytes, 1, mode == "4" ? 0 : 0.05);
+        fs::remove(m_movie);
+    }
+    const auto text = zeb({"encode", "--estimate", "a.mov", "--audio", "off"}).out;
+    EXPECT_THAT(text, StartsWith("a.mov -> a.zeb: 160x120, 10 frames per second, 0:03, Mode 32\n"));
+    EXPECT_THAT(text, HasSubstr("\n  File size      about "));
+    EXPECT_THAT(text, HasSubstr("\n  4 GiB limit    not reached\n  Free space     "));
 }
 
 TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
