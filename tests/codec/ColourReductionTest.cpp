@@ -2,12 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include "tests/codec/ReferenceCodec.h"
 #include "tests/codec/SyntheticPictures.h"
 

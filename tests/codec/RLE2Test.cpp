@@ -2,13 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <cstdint>
-#include <optional>
 #include <random>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "tests/codec/ReferenceCodec.h"
 
