@@ -165,50 +165,5 @@ TEST(ZEBWriterTest, LastBlockMayStartAtTheLastOffset) {
     EXPECT_EQ(Bytes(end - 8, end), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}));
 }
 
-/// Writes the golden movie; returns how many seconds went well, or -1 when there was not even a writer.
-int writeGoldenMovie(MemoryDisk& disk) {
-    int seconds = -1;
-    try {
-        ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), golden::parameters());
-        for (const Second& second : golden::seconds()) {
-            ++seconds;
-            write(writer, second);
-        }
-        ++seconds;
-        writer.finish();
-        writer.close();
-    } catch (const FileError& error) {
-        EXPECT_EQ(error.code(), ENOSPC);
-    }
-    return seconds;
-}
-
-TEST(ZEBWriterTest, EveryFailureLeavesWholeSeconds) {
-    MemoryDisk healthy;
-    ASSERT_EQ(writeGoldenMovie(healthy), 2);
-    const Bytes expected[] = {{}, golden::firstSecondAlone(), golden::movie()};
-    const std::size_t sizes[] = {golden::firstBlock, golden::secondBlock, golden::movie().size()};
-    for (const bool forGood : {false, true}) {
-        for (int call = 1; call <= healthy.calls; ++call) {
-            SCOPED_TRACE("call " + std::to_string(call) + (forGood ? " and all after it" : ""));
-            MemoryDisk disk;
-            disk.failFrom = call;
-            disk.failTo = forGood ? std::numeric_limits<int>::max() : call;
-            const int seconds = writeGoldenMovie(disk);
-            // A disk that stays broken cannot cut what is torn off either.
-            if (!forGood) {
-                EXPECT_EQ(disk.bytes.size(), seconds < 0 ? 0 : sizes[seconds]);
-            }
-            if (seconds < 0) continue;
-            EXPECT_EQ(factsOf(disk.bytes).wholeSeconds, seconds);
-            disk.failFrom = disk.failTo = 0;
-            EXPECT_EQ(finish(disk), seconds);
-            if (seconds > 0) {
-                EXPECT_EQ(disk.bytes, expected[seconds]);
-            }
-        }
-    }
-}
-
 }  // namespace
 }  // namespace zeb
