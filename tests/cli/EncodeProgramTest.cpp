@@ -9,7 +9,6 @@
 #include <sstream>
 
 #include "format/ZEBReader.h"
-#include "tests/cli/TestClip.h"
 #include "tests/cli/ZebProgram.h"
 
 namespace zeb::test {
@@ -160,20 +159,6 @@ TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
     for (const std::vector<std::string>& words :
          {std::vector<std::string>{}, {"info"}, {"encode", ""}, {"encode", "a.mov", "--mode", "\x1b[2J\n"}})
         expectFailure(words, 2, "");
-}
-
-TEST_F(EncodeProgram, MakesAMovieOrOneLineOfADamagedClip) {
-    const std::string damaged = m_folder.file("damaged.mov"), clip = contents(m_folder.file("a.mov"));
-    for (std::size_t part = 1; part < 8; ++part) {
-        const std::size_t place = clip.size() * part / 8;
-        std::string bytes = clip.substr(0, place);
-        if (part % 2 != 0) bytes += std::string(2000, '\x55') + clip.substr(place + 2000);
-        store(damaged, bytes);
-        const auto result = zeb({"encode", "damaged.mov", "--force", "--progress", "none"});
-        EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 3)
-            << part << ": " << result.exitCode << result.error;
-        EXPECT_EQ(fs::remove(m_folder.file("damaged.zeb")), result.exitCode == 0) << part;
-    }
 }
 
 class Interrupt : public EncodeProgram {

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "tests/cli/TestClip.h"
 #include "tests/cli/ZebProgram.h"
 
 namespace zeb::test {

@@ -3,9 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
-
-#include "tests/cli/TestClip.h"
 
 namespace zeb::test {
 
@@ -24,6 +23,21 @@ MovieCheck rightMovie(const std::string& path) {
     return check;
 }
 
+void makeClip(const std::string& path, const std::vector<std::string>& arguments) {
+    std::vector<std::string> words = {"ffmpeg", "-nostdin", "-v", "error", "-y"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    words.push_back(path);
+    const auto result = ChildProcess(words, {}).finish();
+    if (result.exitCode != 0) throw std::runtime_error("ffmpeg: " + result.error);
+}
+
+void makeLongClip(const std::string& path, const std::string& size, int fps, int seconds) {
+    const std::string second = path + ".second.mkv";
+    const std::string source = "testsrc2=duration=1:size=" + size + ":rate=" + std::to_string(fps);
+    makeClip(second, {"-f", "lavfi", "-i", source, "-c:v", "mpeg4", "-q:v", "10"});
+    makeClip(path, {"-stream_loop", std::to_string(seconds - 1), "-i", second, "-c", "copy"});
+}
+
 void ProgramTest::expectFailure(const std::vector<std::string>& arguments, int exitCode,
                                 const std::string& text) {
     const auto before = m_folder.names();
@@ -37,7 +51,8 @@ void ProgramTest::expectFailure(const std::vector<std::string>& arguments, int e
 }
 
 void ClipTest::SetUp() {
-    if (!canMakeClips()) GTEST_SKIP() << "needs the ffmpeg program to make its clips";
+    if (ChildProcess({"ffmpeg", "-version"}, {}).finish().exitCode != 0)
+        GTEST_SKIP() << "needs the ffmpeg program to make its clips";
     makeClip(m_folder.file("a.mov"), {"-f", "lavfi", "-i", "testsrc2=size=160x120:rate=10:duration=2.5", "-f",
                                       "lavfi", "-i", "sine=frequency=440:sample_rate=48000:duration=2.5",
                                       "-ac", "2", "-c:v", "mpeg4", "-c:a", "pcm_s16le"});

