@@ -26,15 +26,35 @@ TEST(PartialFileTest, FinishesAMovieCutAnywhere) {
             disk.bytes.assign(movie.begin(), movie.begin() + static_cast<std::ptrdiff_t>(cut));
             const Bytes before = disk.bytes;
             if (cut < golden::firstBlock) {
+                EXPECT_THROW(factsOf(before), ZEBFormatError);
                 EXPECT_THROW(finish(disk), ZEBFormatError);
             } else {
-                EXPECT_EQ(finish(disk), cut < golden::secondBlock ? 0 : cut < movie.size() ? 1 : 2);
+                const int seconds = cut < golden::secondBlock ? 0 : cut < movie.size() ? 1 : 2;
+                EXPECT_EQ(factsOf(before).wholeSeconds, seconds);
+                EXPECT_EQ(factsOf(before).isFinished, before == golden::movie());
+                EXPECT_EQ(finish(disk), seconds);
             }
             EXPECT_EQ(disk.bytes, cut < golden::secondBlock ? before
                                   : cut < movie.size()      ? golden::firstSecondAlone()
                                                             : golden::movie());
         }
     }
+}
+
+TEST(PartialFileTest, BelievesAnIndexAndCountAsFarAsTheFileReaches) {
+    // The last index entry leads to a header field that looks like a block up to the end of the file.
+    Bytes misled = golden::movie();
+    misled.pop_back();
+    misled[golden::maxSecondBlockSize + 3] =
+        static_cast<std::uint8_t>(misled.size() - golden::maxSecondBlockSize - 4);
+    misled[golden::index + 7] = golden::maxSecondBlockSize;
+    EXPECT_FALSE(factsOf(misled).isFinished);
+    EXPECT_EQ(factsOf(misled).wholeSeconds, 1);
+    EXPECT_EQ(factsOf(misled).bytesPerSecond, 21);
+    Bytes boasting = golden::movie();
+    std::fill_n(boasting.begin() + golden::totalFrames, 4, std::uint8_t{0xFF});
+    EXPECT_FALSE(factsOf(boasting).isFinished);
+    EXPECT_EQ(factsOf(boasting).wholeSeconds, 2);
 }
 
 TEST(PartialFileTest, CutsBlocksThatContradictThemselves) {
