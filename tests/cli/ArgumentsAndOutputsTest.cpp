@@ -8,12 +8,15 @@
 
 #include "cli/EncodeJob.h"
 #include "cli/ExportJob.h"
+#include "cli/PartialOutput.h"
 #include "cli/UsageError.h"
+#include "tests/format/GoldenMovie.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::cli {
 namespace {
 
+namespace golden = test::golden;
 using ::testing::PrintToString;
 using Kind = ExportSettings::Kind;
 using Words = std::vector<std::string>;
@@ -99,6 +102,32 @@ TEST(EncodeJobs, RefuseWhatWouldCollide) {
     EXPECT_EQ(plan({"a.mp4", "b.mp4"}, folder).size(), 2u);
     // Its own input is refused when its turn comes, as a failure of that one input.
     EXPECT_EQ(plan({folder + "/old.zeb"}).size(), 1u);
+}
+
+TEST(PartialOutput, LeavesAloneWhatIsNotItsOwn) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder.file("a.zeb");
+    PartialOutput output{path};
+    // An old movie that the run never came to replace.
+    test::store(path, golden::unfinishedMovie());
+    output.noteCreated();
+    EXPECT_EQ(output.settle().text, "");
+    EXPECT_EQ(test::contents<golden::Bytes>(path), golden::unfinishedMovie());
+
+    // A movie that someone else put there before the run created its own.
+    output.noteReplaced();
+    EXPECT_EQ(output.settle().text, "");
+    EXPECT_TRUE(std::filesystem::exists(path));
+
+    // One that someone else put there afterwards.
+    output.noteCreated();
+    std::filesystem::rename(path, folder.file("moved"));
+    test::store(path, "");
+    EXPECT_NE(output.settle().text, "");
+    EXPECT_TRUE(std::filesystem::remove(path));
+
+    // Nothing there any more.
+    EXPECT_EQ(output.settle().text, "");
 }
 
 TEST(ExportTime, ReadsWhatPeopleWrite) {
