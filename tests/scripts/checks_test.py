@@ -1,4 +1,4 @@
-"""Feeds the include check small trees with one fault each: it must find every one, and nothing in a good tree."""
+"""Feeds the house's checks small trees with one fault each: they must find every one, and nothing in a good tree."""
 
 import pathlib
 import subprocess
@@ -6,7 +6,7 @@ import sys
 import tempfile
 import unittest
 
-CHECK = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "check_includes.py"
+SCRIPTS = pathlib.Path(__file__).resolve().parents[2] / "scripts"
 
 GOOD = {
     "platform/Picture.h": "#include <cstdint>\n",
@@ -42,36 +42,53 @@ BAD = (
     ("format/Writer.cpp", "#include <boost/endian.hpp>\n", "boost/endian.hpp is neither"),
 )
 
-def check(files):
+ENGLISH = '// A comment\n"size" = "%lld × %@, 100 %%";\n"hello \\"you\\"" = "x";\n'
+GERMAN = '"size" = "%2$@ mal %1$lld";\n"hello \\"you\\"" = "y";\n'
+CODE = 'auto text = localizedText(\n    "size", {1, name});\n'
+
+
+def check(script, files):
+    """The exit code and the lines of a check of a folder with those files."""
     with tempfile.TemporaryDirectory() as folder:
         for name, text in files.items():
             path = pathlib.Path(folder, name)
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text(text, "utf-8")
-        return subprocess.run([sys.executable, CHECK, folder], capture_output=True, text=True, check=False)
+        run = subprocess.run([sys.executable, SCRIPTS / script, folder], capture_output=True, text=True, check=False)
+        return run.returncode, (run.stdout + run.stderr).splitlines()
 
 
-class CheckIncludes(unittest.TestCase):
-    def testGoodTreePasses(self):
-        outcome = check(GOOD)
-        self.assertEqual((outcome.returncode, outcome.stderr), (0, ""), outcome.stdout)
+def check_strings(german=GERMAN, code=CODE, qml="Label { text: localizedText(\"size\") }\n"):
+    return check("check_strings.py", {"resources/strings/en.strings": ENGLISH, "resources/strings/de.strings": german,
+                                      "ui/Window.cpp": code, "ui/qml/Window.qml": qml})
 
-    def testEveryFaultIsFoundAlone(self):
+
+class Checks(unittest.TestCase):
+    def test_good_trees(self):
+        for files in (GOOD, {**GOOD, "codec/A.cpp": "// #include \"cli/x.h\"\n/*\n#include <QString>\n*/\n"}):
+            self.assertEqual(check("check_includes.py", files)[0], 0)
+        self.assertEqual(check("check_includes.py", {"README.md": ""})[0], 2, "nothing to check is no success")
+        self.assertEqual(check_strings()[0], 0)
+
+    def test_every_wrong_include_is_found_alone(self):
         for name, text, complaint in BAD:
             with self.subTest(file=name, text=text):
-                outcome = check({**GOOD, name: text})
-                self.assertEqual(outcome.returncode, 1, outcome.stdout)
-                lines = outcome.stdout.splitlines()
-                self.assertEqual(len(lines), 1, outcome.stdout)
+                code, lines = check("check_includes.py", {**GOOD, name: text})
+                self.assertEqual((code, len(lines)), (1, 1), lines)
                 self.assertTrue(lines[0].startswith(f"{name}:1: "), lines[0])
                 self.assertIn(complaint, lines[0])
 
-    def testCommentedIncludesDoNotCount(self):
-        outcome = check({**GOOD, "codec/A.cpp": "// #include \"cli/x.h\"\n/*\n#include <QString>\n*/\n"})
-        self.assertEqual(outcome.returncode, 0, outcome.stdout)
-
-    def testNothingToCheckIsNoSuccess(self):
-        self.assertEqual(check({"README.md": ""}).returncode, 2)
+    def test_every_wrong_string_is_found(self):
+        for expected, arguments in {
+            'de: no text for "size"': {"german": '"hello \\"you\\"" = "y";\n'},
+            'en: no text for "more", which de has': {"german": GERMAN + '"more" = "";\n'},
+            'de: "size" takes': {"german": GERMAN.replace("%1$lld", "%1$f")},
+            'ui/Window.cpp:2: no table has "sizes"': {"code": '\nlocalizedText("sizes")'},
+            'ui/qml/Window.qml:1: no table has "colour"': {"qml": 'text: localizedText("colour", [1])'},
+        }.items():
+            code, lines = check_strings(**arguments)
+            self.assertEqual(code, 1, expected)
+            self.assertTrue(lines[0].startswith(expected), lines)
 
 
 if __name__ == "__main__":
