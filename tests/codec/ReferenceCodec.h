@@ -97,20 +97,27 @@ inline std::optional<Bytes> expandRLE2(std::span<const std::uint8_t> block, std:
     for (std::size_t i = 4; i < 8; ++i)
         length = length << 8 | block[i];
     const std::size_t capacity = std::max(expected, length);
-    Bytes output;
+    Bytes output(std::min(capacity, block.size() * 129 * 4), 0);  // no packets reach further
     std::size_t in = 8;
-    while (output.size() < capacity && in < block.size()) {
+    std::size_t out = 0;
+    while (out < capacity && in < block.size()) {
         const std::size_t control = block[in++];
-        const bool isLiteral = control < 0x80;
-        const std::size_t bytes = isLiteral ? (control + 1) * itemSize : itemSize;
-        if (bytes > block.size() - in) break;
-        if (isLiteral && bytes > capacity - output.size()) break;
-        const auto items = block.subspan(in, bytes);
-        for (std::size_t n = isLiteral ? 1 : 257 - control; n > 0 && bytes <= capacity - output.size(); --n)
-            output.insert(output.end(), items.begin(), items.end());
-        in += bytes;
+        if (control < 0x80) {
+            const std::size_t bytes = (control + 1) * itemSize;
+            if (in + bytes > block.size() || out + bytes > capacity) break;
+            std::memcpy(&output[out], &block[in], bytes);
+            in += bytes;
+            out += bytes;
+        } else {
+            if (in + itemSize > block.size()) break;
+            for (std::size_t n = 257 - control; n > 0 && out + itemSize <= capacity; --n, out += itemSize) {
+                for (std::size_t k = 0; k < itemSize; ++k)
+                    output[out + k] = block[in + k];
+            }
+            in += itemSize;
+        }
     }
-    if (output.size() < expected) return std::nullopt;
+    if (out < expected) return std::nullopt;
     output.resize(expected);
     return output;
 }
