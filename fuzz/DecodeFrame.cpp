@@ -23,10 +23,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::require(fresh.lastDecodeDebug() == line, "earlier records leave no trace");
     fuzz::require(image.has_value() == again.has_value(), "nor do they help");
     if (!image) return 0;
+    const auto pixels = static_cast<std::size_t>(image->width) * static_cast<std::size_t>(image->height);
     fuzz::require(image->width >= 1 && image->height >= 1, "a picture has sides");
-    fuzz::require(image->pixels.size() == std::size_t{4} * static_cast<std::size_t>(image->width) *
-                                              static_cast<std::size_t>(image->height),
-                  "and all its pixels");
+    fuzz::require(image->pixels.size() == 4 * pixels, "and all its pixels");
     fuzz::require(image->pixels == again->pixels, "which are the same again");
     return 0;
 }

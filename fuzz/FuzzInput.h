@@ -19,14 +19,12 @@ public:
     FuzzInput(const std::uint8_t* data, std::size_t size) : m_rest(data, size) {}
 
     bool isEmpty() const { return m_rest.empty(); }
-    std::size_t remaining() const { return m_rest.size(); }
 
     /// An unsigned number of that many bytes, big-endian.
     std::uint64_t number(std::size_t bytes) {
         std::uint64_t value = 0;
-        for (std::size_t i = 0; i < bytes; ++i) {
+        for (std::size_t i = 0; i < bytes; ++i)
             value = value << 8 | (i < m_rest.size() ? m_rest[i] : 0);
-        }
         m_rest = m_rest.subspan(std::min(bytes, m_rest.size()));
         return value;
     }

@@ -15,19 +15,15 @@ using namespace zeb;
 
 namespace {
 
-void checkCollected(const UserDefaults& defaults, bool isStrict) {
+void checkCollected(const UserDefaults& defaults) {
     const auto presets = collectUserPresets(defaults, isBeforeInAnyLanguage);
     std::set<std::string> ids;
-    for (const UserPreset& preset : presets) {
-        ids.insert(preset.id);
-        fuzz::require(isStrict || (preset.width >= 1 && preset.height >= 1), "lenient records have a size");
-    }
-    fuzz::require(ids.size() == presets.size(), "ids are unique");
+    for (const UserPreset& preset : presets)
+        fuzz::require(ids.insert(preset.id).second, "ids are unique");
     fuzz::require(std::ranges::is_sorted(presets, isBeforeInAnyLanguage, &UserPreset::name),
                   "sorted by name");
     const auto written = encodeUserPresets(presets);
-    fuzz::require(written.has_value(), "every text is UTF-8");
-    fuzz::require(decodeUserPresets(*written) == presets, "presets come back as they were");
+    fuzz::require(written && decodeUserPresets(*written) == presets, "presets come back as they were");
 }
 
 }  // namespace
@@ -37,19 +33,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     NotificationCenter notifications;
     fake::FakeUserDefaults defaults(notifications);
     PresetEditor editor(defaults, notifications);
-    const bool isStrict = decodeUserPresets(bytes).has_value();
-
     defaults.set("userPresetsData", bytes);
-    checkCollected(defaults, isStrict);
+    checkCollected(defaults);
     try {
         defaults.set("customPresets", propertyList::parse(bytes));
-        checkCollected(defaults, isStrict);
+        checkCollected(defaults);
     } catch (const PropertyListError&) {
     }
-
     defaults.set(userPresetsKey, bytes);
     fuzz::require(editor.userPresets() == menuUserPresets(defaults), "editor and menu read the same");
-    fuzz::require(isStrict || editor.userPresets().empty(), "the editor reads strictly");
     editor.addUserPreset("added", 640, 480);
     fuzz::require(editor.userPresets() == menuUserPresets(defaults), "and what is stored");
     return 0;

@@ -1,15 +1,15 @@
 #include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "tests/cli/StrictMovie.h"
-#include "tests/cli/TestClip.h"
+#include "format/ZEBReader.h"
 #include "tests/cli/ZebProgram.h"
-#include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {
 namespace {
@@ -18,58 +18,41 @@ namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-class EncodeProgram : public ::testing::Test {
+class EncodeProgram : public ClipTest {
 protected:
-    void SetUp() override {
-        if (!canMakeClips()) GTEST_SKIP() << "needs the ffmpeg program to make its clips";
-        makeSmallClip(m_clip, 2.5);
-    }
-
-    TemporaryFolder m_folder;
-    std::string m_clip = m_folder.file("Tall ship.mov");
-    std::string m_movie = m_folder.file("Tall ship.zeb");
+    std::string m_movie = m_folder.file("a.zeb");
 };
 
 TEST_F(EncodeProgram, ProposesEverything) {
-    const auto result = runZeb({"encode", m_clip});
+    const auto result = zeb({"encode", "a.mov"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.error, "");
-    EXPECT_THAT(result.out,
-                StartsWith(m_clip + " -> " + m_movie + ": 160x120, 10 frames per second, 0:03, Mode 32\n"));
-    EXPECT_THAT(result.out, HasSubstr("\n" + m_movie + ": 160x120, 30 frames, 0:03, "));
-
-    const StrictMovie movie = readStrictly(m_movie);
-    EXPECT_EQ(movie.mode, 32);
-    EXPECT_EQ(movie.frames, 30);
-    EXPECT_EQ(movie.soundChannels, 2);
-    EXPECT_FALSE(movie.loop);
-    EXPECT_NE(movie.records[0], movie.records[1]);
+    EXPECT_THAT(result.out, StartsWith("a.mov -> a.zeb: 160x120, 10 frames per second, 0:03, Mode 32\n"));
+    EXPECT_THAT(result.out, HasSubstr("\na.zeb: 160x120, 30 frames, 0:03, "));
+    EXPECT_EQ(rightMovie(m_movie).header.frameCount, 30);
     // The tone sounds for 2.5 of the 3 seconds.
-    const auto silence = movie.sound.begin() + 2 * 2 * 20000 + 20000;
-    EXPECT_GT(std::count_if(movie.sound.begin(), silence, [](int byte) { return byte != 128; }), 80000);
-    EXPECT_LT(std::count_if(silence, movie.sound.end(), [](int byte) { return byte != 128; }), 10);
+    const auto sound = ZEBReader(m_movie).readAllAudio().bytes;
+    ASSERT_EQ(sound.size(), 3 * 2 * 20000U);
+    const auto silence = sound.begin() + 2 * 2 * 20000 + 20000;
+    EXPECT_GT(std::count_if(sound.begin(), silence, [](int byte) { return byte != 128; }), 80000);
+    EXPECT_LT(std::count_if(silence, sound.end(), [](int byte) { return byte != 128; }), 10);
 }
 
-TEST_F(EncodeProgram, DoesWhatTheOptionsSay) {
-    const auto result = runZeb({"encode", "--size", "80x80", "--stretch", "--fps", "4", "--mode", "4",
-                                "--dither", "--audio", "mono", "--loop", "--title", "QL", "--threads", "2",
-                                "-o", m_folder.file("other.zeb"), m_clip});
+TEST_F(EncodeProgram, DoesWhatTheOptionsSayAndTellsProgressInJson) {
+    const auto result =
+        zeb({"encode",  "--size", "80x80",     "--stretch",  "--fps", "4",         "--mode", "4",
+             "--audio", "mono",   "--loop",    "--title",    "QL",    "--threads", "2",      "--track",
+             "7",       "-o",     "other.zeb", "--progress", "json",  "a.mov"});
     EXPECT_EQ(result.exitCode, 0);
-    const StrictMovie movie = readStrictly(m_folder.file("other.zeb"));
-    EXPECT_EQ(movie.width, 80);
-    EXPECT_EQ(movie.height, 80);
-    EXPECT_EQ(movie.fps, 4);
-    EXPECT_EQ(movie.mode, 4);
-    EXPECT_EQ(movie.soundChannels, 1);
-    EXPECT_TRUE(movie.loop);
-    EXPECT_FALSE(fs::exists(m_movie));
-}
-
-TEST_F(EncodeProgram, TellsProgressInJson) {
-    const auto result = runZeb({"encode", m_clip, "--progress", "json", "--track", "7"});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.error,
-              "zeb: " + m_clip + ": there is no sound track 7; track 1, the last one, is taken\n");
+    EXPECT_EQ(result.error, "zeb: a.mov: there is no sound track 7; track 1, the last one, is taken\n");
+    const ZEBHeader header = rightMovie(m_folder.file("other.zeb")).header;
+    EXPECT_EQ(header.width, 80);
+    EXPECT_EQ(header.height, 80);
+    EXPECT_EQ(header.fps, 4);
+    EXPECT_EQ(header.mode, 4);
+    EXPECT_EQ(header.audioChannels, 1);
+    EXPECT_EQ(header.options, 1);
+    EXPECT_EQ(header.title, "QL");
     std::istringstream stream(result.out);
     std::int64_t frames = 0;
     nlohmann::json json;
@@ -79,86 +62,130 @@ TEST_F(EncodeProgram, TellsProgressInJson) {
         EXPECT_GE(json["frames"], frames);
         frames = json["frames"];
     }
-    EXPECT_EQ(frames, 30);
+    EXPECT_EQ(frames, 12);
     EXPECT_EQ(json["type"], "done");
-    EXPECT_EQ(json["bytes"], fs::file_size(m_movie));
+    EXPECT_EQ(json["bytes"], fs::file_size(m_folder.file("other.zeb")));
 }
 
-TEST_F(EncodeProgram, ReplacesOnlyWhenForced) {
-    std::ofstream(m_movie) << "precious";
-    const auto refused = runZeb({"encode", m_clip});
-    EXPECT_EQ(refused.exitCode, 4);
-    EXPECT_EQ(refused.error, "zeb: " + m_movie + ": exists already (use --force to replace it)\n");
+TEST_F(EncodeProgram, EstimatesWhatTheRunWillWrite) {
+    for (const std::string mode : {"4", "32"}) {
+        const auto result =
+            zeb({"encode", "--estimate", "missing.mp4", "a.mov", "--mode", mode, "--progress", "json"});
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_THAT(result.error, StartsWith("zeb: missing.mp4: "));
+        const auto json = nlohmann::json::parse(result.out.substr(result.out.find("{\"", 1)));
+        EXPECT_EQ(json["type"], "forecast");
+        EXPECT_EQ(json["fits"], true);
+        EXPECT_EQ(json["frames"], 30);
+        EXPECT_EQ(json["exact"], mode == "4");
+        ASSERT_EQ(zeb({"encode", "a.mov", "--mode", mode, "--progress", "none"}).exitCode, 0);
+        const auto bytes = static_cast<double>(fs::file_size(m_movie));
+        EXPECT_NEAR(json["bytes"].get<double>() / bytes, 1, mode == "4" ? 0 : 0.05);
+        fs::remove(m_movie);
+    }
+    const auto text = zeb({"encode", "--estimate", "a.mov", "--audio", "off"}).out;
+    EXPECT_THAT(text, StartsWith("a.mov -> a.zeb: 160x120, 10 frames per second, 0:03, Mode 32\n"));
+    EXPECT_THAT(text, HasSubstr("\n  File size      about "));
+    EXPECT_THAT(text, HasSubstr("\n  4 GiB limit    not reached\n  Free space     "));
+}
+
+TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
+    store(m_movie, "precious");
+    expectFailure({"encode", "a.mov"}, 4, "a.zeb: exists already (use --force to replace it)\n");
     EXPECT_EQ(contents(m_movie), "precious");
+    EXPECT_EQ(zeb({"encode", "a.mov", "--force", "--progress", "none"}).exitCode, 0);
+    EXPECT_EQ(rightMovie(m_movie).header.frameCount, 30);
 
-    EXPECT_EQ(runZeb({"encode", m_clip, "--force", "--progress", "none"}).exitCode, 0);
-    EXPECT_EQ(readStrictly(m_movie).frames, 30);
-}
-
-TEST_F(EncodeProgram, NeverHarmsItsInput) {
-    const std::string before = contents(m_clip);
-    fs::create_symlink(m_clip, m_folder.file("soft.zeb"));
-    for (const std::string& output : {m_clip, m_folder.file("soft.zeb")}) {
-        const auto result = runZeb({"encode", m_clip, "-o", output, "--force"});
-        EXPECT_EQ(result.exitCode, 4);
-        EXPECT_EQ(result.error, "zeb: " + m_clip + ": Kann Ausgabedatei nicht erstellen: " + output + "\n");
-        EXPECT_EQ(contents(m_clip), before);
-        EXPECT_TRUE(fs::exists(output));
+    const std::string before = contents(m_folder.file("a.mov"));
+    fs::create_symlink("a.mov", m_folder.file("soft.zeb"));
+    for (const std::string output : {"a.mov", "soft.zeb"}) {
+        expectFailure({"encode", "a.mov", "-o", output, "--force"}, 4,
+                      "a.mov: Kann Ausgabedatei nicht erstellen: " + output + "\n");
+        EXPECT_EQ(contents(m_folder.file("a.mov")), before);
     }
 }
 
-TEST_F(EncodeProgram, TakesOddNamesAsTheyAre) {
-    ChildProcess::Options options;
-    options.folder = m_folder.path();
-    const std::vector<std::string> names = {"[a,b]", "a:b.mov", "img%03d.mov", "http:x.mov", "info", "*.mov"};
-    std::vector<std::string> words = {"encode", "--progress", "none", "--fps", "1"};
+TEST_F(EncodeProgram, TakesOddNamesAsTheyAreAndGoesOnAfterAFailure) {
+    const std::vector<std::string> names = {"[a,b]",      "a:b.mov", "img%03d.mov",
+                                            "http:x.mov", "*.mov",   "-odd.mov"};
+    std::vector<std::string> words = {"encode", "--progress", "none", "--fps", "1", "--", "missing.mp4"};
     for (const std::string& name : names) {
-        fs::copy(m_clip, m_folder.file(name));
+        fs::copy(m_folder.file("a.mov"), m_folder.file(name));
         words.push_back(name);
     }
-    const auto result = runZeb(words, options);
-    EXPECT_EQ(result.exitCode, 0) << result.error;
-    for (const std::string& name : names) {
-        EXPECT_EQ(readStrictly(fs::path(m_folder.file(name)).replace_extension(".zeb")).frames, 3) << name;
-    }
-}
-
-TEST_F(EncodeProgram, GoesOnAfterAFailure) {
-    fs::copy(m_clip, m_folder.file("-second.mov"));
-    ChildProcess::Options options;
-    options.folder = m_folder.path();
-    const auto result = runZeb(
-        {"encode", "--progress", "none", "--", "missing.mp4", "Tall ship.mov", "-second.mov"}, options);
+    const auto result = zeb(words);
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_THAT(result.error, StartsWith("zeb: missing.mp4: "));
-    EXPECT_EQ(readStrictly(m_movie).frames, 30);
-    EXPECT_EQ(readStrictly(m_folder.file("-second.zeb")).frames, 30);
+    EXPECT_EQ(std::ranges::count(result.error, '\n'), 1) << result.error;
+    for (const std::string& name : names)
+        EXPECT_EQ(rightMovie(fs::path(m_folder.file(name)).replace_extension(".zeb")).seconds, 3) << name;
 }
 
 TEST_F(EncodeProgram, FinishesWhenNobodyReadsItsProgress) {
-    ChildProcess::Options options;
-    options.ignoresOutput = true;
-    const auto result = runZeb({"encode", m_clip, "--progress", "json"}, options);
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(readStrictly(m_movie).frames, 30);
+    m_options.ignoresOutput = true;
+    EXPECT_EQ(zeb({"encode", "a.mov", "--progress", "json"}).exitCode, 0);
+    EXPECT_EQ(rightMovie(m_movie).seconds, 3);
 }
 
 TEST_F(EncodeProgram, KeepsWholeSecondsOnAFullDisk) {
-    ASSERT_EQ(runZeb({"encode", m_clip}).exitCode, 0);
-    ChildProcess::Options options;
-    options.fileSizeLimit = fs::file_size(m_movie) * 9 / 10;
-    const auto result = runZeb({"encode", m_clip, "--force"}, options);
-    EXPECT_EQ(result.exitCode, 4);
-    EXPECT_EQ(result.error, "zeb: " + m_movie + ": File too large; " + m_movie +
-                                " was finished after 2 seconds and plays as a shorter movie\n");
-    EXPECT_EQ(readStrictly(m_movie).seconds, 2);
+    ASSERT_EQ(zeb({"encode", "a.mov"}).exitCode, 0);
+    for (const bool isLate : {true, false}) {
+        m_options.fileSizeLimit = isLate ? fs::file_size(m_movie) * 9 / 10 : 1000;
+        const auto result = zeb({"encode", "a.mov", "--force"});
+        EXPECT_EQ(result.exitCode, 4);
+        const std::string outcome = isLate ? "was finished after 2 seconds and plays as a shorter movie\n"
+                                           : "had no whole second yet and was removed\n";
+        EXPECT_EQ(result.error, "zeb: a.zeb: File too large; a.zeb " + outcome);
+        EXPECT_EQ(fs::exists(m_movie) ? rightMovie(m_movie).seconds : 0, isLate ? 2 : 0);
+    }
+}
 
-    options.fileSizeLimit = 1000;
-    const auto nothing = runZeb({"encode", m_clip, "--force"}, options);
-    EXPECT_EQ(nothing.exitCode, 4);
-    EXPECT_EQ(nothing.error, "zeb: " + m_movie + ": File too large; " + m_movie +
-                                 " had no whole second yet and was removed\n");
-    EXPECT_FALSE(fs::exists(m_movie));
+TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
+    makeClip(m_folder.file("sound.wav"), {"-f", "lavfi", "-i", "sine=duration=1"});
+    store(m_folder.file("text.mp4"), "This is no video.\n");
+    store(m_folder.file("empty.mp4"), "");
+    store(m_folder.file("list.m3u8"), "#EXTM3U\n#EXTINF:1,\na.mov\n");
+    fs::create_directory(m_folder.file("folder"));
+    fs::create_directory(m_folder.file("folder.zeb"));
+    ASSERT_EQ(mkfifo(m_folder.file("pipe.mp4").c_str(), 0600), 0);
+    for (const std::string input : {"missing.mp4", "folder", "text.mp4", "empty.mp4", "sound.wav", "pipe.mp4",
+                                    "list.m3u8", "http://127.0.0.1/a.mp4", "img%03d.png", "/dev/zero"})
+        expectFailure({"encode", input, "-o", "new.zeb"}, 3, "zeb: " + input + ": ");
+    expectFailure({"encode", "a.mov", "-o", "missing/new.zeb"}, 4, "zeb: missing/new.zeb: ");
+    expectFailure({"encode", "a.mov", "-o", "missing/"}, 4, "zeb: missing/a.zeb: ");
+    expectFailure({"encode", "a.mov", "-o", "text.mp4/new.zeb"}, 4, "zeb: text.mp4/new.zeb: ");
+    expectFailure({"encode", "a.mov", "-o", "pipe.mp4", "--force"}, 4, "zeb: pipe.mp4: ");
+    expectFailure({"encode", "folder", "--force"}, 4, "zeb: folder.zeb: ");
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{}, {"info"}, {"encode", ""}, {"encode", "a.mov", "--mode", "\x1b[2J\n"}})
+        expectFailure(words, 2, "");
+}
+
+TEST_F(EncodeProgram, MakesAShorterMovieWhenInterrupted) {
+    // A minute: the conversion will not be done before the signal comes.
+    makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv", "a.mov"}), m_options);
+        // More than a second is written.
+        while (const auto line = zeb.readLine()) {
+            const auto json = nlohmann::json::parse(*line);
+            if (json["type"] == "progress" && json["frames"] > 60) break;
+        }
+        const auto start = std::chrono::steady_clock::now();
+        zeb.sendSignal(signal);
+        const auto result = zeb.finish();
+        // A tenth of a second to stop; the rest is for the disk and for busy test machines.
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+        EXPECT_EQ(result.exitCode, 130);
+        EXPECT_THAT(result.error, HasSubstr("zeb: long.mkv: interrupted; long.zeb was finished after "));
+        const auto last =
+            nlohmann::json::parse(result.out.substr(result.out.rfind('\n', result.out.size() - 2) + 1));
+        EXPECT_EQ(last["exitCode"], 130);
+        EXPECT_EQ(last["keptSeconds"], rightMovie(m_folder.file("long.zeb")).seconds);
+        // The interrupt ends everything: the next input is not even looked at.
+        EXPECT_FALSE(fs::exists(m_movie));
+        fs::remove(m_folder.file("long.zeb"));
+    }
 }
 
 }  // namespace

@@ -6,6 +6,9 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "cli/ProgressLines.h"
+#include "cli/SpeedMeter.h"
+
 namespace zeb::cli {
 namespace {
 
@@ -67,6 +70,30 @@ TEST(BarProgress, KeepsToOneLineBelowTheMessages) {
     EXPECT_EQ(reporting.error.str(), "zeb: in/a\\xff.mp4: careful\\x0a\n");
     const std::string out = reporting.out.str();
     EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1);
+}
+
+TEST(ProgressLines, NeverPassTheTerminal) {
+    for (int columns = 1; columns < 120; ++columns) {
+        for (const std::int64_t frames : {0, 1, 249, 250}) {
+            const ProgressState state{frames, 250, 25, 999'999'999'999, 12345.6, 86399};
+            EXPECT_LT(barLine(state, columns).size(), static_cast<std::size_t>(columns));
+        }
+    }
+}
+
+TEST(SpeedMeter, EstimatesTheTimeLeftOfWhatWasLately) {
+    SpeedMeter::TimePoint now{};
+    SpeedMeter meter{now};
+    EXPECT_FALSE(meter.secondsFor(100));
+    for (std::int64_t frames = 1; frames <= 30000 + 20 * 15; ++frames) {
+        now += std::chrono::milliseconds(frames <= 30000 ? 2 : 50);
+        meter.note(now, frames);
+        if (frames == 1000) {
+            EXPECT_NEAR(meter.secondsFor(1000).value(), 2, 0.1);
+        }
+    }
+    EXPECT_NEAR(meter.speed(), 20, 1);
+    EXPECT_EQ(meter.secondsFor(0).value(), 0);
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <limits>
 
+#include "cli/ForecastText.h"
+
 namespace zeb::cli {
 namespace {
 
@@ -33,6 +35,22 @@ TEST(CliText, WritesDurations) {
     };
     for (const auto& [seconds, expected] : cases)
         EXPECT_EQ(durationText(seconds), expected);
+}
+
+TEST(ForecastText, WarnsOfWhatDoesNotFit) {
+    SizeForecast forecast;
+    forecast.bytes = 5'900'000'000;
+    forecast.isExact = true;
+    forecast.formatEndsAt = 183;
+    forecast.plan.seconds = 250;
+    forecast.suggestion.fps = 7;
+    const std::string limit = "the movie would pass the format's 4 GiB after 3:03 of 4:10";
+    EXPECT_EQ(forecastWarning(forecast, "out"), limit + "; try --fps 7");
+    forecast.freeSpace = 1'000'000'000;
+    forecast.spaceEndsAt = 40;
+    forecast.suggestion.size = FrameSize{512, 288};
+    EXPECT_EQ(forecastWarning(forecast, "out"),
+              limit + " and need 5.9 GB, but out has only 1.0 GB left; try --fps 7 or --size 512x288");
 }
 
 }  // namespace

@@ -89,17 +89,15 @@ inline void compressRLE2(std::span<const std::uint8_t> raw, Bytes& packets) {
     }
 }
 
-/// Allocates the whole capacity that the block claims: for blocks of the tests' own making, and for others
-/// through `withBelievableLength`.
 inline std::optional<Bytes> expandRLE2(std::span<const std::uint8_t> block, std::size_t expected) {
     if (block.size() < 8 || std::memcmp(block.data(), "RLE", 3) != 0) return std::nullopt;
     if (block[3] != '1' && block[3] != '2' && block[3] != '4') return std::nullopt;
     const std::size_t itemSize = block[3] - static_cast<std::size_t>('0');
-    const std::size_t length = (static_cast<std::size_t>(block[4]) << 24) |
-                               (static_cast<std::size_t>(block[5]) << 16) |
-                               (static_cast<std::size_t>(block[6]) << 8) | block[7];
+    std::size_t length = 0;
+    for (std::size_t i = 4; i < 8; ++i)
+        length = length << 8 | block[i];
     const std::size_t capacity = std::max(expected, length);
-    Bytes output(capacity, 0);
+    Bytes output(std::min(capacity, block.size() * 129 * 4), 0);  // no packets reach further
     std::size_t in = 8;
     std::size_t out = 0;
     while (out < capacity && in < block.size()) {
@@ -122,25 +120,6 @@ inline std::optional<Bytes> expandRLE2(std::span<const std::uint8_t> block, std:
     if (out < expected) return std::nullopt;
     output.resize(expected);
     return output;
-}
-
-/// More than the packets of a block of that size can produce.
-inline std::size_t beyondReach(std::size_t blockSize) {
-    return blockSize * 129 * 4 + 1;
-}
-
-/// The block with a claim that no packets reach brought down to one that they do not reach either, which
-/// differs in nothing but memory.
-inline Bytes withBelievableLength(std::span<const std::uint8_t> block, std::size_t expected) {
-    Bytes copy(block.begin(), block.end());
-    if (copy.size() < 8) return copy;
-    std::uint64_t length = 0;
-    for (std::size_t i = 4; i < 8; ++i)
-        length = length << 8 | copy[i];
-    length = std::min<std::uint64_t>(length, std::max(beyondReach(copy.size()), expected));
-    for (std::size_t i = 8; i-- > 4; length >>= 8)
-        copy[i] = static_cast<std::uint8_t>(length);
-    return copy;
 }
 
 }  // namespace zeb::reference

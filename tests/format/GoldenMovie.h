@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -74,10 +75,8 @@ inline Bytes movie() {
 /// The same before its writer finished it.
 inline Bytes unfinishedMovie() {
     Bytes bytes = movie();
-    for (std::size_t place = maxSecondBlockSize; place < maxSecondBlockSize + 4; ++place)
-        bytes[place] = 0;
-    for (std::size_t place = index; place < firstBlock; ++place)
-        bytes[place] = 0;
+    std::fill_n(bytes.begin() + maxSecondBlockSize, 4, std::uint8_t{0});
+    std::fill(bytes.begin() + index, bytes.begin() + firstBlock, std::uint8_t{0});
     return bytes;
 }
 

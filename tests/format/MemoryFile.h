@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "format/MovieFacts.h"
+#include "format/PartialFile.h"
 #include "platform/FileHandle.h"
 
 namespace zeb::test {
@@ -82,18 +85,48 @@ private:
 
 class MemoryReadableFile : public ReadableFile {
 public:
-    explicit MemoryReadableFile(const std::vector<std::uint8_t>& bytes) : m_bytes(bytes) {}
+    /// `before` is called before the file is looked at; it may change it or throw.
+    explicit MemoryReadableFile(
+        const std::vector<std::uint8_t>& bytes, std::function<void()> before = [] {})
+        : m_bytes(bytes), m_before(std::move(before)) {}
 
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
+        m_before();
         if (offset >= m_bytes.size()) return 0;
         const std::size_t count = std::min<std::size_t>(buffer.size(), m_bytes.size() - offset);
         std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(offset), count, buffer.begin());
         return count;
     }
-    std::uint64_t size() override { return m_bytes.size(); }
+    std::uint64_t size() override {
+        m_before();
+        return m_bytes.size();
+    }
 
 private:
     const std::vector<std::uint8_t>& m_bytes;
+    std::function<void()> m_before;
 };
+
+inline std::int64_t finish(MemoryDisk& disk) {
+    MemoryReadableFile source(disk.bytes);
+    MemoryWritableFile target(disk);
+    return finishPartialFile(source, target);
+}
+
+/// What went wrong, as "domain code text"; empty when nothing did.
+template <typename Action>
+std::string failure(Action action) {
+    try {
+        action();
+    } catch (const PlatformError& error) {
+        return error.domain() + " " + std::to_string(error.code()) + " " + error.what();
+    }
+    return {};
+}
+
+inline MovieFacts factsOf(const std::vector<std::uint8_t>& bytes) {
+    MemoryReadableFile file(bytes);
+    return readMovieFacts(file);
+}
 
 }  // namespace zeb::test

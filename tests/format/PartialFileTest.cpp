@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 
 #include "format/BigEndian.h"
-#include "format/BlockWalker.h"
-#include "format/MovieFacts.h"
 #include "format/ZEBFormatError.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
@@ -16,15 +14,8 @@ namespace {
 using namespace test;
 using golden::Bytes;
 
-std::int64_t finish(MemoryDisk& disk) {
-    MemoryReadableFile source(disk.bytes);
-    MemoryWritableFile target(disk);
-    return finishPartialFile(source, target);
-}
-
-MovieFacts factsOf(const Bytes& bytes) {
-    MemoryReadableFile file(bytes);
-    return readMovieFacts(file);
+std::uint32_t wordAt(const Bytes& bytes, std::size_t place) {
+    return bigEndian::load32(std::span(bytes).subspan(place).first<4>());
 }
 
 TEST(PartialFileTest, FinishesAMovieCutAnywhere) {
@@ -35,20 +26,35 @@ TEST(PartialFileTest, FinishesAMovieCutAnywhere) {
             disk.bytes.assign(movie.begin(), movie.begin() + static_cast<std::ptrdiff_t>(cut));
             const Bytes before = disk.bytes;
             if (cut < golden::firstBlock) {
+                EXPECT_THROW(factsOf(before), ZEBFormatError);
                 EXPECT_THROW(finish(disk), ZEBFormatError);
-                EXPECT_EQ(disk.bytes, before);
-            } else if (cut < golden::secondBlock) {
-                EXPECT_EQ(finish(disk), 0);
-                EXPECT_EQ(disk.bytes, before);
-            } else if (cut < movie.size()) {
-                EXPECT_EQ(finish(disk), 1);
-                EXPECT_EQ(disk.bytes, golden::firstSecondAlone());
             } else {
-                EXPECT_EQ(finish(disk), 2);
-                EXPECT_EQ(disk.bytes, golden::movie());
+                const int seconds = cut < golden::secondBlock ? 0 : cut < movie.size() ? 1 : 2;
+                EXPECT_EQ(factsOf(before).wholeSeconds, seconds);
+                EXPECT_EQ(factsOf(before).isFinished, before == golden::movie());
+                EXPECT_EQ(finish(disk), seconds);
             }
+            EXPECT_EQ(disk.bytes, cut < golden::secondBlock ? before
+                                  : cut < movie.size()      ? golden::firstSecondAlone()
+                                                            : golden::movie());
         }
     }
+}
+
+TEST(PartialFileTest, BelievesAnIndexAndCountAsFarAsTheFileReaches) {
+    // The last index entry leads to a header field that looks like a block up to the end of the file.
+    Bytes misled = golden::movie();
+    misled.pop_back();
+    misled[golden::maxSecondBlockSize + 3] =
+        static_cast<std::uint8_t>(misled.size() - golden::maxSecondBlockSize - 4);
+    misled[golden::index + 7] = golden::maxSecondBlockSize;
+    EXPECT_FALSE(factsOf(misled).isFinished);
+    EXPECT_EQ(factsOf(misled).wholeSeconds, 1);
+    EXPECT_EQ(factsOf(misled).bytesPerSecond, 21);
+    Bytes boasting = golden::movie();
+    std::fill_n(boasting.begin() + golden::totalFrames, 4, std::uint8_t{0xFF});
+    EXPECT_FALSE(factsOf(boasting).isFinished);
+    EXPECT_EQ(factsOf(boasting).wholeSeconds, 2);
 }
 
 TEST(PartialFileTest, CutsBlocksThatContradictThemselves) {
@@ -100,11 +106,8 @@ TEST(PartialFileTest, PowerLossLeavesAPlayableMovie) {
             const MovieFacts facts = factsOf(state);
             EXPECT_EQ(facts.wholeSeconds, 2);
             EXPECT_EQ(facts.header.frameCount, 4);
-            const auto word = [&](std::size_t place) {
-                return bigEndian::load32(std::span<const std::uint8_t>(state).subspan(place).first<4>());
-            };
-            EXPECT_THAT(word(golden::index), testing::AnyOf(0u, golden::firstBlock));
-            EXPECT_THAT(word(golden::index + 4), testing::AnyOf(0u, golden::secondBlock));
+            EXPECT_THAT(wordAt(state, golden::index), testing::AnyOf(0u, golden::firstBlock));
+            EXPECT_THAT(wordAt(state, golden::index + 4), testing::AnyOf(0u, golden::secondBlock));
             // Called finished only when it is.
             if (facts.header.blockSize != 0) {
                 EXPECT_EQ(state, golden::movie());
@@ -139,9 +142,8 @@ TEST(PartialFileTest, StopsWhereTheFormatEnds) {
     const TemporaryFolder folder;
     const auto file = createForWriting(folder.file("beyond.zeb"));
     constexpr std::uint64_t blockSize = 0x60000000;
-    Bytes header = golden::unfinishedMovie();
-    header.resize(golden::firstBlock);
-    file->write(header);
+    const Bytes movie = golden::unfinishedMovie();
+    file->write(std::span(movie).first(golden::firstBlock));
     for (std::uint64_t second = 0; second < 4; ++second) {
         Bytes start;
         bigEndian::append32(start, blockSize - 4);
@@ -150,24 +152,16 @@ TEST(PartialFileTest, StopsWhereTheFormatEnds) {
         file->write(start);
     }
     file->truncate(golden::firstBlock + 4 * blockSize);
-    file->close();
     EXPECT_EQ(finishPartialFile(folder.file("beyond.zeb")), 3);
 }
 
 /// A hole that claims to be a header of 4 GiB: little memory and hardly any time.
 TEST(PartialFileTest, SurvivesAHeaderOfGigabytes) {
     const TemporaryFolder folder;
-    const std::string path = folder.file("hole.zeb");
-    const auto file = createForWriting(path);
-    Bytes start = golden::unfinishedMovie();
-    start.resize(golden::index);
-    std::fill(start.begin() + 4, start.begin() + 8, std::uint8_t{0xFF});
-    file->write(start);
+    const auto file = createForWriting(folder.file("hole.zeb"));
+    file->write(Bytes{'Z', 'E', 'B', '1', 0xFF, 0xFF, 0xFF, 0xFF});
     file->truncate(std::uint64_t{5} << 30);
-    file->close();
-    const auto reading = openForReading(path);
-    EXPECT_EQ(readMovieFacts(*reading).wholeSeconds, 0);
-    EXPECT_EQ(finishPartialFile(path), 0);
+    EXPECT_EQ(finishPartialFile(folder.file("hole.zeb")), 0);
 }
 
 }  // namespace

@@ -2,13 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
 #include <functional>
 #include <limits>
 
-#include "format/BlockWalker.h"
-#include "format/MovieFacts.h"
-#include "format/PartialFile.h"
 #include "format/ZEBWriterError.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
@@ -26,29 +22,11 @@ void write(ZEBWriter& writer, const Second& second) {
     writer.writeSecond(second.sound, frames);
 }
 
-MovieFacts factsOf(const Bytes& bytes) {
-    MemoryReadableFile file(bytes);
-    return readMovieFacts(file);
-}
-
-/// The end of the whole blocks.
-std::uint64_t endOfBlocks(const Bytes& bytes) {
-    MemoryReadableFile file(bytes);
-    BlockWalker walker(file, readHeader(file));
-    while (walker.next())
-        continue;
-    return walker.position();
-}
-
 /// "label value" of the `ZEBWriterError` that `action` throws.
 std::string errorOf(const std::function<void()>& action) {
     try {
         action();
     } catch (const ZEBWriterError& error) {
-        EXPECT_EQ(std::string(error.what()),
-                  "ZEBWriter: " + std::string(error.label()) +
-                      " is out of range for ZEB1 (32-bit limit). Value=" + std::to_string(error.value()) +
-                      ". The resulting .zeb would exceed format limits (e.g., > 4 GB).");
         return std::string(error.label()) + " " + std::to_string(error.value());
     }
     return "none";
@@ -57,7 +35,7 @@ std::string errorOf(const std::function<void()>& action) {
 TEST(ZEBWriterTest, WritesTheGoldenMovieOverAnExistingFile) {
     const TemporaryFolder folder;
     const std::string path = folder.file("movie.zeb");
-    std::ofstream(path) << "something older and longer than nothing";
+    store(path, "something older and longer than nothing");
     ZEBWriter writer(path, golden::parameters());
     for (const Second& second : golden::seconds())
         write(writer, second);
@@ -69,6 +47,9 @@ TEST(ZEBWriterTest, WritesTheGoldenMovieOverAnExistingFile) {
 }
 
 TEST(ZEBWriterTest, StoresTitles) {
+    Bytes longest(2 + 65536, 'x');
+    longest[0] = longest[1] = 0xFF;
+    longest.back() = 0;
     const struct {
         std::string title;
         Bytes expected;  ///< length, title, pad
@@ -78,6 +59,7 @@ TEST(ZEBWriterTest, StoresTitles) {
         {"Caf\u00E9", {0, 4, 'C', 'a', 'f', 0xE9}},
         {"5 \u20AC", {0, 5, '5', ' ', 0xE2, 0x82, 0xAC, 0}},
         {"\xED\xA0\x80", {0, 0}},  // not UTF-8
+        {std::string(70000, 'x'), longest},
     };
     for (const auto& [title, expected] : cases) {
         MemoryDisk disk;
@@ -87,15 +69,6 @@ TEST(ZEBWriterTest, StoresTitles) {
         ASSERT_GT(disk.bytes.size(), 8 + expected.size());
         EXPECT_TRUE(std::equal(expected.begin(), expected.end(), disk.bytes.begin() + 8)) << title;
     }
-
-    MemoryDisk disk;
-    MovieParameters movie = golden::parameters();
-    movie.title = std::string(70000, 'x');
-    movie.frameIndexCount = 0;
-    const ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), movie);
-    EXPECT_EQ(disk.bytes[8] << 8 | disk.bytes[9], 65535);
-    EXPECT_EQ(disk.bytes.size(), 8u + 2 + 65536 + 24);
-    EXPECT_EQ(disk.bytes[10 + 65535], 0);
 }
 
 TEST(ZEBWriterTest, RefusesWhatDoesNotFitInOrder) {
@@ -124,7 +97,10 @@ TEST(ZEBWriterTest, RefusesWhatDoesNotFitInOrder) {
     MovieParameters movie = golden::parameters();
     movie.width = movie.height = movie.fps = movie.qlMode = 65535;
     movie.totalFrames = 4294967295;
-    EXPECT_NO_THROW(ZEBWriter(std::make_unique<MemoryWritableFile>(disk), movie));
+    movie.frameIndexCount = 0;
+    ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), movie);
+    write(writer, golden::seconds()[0]);
+    EXPECT_EQ(errorOf([&] { writer.finish(); }), "frame index offsets count 1");
 }
 
 TEST(ZEBWriterTest, RefusesSecondsBeyondThirtyTwoBitsUnwritten) {
@@ -187,68 +163,6 @@ TEST(ZEBWriterTest, LastBlockMayStartAtTheLastOffset) {
     writer.finish();
     const auto end = disk.bytes.begin() + golden::index + 130 * 4;
     EXPECT_EQ(Bytes(end - 8, end), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}));
-}
-
-TEST(ZEBWriterTest, FinishNeedsAnEntryForEverySecond) {
-    MemoryDisk disk;
-    MovieParameters movie = golden::parameters();
-    movie.frameIndexCount = 1;
-    ZEBWriter crowded(std::make_unique<MemoryWritableFile>(disk), movie);
-    for (const Second& second : golden::seconds())
-        write(crowded, second);
-    EXPECT_EQ(errorOf([&] { crowded.finish(); }), "frame index offsets count 2");
-}
-
-/// Writes the golden movie; returns how many seconds went well, or -1 when there was not even a writer.
-int writeGoldenMovie(MemoryDisk& disk) {
-    int seconds = -1;
-    try {
-        ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), golden::parameters());
-        seconds = 0;
-        for (const Second& second : golden::seconds()) {
-            write(writer, second);
-            ++seconds;
-        }
-        writer.finish();
-        writer.close();
-    } catch (const FileError& error) {
-        EXPECT_EQ(error.code(), ENOSPC);
-    }
-    return seconds;
-}
-
-TEST(ZEBWriterTest, EveryFailureLeavesWholeSeconds) {
-    MemoryDisk healthy;
-    ASSERT_EQ(writeGoldenMovie(healthy), 2);
-    const Bytes expected[] = {{}, golden::firstSecondAlone(), golden::movie()};
-    for (const bool forGood : {false, true}) {
-        for (int call = 1; call <= healthy.calls; ++call) {
-            SCOPED_TRACE("call " + std::to_string(call) + (forGood ? " and all after it" : ""));
-            MemoryDisk disk;
-            disk.failFrom = call;
-            disk.failTo = forGood ? std::numeric_limits<int>::max() : call;
-            const int seconds = writeGoldenMovie(disk);
-            if (seconds < 0) {
-                if (!forGood) {
-                    EXPECT_TRUE(disk.bytes.empty());
-                }
-                continue;
-            }
-            EXPECT_EQ(factsOf(disk.bytes).wholeSeconds, seconds);
-            // A disk that stays broken cannot cut the torn block off either.
-            if (!forGood) {
-                EXPECT_EQ(endOfBlocks(disk.bytes), disk.bytes.size());
-            }
-
-            disk.failFrom = disk.failTo = 0;
-            MemoryReadableFile source(disk.bytes);
-            MemoryWritableFile target(disk);
-            EXPECT_EQ(finishPartialFile(source, target), seconds);
-            if (seconds > 0) {
-                EXPECT_EQ(disk.bytes, expected[seconds]);
-            }
-        }
-    }
 }
 
 }  // namespace

@@ -1,0 +1,203 @@
+#include <gtest/gtest.h>
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <filesystem>
+
+#include "cli/EncodeJob.h"
+#include "cli/ExportJob.h"
+#include "cli/PartialOutput.h"
+#include "cli/UsageError.h"
+#include "tests/format/GoldenMovie.h"
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb::cli {
+namespace {
+
+namespace golden = test::golden;
+using ::testing::PrintToString;
+using Kind = ExportSettings::Kind;
+using Words = std::vector<std::string>;
+
+template <typename Arguments>
+Arguments parse(Words words, void (*declare)(CLI::App&, Arguments&)) {
+    Arguments arguments;
+    CLI::App parser;
+    parser.option_defaults()->take_last();
+    declare(parser, arguments);
+    std::reverse(words.begin(), words.end());
+    parser.parse(words);
+    return arguments;
+}
+EncodeArguments parseEncode(const Words& words) {
+    return parse<EncodeArguments>(words, declareEncodeArguments);
+}
+ExportArguments parseExport(const Words& words) {
+    return parse<ExportArguments>(words, declareExportArguments);
+}
+
+std::vector<EncodeJob> plan(Words inputs, std::optional<std::string> output = {}) {
+    EncodeArguments arguments;
+    arguments.inputs = std::move(inputs);
+    arguments.output = std::move(output);
+    return planJobs(arguments);
+}
+
+TEST(EncodeArguments, ReachTheSettings) {
+    const struct {
+        Words words;
+        void (*expect)(Settings&);
+    } cases[] = {
+        {{}, [](Settings& s) { s.fpsFromSource = true; }},  // what the window proposes
+        {{"--title", "--loop"}, [](Settings& s) { s.title = "--loop"; }},
+        {{"--size", "512x256"}, [](Settings& s) { s.width = 512, s.height = 256; }},
+        {{"--size=65535X1"}, [](Settings& s) { s.width = 65535, s.height = 1; }},
+        {{"--preset", "dvd"}, [](Settings& s) { s.width = 720, s.height = 576; }},
+        {{"--stretch"}, [](Settings& s) { s.preserveAspect = false; }},
+        {{"--fps", "10", "--fps", "12"}, [](Settings& s) { s.fps = 12, s.fpsFromSource = false; }},
+        {{"--mode", "4", "--dither"}, [](Settings& s) { s.qlModeNumber = 4, s.dither = true; }},
+        {{"--audio", "off"}, [](Settings& s) { s.includeAudio = false, s.audioChannels = 0; }},
+        {{"--track", "3"}, [](Settings& s) { s.audioTrackIndex = 2; }},
+        {{"--loop"}, [](Settings& s) { s.loop = true; }},
+    };
+    for (auto [words, expect] : cases) {
+        Settings expected;
+        expected.title = "Summer holiday";
+        expected.width = 1920;
+        expected.height = 1080;
+        expected.fps = 25;
+        expect(expected);
+        words.push_back("a.mp4");
+        EXPECT_EQ(settingsFor(parseEncode(words), "in/Summer holiday.mp4", {1920, 1080, 25}), expected)
+            << PrintToString(words);
+    }
+}
+
+TEST(EncodeJobs, NameTheirOutputs) {
+    const test::TemporaryFolder temporary;
+    const std::string folder = temporary.path();
+    EXPECT_EQ(plan({"a.b.mp4"})[0].output, "a.b.zeb");
+    EXPECT_EQ(plan({"in.x/a"})[0].output, "in.x/a.zeb");
+    EXPECT_EQ(plan({"in/a.mp4"}, folder)[0].output, folder + "/a.zeb");
+    EXPECT_EQ(plan({"in/a.mp4"}, folder + "/")[0].output, folder + "/a.zeb");
+    EXPECT_EQ(plan({"in/a.mp4"}, "missing/")[0].output, "missing/a.zeb");
+}
+
+TEST(EncodeJobs, RefuseWhatWouldCollide) {
+    const test::TemporaryFolder temporary;
+    const std::string folder = temporary.path();
+    std::filesystem::create_directory_symlink(folder, folder + "/link");
+    test::store(folder + "/old.zeb", "a movie");
+
+    EXPECT_THROW(plan({"a.mp4", "b.mp4"}, folder + "/one.zeb"), UsageError);
+    EXPECT_THROW(plan({"a.mp4", "./a.mov"}), UsageError);
+    EXPECT_THROW(plan({folder + "/a.mp4", folder + "/link/a.mov"}), UsageError);
+    EXPECT_THROW(plan({"x/a.mp4", "y/a.mp4"}, folder), UsageError);
+    // The movie of one input would replace another input.
+    EXPECT_THROW(plan({folder + "/old.mp4", folder + "/old.zeb"}, folder), UsageError);
+
+    EXPECT_EQ(plan({"x/a.mp4", "y/a.mp4"}).size(), 2u);
+    EXPECT_EQ(plan({"a.mp4", "b.mp4"}, folder).size(), 2u);
+    // Its own input is refused when its turn comes, as a failure of that one input.
+    EXPECT_EQ(plan({folder + "/old.zeb"}).size(), 1u);
+}
+
+TEST(PartialOutput, LeavesAloneWhatIsNotItsOwn) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder.file("a.zeb");
+    PartialOutput output{path};
+    // An old movie that the run never came to replace.
+    test::store(path, golden::unfinishedMovie());
+    output.noteCreated();
+    EXPECT_EQ(output.settle().text, "");
+    EXPECT_EQ(test::contents<golden::Bytes>(path), golden::unfinishedMovie());
+
+    // A movie that someone else put there before the run created its own.
+    output.noteReplaced();
+    EXPECT_EQ(output.settle().text, "");
+    EXPECT_TRUE(std::filesystem::exists(path));
+
+    // One that someone else put there afterwards.
+    output.noteCreated();
+    std::filesystem::rename(path, folder.file("moved"));
+    test::store(path, "");
+    EXPECT_NE(output.settle().text, "");
+    EXPECT_TRUE(std::filesystem::remove(path));
+
+    // Nothing there any more.
+    EXPECT_EQ(output.settle().text, "");
+}
+
+TEST(ExportTime, ReadsWhatPeopleWrite) {
+    EXPECT_EQ(timeFrom("0"), 0);
+    EXPECT_EQ(timeFrom("2.5"), 2'500'000);
+    EXPECT_EQ(timeFrom("1:30"), 90'000'000);
+    EXPECT_EQ(timeFrom("1:02:03.000001"), 3'723'000'001);
+    for (const char* text :
+         {"", ".5", "1.", "1.0000001", "1:60", "1:2:3:4", "-1", "1.-5", "1:", ":1", "1e3", "99999999999"})
+        EXPECT_EQ(timeFrom(text), std::nullopt) << text;
+}
+
+TEST(ExportJob, ChoosesFormatAndOutput) {
+    const test::TemporaryFolder folder;
+    const std::string there = folder.path();
+    const struct {
+        Words words;
+        Kind kind;
+        std::string output;
+        FilmFormat format = FilmFormat::mp4;
+    } cases[] = {
+        {{"-o", "b.M4V"}, Kind::film, "b.M4V"},
+        {{"-o", "b.mkv"}, Kind::film, "b.mkv", FilmFormat::matroska},
+        {{"-o", "b.mkv", "--format", "gif"}, Kind::film, "b.mkv", FilmFormat::gif},
+        {{"-o", "b", "--format", "wav"}, Kind::sound, "b"},
+        {{"-o", "f%d.png", "--frame", "3"}, Kind::pictures, "f%d.png"},
+        {{"-o", "f.png", "--at", "1:00"}, Kind::picture, "f.png"},
+        {{"-o", "new/"}, Kind::pictures, "new/frame-%05d.png"},
+        {{"-o", there}, Kind::pictures, there + "/frame-%05d.png"},
+        {{"-o", there, "--frame", "0"}, Kind::picture, there + "/my film.png"},
+        {{"-o", there, "--format", "mp4"}, Kind::film, there + "/my film.mp4"},
+    };
+    for (auto [words, kind, output, format] : cases) {
+        words.push_back("in/my film.zeb");
+        const ExportJob job = planExport(parseExport(words));
+        EXPECT_EQ(job.settings.kind, kind) << PrintToString(words);
+        EXPECT_EQ(job.output, output);
+        EXPECT_EQ(job.settings.format, format) << output;
+    }
+    const Words words = {"a.zeb", "-o", "b.gif", "--from", "1", "--to", "2.5", "--scale", "3"};
+    const ExportSettings settings = planExport(parseExport(words)).settings;
+    EXPECT_EQ(settings.from, 1'000'000);
+    EXPECT_EQ(settings.to, 2'500'000);
+    EXPECT_EQ(settings.scale, 3);
+}
+
+TEST(Arguments, RefuseNonsense) {
+    for (const Words& words : {Words{},
+                               {"-b.mp4"},
+                               {"a.mp4", "--size", "512x"},
+                               {"a.mp4", "--size", "99999999999x8"},
+                               {"a.mp4", "--size", "8x8", "--preset", "hd"},
+                               {"a.mp4", "--fps", "23.976"},
+                               {"a.mp4", "--track", "0"}})
+        EXPECT_THROW(parseEncode(words), CLI::ParseError) << PrintToString(words);
+    for (const Words& words : {Words{"a.zeb"},
+                               {"a.zeb", "-o", "b.png", "--frame", "1", "--at", "1"},
+                               {"a.zeb", "-o", "b.png", "--frame", "1", "--to", "1"},
+                               {"a.zeb", "-o", "b.mp4", "--scale", "0"}})
+        EXPECT_THROW(parseExport(words), CLI::ParseError) << PrintToString(words);
+    for (const Words& words : {Words{"a.zeb", "-o", "b"},
+                               {"a.zeb", "-o", "b.avi"},
+                               {"a.zeb", "-o", "b.png"},
+                               {"a.zeb", "-o", "%d-%d.png"},
+                               {"a.zeb", "-o", "b.mp4", "--frame", "1"},
+                               {"a.zeb", "-o", "b.gif", "--at", "1"},
+                               {"a.zeb", "-o", "b.mp4", "--from", "2", "--to", "2"},
+                               {"a.zeb", "-o", "b.wav", "--scale", "2"}})
+        EXPECT_THROW(planExport(parseExport(words)), UsageError) << PrintToString(words);
+}
+
+}  // namespace
+}  // namespace zeb::cli
