@@ -32,11 +32,6 @@ Bytes drawPixel(SpriteEncoder&, const Picture& picture) {
     return pixel;
 }
 
-Bytes drawn(std::uint32_t seed) {
-    SpriteEncoder encoder;
-    return drawPixel(encoder, fake::FakePicture(seed));
-}
-
 std::shared_ptr<const EncodedFrame> take(FramePipeline& pipeline) {
     for (;;) {
         if (auto frame = pipeline.next(std::chrono::milliseconds(20))) return frame;
@@ -87,6 +82,7 @@ TEST(FramePipeline, deliversInOrderAndEndsAtAnyMoment) {
         if (index % 11 == 0) return nullptr;
         return std::make_shared<fake::FakePicture>(static_cast<std::uint32_t>(index), index % 5 != 0);
     };
+    SpriteEncoder encoder;
     const FramePipeline::Limits limitSets[] = {{1, 1, 0}, {2, 3, 0}, {3, 1000, 1000}, {8, 20, 5}};
     for (const auto& limits : limitSets) {
         for (std::int64_t taken = 0; taken <= 50; ++taken) {
@@ -95,7 +91,8 @@ TEST(FramePipeline, deliversInOrderAndEndsAtAnyMoment) {
                 const auto frame = take(pipeline);
                 const bool fails = index % 7 == 0 || index % 11 == 0 || index % 5 == 0;
                 EXPECT_EQ(frame->error != nullptr, fails) << index;
-                EXPECT_EQ(frame->record, fails ? Bytes() : drawn(static_cast<std::uint32_t>(index)));
+                const fake::FakePicture picture(static_cast<std::uint32_t>(index));
+                EXPECT_EQ(frame->record, fails ? Bytes() : drawPixel(encoder, picture));
             }
             if (taken % 2 == 0) pipeline.stop();
         }
