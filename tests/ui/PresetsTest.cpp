@@ -43,42 +43,25 @@ std::string presetJSON(std::string_view id, std::string_view name, int width, in
 
 TEST(PresetRulesTest, ReadsIntegersLeniently) {
     const std::pair<PropertyValue, std::optional<std::int64_t>> cases[] = {
-        {640, 640},
-        {-3, -3},
         {640.9, 640},
         {-0.5, 0},
-        {0x1p63, std::nullopt},
+        {0x1p63, {}},
         {-0x1p63, std::numeric_limits<std::int64_t>::min()},
-        {std::numeric_limits<double>::quiet_NaN(), std::nullopt},
-        {-std::numeric_limits<double>::infinity(), std::nullopt},
+        {std::numeric_limits<double>::quiet_NaN(), {}},
         {"1,280 px", 1280},
         {"-5", 5},
-        {"720p", 720},
         {"1e5", 15},
-        {"007", 7},
-        {"", std::nullopt},
-        {"px", std::nullopt},
+        {"px", {}},
         {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
-        {"9223372036854775808", std::nullopt},
-        {"٦٤٠", std::nullopt},
-        {"640²", std::nullopt},
-        {"640 Ⅻ", std::nullopt},
+        {"9223372036854775808", {}},
+        {"٦٤٠", {}},
+        {"640²", {}},
         {"640 Äpfel \xFF", 640},
-        {true, std::nullopt},
-        {PropertyData{'6'}, std::nullopt},
-        {PropertyArray{640}, std::nullopt},
+        {true, {}},
+        {PropertyArray{640}, {}},
     };
     for (const auto& [value, expected] : cases)
         EXPECT_EQ(lenientInteger(value), expected) << testing::PrintToString(expected.value_or(0));
-}
-
-TEST(PresetRulesTest, MakesIDs) {
-    EXPECT_EQ(makePresetID("My Clip", 640, 480, std::nullopt), "my_clip_640x480");
-    EXPECT_EQ(makePresetID("My Clip", 640, 480, ""), "my_clip_640x480");
-    EXPECT_EQ(makePresetID("My Clip", 640, 480, " "), " ");
-    EXPECT_EQ(makePresetID("", 640, 480, std::nullopt), "preset_640x480");
-    EXPECT_EQ(makePresetID(" \n\u3000", 1, 2, std::nullopt), "preset_1x2");
-    EXPECT_EQ(makePresetID("\tÄ  ÉTÉ\tЖ\n", 1, 2, std::nullopt), "ä__été\tж_1x2");
 }
 
 TEST(PresetRulesTest, ParsesRecords) {
@@ -93,6 +76,7 @@ TEST(PresetRulesTest, ParsesRecords) {
     EXPECT_THAT(presets,
                 ElementsAre(UserPreset{"clip_640x480", "Clip", 640, 480}, UserPreset{"u", " A ", 1, 2},
                             UserPreset{"l_3x4", "L", 3, 4}, UserPreset{"preset_3x4", "Preset", 3, 4}));
+    EXPECT_EQ(makePresetID("\tÄ  ÉTÉ\tЖ\n", 1, 2, std::nullopt), "ä__été\tж_1x2");
 }
 
 TEST(PresetRulesTest, MergesByID) {
@@ -111,28 +95,21 @@ TEST(PresetRulesTest, DecodesStrictly) {
         return presets && presets->size() == 1 ? std::optional(presets->front().width) : std::nullopt;
     };
     const std::pair<const char*, std::optional<std::int64_t>> numbers[] = {
-        {"640", 640},
-        {"640.0", 640},
         {"6.4e2", 640},
         {"-0", 0},
-        {"640.5", std::nullopt},
-        {"true", std::nullopt},
-        {"\"640\"", std::nullopt},
-        {"null", std::nullopt},
-        {"[640]", std::nullopt},
+        {"640.5", {}},
+        {"true", {}},
+        {"\"640\"", {}},
         {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
-        {"9223372036854775808", std::nullopt},
-        {"1e300", std::nullopt},
-        {"1e999", std::nullopt},
+        {"9223372036854775808", {}},
+        {"1e999", {}},
         {"640,\"extra\":{}", 640},
     };
     for (const auto& [number, expected] : numbers)
         EXPECT_EQ(width(number), expected) << number;
     EXPECT_THAT(decodeUserPresets(bytesOf(" [] ")), testing::Optional(IsEmpty()));
-    for (const char* json : {"", "{}", "[1]", "[{}]", "[{\"id\":1,\"name\":\"n\",\"width\":1,\"height\":1}]",
-                             "[{\"name\":\"n\",\"width\":1,\"height\":1}]", "[", "[]]"}) {
+    for (const char* json : {"", "{}", "[1]", "[{\"name\":\"n\",\"width\":1,\"height\":1}]", "[", "[]]"})
         EXPECT_EQ(decodeUserPresets(bytesOf(json)), std::nullopt) << json;
-    }
     EXPECT_EQ(decodeUserPresets(PropertyData(1'000'000, '[')), std::nullopt);
     EXPECT_EQ(
         decodeUserPresets(bytesOf("[{\"a\":" + std::string(100'000, '[') + std::string(100'000, ']') + "}]")),
@@ -143,11 +120,9 @@ TEST(PresetRulesTest, DecodesStrictly) {
         return presets ? presets->front().id : "none";
     };
     EXPECT_EQ(editorID("e621e1f8-c36c-495a-93fc-0c247a3e6e5f"), uuid);
-    for (const char* id :
-         {"", "e621e1f8", "e621e1f8-c36c-495a-93fc-0c247a3e6e5", "e621e1f8-c36c-495a-93fc-0c247a3e6e5f0",
-          "e621e1f8-c36c-495a-93fc-0c247a3e6e5g", "e621e1f80c36c-495a-93fc-0c247a3e6e5f"}) {
+    for (const char* id : {"", "e621e1f8-c36c-495a-93fc-0c247a3e6e5", "e621e1f8-c36c-495a-93fc-0c247a3e6e5f0",
+                           "e621e1f8-c36c-495a-93fc-0c247a3e6e5g", "e621e1f80c36c-495a-93fc-0c247a3e6e5f"})
         EXPECT_EQ(editorID(id), "none") << id;
-    }
 }
 
 class PresetsTest : public testing::Test {
@@ -161,23 +136,17 @@ protected:
 TEST_F(PresetsTest, ReadsEveryStoredShape) {
     const PropertyArray records = {"no record", PropertyDictionary{{"title", "Clip"}, {"w", 640}, {"h", 480}},
                                    7};
-    const PropertyArray onlyRecords = {records[1]};
     const UserPreset clip{"clip_640x480", "Clip", 640, 480};
     const std::pair<PropertyValue, std::vector<UserPreset>> cases[] = {
         {bytesOf("[" + presetJSON("x", "", 0, -1) + "]"), {{"x", "", 0, -1}}},
         {bytesOf(R"([{"title":"Clip","w":"640 px","h":480.7,"x":null}])"), {clip}},
         {bytesOf(R"([{"title":"Clip","w":640,"h":480},1])"), {}},
-        {bytesOf(R"({"title":"Clip","w":640,"h":480})"), {}},
-        {propertyList::writeXML(onlyRecords), {clip}},
         {propertyList::writeXML(records), {clip}},
         {propertyList::writeXML(records[1]), {}},
         {bytesOf("({ title = Clip; w = 640; h = \"480 px\"; }, x)"), {clip}},
         {bytesOf("garbage!"), {}},
-        {PropertyData(), {}},
         {records, {clip}},
-        {PropertyArray{"x"}, {}},
         {"[]", {}},
-        {7, {}},
     };
     for (const auto& [value, expected] : cases) {
         m_defaults.set("presets.custom", value);
@@ -203,22 +172,16 @@ TEST_F(PresetsTest, FindsTheLegacyKeysAndWhateverMentionsPresets) {
 }
 
 TEST_F(PresetsTest, TheMenuReadsTheEditorsListAndSizes) {
-    EXPECT_THAT(menuUserPresets(m_defaults), IsEmpty());
     m_defaults.set("userPresetsJSON",
                    bytesOf("[" + presetJSON(uuid, "B", 2, 2) + "," + presetJSON(uuid, "A", 1, 1) + "]"));
     EXPECT_THAT(menuUserPresets(m_defaults),
                 ElementsAre(UserPreset{uuid, "B", 2, 2}, UserPreset{uuid, "A", 1, 1}));
-    m_defaults.set("userPresetsJSON", bytesOf("[" + presetJSON("no uuid", "B", 2, 2) + "]"));
-    EXPECT_THAT(menuUserPresets(m_defaults), IsEmpty());
 
     const BuiltInPreset& hd = *findBuiltInPreset("hd");
-    EXPECT_EQ(hd.menuSize(m_defaults), (PresetSize{1280, 720}));
     m_defaults.set("presetHDW", 0);
     m_defaults.set("presetHDH", "800");
     EXPECT_EQ(hd.menuSize(m_defaults), (PresetSize{1280, 800}));
     EXPECT_EQ(hd.size(m_defaults), (PresetSize{0, 800}));
-    m_defaults.set("presetHDW", PropertyData{1});
-    EXPECT_EQ(hd.size(m_defaults), (PresetSize{1280, 800}));
 }
 
 class PresetEditorTest : public PresetsTest {
@@ -227,11 +190,9 @@ protected:
 
     int m_lists = 0;
     std::vector<std::size_t> m_rows;
-    int m_settings = 0;
     PresetEditor m_editor{m_defaults,
                           m_notifications,
-                          {[this] { ++m_lists; }, [this](std::size_t row) { m_rows.push_back(row); },
-                           [this] { ++m_settings; }}};
+                          {[this] { ++m_lists; }, [this](std::size_t row) { m_rows.push_back(row); }, [] {}}};
 };
 
 TEST_F(PresetEditorTest, StoresEveryChangeAtOnce) {
@@ -275,17 +236,6 @@ TEST_F(PresetEditorTest, TakesOverWhatAnotherWindowStores) {
     EXPECT_EQ(stored(), "damaged") << "until the next change";
     m_editor.addUserPreset("new", 1, 1);
     EXPECT_EQ(other.userPresets(), m_editor.userPresets());
-}
-
-TEST_F(PresetEditorTest, HoldsTheOtherSettings) {
-    EXPECT_TRUE(m_editor.soundEffectsEnabled());
-    m_editor.setSoundEffectsEnabled(false);
-    EXPECT_FALSE(m_editor.soundEffectsEnabled());
-    m_editor.setBuiltInWidth(builtInPresets[0], 768);
-    m_editor.setBuiltInHeight(builtInPresets[2], 1088);
-    EXPECT_EQ(m_editor.builtInSize(builtInPresets[0]), (PresetSize{768, 576}));
-    EXPECT_EQ(m_defaults.integer("presetFHDH"), 1088);
-    EXPECT_EQ(m_settings, 3);
 }
 
 TEST_F(PresetsTest, ASelectionMayGoBeforeItsWork) {
