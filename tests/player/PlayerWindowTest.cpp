@@ -22,6 +22,7 @@
 #include "player/window/PlayerSheetModel.h"
 #include "player/window/ZEBPlayerWindowManager.h"
 #include "tests/platform/TemporaryFolder.h"
+#include "tests/player/RecordingOutput.h"
 
 Q_IMPORT_QML_PLUGIN(ZEBStylePlugin)
 Q_IMPORT_QML_PLUGIN(ZEBPlayerPlugin)
@@ -34,13 +35,6 @@ constexpr int movieHeight = 200;
 constexpr int framesPerSecond = 20;
 constexpr int movieSeconds = 2;
 
-/// A device that nobody hears.
-class SilentOutput final : public AudioOutput {
-public:
-    void start(std::shared_ptr<AudioSource>, Finished) override {}
-    void stop(const AudioSource&) override {}
-};
-
 void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& text) {
     // Windows on no screen cannot come to its front.
     if (text == "This plugin does not support raise()") return;
@@ -48,15 +42,8 @@ void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& tex
 }
 
 void writeMovie(const std::string& path) {
-    MovieParameters movie;
-    movie.title = "Stripes";
-    movie.width = movieWidth;
-    movie.height = movieHeight;
-    movie.fps = framesPerSecond;
-    movie.qlMode = 32;
-    movie.totalFrames = framesPerSecond * movieSeconds;
-    movie.frameIndexCount = movieSeconds;
-    ZEBWriter writer(path, movie);
+    ZEBWriter writer(path, {"Stripes", movieWidth, movieHeight, framesPerSecond, 32,
+                            framesPerSecond * movieSeconds, movieSeconds, 0, false});
     SpriteEncoder encoder;
     std::uint32_t seed = 0;
     for (int second = 0; second < movieSeconds; ++second) {
@@ -126,7 +113,7 @@ protected:
     fake::FakeUserDefaults defaults{notifications};
     QtMainActor mainActor;
     SystemClock clock;
-    SilentOutput output;
+    test::RecordingOutput output;
     ThreadTasks tasks;
     QQmlEngine engine;
     QQuickWindow maker;
@@ -148,52 +135,18 @@ TEST_F(PlayerWindowTest, PlacesFramesWholeAndOnPixels) {
         EXPECT_EQ(FrameItem::placeOf(QSizeF(320, 200), area, ratio), place) << area.width();
 }
 
-TEST_F(PlayerWindowTest, MouseOnTheControls) {
-    QQuickWindow* window = open(movie);
-    ASSERT_TRUE(window);
-    ZEBPlayerModel& model = *sheetOf(window).model();
-    click(window, "stepForward");
-    click(window, "stepForward");
-    click(window, "stepBack");
-    EXPECT_EQ(model.displayedFrameIndex(), 1);
-    click(window, "end");
-    EXPECT_EQ(model.displayedFrameIndex(), 39);
-    EXPECT_FALSE(item(window, "stepForward")->isEnabled());
-    click(window, "stop");
-    EXPECT_EQ(model.displayedFrameIndex(), 0);
-    EXPECT_FALSE(item(window, "beginning")->isEnabled());
-
-    // A drag pauses, reads nothing, and jumps when it ends.
-    click(window, "play");
-    EXPECT_TRUE(model.isPlaying());
-    const QQuickItem* slider = item(window, "slider");
-    const QPointF middle(slider->width() / 2, slider->height() / 2);
-    QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, slider->mapToScene(middle).toPoint());
-    EXPECT_FALSE(model.isPlaying());
-    const std::int64_t before = model.displayedFrameIndex();
-    QTest::mouseMove(window, slider->mapToScene(middle + QPointF(20, 0)).toPoint());
-    QTest::mouseMove(window, slider->mapToScene(middle + QPointF(40, 0)).toPoint());
-    EXPECT_EQ(model.displayedFrameIndex(), before);
-    QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier,
-                        slider->mapToScene(middle + QPointF(40, 0)).toPoint());
-    EXPECT_GT(model.displayedFrameIndex(), 19);
-    EXPECT_LT(model.displayedFrameIndex(), 30);
-    EXPECT_TRUE(model.isPlaying());
-    click(window, "close");
-    EXPECT_EQ(windows.windowCount(), 0U);
-}
-
-TEST_F(PlayerWindowTest, OneWindowForAMovieAndTheConverterHides) {
+TEST_F(PlayerWindowTest, OneWindowForAMovieUnderTheMouse) {
     maker.show();
     QQuickWindow* window = open(movie);
     ASSERT_TRUE(window);
     EXPECT_TRUE(maker.isVisible());
-    QTest::keyClick(window, Qt::Key_Right);
-    EXPECT_EQ(open(folder.file("../") + std::string(folder.path()).substr(folder.path().rfind('/') + 1) +
-                       "/./movie.zeb",
-                   true),
-              window);
-    EXPECT_EQ(sheetOf(window).model()->displayedFrameIndex(), 1) << "it is not opened again";
+    ZEBPlayerModel& model = *sheetOf(window).model();
+    click(window, "end");
+    EXPECT_EQ(model.displayedFrameIndex(), 39);
+    EXPECT_FALSE(item(window, "stepForward")->isEnabled());
+    click(window, "stepBack");
+    EXPECT_EQ(open(folder.file("./movie.zeb"), true), window);
+    EXPECT_EQ(model.displayedFrameIndex(), 38) << "it is not opened again";
     EXPECT_FALSE(maker.isVisible());
     EXPECT_TRUE(window->isVisible());
     click(window, "openMaker");
@@ -202,7 +155,15 @@ TEST_F(PlayerWindowTest, OneWindowForAMovieAndTheConverterHides) {
     // The reading of the pixels is shared by all windows, and kept.
     sheetOf(window).setStoredMode32(0);
     EXPECT_EQ(defaults.text("zeb.player.mode32"), "rgb565BE");
-    EXPECT_EQ(sheetOf(window).model()->mode32(), Mode32Interpretation::rgb565BE);
+    EXPECT_EQ(model.mode32(), Mode32Interpretation::rgb565BE);
+
+    click(window, "stop");
+    click(window, "play");
+    EXPECT_TRUE(model.isPlaying());
+    while (model.displayedFrameIndex() < 3)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    click(window, "close");
+    EXPECT_EQ(windows.windowCount(), 0U);
 }
 
 }  // namespace

