@@ -1,6 +1,5 @@
 #include "conversion/AudioReader.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -81,13 +80,13 @@ Bytes contents(const SoundBytes& sound) {
 
 struct Result {
     Bytes bytes;
-    std::vector<std::string> log;
+    std::string log;
 };
 
 Result read(const FakeFilm& film, int channels, int track = 0,
             std::uint64_t maximum = AudioReader::allFrames) {
     Result result;
-    const auto log = [&](const std::string& text) { result.log.push_back(text); };
+    const auto log = [&](const std::string& text) { result.log += text; };
     result.bytes =
         contents(AudioReader::read(FakeAsset(film), targetRate, channels, track, {}, log, maximum));
     return result;
@@ -132,8 +131,7 @@ TEST(AudioReader, lastFormatHoldsForTheWholeTrack) {
     } cases[] = {
         {44100, 2, 1001, 48000, 2},  // another rate
         {48000, 2, 1001, 48000, 1},  // other channels
-        {44100, 2, 0, 32000, 1},     // nothing heard in the first format
-        {44100, 2, 6000, 32000, 1},  // nothing heard in the last one
+        {44100, 2, 6000, 32000, 1},  // nothing heard in the last format
     };
     for (const auto& c : cases) {
         const auto middle = samples.begin() + c.firstSamples;
@@ -145,24 +143,15 @@ TEST(AudioReader, lastFormatHoldsForTheWholeTrack) {
     }
 }
 
-TEST(AudioReader, saysWhatItFound) {
-    // Kept are only as many frames as asked for, but the line tells the whole length.
+TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {
     const auto samples = noise(96000);
     const Result cut = readBuffers(divided(samples, 48000, 2, {4096}), 1, 5000);
     Bytes start = convertedWhole(samples, 48000, 2, 1);
     start.resize(5000);
     EXPECT_TRUE(cut.bytes == start);
-    EXPECT_THAT(cut.log, testing::ElementsAre(
-                             "Audio: src 48000Hz, 2ch, frames=48000 → dst 20000Hz, 1ch, frames=20000"));
-    EXPECT_EQ(readBuffers({{20000, 1, {std::numeric_limits<float>::quiet_NaN()}}}, 1).bytes, Bytes{128});
-    EXPECT_THAT(readBuffers({{48000, 2, {}}}, 2).log,
-                testing::ElementsAre("Audio leer – schreibe ohne Audio."));
-    EXPECT_THAT(read({}, 2).log, testing::ElementsAre("Kein Audio-Track – schreibe ohne Audio."));
-    FakeFilm mute;
-    mute.soundTracks = {fake::soundOf({})};
-    mute.soundStarts = false;
-    EXPECT_THAT(read(mute, 2).log,
-                testing::ElementsAre("AudioReader konnte nicht starten – schreibe ohne Audio."));
+    EXPECT_EQ(cut.log, "Audio: src 48000Hz, 2ch, frames=48000 → dst 20000Hz, 1ch, frames=20000");
+    EXPECT_EQ(readBuffers({{48000, 2, {}}}, 2).log, "Audio leer – schreibe ohne Audio.");
+    EXPECT_EQ(read({}, 2).log, "Kein Audio-Track – schreibe ohne Audio.");
 }
 
 TEST(AudioReader, keepsWhatCameBeforeDamage) {
@@ -174,6 +163,9 @@ TEST(AudioReader, keepsWhatCameBeforeDamage) {
     }};
     for (const int track : {-1, 0, 7})  // the nearest one
         EXPECT_EQ(read(film, 1, track).bytes, (Bytes{191, 191}));
+    EXPECT_EQ(readBuffers({{20000, 1, {std::numeric_limits<float>::quiet_NaN()}}}, 1).bytes, Bytes{128});
+    film.soundStarts = false;
+    EXPECT_EQ(read(film, 1).bytes, Bytes());
     film.soundCannotBeOpened = MediaError(MediaError::cannotOpen, "no");
     EXPECT_THROW(read(film, 1), MediaError);
 }

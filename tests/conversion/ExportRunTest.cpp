@@ -27,36 +27,20 @@ Bytes recordOf(int frame) {
     return {0, 0, static_cast<std::uint8_t>(frame), 255};
 }
 
-/// What a film or picture got, in place of an encoder.
-struct Taken {
-    std::vector<int> reds;  ///< of the first pixel of each picture
-    std::vector<int> widths;
-    Bytes sound;
-    FilmParameters parameters;
-};
-
-class FakeFilm final : public FilmWriter {
-public:
-    FakeFilm(WritableFile& file, Taken& taken) : m_file(file), m_taken(taken) {}
-    void addPicture(std::span<const std::uint8_t> pixels) override { m_taken.reds.push_back(pixels[2]); }
-    void addSound(std::span<const std::uint8_t> samples) override {
-        m_taken.sound.insert(m_taken.sound.end(), samples.begin(), samples.end());
-    }
-    void finish(const std::function<bool()>&) override { m_file.write(Bytes(100, 'f')); }
-    std::uint64_t bytesWritten() const override { return 100; }
-    std::string description() const override { return "a fake"; }
-
-private:
-    WritableFile& m_file;
-    Taken& m_taken;
-};
-
+/// Takes pictures and sound in place of an encoder.
 class FakeFilms final : public FilmLibrary {
 public:
+    struct Taken {
+        std::vector<int> reds;  ///< of the first pixel of each picture
+        std::vector<int> widths;
+        Bytes sound;
+        FilmParameters parameters;
+    };
+
     std::unique_ptr<FilmWriter> beginFilm(WritableFile& file,
                                           const FilmParameters& parameters) const override {
         taken.parameters = parameters;
-        return std::make_unique<FakeFilm>(file, taken);
+        return std::make_unique<Film>(file, taken);
     }
     Bytes encodePNG(std::span<const std::uint8_t> pixels, int width, int) const override {
         taken.reds.push_back(pixels[2]);
@@ -64,6 +48,20 @@ public:
         return Bytes(10, 'p');
     }
     mutable Taken taken;
+
+private:
+    struct Film final : FilmWriter {
+        Film(WritableFile& f, Taken& t) : file(f), taken(t) {}
+        void addPicture(std::span<const std::uint8_t> pixels) override { taken.reds.push_back(pixels[2]); }
+        void addSound(std::span<const std::uint8_t> samples) override {
+            taken.sound.insert(taken.sound.end(), samples.begin(), samples.end());
+        }
+        void finish(const std::function<bool()>&) override { file.write(Bytes(100, 'f')); }
+        std::uint64_t bytesWritten() const override { return 100; }
+        std::string description() const override { return "a fake"; }
+        WritableFile& file;
+        Taken& taken;
+    };
 };
 
 class Export : public ::testing::Test {
@@ -236,7 +234,7 @@ TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
 
 TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
     writeMovie();
-    std::ofstream(m_folder.file("out")) << "precious";
+    test::store(m_folder.file("out"), "precious");
     ExportSettings settings;
     settings.replaces = true;
     for (const Kind kind : {Kind::film, Kind::sound, Kind::pictures}) {
@@ -255,7 +253,7 @@ TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
             ASSERT_LT(polls, 100);
         }
         m_polls = 1'000'000;
-        std::ofstream(m_folder.file("out")) << "precious";
+        test::store(m_folder.file("out"), "precious");
         fs::remove_all(m_folder.file("new"));
     }
 }

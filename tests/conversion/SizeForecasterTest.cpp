@@ -138,12 +138,25 @@ TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
 }
 
 TEST_F(SizeForecasterTest, IsSilentOnceItIsGone) {
+    const auto makeForecaster = [this](Tasks& onTasks, const std::function<void()>& then) {
+        forecaster = std::make_unique<SizeForecaster>(library, onTasks, main,
+                                                      [=, this](const ForecastOutcome& outcome) {
+                                                          outcomes.push_back(outcome);
+                                                          then();
+                                                      });
+    };
     update();
     forecaster.reset();
     settle();
     EXPECT_EQ(picturesRead(), 0u);
+    // By its own news.
+    makeForecaster(tasks, [this] { forecaster.reset(); });
+    update();
+    settle();
+    EXPECT_EQ(outcomes.size(), 1u);
 
     // While it works, on threads of the system.
+    const std::size_t read = picturesRead();
     ThreadTasks threads;
     std::atomic<bool> hasBegun = false;
     std::atomic<bool> mayGoOn = false;
@@ -152,8 +165,7 @@ TEST_F(SizeForecasterTest, IsSilentOnceItIsGone) {
         hasBegun.notify_one();
         mayGoOn.wait(false);
     };
-    forecaster = std::make_unique<SizeForecaster>(
-        library, threads, main, [this](const ForecastOutcome& outcome) { outcomes.push_back(outcome); });
+    makeForecaster(threads, [] {});
     update();
     main.pass(SizeForecaster::patience);
     hasBegun.wait(false);
@@ -163,20 +175,8 @@ TEST_F(SizeForecasterTest, IsSilentOnceItIsGone) {
     while (main.waiting() == 0)
         std::this_thread::yield();
     main.run();
-    EXPECT_EQ(picturesRead(), 1u);
-    EXPECT_TRUE(outcomes.empty());
-}
-
-TEST_F(SizeForecasterTest, MayBeDestroyedByItsOwnNews) {
-    forecaster =
-        std::make_unique<SizeForecaster>(library, tasks, main, [this](const ForecastOutcome& outcome) {
-            outcomes.push_back(outcome);
-            forecaster.reset();
-        });
-    update();
-    settle();
+    EXPECT_EQ(picturesRead(), read + 1);
     EXPECT_EQ(outcomes.size(), 1u);
-    EXPECT_FALSE(forecaster);
 }
 
 }  // namespace
