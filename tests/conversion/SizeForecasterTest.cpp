@@ -33,6 +33,12 @@ protected:
         settings.width = settings.height = 128;
     }
 
+    std::unique_ptr<SizeForecaster> makeForecaster(Tasks& onTasks) {
+        return std::make_unique<SizeForecaster>(library, onTasks, main, [this](const auto& outcome) {
+            outcomes.push_back(outcome);
+            onOutcome();
+        });
+    }
     void update(const std::string& input = "film") { forecaster->update(input, "a.zeb", settings); }
     /// Time and work until all is quiet.
     void settle() {
@@ -61,8 +67,8 @@ protected:
     fake::HandDrivenTasks tasks;
     fake::HandDrivenMainActor main;
     std::vector<ForecastOutcome> outcomes;
-    std::unique_ptr<SizeForecaster> forecaster = std::make_unique<SizeForecaster>(
-        library, tasks, main, [this](const ForecastOutcome& outcome) { outcomes.push_back(outcome); });
+    std::function<void()> onOutcome = [] {};
+    std::unique_ptr<SizeForecaster> forecaster = makeForecaster(tasks);
 };
 
 TEST_F(SizeForecasterTest, MakesOneForecastOfManyChangesInARow) {
@@ -138,19 +144,13 @@ TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
 }
 
 TEST_F(SizeForecasterTest, IsSilentOnceItIsGone) {
-    const auto makeForecaster = [this](Tasks& onTasks, const std::function<void()>& then) {
-        forecaster = std::make_unique<SizeForecaster>(library, onTasks, main,
-                                                      [=, this](const ForecastOutcome& outcome) {
-                                                          outcomes.push_back(outcome);
-                                                          then();
-                                                      });
-    };
     update();
     forecaster.reset();
     settle();
     EXPECT_EQ(picturesRead(), 0u);
     // By its own news.
-    makeForecaster(tasks, [this] { forecaster.reset(); });
+    forecaster = makeForecaster(tasks);
+    onOutcome = [this] { forecaster.reset(); };
     update();
     settle();
     EXPECT_EQ(outcomes.size(), 1u);
@@ -165,7 +165,7 @@ TEST_F(SizeForecasterTest, IsSilentOnceItIsGone) {
         hasBegun.notify_one();
         mayGoOn.wait(false);
     };
-    makeForecaster(threads, [] {});
+    forecaster = makeForecaster(threads);
     update();
     main.pass(SizeForecaster::patience);
     hasBegun.wait(false);

@@ -102,6 +102,14 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     EXPECT_EQ(size().first, 1280) << "custom is no size of its own";
     setSize(1920, 1080);
     EXPECT_EQ(selected(), "Full HD") << "at once";
+
+    // The window may go before the work that its choice has left.
+    content->setPresetIndex(2);
+    content.reset();
+    settle();
+    postApplyPreset(notifications, 1, 1);
+    defaults.set("presetDVDW", 1);
+    EXPECT_EQ(size(), std::pair(1280, 720));
 }
 
 TEST_F(ContentViewModelTest, CarriesRequestsOut) {

@@ -19,12 +19,6 @@ using testing::SizeIs;
 
 const QColor accent(0, 120, 215);
 
-/// The colour at a point, counted from the lower left corner.
-QColor colourAt(const QImage& image, double x, double y) {
-    const double ratio = image.devicePixelRatio();
-    return image.pixelColor(static_cast<int>(x * ratio), image.height() - 1 - static_cast<int>(y * ratio));
-}
-
 /// Where the filled part ends on the bar's middle line, in points from the left edge of the bar.
 double fillWidth(const QImage& image) {
     const double ratio = image.devicePixelRatio();
@@ -55,24 +49,6 @@ TEST(DockProgressViewTest, FillsTheBarFromItsRoundStubOn) {
     EXPECT_NEAR(fillWidth(drawn(0.5, 1, 64)), 18, 1);   // (64 - 28) / 2
     EXPECT_NEAR(fillWidth(drawn(0.5, 1, 34)), 6, 1);    // narrower than the stub: the whole bar
     EXPECT_NEAR(fillWidth(drawn(0.5, 1, 28)), -14, 0);  // no room for a bar: nothing
-}
-
-TEST(DockProgressViewTest, ScalesTheIconIntoTheWholeSquareBelowTheBar) {
-    QImage icon(64, 32, QImage::Format_RGB32);
-    icon.fill(Qt::red);
-    for (int y = 16; y < 32; ++y) {
-        for (int x = 0; x < 64; ++x)
-            icon.setPixelColor(x, y, Qt::green);
-    }
-    DockProgressView view(128, icon, accent);
-    view.setProgress(0.3);
-    const QImage image = view.draw(2);
-    EXPECT_EQ(colourAt(image, 1, 127), QColor(Qt::red));
-    EXPECT_EQ(colourAt(image, 127, 70), QColor(Qt::red));
-    EXPECT_EQ(colourAt(image, 1, 1), QColor(Qt::green));
-    EXPECT_EQ(colourAt(image, 127, 58), QColor(Qt::green));
-    EXPECT_EQ(colourAt(image, 30, 20), accent);
-    EXPECT_EQ(colourAt(image, 64, 20), QColor(0, 140, 0));  // through the track: 255 x 0.55
 }
 
 class RecordingTile final : public DockTile {

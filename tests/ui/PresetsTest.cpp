@@ -4,13 +4,11 @@
 
 #include "platform/PropertyList.h"
 #include "platform/fake/FakeUserDefaults.h"
-#include "platform/fake/HandDrivenMainActor.h"
 #include "ui/BuiltInPreset.h"
 #include "ui/LenientPresets.h"
 #include "ui/PresetEditor.h"
 #include "ui/PresetLoader.h"
 #include "ui/PresetMenu.h"
-#include "ui/PresetSelection.h"
 #include "ui/UserPresetJSON.h"
 
 namespace zeb {
@@ -64,7 +62,7 @@ TEST(PresetRulesTest, ReadsIntegersLeniently) {
         EXPECT_EQ(lenientInteger(value), expected) << testing::PrintToString(expected.value_or(0));
 }
 
-TEST(PresetRulesTest, ParsesRecords) {
+TEST(PresetRulesTest, ParsesAndMergesRecords) {
     const auto presets = parsePresetDictionaries({
         {{"title", "Clip"}, {"w", "640 px"}, {"presetH", 480}},
         {{"name", " A "}, {"title", "B"}, {"width", 1}, {"w", 5}, {"height", 2.9}, {"id", 7}, {"uuid", "u"}},
@@ -76,16 +74,12 @@ TEST(PresetRulesTest, ParsesRecords) {
     EXPECT_THAT(presets,
                 ElementsAre(UserPreset{"clip_640x480", "Clip", 640, 480}, UserPreset{"u", " A ", 1, 2},
                             UserPreset{"l_3x4", "L", 3, 4}, UserPreset{"preset_3x4", "Preset", 3, 4}));
-    EXPECT_EQ(makePresetID("\tÄ  ÉTÉ\tЖ\n", 1, 2, std::nullopt), "ä__été\tж_1x2");
-}
-
-TEST(PresetRulesTest, MergesByID) {
     PresetCollection collection;
     mergePresets(collection, {{"a", "  ", 1, 1}, {"b", "B", 1, 1}, {"a", "\n", 2, 2}});
-    EXPECT_EQ(collection.at("a").width, 1);
     mergePresets(collection, {{"a", "Clip", 3, 4}, {"b", "Other", 5, 6}, {"a", "Late", 7, 8}});
     EXPECT_THAT(collection,
                 ElementsAre(Pair("a", UserPreset{"a", "Clip", 3, 4}), Pair("b", UserPreset{"b", "B", 1, 1})));
+    EXPECT_EQ(makePresetID("\tÄ  ÉTÉ\tЖ\n", 1, 2, std::nullopt), "ä__été\tж_1x2");
 }
 
 TEST(PresetRulesTest, DecodesStrictly) {
@@ -236,24 +230,6 @@ TEST_F(PresetEditorTest, TakesOverWhatAnotherWindowStores) {
     EXPECT_EQ(stored(), "damaged") << "until the next change";
     m_editor.addUserPreset("new", 1, 1);
     EXPECT_EQ(other.userPresets(), m_editor.userPresets());
-}
-
-TEST_F(PresetsTest, ASelectionMayGoBeforeItsWork) {
-    fake::HandDrivenMainActor actor;
-    struct NoSize final : SizeSettings {
-        int width() const override { return 0; }
-        int height() const override { return 0; }
-        void setWidth(int) override {}
-        void setHeight(int) override {}
-    } size;
-    {
-        PresetSelection selection(m_defaults, m_notifications, actor, size);
-        selection.appear();
-        selection.applyPreset("hd");
-    }
-    EXPECT_EQ(actor.run(), 1u);
-    postApplyPreset(m_notifications, 1, 1);
-    m_defaults.set("presetDVDW", 1);
 }
 
 }  // namespace

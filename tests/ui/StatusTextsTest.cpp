@@ -6,7 +6,6 @@
 
 #include "ui/DurationText.h"
 #include "ui/RemainingTime.h"
-#include "ui/TargetDescription.h"
 
 namespace zeb {
 namespace {
@@ -51,23 +50,6 @@ TEST(RemainingTimeTest, FollowsTheSmoothedSpeed) {
     EXPECT_EQ(remaining.etaText(), "—");
     remaining.updateETA(0.5, start + milliseconds(70000));
     EXPECT_EQ(remaining.etaText(), "—") << "the speed is forgotten as well";
-}
-
-TEST(TargetDescriptionTest, AgreesWithTheRun) {
-    Settings settings;
-    settings.width = 720;
-    settings.height = 576;
-    settings.fps = 30;
-    EXPECT_EQ(targetDescription({1920, 1080, 25}, settings),
-              (TargetDescription{{720, 400}, 25, 32, "stereo sound"}));
-    settings = {};
-    settings.width = settings.height = settings.fps = 0;
-    settings.audioChannels = 1;
-    settings.qlModeNumber = 4;
-    EXPECT_EQ(targetDescription({1, 0, 60}, settings), (TargetDescription{{64, 64}, 1, 4, "mono sound"}));
-    settings.includeAudio = false;
-    EXPECT_EQ(sourceTargetText({320, 240, 25}, settings),
-              "Video: 320 × 240, 25 fps   →   Movie: 64 × 64, 1 fps, Mode 4, no sound");
 }
 
 }  // namespace

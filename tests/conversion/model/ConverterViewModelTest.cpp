@@ -112,31 +112,10 @@ TEST_F(ConverterViewModelTest, LaterAnalysisWinsAndAModelThatIsGoneGetsNothing) 
     model->setInput(URL::forFile("/films/holiday.mov"));
     tasks.runAll();
     model->chooseInput();
+    EXPECT_EQ(panels.openPanel().folder, "/films");
     model.reset();
     mainActor.run();
     panels.answer("/films/silent.mov");
-}
-
-TEST_F(ConverterViewModelTest, Panels) {
-    model->chooseOutput();
-    EXPECT_EQ(panels.count(), 0U) << "without an input there is nothing to save";
-
-    defaults.set("ZEBMaker.lastInputDir", "/last");
-    model->chooseInput();
-    EXPECT_EQ(panels.openPanel().folder, "/last");
-    panels.answer("/films/holiday.mov");
-    EXPECT_EQ(model->inputPath(), "/films/holiday.mov");
-
-    model->settings()->setTitle("a/b");
-    model->chooseOutput();
-    EXPECT_EQ(panels.savePanel().proposedName, "a_b.zeb");
-    EXPECT_EQ(panels.savePanel().folder, "/films");
-    panels.answer("/movies/a.zeb");
-    chooseOutput(std::nullopt);
-    EXPECT_EQ(model->outputPath(), "/movies/a.zeb");
-    EXPECT_EQ(defaults.text("ZEBMaker.lastOutputDir"), "/movies");
-    EXPECT_THAT(sounds.played,
-                ElementsAre(accessingFile, accessingFile, programLoadedAndReady, accessingFile));
 }
 
 TEST_F(ConverterViewModelTest, RunsToTheEnd) {
