@@ -2,7 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <string>
 #include <vector>
+
+#include "app/OpenedURLs.h"
+#include "platform/fake/HandDrivenMainActor.h"
 
 namespace zeb {
 namespace {
@@ -38,6 +42,31 @@ TEST(AppActionRouter, TellsEveryObserverOfEveryRequestInOrder) {
     EXPECT_NE(router.request(), before) << "a fresh id";
     EXPECT_EQ(first.size(), 3u);
     EXPECT_EQ(second.size(), 4u);
+}
+
+TEST(OpenedURLs, RunOneByOneAfterTheCallHasReturned) {
+    std::vector<std::string> events;
+    fake::HandDrivenMainActor mainActor;
+    AppActionRouter router;
+    const auto observation = router.observe([&](const AppActionRequest& request) {
+        events.push_back("encode " + std::get<EncodeAction>(request.action).url.text());
+        // Whatever somebody posts comes after the URLs that were opened together.
+        mainActor.post([&] { events.emplace_back("later"); });
+    });
+    const auto openPlayer = [&](const URL& url, bool hideMaker) {
+        events.push_back((hideMaker ? "play alone " : "play ") + url.text());
+    };
+    // Schemes do not count here.
+    routeOpenedURLs({URL::forFile("/a.mov"), URL::parse("http://h/b.ZEB").value(),
+                     URL::parse("zebmaker://play?url=c.zeb").value(), URL::forFile("/d.mov")},
+                    mainActor, openPlayer, router, [&] { events.emplace_back("activate"); });
+    EXPECT_THAT(events, testing::IsEmpty());
+    EXPECT_EQ(mainActor.waiting(), 4u);
+    mainActor.run();
+    EXPECT_THAT(events, ElementsAre("encode file:///a.mov", "activate", "play alone http://h/b.ZEB",
+                                    "encode zebmaker://play?url=c.zeb", "activate", "encode file:///d.mov",
+                                    "activate", "later", "later", "later"));
+    EXPECT_EQ(router.request()->action, AppAction(EncodeAction{URL::forFile("/d.mov")}));
 }
 
 }  // namespace

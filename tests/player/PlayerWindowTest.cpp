@@ -18,7 +18,6 @@
 #include "platform/fake/FakeMedia.h"
 #include "platform/fake/FakeUserDefaults.h"
 #include "platform/qt/QtMainActor.h"
-#include "player/window/FrameItem.h"
 #include "player/window/PlayerSheetModel.h"
 #include "player/window/ZEBPlayerWindowManager.h"
 #include "tests/platform/TemporaryFolder.h"
@@ -97,20 +96,6 @@ protected:
     ZEBPlayerWindowManager windows{
         {engine, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults, notifications, {}}};
 };
-
-TEST_F(PlayerWindowTest, PlacesFramesWholeAndOnPixels) {
-    const struct {
-        QSizeF area;
-        double ratio;
-        QRectF place;
-    } cases[] = {
-        {{640, 400}, 1, {0, 0, 640, 400}},   {{900, 450}, 1, {90, 0, 720, 450}},
-        {{641, 400.5}, 1, {0, 0, 640, 400}},  // a whole multiple, within a pixel
-        {{320.5, 200}, 2, {0, 0, 320, 200}}, {{100, 300}, 1, {0, 118, 100, 62.5}},
-    };
-    for (const auto& [area, ratio, place] : cases)
-        EXPECT_EQ(FrameItem::placeOf(QSizeF(320, 200), area, ratio), place) << area.width();
-}
 
 TEST_F(PlayerWindowTest, OneWindowForAMovieUnderTheMouse) {
     maker.show();

@@ -110,31 +110,16 @@ protected:
     std::unique_ptr<ZEBPlayerModel> model;
 };
 
-TEST_F(ZEBPlayerModelTest, OpensWithTheFirstFrame) {
+TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
     model->setMode32(Mode32Interpretation::qpcPackedBE);
-    model->open("clip.zeb");
-    EXPECT_EQ(script->interpretation, Mode32Interpretation::qpcPackedBE);
-    EXPECT_EQ(status(), "Clip • 512x256 • 25 fps • Mode 32");
-    EXPECT_EQ(shownFrame(), 0);
-    EXPECT_EQ(model->totalFrames(), 10);
-    EXPECT_EQ(model->durationSeconds(), 0.4);
-
-    model->unload();
-    EXPECT_EQ(model->totalFrames(), 0);
-    script->headerIsBroken = true;
-    model->open("clip.zeb");
-    EXPECT_EQ(status(), "Fehler: Kein ZEB1-File");
-    script->headerIsBroken = false;
-    script->undecodable = {0};
-    model->open("clip.zeb");
-    EXPECT_FALSE(model->image());
-    EXPECT_EQ(status(), "Clip • 512x256 • 25 fps • Mode 32 • (kein Frame dekodierbar)");
-}
-
-TEST_F(ZEBPlayerModelTest, SeeksWithinTheMovie) {
     model->seek(3);
     EXPECT_EQ(model->displayedFrameIndex(), 0) << "without a movie nothing happens";
+    const std::string description = "Clip • 512x256 • 25 fps • Mode 32";
     model->open("clip.zeb");
+    EXPECT_EQ(script->interpretation, Mode32Interpretation::qpcPackedBE);
+    EXPECT_EQ(status(), description);
+    EXPECT_EQ(shownFrame(), 0);
+    EXPECT_EQ(model->durationSeconds(), 0.4);
     for (const auto& [target, shown] : {std::pair(3, 3), {-3, 0}, {15, 9}, {8, 8}}) {
         model->seek(target);
         EXPECT_EQ(model->displayedFrameIndex(), shown);
@@ -146,7 +131,16 @@ TEST_F(ZEBPlayerModelTest, SeeksWithinTheMovie) {
     EXPECT_EQ(status(), "Fehler: EOF");
     EXPECT_EQ(shownFrame(), 8) << "the picture stays";
     model->seek(6);
-    EXPECT_EQ(status(), "Clip • 512x256 • 25 fps • Mode 32");
+    EXPECT_EQ(status(), description);
+
+    script->headerIsBroken = true;
+    model->open("clip.zeb");
+    EXPECT_EQ(status(), "Fehler: Kein ZEB1-File");
+    script->headerIsBroken = false;
+    script->undecodable = {0};
+    model->open("clip.zeb");
+    EXPECT_FALSE(model->image());
+    EXPECT_EQ(status(), description + " • (kein Frame dekodierbar)");
 }
 
 TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
@@ -266,14 +260,10 @@ TEST_F(ZEBPlayerModelTest, SoundFollowsThePicture) {
     for (const bool isBroken : {true, false}) {
         script->soundIsBroken = isBroken;
         script->soundtrack.bytes.clear();
-        testing::internal::CaptureStdout();
         model->open("clip.zeb");
         settle();
         model->play();
         model->pause();
-        EXPECT_EQ(testing::internal::GetCapturedStdout(),
-                  isBroken ? "ZEB audio prepare failed: Unexpected EOF\n" : "");
-        tasks.runAll();
     }
     EXPECT_EQ(output.started.size(), 2U);
 }

@@ -140,23 +140,6 @@ TEST_F(ContentViewModelTest, CarriesRequestsOut) {
     EXPECT_EQ(opened.back(), std::pair(movie, false));
 }
 
-TEST_F(ContentViewModelTest, PlaysWhatWasMadeOrAsks) {
-    content->playMovie();
-    testing::internal::CaptureStdout();
-    panels.answer(std::nullopt);
-    EXPECT_THAT(testing::internal::GetCapturedStdout(),
-                StartsWith("ZEB-Auswahl abgebrochen/fehlgeschlagen: "));
-    test::store(movie, "movie");
-    content->playMovie();
-    panels.answer(movie);
-
-    takeFilm(input);
-    startAndSettle();
-    content->playMovie();
-    EXPECT_EQ(panels.count(), 0U);
-    EXPECT_THAT(opened, ElementsAre(std::pair(movie, false), std::pair(movie, false)));
-}
-
 TEST_F(ContentViewModelTest, ShowsHowTheRunGoesOn) {
     takeFilm(input);
     std::vector<std::string> shown;
