@@ -122,25 +122,18 @@ TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
 
 TEST(AudioReader, lastFormatHoldsForTheWholeTrack) {
     const auto samples = noise(6000);
-    const struct {
-        double firstRate;
-        int firstChannels;
-        std::ptrdiff_t firstSamples;
-        double lastRate;
-        int lastChannels;
-    } cases[] = {
-        {44100, 2, 1001, 48000, 2},  // another rate
-        {48000, 2, 1001, 48000, 1},  // other channels
-        {44100, 2, 6000, 32000, 1},  // nothing heard in the last format
-    };
-    for (const auto& c : cases) {
-        const auto middle = samples.begin() + c.firstSamples;
-        const Result result = readBuffers({{c.firstRate, c.firstChannels, {samples.begin(), middle}},
-                                           {c.lastRate, c.lastChannels, {middle, samples.end()}},
+    const auto expectLastOf = [&](double firstRate, int firstChannels, std::ptrdiff_t firstSamples,
+                                  double lastRate, int lastChannels) {
+        const auto middle = samples.begin() + firstSamples;
+        const Result result = readBuffers({{firstRate, firstChannels, {samples.begin(), middle}},
+                                           {lastRate, lastChannels, {middle, samples.end()}},
                                            {0, 0, {}}},  // says nothing about the format
                                           2);
-        EXPECT_TRUE(result.bytes == convertedWhole(samples, c.lastRate, c.lastChannels, 2)) << c.lastRate;
-    }
+        EXPECT_TRUE(result.bytes == convertedWhole(samples, lastRate, lastChannels, 2)) << lastRate;
+    };
+    expectLastOf(44100, 2, 1001, 48000, 2);
+    expectLastOf(48000, 2, 1001, 48000, 1);
+    expectLastOf(44100, 2, 6000, 32000, 1);  // nothing heard in the last format
 }
 
 TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {

@@ -183,16 +183,6 @@ TEST_F(ConversionRunTest, bytesDependOnSourceAndSettingsOnly) {
     }
 }
 
-TEST_F(ConversionRunTest, drawsAPictureThatStaysOnScreenOnce) {
-    std::vector<std::shared_ptr<FakePicture>> pictures;
-    for (std::uint32_t i = 0; i < 5; ++i)
-        pictures.push_back(std::make_shared<FakePicture>(i));
-    takeFilm([&](double time, const IsCancelled&) { return pictures[static_cast<std::size_t>(time / 0.5)]; });
-    convert();
-    for (const auto& picture : pictures)
-        EXPECT_EQ(picture->draws(), 1);
-}
-
 TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
     takeFilm([](double time, const IsCancelled&) -> std::shared_ptr<const Picture> {
         const std::uint32_t index = pictureAt(time);
@@ -220,21 +210,18 @@ TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
 
 TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
     const Bytes silent = expectedMovie(settingsOf(), 0).finished;
-    Settings settings = settingsOf();
-    settings.includeAudio = false;
-    convert(settings);
-    EXPECT_TRUE(written() == silent);
-    EXPECT_TRUE(library.record().soundReaders.empty());
-
     FakeFilm film = filmOf();
     film.soundTracks.insert(film.soundTracks.begin(), fake::soundOf({}));
     library.add(input, film);
     convert();
     EXPECT_TRUE(written() == silent) << "the first track is empty";
-    settings = settingsOf();
+    Settings settings = settingsOf();
     settings.audioTrackIndex = 1;
     convert(settings);
     EXPECT_TRUE(written() == expectedMovie(settings, 2).finished);
+    settings.includeAudio = false;
+    convert(settings);
+    EXPECT_TRUE(written() == silent);
 }
 
 TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {

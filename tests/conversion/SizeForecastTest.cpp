@@ -118,39 +118,44 @@ public:
 
 TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
     const struct {
-        std::uint64_t record;
+        std::vector<std::uint64_t> records;
         int fps;
         int channels;
         std::int64_t seconds;
-    } cases[] = {{10'000'000, 10, 2, 50},
-                 {4'000'000, 25, 0, 42},
-                 {4'000'000, 25, 0, 43},
-                 {30'000'000, 160, 0, 2},
+    } cases[] = {{{10'000'000}, 10, 2, 50},
+                 {{4'000'000}, 25, 0, 42},
+                 {{4'000'000}, 25, 0, 43},
+                 {{9'000'000, 1'000'000, 5'000'000}, 10, 1, 90},
+                 {{30'000'000}, 160, 0, 2},
                  // The last block begins at 2^32 - 1 and at 2^32.
-                 {40'904'065, 105, 2, 2},
-                 {8'747'302, 491, 2, 2}};
+                 {{40'904'065}, 105, 2, 2},
+                 {{8'747'302}, 491, 2, 2}};
     for (const auto& c : cases) {
         ConversionPlan plan;
         plan.fps = c.fps;
         plan.seconds = c.seconds;
         plan.totalFrames = c.seconds * c.fps;
-        const MovieSize size(plan, "", c.channels, {c.record});
+        const MovieSize size(plan, "", c.channels, c.records);
 
         ZEBWriter writer(std::make_unique<Drain>(),
                          {"", 64, 64, c.fps, 32, plan.totalFrames, c.seconds, c.channels, false});
-        const std::vector<std::uint8_t> record(c.record);
+        const std::vector<std::uint8_t> bytes(*std::ranges::max_element(c.records));
         const std::vector<std::uint8_t> sound(static_cast<std::size_t>(c.channels) * 20000);
-        const std::vector<std::span<const std::uint8_t>> frames(static_cast<std::size_t>(c.fps), record);
         std::optional<std::int64_t> refused;
         for (std::int64_t second = 0; second < c.seconds && !refused; ++second) {
             EXPECT_EQ(writer.bytesWritten(), size.startOfSecond(second));
+            std::vector<std::span<const std::uint8_t>> frames;
+            for (std::int64_t frame = second * c.fps; frame < (second + 1) * c.fps; ++frame) {
+                const auto part = frame * static_cast<std::int64_t>(c.records.size()) / plan.totalFrames;
+                frames.push_back(std::span(bytes).first(c.records[static_cast<std::size_t>(part)]));
+            }
             try {
                 writer.writeSecond(sound, frames);
             } catch (const ZEBWriterError&) {
                 refused = second;
             }
         }
-        EXPECT_EQ(size.firstRefusedSecond(), refused) << c.record << " x " << c.fps;
+        EXPECT_EQ(size.firstRefusedSecond(), refused) << c.records.front() << " x " << c.fps;
     }
     // More frames than the header can count.
     ConversionPlan endless;

@@ -37,14 +37,9 @@ QImage drawn(double progress, double ratio, int size = 128) {
 }
 
 TEST(DockProgressViewTest, FillsTheBarFromItsRoundStubOn) {
-    for (const double ratio : {1.0, 2.0}) {
-        for (const auto& [progress, width] :
-             {std::pair(0.0, 12), {0.05, 12}, {0.5, 50}, {0.75, 75}, {1.0, 100}}) {
-            SCOPED_TRACE(testing::Message() << progress << " at " << ratio);
-            const QImage image = drawn(progress, ratio);
-            EXPECT_EQ(image.width(), 128 * ratio);
-            EXPECT_NEAR(fillWidth(image), width, 1);  // a pixel of the outline or of a round end
-        }
+    for (const auto& [progress, width] : {std::pair(0.0, 12), {0.05, 12}, {0.5, 50}, {1.0, 100}}) {
+        EXPECT_EQ(drawn(progress, 2).width(), 256);
+        EXPECT_NEAR(fillWidth(drawn(progress, 2)), width, 1);  // a pixel of the outline or of a round end
     }
     EXPECT_NEAR(fillWidth(drawn(0.5, 1, 64)), 18, 1);   // (64 - 28) / 2
     EXPECT_NEAR(fillWidth(drawn(0.5, 1, 34)), 6, 1);    // narrower than the stub: the whole bar
