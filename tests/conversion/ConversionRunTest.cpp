@@ -1,7 +1,6 @@
 #include "conversion/ConversionRun.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cmath>

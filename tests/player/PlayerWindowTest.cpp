@@ -114,11 +114,6 @@ TEST_F(PlayerWindowTest, OneWindowForAMovieUnderTheMouse) {
     click(window, "openMaker");
     EXPECT_TRUE(maker.isVisible());
 
-    // The reading of the pixels is shared by all windows, and kept.
-    sheetOf(window).setStoredMode32(0);
-    EXPECT_EQ(defaults.text("zeb.player.mode32"), "rgb565BE");
-    EXPECT_EQ(model.mode32(), Mode32Interpretation::rgb565BE);
-
     click(window, "stop");
     click(window, "play");
     EXPECT_TRUE(model.isPlaying());

@@ -286,6 +286,19 @@ TEST_F(ConverterViewModelTest, TheNextRunToTheSamePlaceKeepsItsFile) {
     EXPECT_EQ(runs.size(), 2U);
     EXPECT_FALSE(model->cancelledOutputPendingDeletion());
     EXPECT_EQ(model->playableOutputURL()->path(), output);
+
+    // A question that is still open goes when the next run starts, and comes back if that never begins.
+    run = [&](const ConversionCallbacks&, const std::string&) {
+        model->cancel();
+        throw ZEBConverterError::cancelled();
+    };
+    startAndSettle();
+    ASSERT_TRUE(model->cancelledOutputPendingDeletion());
+    model->start();
+    EXPECT_FALSE(model->cancelledOutputPendingDeletion());
+    model->cancel();
+    settle();
+    EXPECT_TRUE(model->cancelledOutputPendingDeletion()) << "nobody writes there now";
 }
 
 TEST_F(ConverterViewModelTest, UnwritableFolderAsksForAnotherPlace) {
