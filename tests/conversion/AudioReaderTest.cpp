@@ -94,9 +94,7 @@ Result read(const FakeFilm& film, int channels, int track = 0,
 
 Result readBuffers(std::vector<FakeSamples> buffers, int channels,
                    std::uint64_t maximum = AudioReader::allFrames) {
-    FakeFilm film;
-    film.soundTracks = {fake::soundOf(std::move(buffers))};
-    return read(film, channels, 0, maximum);
+    return read({.soundTracks = {fake::soundOf(std::move(buffers))}}, channels, 0, maximum);
 }
 
 TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
@@ -165,13 +163,11 @@ TEST(AudioReader, keepsWhatCameBeforeDamage) {
 
 TEST(AudioReader, asksOftenWithinALargeBufferAndStopsAtOnce) {
     for (const double rate : {48000.0, 1e9}) {
-        FakeFilm film;
-        film.soundTracks = {fake::soundOf({{rate, 1, std::vector<float>(2000000)}})};
+        const FakeAsset asset({.soundTracks = {fake::soundOf({{rate, 1, std::vector<float>(2000000)}})}});
         std::uint64_t asked = 0;
         constexpr std::uint64_t patience = 2000000 / 16384;
-        EXPECT_THROW(
-            AudioReader::read(FakeAsset(film), targetRate, 1, 0, [&] { return ++asked > patience; }, {}),
-            ZEBConverterError);
+        EXPECT_THROW(AudioReader::read(asset, targetRate, 1, 0, [&] { return ++asked > patience; }, {}),
+                     ZEBConverterError);
         EXPECT_EQ(asked, patience + 1);
     }
 }

@@ -81,12 +81,13 @@ struct ExpectedMovie {
 };
 
 Settings settingsOf(int mode = 32, bool dither = false, int channels = 2) {
-    Settings settings{"Film", width, height};
-    settings.qlModeNumber = mode;
-    settings.dither = dither;
-    settings.audioChannels = channels;
-    settings.loop = true;
-    return settings;
+    return {.title = "Film",
+            .width = width,
+            .height = height,
+            .loop = true,
+            .audioChannels = channels,
+            .dither = dither,
+            .qlModeNumber = mode};
 }
 
 /// `pictures`: the number of the picture that each frame shows, when not the regular one.

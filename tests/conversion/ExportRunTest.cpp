@@ -76,12 +76,10 @@ protected:
             for (int i = 0; i < soundBytes - (second == 1 ? shorterSound : 0); ++i)
                 sound.push_back(static_cast<std::uint8_t>((second * soundBytes + i) % 251));
             std::vector<Bytes> frames;
-            std::vector<std::span<const std::uint8_t>> spans;
             for (int frame = second * fps; frame < (second + 1) * fps; ++frame)
                 frames.push_back(records.contains(frame) ? records.at(frame) : recordOf(frame));
-            for (const Bytes& frame : frames)
-                spans.emplace_back(frame);
-            writer.writeSecond(sound, spans);
+            writer.writeSecond(sound,
+                               std::vector<std::span<const std::uint8_t>>(frames.begin(), frames.end()));
             m_sound.insert(m_sound.end(), sound.begin(), sound.end());
         }
         if (isFinished) writer.finish();
@@ -101,10 +99,10 @@ protected:
     ExportResult run(const ExportSettings& settings, const std::string& output = "out") {
         m_films.taken = {};
         m_warnings.clear();
-        ExportCallbacks callbacks;
-        callbacks.warned = [this](const std::string& line) { m_warnings.push_back(line); };
-        callbacks.isCancelled = [this] { return m_polls-- <= 0; };
-        return ExportRun(m_films).run(m_movie, m_folder.file(output), settings, callbacks);
+        return ExportRun(m_films).run(
+            m_movie, m_folder.file(output), settings,
+            {.warned = [this](const std::string& line) { m_warnings.push_back(line); },
+             .isCancelled = [this] { return m_polls-- <= 0; }});
     }
     std::vector<int> redsOf(const ExportSettings& settings) {
         run(settings);
@@ -131,10 +129,7 @@ TEST_F(Export, CutsPicturesAndSoundAtTheSameMoment) {
     for (const bool isFinished : {true, false}) {
         writeMovie({}, isFinished);
         for (const auto& test : cases) {
-            ExportSettings settings;
-            settings.from = test.from;
-            settings.to = test.to;
-            const std::vector<int> reds = redsOf(settings);
+            const std::vector<int> reds = redsOf({.from = test.from, .to = test.to});
             ASSERT_EQ(reds.size(), static_cast<std::size_t>(test.end - test.first));
             EXPECT_EQ(reds.front(), test.first);
             EXPECT_EQ(m_films.taken.sound, Bytes(m_sound.begin() + test.first * soundBytes / fps,
@@ -149,10 +144,7 @@ TEST_F(Export, RepeatsThePictureBeforeDamage) {
     EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 4, 4, 7, 8, 9, 10, 11));
     EXPECT_THAT(m_warnings, ElementsAre("frame 0 cannot be decoded; black is shown instead",
                                         "frames 5 to 6 cannot be decoded; the picture before is repeated"));
-    ExportSettings settings;
-    settings.kind = Kind::picture;
-    settings.frame = 5;
-    EXPECT_THROW(run(settings), ExportError) << "alone it has no picture before";
+    EXPECT_THROW(run({.kind = Kind::picture, .frame = 5}), ExportError) << "alone it has no picture before";
     EXPECT_THAT(m_folder.names(), ElementsAre("a.zeb"));
     // The first frame's size is no size at all: the record promises more than is there.
     writeMovie();
@@ -179,6 +171,9 @@ TEST_F(Export, GoesAsFarAsATornMovieGoes) {
         EXPECT_EQ(static_cast<std::int64_t>(reds.size()), 8 + frames) << size;
         EXPECT_EQ(m_films.taken.sound.size(), reds.size() * soundBytes / fps) << size;
     }
+    fs::resize_file(m_movie, blockOffset(2) + 8 + 5);
+    EXPECT_EQ(run({.kind = Kind::sound}).bytes, 44U + 2 * soundBytes + 5);
+    fs::remove(m_folder.file("out"));
     fs::resize_file(m_movie, blockOffset(0));
     EXPECT_THROW(run({}), ExportError);
     fs::resize_file(m_movie, 20);
@@ -200,11 +195,7 @@ TEST_F(Export, FillsAndCutsSoundSoThatPicturesStayInTime) {
 
 TEST_F(Export, WritesSoundByteByByte) {
     writeMovie();
-    ExportSettings settings;
-    settings.kind = Kind::sound;
-    settings.from = 999'950;
-    settings.to = 1'000'100;
-    run(settings);
+    run({.kind = Kind::sound, .from = 999'950, .to = 1'000'100});
     Bytes expected = {'R', 'I', 'F', 'F', 42, 0, 0,   0,   'W', 'A',  'V',  'E', 'f', 'm',  't',
                       ' ', 16,  0,   0,   0,  1, 0,   2,   0,   0x20, 0x4E, 0,   0,   0x40, 0x9C,
                       0,   0,   2,   0,   8,  0, 'd', 'a', 't', 'a',  6,    0,   0,   0};
@@ -214,36 +205,25 @@ TEST_F(Export, WritesSoundByteByByte) {
 
 TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
     writeMovie({{6, {0, 2, 0, 1, 0, 0, 0, 0, 0, 0, 99, 255, 0, 0, 98, 255}}});  // 2 x 1 pixels
-    ExportSettings settings;
-    settings.kind = Kind::pictures;
-    settings.scale = 3;
-    settings.from = 1'250'000;
-    settings.to = 2'000'000;
+    const ExportSettings settings{.kind = Kind::pictures, .scale = 3, .from = 1'250'000, .to = 2'000'000};
     EXPECT_EQ(run(settings, "new/f%03d.png").files, 3);
     EXPECT_THAT(m_films.taken.reds, ElementsAre(5, 99, 7));
     EXPECT_THAT(m_films.taken.widths, ElementsAre(3, 6, 3));
     for (const char* name : {"new/f005.png", "new/f006.png", "new/f007.png"})
         EXPECT_TRUE(fs::exists(m_folder.file(name))) << name;
-    settings = {};
-    settings.kind = Kind::picture;
-    settings.at = 2'999'999;
-    EXPECT_THAT(redsOf(settings), ElementsAre(11));
-    settings.at = 3'000'000;
-    EXPECT_THROW(run(settings), ExportError);
+    EXPECT_THAT(redsOf({.kind = Kind::picture, .at = 2'999'999}), ElementsAre(11));
+    EXPECT_THROW(run({.kind = Kind::picture, .at = 3'000'000}), ExportError);
 }
 
 TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
     writeMovie();
     test::store(m_folder.file("out"), "precious");
-    ExportSettings settings;
-    settings.replaces = true;
     for (const Kind kind : {Kind::film, Kind::sound, Kind::pictures}) {
-        settings.kind = kind;
         const std::string output = kind == Kind::pictures ? "new/%d" : "out";
         for (int polls = 0;; ++polls) {
             m_polls = polls;
             try {
-                run(settings, output);
+                run({.kind = kind, .replaces = true}, output);
                 break;
             } catch (const ZEBConverterError& error) {
                 ASSERT_EQ(error.errorCase(), ZEBConverterError::Case::cancelled);

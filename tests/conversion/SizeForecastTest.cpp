@@ -60,14 +60,11 @@ std::uint64_t bytesWritten(const FakeFilm& film, const Settings& settings) {
 TEST(SizeForecast, IsExactInMode4) {
     const fake::FakeSamples tone{48000, 2, std::vector<float>(9600, 0.5F)};
     const std::vector<FakeFilm::Sound> noTracks, tracks{fake::soundOf({tone})}, empty{fake::soundOf({})};
-    Settings plain;
-    plain.qlModeNumber = 4;
-    Settings small{"\xe2\x82\xac", 72, 72, true, 3};
-    small.qlModeNumber = 4;
-    small.audioChannels = 1;
-    Settings other{std::string(70000, 'x'), 512, 256, false};
-    other.qlModeNumber = 4;
-    other.dither = true;
+    const Settings plain{.qlModeNumber = 4};
+    const Settings small{
+        .title = "\xe2\x82\xac", .width = 72, .height = 72, .fps = 3, .audioChannels = 1, .qlModeNumber = 4};
+    const Settings other{
+        .title = std::string(70000, 'x'), .preserveAspect = false, .dither = true, .qlModeNumber = 4};
     const struct {
         const char* name;
         double duration;
@@ -193,10 +190,11 @@ TEST(SizeForecast, SuggestsTheLargestThatFits) {
             about.freeSpace = c.freeSpace;
             return c.isBound ? forecastUpperBound(about) : forecastSize(about, samples, {});
         };
-        Settings settings{"", 1000, 1000, c.keepsAspect, 25};
-        if (c.keepsAspect) settings.width = static_cast<int>(c.source.width);
-        if (c.keepsAspect) settings.height = static_cast<int>(c.source.height);
-        settings.qlModeNumber = c.mode;
+        const Settings settings{.width = c.keepsAspect ? static_cast<int>(c.source.width) : 1000,
+                                .height = c.keepsAspect ? static_cast<int>(c.source.height) : 1000,
+                                .preserveAspect = c.keepsAspect,
+                                .fps = 25,
+                                .qlModeNumber = c.mode};
         const SizeForecast first = forecast(settings);
         ASSERT_FALSE(first.fits());
         EXPECT_EQ(first.fitsSpace(), !c.freeSpace);

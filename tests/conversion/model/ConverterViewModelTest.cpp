@@ -71,11 +71,7 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     EXPECT_EQ(model->sourceInfo(), (SourceInfo{1920, 1080, 25}));
     EXPECT_THAT(model->audioTrackLabels(),
                 ElementsAre("Spur 1 · Stereo · 48.0 kHz · aac ", "Spur 2 · 44.1 kHz · 0x00000001"));
-    Settings expected;
-    expected.title = "holiday";
-    expected.width = 1920;
-    expected.height = 1080;
-    expected.fps = 25;
+    Settings expected{.title = "holiday", .width = 1920, .height = 1080, .fps = 25};
     EXPECT_EQ(model->settings()->value(), expected);
 
     // Another source: what was proposed follows, what was edited stays, sound that is not there goes.
@@ -83,12 +79,12 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     model->settings()->setAudioTrackIndex(1);
     takeFilm("/films/silent.mov");
     EXPECT_EQ(model->outputPath(), "/films/holiday.zeb");
-    expected.title = "My film";
-    expected.width = 1280;
-    expected.height = 720;
-    expected.fps = 30;
-    expected.includeAudio = false;
-    expected.audioChannels = 0;
+    expected = {.title = "My film",
+                .width = 1280,
+                .height = 720,
+                .fps = 30,
+                .includeAudio = false,
+                .audioChannels = 0};
     EXPECT_EQ(model->settings()->value(), expected);
 
     model->settings()->setWidth(640);
