@@ -2,14 +2,16 @@
 
 #include <gmock/gmock.h>
 
-#include <thread>
+#include <string>
 #include <vector>
+
+#include "app/OpenedURLs.h"
+#include "platform/fake/HandDrivenMainActor.h"
 
 namespace zeb {
 namespace {
 
 using testing::ElementsAre;
-using testing::MatchesRegex;
 
 AppAction encode(const std::string& path) {
     return EncodeAction{URL::forFile(path)};
@@ -17,26 +19,54 @@ AppAction encode(const std::string& path) {
 
 TEST(AppActionRouter, TellsEveryObserverOfEveryRequestInOrder) {
     AppActionRouter router;
+    EXPECT_EQ(router.request(), std::nullopt);
     router.post(encode("/before"));
     std::vector<AppAction> first, second;
     auto ending = router.observe([&](const AppActionRequest& request) {
         first.push_back(request.action);
         if (first.size() == 1) {
             router.post(encode("/b"));
-            router.post(encode("/c"));
-            EXPECT_EQ(router.request()->action, encode("/c"));
+            router.post(encode("/b"));
         }
     });
     const auto staying =
         router.observe([&](const AppActionRequest& request) { second.push_back(request.action); });
     router.post(encode("/a"));
-    EXPECT_THAT(first, ElementsAre(encode("/a"), encode("/b"), encode("/c")));
+    EXPECT_THAT(first, ElementsAre(encode("/a"), encode("/b"), encode("/b")));
     EXPECT_EQ(second, first);
 
+    const AppActionRequest before = router.request().value();
+    EXPECT_EQ(before.action, encode("/b"));
     ending = {};
-    router.post(encode("/d"));
+    router.post(encode("/b"));
+    EXPECT_NE(router.request(), before) << "a fresh id";
     EXPECT_EQ(first.size(), 3u);
-    EXPECT_EQ(second.back(), encode("/d"));
+    EXPECT_EQ(second.size(), 4u);
+}
+
+TEST(OpenedURLs, RunOneByOneAfterTheCallHasReturned) {
+    std::vector<std::string> events;
+    fake::HandDrivenMainActor mainActor;
+    AppActionRouter router;
+    const auto observation = router.observe([&](const AppActionRequest& request) {
+        events.push_back("encode " + std::get<EncodeAction>(request.action).url.text());
+        // Whatever somebody posts comes after the URLs that were opened together.
+        mainActor.post([&] { events.emplace_back("later"); });
+    });
+    const auto openPlayer = [&](const URL& url, bool hideMaker) {
+        events.push_back((hideMaker ? "play alone " : "play ") + url.text());
+    };
+    // Schemes do not count here.
+    routeOpenedURLs({URL::forFile("/a.mov"), URL::parse("http://h/b.ZEB").value(),
+                     URL::parse("zebmaker://play?url=c.zeb").value(), URL::forFile("/d.mov")},
+                    mainActor, openPlayer, router, [&] { events.emplace_back("activate"); });
+    EXPECT_THAT(events, testing::IsEmpty());
+    EXPECT_EQ(mainActor.waiting(), 4u);
+    mainActor.run();
+    EXPECT_THAT(events, ElementsAre("encode file:///a.mov", "activate", "play alone http://h/b.ZEB",
+                                    "encode zebmaker://play?url=c.zeb", "activate", "encode file:///d.mov",
+                                    "activate", "later", "later", "later"));
+    EXPECT_EQ(router.request()->action, AppAction(EncodeAction{URL::forFile("/d.mov")}));
 }
 
 }  // namespace

@@ -27,43 +27,41 @@ Bytes recordOf(int frame) {
     return {0, 0, static_cast<std::uint8_t>(frame), 255};
 }
 
-/// What a film or picture got, in place of an encoder.
-struct Taken {
-    std::vector<int> reds;  ///< of the first pixel of each picture
-    std::vector<int> widths;
-    Bytes sound;
-    FilmParameters parameters;
-};
-
-class FakeFilm final : public FilmWriter {
-public:
-    FakeFilm(WritableFile& file, Taken& taken) : m_file(file), m_taken(taken) {}
-    void addPicture(std::span<const std::uint8_t> pixels) override { m_taken.reds.push_back(pixels[2]); }
-    void addSound(std::span<const std::uint8_t> samples) override {
-        m_taken.sound.insert(m_taken.sound.end(), samples.begin(), samples.end());
-    }
-    void finish(const std::function<bool()>&) override { m_file.write(Bytes(100, 'f')); }
-    std::uint64_t bytesWritten() const override { return 100; }
-    std::string description() const override { return "a fake"; }
-
-private:
-    WritableFile& m_file;
-    Taken& m_taken;
-};
-
+/// Takes pictures and sound in place of an encoder.
 class FakeFilms final : public FilmLibrary {
 public:
+    struct Taken {
+        std::vector<int> reds;  ///< of the first pixel of each picture
+        std::vector<int> widths;
+        Bytes sound;
+        FilmParameters parameters;
+    };
+
     std::unique_ptr<FilmWriter> beginFilm(WritableFile& file,
                                           const FilmParameters& parameters) const override {
         taken.parameters = parameters;
-        return std::make_unique<FakeFilm>(file, taken);
+        return std::make_unique<Film>(file, taken);
     }
-    std::vector<std::uint8_t> encodePNG(std::span<const std::uint8_t> pixels, int width, int) const override {
+    Bytes encodePNG(std::span<const std::uint8_t> pixels, int width, int) const override {
         taken.reds.push_back(pixels[2]);
         taken.widths.push_back(width);
         return Bytes(10, 'p');
     }
     mutable Taken taken;
+
+private:
+    struct Film final : FilmWriter {
+        Film(WritableFile& f, Taken& t) : file(f), taken(t) {}
+        void addPicture(std::span<const std::uint8_t> pixels) override { taken.reds.push_back(pixels[2]); }
+        void addSound(std::span<const std::uint8_t> samples) override {
+            taken.sound.insert(taken.sound.end(), samples.begin(), samples.end());
+        }
+        void finish(const std::function<bool()>&) override { file.write(Bytes(100, 'f')); }
+        std::uint64_t bytesWritten() const override { return 100; }
+        std::string description() const override { return "a fake"; }
+        WritableFile& file;
+        Taken& taken;
+    };
 };
 
 class Export : public ::testing::Test {
@@ -71,26 +69,17 @@ protected:
     /// Frame k shows k, except where `records` has another record. The sound counts its bytes.
     void writeMovie(const std::map<int, Bytes>& records = {}, bool isFinished = true, int shorterSound = 0) {
         fs::remove(m_movie);
-        MovieParameters movie;
-        movie.width = movie.height = 1;
-        movie.fps = fps;
-        movie.totalFrames = fps * seconds;
-        movie.frameIndexCount = seconds;
-        movie.audioChannels = channels;
-        movie.loop = true;
-        ZEBWriter writer(m_movie, movie);
+        ZEBWriter writer(m_movie, {"", 1, 1, fps, 32, fps * seconds, seconds, channels, true});
         m_sound.clear();
         for (int second = 0; second < seconds; ++second) {
             Bytes sound;
             for (int i = 0; i < soundBytes - (second == 1 ? shorterSound : 0); ++i)
                 sound.push_back(static_cast<std::uint8_t>((second * soundBytes + i) % 251));
             std::vector<Bytes> frames;
-            std::vector<std::span<const std::uint8_t>> spans;
             for (int frame = second * fps; frame < (second + 1) * fps; ++frame)
                 frames.push_back(records.contains(frame) ? records.at(frame) : recordOf(frame));
-            for (const Bytes& frame : frames)
-                spans.emplace_back(frame);
-            writer.writeSecond(sound, spans);
+            writer.writeSecond(sound,
+                               std::vector<std::span<const std::uint8_t>>(frames.begin(), frames.end()));
             m_sound.insert(m_sound.end(), sound.begin(), sound.end());
         }
         if (isFinished) writer.finish();
@@ -110,10 +99,10 @@ protected:
     ExportResult run(const ExportSettings& settings, const std::string& output = "out") {
         m_films.taken = {};
         m_warnings.clear();
-        ExportCallbacks callbacks;
-        callbacks.warned = [this](const std::string& line) { m_warnings.push_back(line); };
-        callbacks.isCancelled = [this] { return m_polls-- <= 0; };
-        return ExportRun(m_films).run(m_movie, m_folder.file(output), settings, callbacks);
+        return ExportRun(m_films).run(
+            m_movie, m_folder.file(output), settings,
+            {.warned = [this](const std::string& line) { m_warnings.push_back(line); },
+             .isCancelled = [this] { return m_polls-- <= 0; }});
     }
     std::vector<int> redsOf(const ExportSettings& settings) {
         run(settings);
@@ -129,21 +118,18 @@ protected:
 };
 
 TEST_F(Export, CutsPicturesAndSoundAtTheSameMoment) {
-    struct Case {
+    const struct {
         std::int64_t from;
         std::optional<std::int64_t> to;
         int first, end;
-    };
+    } cases[] = {{0, 1, 0, 1},
+                 {250'000, 1'250'000, 1, 5},
+                 {1'499'999, {}, 5, 12},
+                 {2'000'000, 1'000'000'000'000, 8, 12}};
     for (const bool isFinished : {true, false}) {
         writeMovie({}, isFinished);
-        for (const Case& test : {Case{0, 1, 0, 1},
-                                 {250'000, 1'250'000, 1, 5},
-                                 {1'499'999, {}, 5, 12},
-                                 {2'000'000, 1'000'000'000'000, 8, 12}}) {
-            ExportSettings settings;
-            settings.from = test.from;
-            settings.to = test.to;
-            const std::vector<int> reds = redsOf(settings);
+        for (const auto& test : cases) {
+            const std::vector<int> reds = redsOf({.from = test.from, .to = test.to});
             ASSERT_EQ(reds.size(), static_cast<std::size_t>(test.end - test.first));
             EXPECT_EQ(reds.front(), test.first);
             EXPECT_EQ(m_films.taken.sound, Bytes(m_sound.begin() + test.first * soundBytes / fps,
@@ -158,6 +144,8 @@ TEST_F(Export, RepeatsThePictureBeforeDamage) {
     EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 4, 4, 7, 8, 9, 10, 11));
     EXPECT_THAT(m_warnings, ElementsAre("frame 0 cannot be decoded; black is shown instead",
                                         "frames 5 to 6 cannot be decoded; the picture before is repeated"));
+    EXPECT_THROW(run({.kind = Kind::picture, .frame = 5}), ExportError) << "alone it has no picture before";
+    EXPECT_THAT(m_folder.names(), ElementsAre("a.zeb"));
     // The first frame's size is no size at all: the record promises more than is there.
     writeMovie();
     overwrite(blockOffset(1) + 8 + soundBytes + 8, {0xFF, 0xFF, 0xFF, 0xFF});
@@ -183,10 +171,8 @@ TEST_F(Export, GoesAsFarAsATornMovieGoes) {
         EXPECT_EQ(static_cast<std::int64_t>(reds.size()), 8 + frames) << size;
         EXPECT_EQ(m_films.taken.sound.size(), reds.size() * soundBytes / fps) << size;
     }
-    ExportSettings settings;
-    settings.kind = Kind::sound;
     fs::resize_file(m_movie, blockOffset(2) + 8 + 5);
-    EXPECT_EQ(run(settings).bytes, 44U + 2 * soundBytes + 5);
+    EXPECT_EQ(run({.kind = Kind::sound}).bytes, 44U + 2 * soundBytes + 5);
     fs::remove(m_folder.file("out"));
     fs::resize_file(m_movie, blockOffset(0));
     EXPECT_THROW(run({}), ExportError);
@@ -209,11 +195,7 @@ TEST_F(Export, FillsAndCutsSoundSoThatPicturesStayInTime) {
 
 TEST_F(Export, WritesSoundByteByByte) {
     writeMovie();
-    ExportSettings settings;
-    settings.kind = Kind::sound;
-    settings.from = 999'950;
-    settings.to = 1'000'100;
-    run(settings);
+    run({.kind = Kind::sound, .from = 999'950, .to = 1'000'100});
     Bytes expected = {'R', 'I', 'F', 'F', 42, 0, 0,   0,   'W', 'A',  'V',  'E', 'f', 'm',  't',
                       ' ', 16,  0,   0,   0,  1, 0,   2,   0,   0x20, 0x4E, 0,   0,   0x40, 0x9C,
                       0,   0,   2,   0,   8,  0, 'd', 'a', 't', 'a',  6,    0,   0,   0};
@@ -223,54 +205,25 @@ TEST_F(Export, WritesSoundByteByByte) {
 
 TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
     writeMovie({{6, {0, 2, 0, 1, 0, 0, 0, 0, 0, 0, 99, 255, 0, 0, 98, 255}}});  // 2 x 1 pixels
-    ExportSettings settings;
-    settings.kind = Kind::pictures;
-    settings.scale = 3;
-    settings.from = 1'250'000;
-    settings.to = 2'000'000;
+    const ExportSettings settings{.kind = Kind::pictures, .scale = 3, .from = 1'250'000, .to = 2'000'000};
     EXPECT_EQ(run(settings, "new/f%03d.png").files, 3);
     EXPECT_THAT(m_films.taken.reds, ElementsAre(5, 99, 7));
     EXPECT_THAT(m_films.taken.widths, ElementsAre(3, 6, 3));
     for (const char* name : {"new/f005.png", "new/f006.png", "new/f007.png"})
         EXPECT_TRUE(fs::exists(m_folder.file(name))) << name;
-    settings = {};
-    settings.kind = Kind::picture;
-    settings.at = 2'999'999;
-    EXPECT_THAT(redsOf(settings), ElementsAre(11));
-}
-
-TEST_F(Export, RefusesWhatTheMovieDoesNotHave) {
-    writeMovie({{2, {}}});
-    const auto codeOf = [this](const auto& change) {
-        ExportSettings settings;
-        settings.kind = Kind::picture;
-        change(settings);
-        try {
-            run(settings);
-        } catch (const ExportError& error) {
-            return error.code();
-        }
-        return 0;
-    };
-    EXPECT_EQ(codeOf([](auto& s) { s.frame = 12; }), ExportError::outsideMovie);
-    EXPECT_EQ(codeOf([](auto& s) { s.at = 3'000'000; }), ExportError::outsideMovie);
-    EXPECT_EQ(codeOf([](auto& s) { s.kind = Kind::film, s.from = 3'000'000; }), ExportError::outsideMovie);
-    EXPECT_EQ(codeOf([](auto& s) { s.frame = 2; }), ExportError::noPicture);
-    EXPECT_THAT(m_folder.names(), ElementsAre("a.zeb"));
+    EXPECT_THAT(redsOf({.kind = Kind::picture, .at = 2'999'999}), ElementsAre(11));
+    EXPECT_THROW(run({.kind = Kind::picture, .at = 3'000'000}), ExportError);
 }
 
 TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
     writeMovie();
-    std::ofstream(m_folder.file("out")) << "precious";
-    ExportSettings settings;
-    settings.replaces = true;
+    test::store(m_folder.file("out"), "precious");
     for (const Kind kind : {Kind::film, Kind::sound, Kind::pictures}) {
-        settings.kind = kind;
         const std::string output = kind == Kind::pictures ? "new/%d" : "out";
         for (int polls = 0;; ++polls) {
             m_polls = polls;
             try {
-                run(settings, output);
+                run({.kind = kind, .replaces = true}, output);
                 break;
             } catch (const ZEBConverterError& error) {
                 ASSERT_EQ(error.errorCase(), ZEBConverterError::Case::cancelled);
@@ -280,28 +233,20 @@ TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
             ASSERT_LT(polls, 100);
         }
         m_polls = 1'000'000;
-        std::ofstream(m_folder.file("out")) << "precious";
+        test::store(m_folder.file("out"), "precious");
         fs::remove_all(m_folder.file("new"));
     }
 }
 
 TEST(NumberedName, TakesExactlyOnePlace) {
-    struct Case {
-        const char* pattern;
-        const char* name;
+    const std::pair<const char*, const char*> cases[] = {
+        {"%d", "42"}, {"a%1db", "a42b"}, {"100%-%3d.png", "100%-042.png"},
+        {"%x", ""},   {"%123d", ""},     {"%d-%d.png", ""},
+        {"%", ""},    {"%05", ""},       {"none.png", ""},
     };
-    for (const Case& test : {Case{"frame-%05d.png", "frame-00042.png"},
-                             {"%d", "42"},
-                             {"a%1db", "a42b"},
-                             {"100%-%3d.png", "100%-042.png"},
-                             {"none.png", ""},
-                             {"%d-%d.png", ""},
-                             {"%x", ""},
-                             {"%123d", ""},
-                             {"%", ""},
-                             {"%05", ""}}) {
-        const auto name = NumberedName::parse(test.pattern);
-        EXPECT_EQ(name ? name->with(42) : "", test.name) << test.pattern;
+    for (const auto& [pattern, expected] : cases) {
+        const auto name = NumberedName::parse(pattern);
+        EXPECT_EQ(name ? name->with(42) : "", expected) << pattern;
     }
 }
 

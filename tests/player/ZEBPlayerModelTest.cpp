@@ -13,6 +13,7 @@
 #include "platform/fake/HandDrivenClock.h"
 #include "platform/fake/HandDrivenMainActor.h"
 #include "platform/fake/HandDrivenTasks.h"
+#include "tests/player/RecordingOutput.h"
 
 namespace zeb {
 namespace {
@@ -64,27 +65,6 @@ private:
     std::int64_t m_next = 0;
 };
 
-/// Notes what is played, and plays nothing.
-class RecordingOutput final : public AudioOutput {
-public:
-    void start(std::shared_ptr<AudioSource> source, Finished) override {
-        std::vector<float> first(2);
-        source->render(first);
-        events.push_back("start at " + std::to_string(source->sampleRate()) + " Hz");
-        playing.insert(source.get());
-        m_sources.push_back(std::move(source));
-    }
-    void stop(const AudioSource& source) override {
-        events.push_back("stop");
-        playing.erase(&source);
-    }
-    std::vector<std::string> events;
-    std::set<const AudioSource*> playing;
-
-private:
-    std::vector<std::shared_ptr<AudioSource>> m_sources;
-};
-
 class ZEBPlayerModelTest : public testing::Test {
 protected:
     ZEBPlayerModelTest() {
@@ -99,6 +79,11 @@ protected:
                            output, mainActor, tasks, clock});
     }
 
+    std::string status() const { return model->statusText().toStdString(); }
+    void settle() {
+        tasks.runAll();
+        mainActor.run();
+    }
     int shownFrame() const { return model->image() ? model->image()->width - 1 : -1; }
 
     /// Plays on a thread of its own while this one is the main thread, until the model stops playing.
@@ -118,61 +103,44 @@ protected:
     }
 
     std::shared_ptr<Script> script = std::make_shared<Script>();
-    RecordingOutput output;
+    test::RecordingOutput output;
     fake::HandDrivenMainActor mainActor;
     fake::HandDrivenTasks tasks;
     fake::HandDrivenClock clock;
     std::unique_ptr<ZEBPlayerModel> model;
 };
 
-TEST_F(ZEBPlayerModelTest, OpensWithTheFirstFrame) {
+TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
     model->setMode32(Mode32Interpretation::qpcPackedBE);
+    model->seek(3);
+    EXPECT_EQ(model->displayedFrameIndex(), 0) << "without a movie nothing happens";
+    const std::string description = "Clip • 512x256 • 25 fps • Mode 32";
     model->open("clip.zeb");
     EXPECT_EQ(script->interpretation, Mode32Interpretation::qpcPackedBE);
-    EXPECT_EQ(model->statusText().toStdString(), "Clip • 512x256 • 25 fps • Mode 32");
+    EXPECT_EQ(status(), description);
     EXPECT_EQ(shownFrame(), 0);
-    EXPECT_EQ(model->displayedFrameIndex(), 0);
-    EXPECT_EQ(model->totalFrames(), 10);
     EXPECT_EQ(model->durationSeconds(), 0.4);
-    EXPECT_FALSE(model->isPlaying());
-
-    model->unload();
-    EXPECT_EQ(model->totalFrames(), 0);
-    EXPECT_TRUE(model->canStepForward());
-    EXPECT_EQ(model->durationSeconds(), 0);
+    for (const auto& [target, shown] : {std::pair(3, 3), {-3, 0}, {15, 9}, {8, 8}}) {
+        model->seek(target);
+        EXPECT_EQ(model->displayedFrameIndex(), shown);
+        EXPECT_EQ(shownFrame(), shown);
+        EXPECT_EQ(model->canStepForward(), shown < 9);
+    }
+    script->broken = {5};
+    model->seek(5);
+    EXPECT_EQ(status(), "Fehler: EOF");
+    EXPECT_EQ(shownFrame(), 8) << "the picture stays";
+    model->seek(6);
+    EXPECT_EQ(status(), description);
 
     script->headerIsBroken = true;
     model->open("clip.zeb");
-    EXPECT_EQ(model->statusText().toStdString(), "Fehler: Kein ZEB1-File");
+    EXPECT_EQ(status(), "Fehler: Kein ZEB1-File");
     script->headerIsBroken = false;
     script->undecodable = {0};
     model->open("clip.zeb");
     EXPECT_FALSE(model->image());
-    EXPECT_EQ(model->statusText().toStdString(),
-              "Clip • 512x256 • 25 fps • Mode 32 • (kein Frame dekodierbar)");
-}
-
-TEST_F(ZEBPlayerModelTest, SeeksWithinTheMovie) {
-    model->seek(3);
-    EXPECT_EQ(model->displayedFrameIndex(), 0) << "without a movie nothing happens";
-    model->open("clip.zeb");
-    const struct {
-        std::int64_t target;
-        std::int64_t shown;
-        bool canStepForward;
-    } cases[] = {{3, 3, true}, {-3, 0, true}, {15, 9, false}, {8, 8, true}};
-    for (const auto& [target, shown, canStepForward] : cases) {
-        model->seek(target);
-        EXPECT_EQ(model->displayedFrameIndex(), shown);
-        EXPECT_EQ(shownFrame(), shown);
-        EXPECT_EQ(model->canStepForward(), canStepForward);
-    }
-    script->broken = {5};
-    model->seek(5);
-    EXPECT_EQ(model->statusText().toStdString(), "Fehler: EOF");
-    EXPECT_EQ(shownFrame(), 8) << "the picture stays";
-    model->seek(6);
-    EXPECT_EQ(model->statusText().toStdString(), "Clip • 512x256 • 25 fps • Mode 32");
+    EXPECT_EQ(status(), description + " • (kein Frame dekodierbar)");
 }
 
 TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
@@ -196,12 +164,11 @@ TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
 
     model->play();
     EXPECT_TRUE(model->isPlaying());
-    tasks.runAll();
-    mainActor.run();
+    settle();
     EXPECT_FALSE(model->isPlaying()) << "at the end there is nothing more to play";
 }
 
-TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotTo) {
+TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotToAndEndsWithAnError) {
     std::vector<std::int64_t> shown;
     QObject::connect(model.get(), &ZEBPlayerModel::displayedFrameIndexChanged, [&] {
         shown.push_back(model->displayedFrameIndex());
@@ -213,15 +180,19 @@ TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotTo) {
     model->setLooping(true);
     playToTheEnd();
     EXPECT_THAT(shown, ElementsAre(1, 2, 3, 4, 0, 1, 2, 3, 4, 0, 1, 2, 3, 4));
+
+    script->broken = {3};
+    model->seek(0);
+    playToTheEnd();
+    EXPECT_EQ(status(), "Fehler: EOF");
+    EXPECT_EQ(model->displayedFrameIndex(), 2);
 }
 
 TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepReaderAndPictureTogether) {
     model->open("clip.zeb");
     int sleeps = 0;
     playToTheEnd([&] {
-        if (++sleeps == 50) {
-            model->pause();
-        }
+        if (++sleeps == 50) model->pause();
     });
     EXPECT_EQ(model->displayedFrameIndex(), 2);
     EXPECT_EQ(shownFrame(), 2);
@@ -248,72 +219,46 @@ TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepReaderAndPictureTogether) {
     EXPECT_EQ(shownFrame(), 1);
     model->play();
     model->open("other.zeb");
-    tasks.runAll();
-    mainActor.run();
+    settle();
     EXPECT_EQ(shownFrame(), 0);
     EXPECT_FALSE(model->isPlaying());
 
     // The window closes while it plays.
     model->play();
     model.reset();
-    tasks.runAll();
-    mainActor.run();
-}
-
-TEST_F(ZEBPlayerModelTest, ErrorsEndThePlayback) {
-    model->open("clip.zeb");
-    script->broken = {3};
-    playToTheEnd();
-    EXPECT_EQ(model->statusText().toStdString(), "Fehler: EOF");
-    EXPECT_EQ(model->displayedFrameIndex(), 2);
+    settle();
 }
 
 TEST_F(ZEBPlayerModelTest, SoundFollowsThePicture) {
     script->soundtrack = {std::vector<std::uint8_t>(20000, 128), 20000, 1};
-    script->header.fps = 25;
-    model->open("clip.zeb");
-    model->play();
-    EXPECT_TRUE(output.events.empty()) << "not ready yet";
-    model->pause();
-    tasks.runAll();
-    mainActor.run();
-    model->play();
-    EXPECT_THAT(output.events, ElementsAre("start at 20000 Hz"));
-    model->pause();
-    EXPECT_TRUE(output.playing.empty());
-    EXPECT_EQ(output.events.back(), "stop");
-
     // It joins a playback that began before it was ready, at the pace of the pictures: 33 ms for 1/30 s.
-    tasks.runAll();
-    mainActor.run();
     script->header.fps = 30;
-    output.events.clear();
     model->open("clip.zeb");
     model->play();
+    EXPECT_TRUE(output.started.empty());
     tasks.runNext();
     mainActor.run();
-    EXPECT_THAT(output.events, testing::Contains("start at 20202 Hz"));
+    ASSERT_EQ(output.started.size(), 1U);
+    EXPECT_EQ(output.started[0].source->sampleRate(), 20202);
+    model->pause();
+    EXPECT_TRUE(output.started[0].isStopped);
+    settle();
+    model->play();
+    ASSERT_EQ(output.started.size(), 2U);
     model->unload();
-    EXPECT_TRUE(output.playing.empty());
-    tasks.runAll();
-    mainActor.run();
+    EXPECT_TRUE(output.started[1].isStopped);
+    settle();
 
     // A sound that cannot be read, and none at all.
     for (const bool isBroken : {true, false}) {
         script->soundIsBroken = isBroken;
         script->soundtrack.bytes.clear();
-        output.events.clear();
-        testing::internal::CaptureStdout();
         model->open("clip.zeb");
-        tasks.runAll();
-        mainActor.run();
+        settle();
         model->play();
         model->pause();
-        EXPECT_EQ(testing::internal::GetCapturedStdout(),
-                  isBroken ? "ZEB audio prepare failed: Unexpected EOF\n" : "");
-        EXPECT_TRUE(output.events.empty());
-        tasks.runAll();
     }
+    EXPECT_EQ(output.started.size(), 2U);
 }
 
 }  // namespace

@@ -1,15 +1,15 @@
 #include "ui/AppSoundPlayer.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "platform/fake/FakeMedia.h"
 #include "platform/fake/FakeUserDefaults.h"
 #include "platform/fake/HandDrivenMainActor.h"
+#include "platform/ffmpeg/FFmpegMediaLibrary.h"
 #include "tests/platform/TemporaryFolder.h"
+#include "tests/player/RecordingOutput.h"
 
 namespace zeb {
 namespace {
@@ -17,21 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-/// Keeps what is started until the test ends it.
-class RecordingOutput final : public AudioOutput {
-public:
-    struct Started {
-        std::shared_ptr<AudioSource> source;
-        Finished finished;
-    };
-    void start(std::shared_ptr<AudioSource> source, Finished finished) override {
-        started.push_back({std::move(source), std::move(finished)});
-    }
-    void stop(const AudioSource&) override {}
-
-    std::vector<Started> started;
-};
 
 class CountingBeep final : public SystemBeep {
 public:
@@ -41,10 +26,11 @@ public:
 
 class AppSoundPlayerTest : public testing::Test {
 protected:
+    AppSoundPlayerTest() { std::filesystem::create_directory(m_folder.file("sounds")); }
+
     void addSound(const std::string& name) {
-        std::filesystem::create_directories(m_folder.file("sounds"));
         const std::string path = m_folder.file("sounds/" + name + ".aiff");
-        std::ofstream(path) << "decoded by the fake";
+        test::store(path, "decoded by the fake");
         fake::FakeFilm film;
         film.soundTracks = {fake::soundOf({{44100, 1, {0.25F, 0.5F}}, {44100, 1, {0.75F}}})};
         m_media.add(path, film);
@@ -54,20 +40,21 @@ protected:
     NotificationCenter m_notifications;
     fake::FakeUserDefaults m_defaults{m_notifications};
     fake::FakeLibrary m_media;
-    RecordingOutput m_output;
+    test::RecordingOutput m_output;
     CountingBeep m_beep;
     fake::HandDrivenMainActor m_mainActor;
-    AppSoundPlayer m_player{{m_defaults, m_media, m_output, m_beep, m_mainActor},
-                            {"/nowhere", m_folder.path()}};
+    std::optional<AppSoundPlayer> m_player{
+        std::in_place, AppSoundPlayer::Services{m_defaults, m_media, m_output, m_beep, m_mainActor},
+        std::vector<std::string>{"/nowhere", m_folder.path()}};
 };
 
 TEST_F(AppSoundPlayerTest, HoldsEachSoundUntilThisVeryOneHasFinished) {
     addSound("Logs Accessed");
-    m_player.play(SoundEffect::logsAccessed);
-    m_player.play(SoundEffect::logsAccessed);
+    m_player->play(SoundEffect::logsAccessed);
+    m_player->play(SoundEffect::logsAccessed);
     ASSERT_THAT(m_output.started, SizeIs(2));
     const auto& [first, second] = std::pair(m_output.started[0], m_output.started[1]);
-    EXPECT_THAT(m_player.activeSounds(), ElementsAre(first.source, second.source));
+    EXPECT_THAT(m_player->activeSounds(), ElementsAre(first.source, second.source));
     EXPECT_EQ(m_media.record().soundReaders.size(), 1U) << "decoded once for both";
 
     // Each has a position of its own, and its channel is heard on both sides.
@@ -79,40 +66,41 @@ TEST_F(AppSoundPlayerTest, HoldsEachSoundUntilThisVeryOneHasFinished) {
     }
 
     second.finished({});
-    EXPECT_THAT(m_player.activeSounds(), SizeIs(2)) << "only the main thread changes the list";
+    EXPECT_THAT(m_player->activeSounds(), SizeIs(2)) << "only the main thread changes the list";
     m_mainActor.run();
-    EXPECT_THAT(m_player.activeSounds(), ElementsAre(first.source));
+    EXPECT_THAT(m_player->activeSounds(), ElementsAre(first.source));
+    // A sound may outlive the player.
+    m_player.reset();
     first.finished("the device is gone");
-    m_mainActor.run();
-    EXPECT_THAT(m_player.activeSounds(), IsEmpty());
+    EXPECT_EQ(m_mainActor.run(), 1U);
     EXPECT_EQ(m_beep.count, 0);
 }
 
 TEST_F(AppSoundPlayerTest, BeepsForWhatIsMissingOrCannotBeRead) {
-    m_player.play(SoundEffect::transferComplete);
+    m_player->play(SoundEffect::transferComplete);
     EXPECT_EQ(m_beep.count, 1);
-    std::filesystem::create_directories(m_folder.file("sounds"));
-    std::ofstream(m_folder.file("sounds/Transfer Complete.aiff")) << "unknown to the fake";
-    m_player.play(SoundEffect::transferComplete);
+    test::store(m_folder.file("sounds/Transfer Complete.aiff"), "unknown to the fake");
+    m_player->play(SoundEffect::transferComplete);
     EXPECT_EQ(m_beep.count, 2);
     EXPECT_THAT(m_output.started, IsEmpty());
-    EXPECT_THAT(m_player.activeSounds(), IsEmpty());
     addSound("Transfer Complete");  // a failure is not remembered
-    m_player.play(SoundEffect::transferComplete);
+    m_player->play(SoundEffect::transferComplete);
+    EXPECT_EQ(m_beep.count, 2);
+    EXPECT_THAT(m_output.started, SizeIs(1));
+
+    m_defaults.set(soundEffectsEnabledKey, false);
+    m_player->play(SoundEffect::transferComplete);
+    m_player->play(SoundEffect::accessingFile);  // missing
     EXPECT_EQ(m_beep.count, 2);
     EXPECT_THAT(m_output.started, SizeIs(1));
 }
 
-TEST_F(AppSoundPlayerTest, TheUserMaySwitchThemOff) {
-    addSound("Accessing File");
-    const std::pair<PropertyValue, std::size_t> cases[] = {{false, 0U}, {0, 0U}, {true, 1U}, {"YES", 2U}};
-    for (const auto& [value, count] : cases) {
-        m_defaults.set(soundEffectsEnabledKey, value);
-        m_player.play(SoundEffect::accessingFile);
-        EXPECT_THAT(m_output.started, SizeIs(count));
-    }
-    m_defaults.set(soundEffectsEnabledKey, false);
-    m_player.play(SoundEffect::transferComplete);  // missing
+TEST_F(AppSoundPlayerTest, EveryEffectComesWithAFileThatCanBePlayed) {
+    const auto media = makeFFmpegMediaLibrary(MediaLogging::silent);
+    AppSoundPlayer player({m_defaults, *media, m_output, m_beep, m_mainActor}, {ZEB_RESOURCE_FOLDER});
+    for (int effect = 0; effect <= static_cast<int>(SoundEffect::nowEstablishingDatalink); ++effect)
+        player.play(static_cast<SoundEffect>(effect));
+    EXPECT_THAT(m_output.started, SizeIs(7));
     EXPECT_EQ(m_beep.count, 0);
 }
 

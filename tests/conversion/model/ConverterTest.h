@@ -1,0 +1,79 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "conversion/model/ConverterViewModel.h"
+#include "platform/fake/FakeMedia.h"
+#include "platform/fake/FakePanels.h"
+#include "platform/fake/FakeUserDefaults.h"
+#include "platform/fake/HandDrivenClock.h"
+#include "platform/fake/HandDrivenMainActor.h"
+#include "platform/fake/HandDrivenTasks.h"
+#include "tests/platform/TemporaryFolder.h"
+
+namespace zeb::test {
+
+class RecordingSounds final : public SoundEffects {
+public:
+    void play(SoundEffect effect) override { played.push_back(effect); }
+    std::vector<SoundEffect> played;
+};
+
+class RecordingScope final : public SecurityScope {
+public:
+    bool startAccessing(const std::string& path) override {
+        calls.push_back("+" + path);
+        return path.ends_with(".zeb");
+    }
+    void stopAccessing(const std::string& path) override { calls.push_back("-" + path); }
+    std::vector<std::string> calls;
+};
+
+/// A converter whose threads, time and conversions a test drives by hand.
+class ConverterTest : public testing::Test {
+protected:
+    void settle() {
+        do {
+            tasks.runAll();
+        } while (mainActor.run() > 0 || tasks.waiting() > 0);
+    }
+    void takeFilm(const std::string& path) {
+        model->setInput(URL::forFile(path));
+        settle();
+    }
+    void startAndSettle() {
+        model->start();
+        settle();
+    }
+
+    TemporaryFolder folder;
+    fake::FakeLibrary films;
+    NotificationCenter notifications;
+    fake::FakeUserDefaults defaults{notifications};
+    fake::FakePanels panels;
+    fake::FakePasteboard pasteboard;
+    RecordingSounds sounds;
+    RecordingScope scope;
+    fake::HandDrivenMainActor mainActor;
+    fake::HandDrivenTasks tasks;
+    fake::HandDrivenClock clock;
+    /// What happens in place of a conversion, and the settings of each.
+    std::function<void(const ConversionCallbacks&, const std::string& output)> run =
+        [](const ConversionCallbacks&, const std::string&) {};
+    std::vector<Settings> runs;
+    std::unique_ptr<ConverterViewModel> model = std::make_unique<ConverterViewModel>(
+        ConverterServices{films,
+                          [this](const std::string&, const std::string& output, const Settings& settings,
+                                 const ConversionCallbacks& callbacks) {
+                              runs.push_back(settings);
+                              run(callbacks, output);
+                          },
+                          defaults, panels, pasteboard, sounds, scope, mainActor, tasks, clock});
+};
+
+}  // namespace zeb::test
