@@ -88,7 +88,7 @@ class Photographer:
         application = Application(self.desktop)
         application.find("push button", "Close the welcome picture")
         application.activate("ZEB Maker")
-        path = self.docs / "splash.png"
+        path = self.docs / f"splash-{self.theme}.png"
         self.desktop.save_window(path)
         subprocess.run(["mogrify", "-strip", "-dither", "None", "-colors", "256", path], check=True)
         application.stop()
@@ -111,8 +111,7 @@ def take_all(build, theme):
         photographer.player(movie)
         movie.unlink()
         photographer.converter(clip, movie)
-        if theme == "light":
-            photographer.splash()
+        photographer.splash()
     finally:
         desktop.stop()
         shutil.rmtree(FILMS, ignore_errors=True)

@@ -7,6 +7,9 @@ T.ProgressBar {
     implicitWidth: 200
     implicitHeight: 8
 
+    // Qt tells screen readers the value of sliders only.
+    Accessible.description: Math.floor(100 * position) + " %"
+
     contentItem: Item {
         Rectangle {
             width: control.visualPosition > 0 ? Math.max(parent.height, control.visualPosition * parent.width) : 0
