@@ -5,6 +5,7 @@ option(ZEB_BUILD_BENCHMARKS "Build the benchmarks" ON)
 option(ZEB_BUILD_FUZZERS "Build the libFuzzer targets (clang only)" OFF)
 option(ZEB_OPTIMISE_DEBUG "Optimise debug builds lightly, so that tests over real films stay quick" OFF)
 option(ZEB_DEVELOPMENT_RESOURCES "Look for resources in the source tree first" ON)
+option(ZEB_JOIN_SOURCES "Compile a room's sources as one: quicker for builds that are made once" OFF)
 set(ZEB_SANITIZE "" CACHE STRING "Sanitizers to build with, e.g. address,undefined")
 
 if(NOT CMAKE_BUILD_TYPE)

@@ -16,7 +16,7 @@ if [[ -z $package ]]; then
     cd -- "$root"
     # A folder of its own: the programs must not know the source tree.
     cmake --preset release -B build/package -DZEB_DEVELOPMENT_RESOURCES=OFF -DZEB_BUILD_TESTS=OFF \
-        -DZEB_BUILD_BENCHMARKS=OFF > "$scratch/configure.log" || { cat "$scratch/configure.log"; exit 1; }
+        -DZEB_BUILD_BENCHMARKS=OFF -DZEB_JOIN_SOURCES=ON > "$scratch/configure.log" || { cat "$scratch/configure.log"; exit 1; }
     cmake --build build/package > "$scratch/build.log" || { tail -40 "$scratch/build.log"; exit 1; }
     (cd build/package && cpack -G DEB -B "$scratch/deb") > "$scratch/cpack.log" ||
         { cat "$scratch/cpack.log"; exit 1; }
