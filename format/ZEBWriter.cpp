@@ -16,6 +16,8 @@
 namespace zeb {
 namespace {
 
+using Word = std::array<std::uint8_t, layout::wordSize>;
+
 template <typename Field>
 Field checked(std::int64_t value, const char* label) {
     if (value < 0) throw ZEBWriterError::valueOutOfRange(label, 0);
@@ -105,18 +107,27 @@ void ZEBWriter::writeSecond(std::span<const std::uint8_t> sound,
                             std::span<const std::span<const std::uint8_t>> frames) {
     m_secondBlockOffsets.push_back(checkedSize(m_bytesWritten, "one-second block file offset"));
 
-    // All sizes first: a block that cannot be is not copied together.
     std::uint64_t blockLength = layout::wordSize + checkedSize(sound.size(), "sound data size");
     for (const auto frame : frames)
         blockLength += layout::wordSize + checkedSize(frame.size(), "frame data size");
-    const std::uint32_t lengthField = checkedSize(blockLength, "one-second block length");
+    checkedSize(blockLength, "one-second block length");
     const std::uint64_t totalSize = layout::wordSize + blockLength;
 
+    // The block in pieces, so that nothing is copied together: each part behind its length.
+    std::vector<Word> lengths(2 + frames.size());
+    std::vector<std::span<const std::uint8_t>> pieces;
+    const auto add = [&](std::uint64_t length, std::span<const std::uint8_t> part) {
+        Word& word = lengths[pieces.size() / 2];
+        bigEndian::store32(word, static_cast<std::uint32_t>(length));
+        pieces.insert(pieces.end(), {word, part});
+    };
+    add(blockLength, {});
+    add(sound.size(), sound);
+    for (const auto frame : frames)
+        add(frame.size(), frame);
     try {
-        writeWord(lengthField);
-        writeSized(sound);
-        for (const auto frame : frames)
-            writeSized(frame);
+        m_handle->write(pieces);
+        m_bytesWritten += totalSize;
     } catch (...) {
         cutOff(m_secondBlockOffsets.back());
         throw;
@@ -175,14 +186,8 @@ void ZEBWriter::write(std::span<const std::uint8_t> bytes) {
     m_bytesWritten += bytes.size();
 }
 
-/// The bytes behind their count.
-void ZEBWriter::writeSized(std::span<const std::uint8_t> bytes) {
-    writeWord(static_cast<std::uint32_t>(bytes.size()));
-    if (!bytes.empty()) write(bytes);
-}
-
 void ZEBWriter::writeWord(std::uint32_t value) {
-    std::array<std::uint8_t, layout::wordSize> bytes{};
+    Word bytes{};
     bigEndian::store32(bytes, value);
     write(bytes);
 }

@@ -45,7 +45,7 @@ public:
     /// Appends one second: its sound and its encoded frames in display order, exactly fps of them, records as
     /// `SpriteEncoder` makes them. The sound is audioChannels x 20000 bytes, unsigned samples of 8 bits, 128
     /// = silence, channels interleaved; empty without channels. The writer stores what it is given and counts
-    /// neither frames nor samples.
+    /// neither frames nor samples. The block is handed to the file as one write.
     ///
     /// Neither sound, frame nor block may reach 4 GiB, nor may a block begin there: `ZEBWriterError`, before
     /// anything is written unless the length field alone takes the block that far. When writing fails, what
@@ -66,7 +66,6 @@ public:
 private:
     void cutOff(std::uint64_t position) noexcept;
     void write(std::span<const std::uint8_t> bytes);
-    void writeSized(std::span<const std::uint8_t> bytes);
     void writeWord(std::uint32_t value);
 
     std::unique_ptr<WritableFile> m_handle;

@@ -35,9 +35,11 @@ public:
     virtual void seek(std::uint64_t offset) = 0;
     /// Moves the write position to the end; returns it.
     virtual std::uint64_t seekToEnd() = 0;
-    /// Writes all of `bytes` at the write position and advances it. On failure some of them may have been
-    /// written.
-    virtual void write(std::span<const std::uint8_t> bytes) = 0;
+    /// Writes all of these pieces, one behind the other, at the write position and advances it: in one call
+    /// of the system, where it takes them all. On failure some of their bytes may have been written.
+    virtual void write(std::span<const std::span<const std::uint8_t>> pieces) = 0;
+    /// The same for one piece.
+    void write(std::span<const std::uint8_t> bytes) { write(std::span(&bytes, 1)); }
     /// Cuts or extends the file to `size` bytes. The write position stays.
     virtual void truncate(std::uint64_t size) = 0;
     /// Asks the system to start writing cached bytes to the disk without waiting, so that a later

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <limits>
 #include <utility>
+#include <vector>
 
 namespace zeb {
 namespace {
@@ -31,6 +33,8 @@ std::string systemText(int errorNumber) {
 constexpr std::uint64_t largestOffset = std::numeric_limits<off_t>::max();
 /// Some systems refuse single transfers of 2 GiB and more.
 constexpr std::size_t largestTransfer = std::size_t{1} << 30;
+/// What every system takes at once.
+constexpr std::size_t mostPieces = 1024;
 
 /// Owns an open file and knows its path, for error texts.
 class Descriptor {
@@ -117,6 +121,28 @@ private:
     std::unique_ptr<Descriptor> m_descriptor;
 };
 
+/// What one call can carry of these pieces: how many from the first on.
+int piecesOfOneTransfer(std::span<const iovec> pieces) {
+    std::size_t count = 1;
+    std::size_t bytes = pieces.front().iov_len;
+    while (count < std::min(pieces.size(), mostPieces) && bytes + pieces[count].iov_len <= largestTransfer)
+        bytes += pieces[count++].iov_len;
+    return static_cast<int>(count);
+}
+
+/// What is left of these pieces behind their first `bytes`.
+std::span<iovec> piecesBehind(std::span<iovec> pieces, std::size_t bytes) {
+    while (!pieces.empty() && bytes >= pieces.front().iov_len) {
+        bytes -= pieces.front().iov_len;
+        pieces = pieces.subspan(1);
+    }
+    if (bytes > 0) {
+        iovec& piece = pieces.front();
+        piece = {static_cast<std::uint8_t*>(piece.iov_base) + bytes, piece.iov_len - bytes};
+    }
+    return pieces;
+}
+
 /// Keeps the write position itself and writes at explicit offsets, so that a seek costs no system call.
 class PosixWritableFile final : public WritableFile {
 public:
@@ -133,17 +159,25 @@ public:
         return m_position;
     }
 
-    void write(std::span<const std::uint8_t> bytes) override {
+    void write(std::span<const std::span<const std::uint8_t>> pieces) override {
+        m_pieces.clear();
+        for (auto bytes : pieces) {
+            while (!bytes.empty()) {
+                const auto piece = bytes.first(std::min(bytes.size(), largestTransfer));
+                // The system's type serves reading as well; writing leaves the bytes alone.
+                m_pieces.push_back({const_cast<std::uint8_t*>(piece.data()), piece.size()});
+                bytes = bytes.subspan(piece.size());
+            }
+        }
         const std::uint64_t begin = m_position;
-        while (!bytes.empty()) {
-            const std::size_t wanted = std::min(bytes.size(), largestTransfer);
-            const ssize_t count =
-                ::pwrite(m_descriptor->number(), bytes.data(), wanted, static_cast<off_t>(m_position));
+        for (std::span<iovec> left = m_pieces; !left.empty();) {
+            const ssize_t count = ::pwritev(m_descriptor->number(), left.data(), piecesOfOneTransfer(left),
+                                            static_cast<off_t>(m_position));
             if (count < 0 && errno == EINTR) continue;
             if (count < 0) m_descriptor->fail();
             if (count == 0) m_descriptor->fail(EIO);
             m_position += static_cast<std::uint64_t>(count);
-            bytes = bytes.subspan(static_cast<std::size_t>(count));
+            left = piecesBehind(left, static_cast<std::size_t>(count));
         }
         m_unsentBegin = std::min(m_unsentBegin, begin);
         m_unsentEnd = std::max(m_unsentEnd, m_position);
@@ -182,6 +216,7 @@ public:
 private:
     std::unique_ptr<Descriptor> m_descriptor;
     std::uint64_t m_position = 0;
+    std::vector<iovec> m_pieces;  ///< of the write at hand
     // What was written since the last `startWriteback`; empty when begin is not before end.
     std::uint64_t m_unsentBegin = largestOffset;
     std::uint64_t m_unsentEnd = 0;

@@ -104,7 +104,7 @@ TEST(MovieSize, TheBoundOfMode32IsReached) {
 /// Takes any number of bytes and keeps none.
 class Drain final : public WritableFile {
 public:
-    void write(std::span<const std::uint8_t>) override {}
+    void write(std::span<const std::span<const std::uint8_t>>) override {}
     void seek(std::uint64_t) override {}
     std::uint64_t seekToEnd() override { return 0; }
     void truncate(std::uint64_t) override {}

@@ -56,11 +56,15 @@ public:
         return m_position = m_disk.bytes.size();
     }
     /// A write that fails has written half of its bytes, as a full disk does.
-    void write(std::span<const std::uint8_t> bytes) override {
+    using WritableFile::write;
+    void write(std::span<const std::span<const std::uint8_t>> pieces) override {
         const bool fails = m_disk.countCall();
-        const auto written = fails ? bytes.first(bytes.size() / 2) : bytes;
-        apply({MemoryDisk::Call::Kind::write, m_position, {written.begin(), written.end()}});
-        m_position += written.size();
+        std::vector<std::uint8_t> bytes;
+        for (const auto piece : pieces)
+            bytes.insert(bytes.end(), piece.begin(), piece.end());
+        if (fails) bytes.resize(bytes.size() / 2);
+        apply({MemoryDisk::Call::Kind::write, m_position, bytes});
+        m_position += bytes.size();
         if (fails) m_disk.fail();
     }
     void truncate(std::uint64_t size) override {

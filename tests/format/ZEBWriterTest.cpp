@@ -139,8 +139,10 @@ TEST(ZEBWriterTest, RefusesSecondsBeyondThirtyTwoBitsUnwritten) {
 class ForgetfulFile : public MemoryWritableFile {
 public:
     using MemoryWritableFile::MemoryWritableFile;
-    void write(std::span<const std::uint8_t> bytes) override {
-        if (bytes.size() < 1000) MemoryWritableFile::write(bytes);
+    void write(std::span<const std::span<const std::uint8_t>> pieces) override {
+        for (const auto piece : pieces) {
+            if (piece.size() < 1000) MemoryWritableFile::write(std::span(&piece, 1));
+        }
     }
 };
 

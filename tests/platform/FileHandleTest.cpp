@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <functional>
@@ -46,6 +47,22 @@ TEST(FileHandleTest, WritesWhereItWasToldAndReadsBack) {
     update->write(Bytes{90});
     update->close();
     EXPECT_EQ(test::contents<Bytes>(path), (Bytes{90, 2, 50, 51, 5}));
+}
+
+TEST(FileHandleTest, WritesAnyNumberOfPiecesOneBehindTheOther) {
+    const TemporaryFolder folder;
+    Bytes whole(2'000'000);
+    for (std::size_t i = 0; i < whole.size(); ++i)
+        whole[i] = static_cast<std::uint8_t>(i * i / 1000);
+    std::vector<std::span<const std::uint8_t>> pieces;
+    std::size_t begin = 0;
+    for (std::size_t size = 0; begin < whole.size(); ++size, begin += pieces.back().size())
+        pieces.push_back(std::span(whole).subspan(begin, std::min(size % 1500, whole.size() - begin)));
+    ASSERT_GT(pieces.size(), 2048u);
+    const auto file = createForWriting(folder.file("movie"));
+    file->write(pieces);
+    EXPECT_EQ(file->seekToEnd(), whole.size());
+    EXPECT_TRUE(test::contents<Bytes>(folder.file("movie")) == whole);
 }
 
 TEST(FileHandleTest, ReachesBeyondFourGibibytesAndNoFurtherThanTheEnd) {

@@ -211,8 +211,9 @@ public:
     explicit FullDisk(std::uint64_t room) : m_room(room) {}
     void seek(std::uint64_t offset) override { m_position = offset; }
     std::uint64_t seekToEnd() override { return m_position; }
-    void write(std::span<const std::uint8_t> bytes) override {
-        m_position += bytes.size();
+    void write(std::span<const std::span<const std::uint8_t>> pieces) override {
+        for (const auto piece : pieces)
+            m_position += piece.size();
         if (m_position > m_room) throw FileError("disk", ENOSPC);
     }
     void truncate(std::uint64_t) override {}
