@@ -179,6 +179,10 @@ bool PlayerSheetModel::handleKey(int key, int modifiers) {
     constexpr auto harmless = Qt::KeypadModifier | Qt::ShiftModifier;
     if (Qt::KeyboardModifiers(modifiers) & ~Qt::KeyboardModifiers(harmless)) return false;
     switch (key) {
+        case Qt::Key_Space:
+            if (modifiers != Qt::NoModifier) return false;
+            playOrPause();
+            return true;
         case Qt::Key_Left:
         case Qt::Key_Comma:
             stepBack();

@@ -22,8 +22,9 @@ ApplicationWindow {
     }
 
     objectName: "ZEBPlayerWindow"
-    width: 920
-    height: 620
+    // With room for a title bar on small screens.
+    width: Math.max(minimumWidth, Math.min(920, Screen.desktopAvailableWidth))
+    height: Math.max(minimumHeight, Math.min(620, Screen.desktopAvailableHeight - 40))
     minimumWidth: 700
     minimumHeight: 500
     color: Theme.window
@@ -54,6 +55,7 @@ ApplicationWindow {
         anchors.fill: parent
         focus: true
         sheetModel: window.sheetModel
+        isFullScreen: window.visibility === Window.FullScreen
         onFullScreenToggled: window.toggleFullScreen()
     }
 }

@@ -12,6 +12,7 @@ FocusScope {
     id: sheet
 
     required property PlayerSheetModel sheetModel
+    required property bool isFullScreen
 
     signal fullScreenToggled
 
@@ -34,6 +35,7 @@ FocusScope {
         width: 10
         height: 10
         rotation: turn * 90
+        visible: !sheet.isFullScreen
 
         ShapePath {
             strokeWidth: -1
@@ -64,68 +66,119 @@ FocusScope {
     Component.onCompleted: sheetModel.appear()
     Component.onDestruction: sheetModel.disappear()
 
-    Keys.onSpacePressed: sheetModel.playOrPause()
-    Keys.onPressed: event => event.accepted = sheetModel.handleKey(event.key, event.modifiers)
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_Tab)
+            attention.restart()
+        event.accepted = sheetModel.handleKey(event.key, event.modifiers)
+    }
 
-    ColumnLayout {
-        anchors.fill: parent
-        anchors.margins: 14
-        spacing: 12
+    // Over the whole screen the picture is alone, but for a while after the mouse or Tab has asked for the controls.
+    Timer {
+        id: attention
 
-        Label {
-            Layout.fillWidth: true
-            text: sheet.sheetModel.model.statusText
-            font.weight: Font.DemiBold
-            elide: Text.ElideRight
-            textFormat: Text.PlainText
+        interval: 2500
+    }
+
+    HoverHandler {
+        property point place
+
+        cursorShape: controls.isShown ? Qt.ArrowCursor : Qt.BlankCursor
+        // It is told of a mouse that rests, too.
+        onPointChanged: {
+            if (point.position === place)
+                return
+            place = point.position
+            attention.restart()
+        }
+    }
+
+    Label {
+        id: status
+
+        x: 14
+        y: 14
+        width: parent.width - 28
+        visible: !sheet.isFullScreen
+        text: sheet.sheetModel.model.statusText
+        font.weight: Font.DemiBold
+        elide: Text.ElideRight
+        textFormat: Text.PlainText
+    }
+
+    Rectangle {
+        x: sheet.isFullScreen ? 0 : 14
+        y: sheet.isFullScreen ? 0 : status.y + status.height + 12
+        width: parent.width - 2 * x
+        height: (sheet.isFullScreen ? parent.height : controls.y - 12) - y
+        color: sheet.isFullScreen ? "black" : Theme.screen
+
+        FrameItem {
+            id: frame
+
+            objectName: "frame"
+            anchors.fill: parent
+            player: sheet.sheetModel.model
+            Accessible.role: Accessible.Graphic
+            Accessible.name: sheet.sheetModel.model.statusText
         }
 
-        Rectangle {
-            Layout.fillWidth: true
-            Layout.fillHeight: true
-            color: Theme.screen
+        Label {
+            anchors.centerIn: parent
+            visible: !sheet.sheetModel.hasImage
+            text: Texts.localizedText("no_image")
+            color: "#9aa1ad"
+        }
 
-            FrameItem {
-                id: frame
+        Corner {}
 
-                objectName: "frame"
-                anchors.fill: parent
-                player: sheet.sheetModel.model
-                Accessible.role: Accessible.Graphic
-                Accessible.name: sheet.sheetModel.model.statusText
-            }
+        Corner {
+            anchors.right: parent.right
+            turn: 1
+        }
 
-            Label {
-                anchors.centerIn: parent
-                visible: !sheet.sheetModel.hasImage
-                text: Texts.localizedText("no_image")
-                color: "#9aa1ad"
-            }
+        Corner {
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            turn: 2
+        }
 
-            Corner {}
+        Corner {
+            anchors.bottom: parent.bottom
+            turn: 3
+        }
 
-            Corner {
-                anchors.right: parent.right
-                turn: 1
-            }
+        TapHandler {
+            onDoubleTapped: sheet.fullScreenToggled()
+        }
+    }
 
-            Corner {
-                anchors.right: parent.right
-                anchors.bottom: parent.bottom
-                turn: 2
-            }
+    Rectangle {
+        anchors.fill: controls
+        visible: sheet.isFullScreen && controls.isShown
+        color: Theme.window
+        opacity: 0.92
+    }
 
-            Corner {
-                anchors.bottom: parent.bottom
-                turn: 3
-            }
+    ColumnLayout {
+        id: controls
 
-            TapHandler {
-                onDoubleTapped: sheet.fullScreenToggled()
-            }
+        readonly property bool isShown: !sheet.isFullScreen || attention.running || mouseOnControls.hovered
+                                        || slider.pressed || sheet.Window.activeFocusItem !== sheet
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        visible: isShown
+        spacing: 12
+
+        HoverHandler {
+            id: mouseOnControls
         }
 
         RowLayout {
+            Layout.margins: 14
+            Layout.topMargin: sheet.isFullScreen ? 14 : 0
+            Layout.bottomMargin: 0
             spacing: 8
 
             Label {
@@ -143,6 +196,7 @@ FocusScope {
                 Layout.fillWidth: true
                 from: 0
                 to: sheet.sheetModel.sliderMaximum
+                stepSize: 1
                 enabled: sheet.sheetModel.sliderEnabled
                 focusPolicy: Qt.TabFocus
                 Accessible.name: Texts.localizedText("player_position")
@@ -166,10 +220,13 @@ FocusScope {
         }
 
         RowLayout {
+            Layout.margins: 14
+            Layout.topMargin: 0
             spacing: 10
 
             Button {
                 objectName: "openMaker"
+                focusPolicy: Qt.TabFocus
                 text: Texts.localizedText("app_title")
                 icon.source: "qrc:/icons/ZEBDocumentIcon.svg"
                 icon.width: 18
@@ -281,6 +338,7 @@ FocusScope {
 
             Button {
                 objectName: "close"
+                focusPolicy: Qt.TabFocus
                 text: Texts.localizedText("close")
                 onClicked: sheet.sheetModel.close()
             }
