@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "cli/UsageError.h"
+#include "conversion/OutputName.h"
 
 namespace zeb::cli {
 namespace {
@@ -16,8 +17,8 @@ bool namesFolder(const std::string& path) {
     return path.back() == '/' || fs::is_directory(path, ignored);
 }
 
-std::string outputOf(const fs::path& input, const EncodeArguments& arguments) {
-    const fs::path besideInput = fs::path(input).replace_extension(".zeb");
+std::string outputOf(const std::string& input, const EncodeArguments& arguments) {
+    const fs::path besideInput = outputBeside(input);
     if (!arguments.output) return besideInput;
     if (!namesFolder(*arguments.output)) return *arguments.output;
     return fs::path(*arguments.output) / besideInput.filename();

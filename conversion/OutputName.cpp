@@ -1,8 +1,7 @@
 #include "conversion/OutputName.h"
 
-#include <filesystem>
-
 #include "conversion/SourceAnalysis.h"
+#include "platform/PathName.h"
 #include "platform/TextTrim.h"
 
 namespace zeb {
@@ -22,7 +21,8 @@ std::string proposedOutputName(std::string_view title, const std::string& inputP
 }
 
 std::string outputBeside(const std::string& inputPath) {
-    return std::filesystem::path(inputPath).replace_extension(".zeb").string();
+    const std::size_t extension = pathExtension(inputPath).size();
+    return extension == 0 ? inputPath + ".zeb" : inputPath.substr(0, inputPath.rfind('.')) + ".zeb";
 }
 
 }  // namespace zeb

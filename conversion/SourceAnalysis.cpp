@@ -5,6 +5,8 @@
 #include <limits>
 #include <string_view>
 
+#include "platform/PathName.h"
+
 namespace zeb {
 
 namespace {
@@ -33,16 +35,7 @@ SourceInfo sourceInfo(const VideoTrack& track) {
 }
 
 std::string proposedTitle(const std::string& path) {
-    std::string_view name = path;
-    while (name.size() > 1 && name.back() == '/')
-        name.remove_suffix(1);
-    const std::size_t slash = name.rfind('/');
-    if (slash != std::string_view::npos && name.size() > 1) name.remove_prefix(slash + 1);
-
-    // A dot in front hides a file and one at the end separates nothing: neither starts an extension.
-    const std::size_t dot = name.rfind('.');
-    if (dot != std::string_view::npos && dot > 0 && dot + 1 < name.size()) name = name.substr(0, dot);
-    return std::string(name);
+    return std::string(nameWithoutExtension(path));
 }
 
 int proposedSide(int sourceSide) {

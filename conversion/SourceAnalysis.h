@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "conversion/Settings.h"
 #include "platform/Media.h"
 
 namespace zeb {

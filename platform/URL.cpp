@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "platform/PathName.h"
+
 namespace zeb {
 namespace {
 
@@ -328,13 +330,7 @@ std::string URL::path() const {
 
 std::string URL::pathExtension() const {
     const std::string whole = path();
-    std::string_view name = whole;
-    name = name.substr(0, name.find_last_not_of('/') + 1);
-    name = name.substr(name.rfind('/') + 1);
-    const std::size_t dot = name.rfind('.');
-    if (dot == npos || dot == 0) return {};
-    const std::string_view extension = name.substr(dot + 1);
-    return extension.find(' ') == npos ? std::string(extension) : std::string();
+    return std::string(zeb::pathExtension(whole));
 }
 
 URL URL::standardizedFileURL() const {

@@ -51,9 +51,7 @@ public:
     /// The path with percent escapes resolved; for a file URL the file's path, byte by byte. Empty when the
     /// path holds an escaped NUL, so that nobody opens what stands before it.
     std::string path() const;
-    /// What follows the last dot of the path's last piece (escapes resolved, slashes at the end ignored),
-    /// without the dot. Empty when there is none, when the piece begins with its only dot, and when a blank
-    /// follows the dot: that is no extension but part of a name.
+    /// Of the path with its escapes resolved, as `zeb::pathExtension` finds it.
     std::string pathExtension() const;
     /// A file URL in the one form that all spellings of its path share: ".", "..", doubled slashes and a
     /// slash at the end resolved in the path's text (links are not looked at), the same escapes, no host

@@ -5,9 +5,9 @@
 #include <QQmlEngine>
 #include <QScreen>
 #include <chrono>
-#include <filesystem>
 #include <utility>
 
+#include "platform/PathName.h"
 #include "player/window/BringForward.h"
 #include "player/window/PlayerSheetModel.h"
 
@@ -54,7 +54,7 @@ void ZEBPlayerWindowManager::openPlayer(const URL& url, bool hideMaker) {
     if (!window) qFatal("%s", qPrintable(component.errorString()));
     // The sheet goes with its window, after the items that show it.
     QObject::connect(window, &QObject::destroyed, sheet, &QObject::deleteLater);
-    window->setTitle(QString::fromStdString(std::filesystem::path(movie.path()).stem().string()));
+    window->setTitle(QString::fromStdString(std::string(nameWithoutExtension(movie.path()))));
     m_windows[key] = window;
     centre(*window);
     window->show();
