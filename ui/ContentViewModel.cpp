@@ -6,11 +6,11 @@
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
+#include "platform/PathName.h"
 #include "ui/ByteCountText.h"
 #include "ui/DurationText.h"
 #include "ui/ForecastText.h"
@@ -82,6 +82,9 @@ void ContentViewModel::connectConverter() {
     connect(vm(), &ConverterViewModel::sourceInfoChanged, this, &ContentViewModel::updateForecast);
     connect(vm(), &ConverterViewModel::inputURLChanged, this, &ContentViewModel::updateForecast);
     connect(vm(), &ConverterViewModel::outputURLChanged, this, &ContentViewModel::updateForecast);
+    connect(vm(), &ConverterViewModel::outputURLChanged, this, [this] {
+        if (vm()->outputWasUserSelected()) m_mayReplace = sourceAndPlace();
+    });
     connect(vm(), &ConverterViewModel::progressChanged, this, &ContentViewModel::runAdvanced);
     connect(vm(), &ConverterViewModel::isRunningChanged, this, [this] {
         if (vm()->isRunning()) {
@@ -160,17 +163,44 @@ void ContentViewModel::takeForecast(const ForecastOutcome& outcome) {
 
 void ContentViewModel::start() {
     if (!vm()->canStart()) return;
-    if (!m_forecastIsWarning) return vm()->start();
-    askAboutMisfit(forecastText());
+    const std::string place = vm()->outputURL()->path();
+    if (m_mayReplace != sourceAndPlace() && files::kindOf(place)) {
+        return askAboutReplacing(QString::fromStdString(
+            localizedText("replace_alert_message_format", {std::string(lastPiece(place))})));
+    }
+    if (m_forecastIsWarning) return askAboutMisfit(forecastText());
+    startAnyway();
+}
+
+void ContentViewModel::replaceAndStart() {
+    askAboutReplacing({});
+    m_mayReplace = sourceAndPlace();
+    start();
+}
+
+void ContentViewModel::dismissReplaceQuestion() {
+    askAboutReplacing({});
 }
 
 void ContentViewModel::startAnyway() {
     askAboutMisfit({});
+    m_mayReplace = sourceAndPlace();
     vm()->start();
 }
 
 void ContentViewModel::dismissMisfitQuestion() {
     askAboutMisfit({});
+}
+
+std::optional<std::pair<URL, URL>> ContentViewModel::sourceAndPlace() const {
+    if (!vm()->inputURL() || !vm()->outputURL()) return {};
+    return std::pair(*vm()->inputURL(), *vm()->outputURL());
+}
+
+void ContentViewModel::askAboutReplacing(const QString& question) {
+    if (question == m_replaceQuestion) return;
+    m_replaceQuestion = question;
+    emit replaceQuestionChanged();
 }
 
 void ContentViewModel::askAboutMisfit(const QString& question) {

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "conversion/SizeForecaster.h"
 #include "conversion/model/ConverterViewModel.h"
@@ -16,6 +17,7 @@
 #include "platform/FilePanels.h"
 #include "platform/MainActor.h"
 #include "platform/NotificationCenter.h"
+#include "platform/URL.h"
 #include "platform/UserDefaults.h"
 #include "ui/AppActionRouter.h"
 #include "ui/DockProgress.h"
@@ -55,6 +57,7 @@ class ContentViewModel final : public QObject {
     Q_PROPERTY(QString forecastText READ forecastText NOTIFY forecastChanged)
     Q_PROPERTY(bool forecastIsWarning READ forecastIsWarning NOTIFY forecastChanged)
     Q_PROPERTY(QString timesText READ timesText NOTIFY timesTextChanged)
+    Q_PROPERTY(QString replaceQuestion READ replaceQuestion NOTIFY replaceQuestionChanged)
     Q_PROPERTY(QString misfitQuestion READ misfitQuestion NOTIFY misfitQuestionChanged)
     Q_PROPERTY(
         QString cancelledOutputQuestion READ cancelledOutputQuestion NOTIFY cancelledOutputQuestionChanged)
@@ -82,6 +85,9 @@ public:
     const std::string& targetSizeText() const { return m_targetSizeText; }
     /// Remaining and elapsed time and the size of the file, while a run goes on.
     QString timesText() const;
+    /// Whether to start a run in whose place a file stands that nobody has said may go; empty when there is
+    /// nothing to ask.
+    QString replaceQuestion() const { return m_replaceQuestion; }
     /// Whether to start a run whose movie would pass the format's limit or the free space, and why not; empty
     /// when there is nothing to ask.
     QString misfitQuestion() const { return m_misfitQuestion; }
@@ -92,9 +98,11 @@ public:
     Q_INVOKABLE void appear();
     /// Plays the movie that was made, or asks for one.
     Q_INVOKABLE void playMovie();
-    /// Starts a run; before one whose movie would not fit, asks first.
+    /// Starts a run; before one that would replace a file or whose movie would not fit, asks first.
     Q_INVOKABLE void start();
-    /// The answers to that question.
+    /// The answers to these questions.
+    Q_INVOKABLE void replaceAndStart();
+    Q_INVOKABLE void dismissReplaceQuestion();
     Q_INVOKABLE void startAnyway();
     Q_INVOKABLE void dismissMisfitQuestion();
     /// Files were dropped on the window: movies are played, the last of the others becomes the source.
@@ -109,6 +117,7 @@ signals:
     void sourceTargetTextChanged();
     void forecastChanged();
     void timesTextChanged();
+    void replaceQuestionChanged();
     void misfitQuestionChanged();
     void cancelledOutputQuestionChanged();
 
@@ -123,6 +132,8 @@ private:
     void tick(std::int64_t run);
     void updateTargetSizeText();
     void updateForecast();
+    std::optional<std::pair<URL, URL>> sourceAndPlace() const;
+    void askAboutReplacing(const QString& question);
     void askAboutMisfit(const QString& question);
     void takeForecast(const ForecastOutcome& outcome);
 
@@ -132,7 +143,11 @@ private:
     SizeForecaster m_forecaster;
     std::string m_forecastText;
     bool m_forecastIsWarning = false;
+    QString m_replaceQuestion;
     QString m_misfitQuestion;
+    /// A source and the place of its movie, where what stands may go: the file panel has asked, or the person
+    /// has started this before.
+    std::optional<std::pair<URL, URL>> m_mayReplace;
     AppActionRouter::Observation m_requests;
     RemainingTime m_remaining;
     std::optional<Clock::Instant> m_runStartedAt;

@@ -61,6 +61,16 @@ ApplicationWindow {
     }
 
     Alert {
+        title: Texts.localizedText("replace_alert_title")
+        question: window.content.replaceQuestion
+        acceptText: Texts.localizedText("replace")
+        rejectText: Texts.localizedText("cancel")
+        destructive: true
+        onAccepted: window.content.replaceAndStart()
+        onRejected: window.content.dismissReplaceQuestion()
+    }
+
+    Alert {
         title: Texts.localizedText("misfit_alert_title")
         question: window.content.misfitQuestion
         acceptText: Texts.localizedText("start_anyway")

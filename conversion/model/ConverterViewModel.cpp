@@ -302,8 +302,8 @@ void ConverterViewModel::chooseOutput() {
 
 /// The user has picked a place for the movie.
 void ConverterViewModel::takeOutput(const std::string& path, const URL& url) {
-    publishOutput(url);
     m_outputWasUserSelected = true;
+    publishOutput(url);
     setLastError({});
     appendLog(localizedText("log_output_format", {path}));
     m_services.defaults.set(lastOutputDirKey, folderOf(path));
@@ -454,9 +454,9 @@ void ConverterViewModel::runFailed(const Run& run, bool wasCancelled, const std:
         } else {
             setLastError(text);
             setStatus("status_error");
-            appendLog(localizedText("log_error_format", {text}));
         }
     }
+    if (!wasCancelled) appendLog(localizedText("log_error_format", {text}));
     if (wasCancelled) offerPartialFile(run.output);
     if (isCurrent(run.number)) {
         publish(m_playableOutputURL, {}, &ConverterViewModel::playableOutputURLChanged);

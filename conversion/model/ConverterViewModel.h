@@ -49,6 +49,8 @@ public:
 
     const std::optional<URL>& inputURL() const { return m_inputURL; }
     const std::optional<URL>& outputURL() const { return m_outputURL; }
+    /// Whether the person has picked this place in a file panel.
+    bool outputWasUserSelected() const { return m_outputWasUserSelected; }
     /// The last movie that was written to its end, until input, output or run change.
     const std::optional<URL>& playableOutputURL() const { return m_playableOutputURL; }
     SettingsModel* settings() { return &m_settings; }

@@ -173,6 +173,29 @@ TEST_F(ContentViewModelTest, ShowsHowTheRunGoesOn) {
     EXPECT_EQ(content->elapsedText(), "—");
 }
 
+TEST_F(ContentViewModelTest, AsksBeforeItReplacesAFile) {
+    takeFilm(input);
+    test::store(movie, "precious");
+    content->start();
+    EXPECT_THAT(content->replaceQuestion().toStdString(), HasSubstr("holiday.zeb"));
+    content->dismissReplaceQuestion();
+    EXPECT_EQ(content->replaceQuestion(), "");
+    EXPECT_FALSE(model->isRunning());
+    content->start();
+    content->replaceAndStart();
+    EXPECT_EQ(content->replaceQuestion(), "");
+    EXPECT_TRUE(model->isRunning());
+    settle();
+
+    content->start();
+    EXPECT_TRUE(model->isRunning()) << "a run may replace the movie of the one before";
+    settle();
+    takeFilm("/films/long.mov");
+    content->start();
+    EXPECT_NE(content->replaceQuestion(), "") << "but not that of another video";
+    EXPECT_FALSE(model->isRunning());
+}
+
 TEST_F(ContentViewModelTest, ForecastsTheSize) {
     const auto forecast = [this](const std::string& path) {
         takeFilm(path);
