@@ -7,6 +7,7 @@
 #include <QStandardPaths>
 #include <QTranslator>
 #include <csignal>
+#include <cstdio>
 
 #include "app/AppDelegate.h"
 #include "app/LaunchArguments.h"
@@ -53,6 +54,8 @@ void translateDialogs(QTranslator& translator) {
 int main(int argc, char** argv) {
     // A write beyond the limit of a file's size fails like any other instead of ending the process.
     std::signal(SIGXFSZ, SIG_IGN);
+    // Diagnostics are seen when they are written, in files and pipes too.
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     QApplication application(argc, argv);
     QApplication::setApplicationName("zebmaker");
     QApplication::setApplicationVersion(ZEB_VERSION);

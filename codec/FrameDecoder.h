@@ -32,8 +32,8 @@ public:
     /// pixels of the file header's `width` and `height`. Such pixels are 32-bit ones as in `FrameImage`, or
     /// 16-bit ones of RGB 5-6-5, low byte first; their number tells which.
     ///
-    /// Nothing when the record is no picture; the reason is in `lastDecodeDebug`. Never throws for a record's
-    /// contents. Memory is taken only for what the record's bytes can fill.
+    /// Nothing when the record is no picture; the reason is in `lastDecodeDebug`. Throws nothing but
+    /// `std::bad_alloc`: memory is taken only for what the record's bytes can fill.
     std::optional<FrameImage> decodeFrame(std::span<const std::uint8_t> record, int width, int height);
 
     /// One line about the last decoding.

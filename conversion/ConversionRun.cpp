@@ -15,6 +15,7 @@
 #include "conversion/AudioReader.h"
 #include "conversion/AudioSlice.h"
 #include "conversion/FramePipeline.h"
+#include "format/Layout.h"
 #include "format/ZEBConverterError.h"
 #include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
@@ -23,7 +24,6 @@ namespace zeb {
 
 namespace {
 
-constexpr int soundRate = 20000;  ///< sample frames per second in the file
 
 /// Three decimals and a dot, whatever the locale.
 std::string withThreeDecimals(double value) {
@@ -170,10 +170,10 @@ void Run::extractSound() {
     m_channels = std::min(m_settings.audioChannels, 2);
     report(localizedText("progress_extract_audio"), 0);
     // Sound behind the last second is not written, so it is not kept either.
-    constexpr std::int64_t boundlessSeconds = std::numeric_limits<std::int64_t>::max() / soundRate;
-    const auto frames = static_cast<std::uint64_t>(std::min(m_plan.seconds, boundlessSeconds) * soundRate);
+    constexpr std::int64_t boundlessSeconds = std::numeric_limits<std::int64_t>::max() / layout::sampleRate;
+    const auto frames = static_cast<std::uint64_t>(std::min(m_plan.seconds, boundlessSeconds) * layout::sampleRate);
     m_audio = AudioReader::read(
-        *m_asset, soundRate, m_channels, m_settings.audioTrackIndex, m_isCancelled,
+        *m_asset, layout::sampleRate, m_channels, m_settings.audioTrackIndex, m_isCancelled,
         [this](const std::string& text) { report(text, 0); }, frames);
     if (m_audio.empty()) m_channels = 0;
 }
@@ -193,7 +193,7 @@ MovieParameters Run::movieParameters() const {
 }
 
 void Run::writeSeconds(FramePipeline& pipeline, ZEBWriter& writer) {
-    const std::int64_t bytesPerSecond = std::int64_t{std::max(m_channels, 1)} * soundRate;
+    const std::int64_t bytesPerSecond = std::int64_t{std::max(m_channels, 1)} * layout::sampleRate;
     std::vector<std::shared_ptr<const EncodedFrame>> frames;
     std::vector<std::span<const std::uint8_t>> records;
     for (std::int64_t second = 0; second < m_plan.seconds; ++second) {

@@ -45,9 +45,8 @@ void SoundtrackPlayer::start(std::int64_t frame, int fps, bool loops, Clock::Ins
     m_playing = std::make_shared<SoundtrackSource>(m_soundtrack, first, loops, paceOf(*m_soundtrack, fps),
                                                    m_clock, moment);
     m_output.start(m_playing, [complained = m_hasComplained](const std::string& error) {
-        if (error.empty() || complained->exchange(true)) return;
-        std::printf("Audio engine start failed: %s\n", error.c_str());
-        std::fflush(stdout);
+        if (!complained->exchange(!error.empty()) && !error.empty())
+            std::printf("Audio engine start failed: %s\n", error.c_str());
     });
 }
 

@@ -39,7 +39,7 @@ private:
     const Clock& m_clock;
     std::shared_ptr<const Soundtrack> m_soundtrack;
     std::shared_ptr<SoundtrackSource> m_playing;
-    std::shared_ptr<std::atomic<bool>> m_hasComplained;  ///< that there is no device
+    std::shared_ptr<std::atomic<bool>> m_hasComplained;  ///< of a device that cannot play
 };
 
 }  // namespace zeb

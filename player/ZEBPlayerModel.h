@@ -32,8 +32,8 @@ struct PlayerServices {
 /// Main thread.
 ///
 /// While a movie is shown, `displayedFrameIndex` is the frame before the one that the reader reads next.
-/// Frames are read and decoded in a task; every control operation waits for the frame that is being read,
-/// shows it, and only then touches the reader.
+/// While it plays, frames are read and decoded in a task; every control operation waits for the frame that is
+/// being read, shows it, and only then touches the reader. Opening and seeking read their one frame at once.
 class ZEBPlayerModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged)

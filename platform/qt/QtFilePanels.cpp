@@ -15,8 +15,7 @@ namespace {
 /// The names that films usually have. Others are found under all files.
 constexpr const char* videoPatterns =
     "*.3gp *.asf *.avi *.dv *.flv *.gif *.m2ts *.m2v *.m4v *.mkv *.mov *.mp4 *.mpeg *.mpg *.mts *.mxf *.ogg "
-    "*.ogv *.ts "
-    "*.vob *.webm *.wmv";
+    "*.ogv *.ts *.vob *.webm *.wmv";
 
 QString filterOf(const QString& name, const QString& patterns) {
     return name + " (" + patterns + ")";
@@ -27,8 +26,7 @@ QString textOf(std::string_view key) {
 }
 
 QStringList filtersOf(const std::vector<ContentType>& types) {
-    QStringList filters;
-    QStringList extensions;
+    QStringList patterns;
     bool offersVideos = false;
     bool offersAll = false;
     for (const ContentType& type : types) {
@@ -41,15 +39,19 @@ QStringList filtersOf(const std::vector<ContentType>& types) {
                 offersAll = true;
                 break;
             case ContentType::filenameExtension:
-                // Names in any case are meant.
-                extensions << "*." + QString::fromStdString(type.extension)
-                           << "*." + QString::fromStdString(type.extension).toUpper();
+                patterns << "*." + QString::fromStdString(type.extension);
                 break;
         }
     }
-    const QString videos = QLatin1String(videoPatterns);
-    if (offersVideos) filters << filterOf(textOf("panel_videos"), videos + " " + videos.toUpper());
-    if (!extensions.isEmpty()) filters << filterOf(textOf("panel_movies"), extensions.join(' '));
+    if (offersVideos) patterns << QString(videoPatterns).split(' ');
+    patterns.removeDuplicates();
+    // Names in any case are meant.
+    for (const QString& pattern : QStringList(patterns))
+        patterns << pattern.toUpper();
+
+    QStringList filters;
+    if (!patterns.isEmpty())
+        filters << filterOf(textOf(offersVideos ? "panel_videos" : "panel_movies"), patterns.join(' '));
     if (offersVideos || offersAll || filters.isEmpty()) filters << filterOf(textOf("panel_all_files"), "*");
     return filters;
 }
@@ -60,6 +62,7 @@ std::unique_ptr<QFileDialog> makeDialog(const std::string& title, const std::str
     dialog->setWindowTitle(QString::fromStdString(title));
     dialog->setDirectory(folder.empty() ? QDir::homePath() : QString::fromStdString(folder));
     dialog->setNameFilters(filtersOf(types));
+    dialog->setOption(QFileDialog::HideNameFilterDetails);
     dialog->setWindowModality(Qt::ApplicationModal);
     return dialog;
 }
