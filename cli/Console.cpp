@@ -3,8 +3,10 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <ostream>
+#include <system_error>
 #include <utility>
 
 #include "cli/Text.h"
@@ -46,11 +48,19 @@ Console::Console(std::ostream& out, std::ostream& error, Terminal outTerminal, T
       m_errorTerminal(std::move(errorTerminal)) {}
 
 void Console::write(std::string_view text) {
-    m_out << text << std::flush;
+    put(text);
 }
 
 void Console::writeLine(std::string_view text) {
-    m_out << printable(text) << '\n' << std::flush;
+    put(printable(text) + "\n");
+}
+
+void Console::put(std::string_view text) {
+    if (!m_out.good()) return;
+    errno = 0;
+    m_out << text << std::flush;
+    if (!m_out.good() && errno != EPIPE)
+        complain("standard output: " + std::generic_category().message(errno));
 }
 
 void Console::complain(std::string_view text, Colour colour) {

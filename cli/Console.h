@@ -21,7 +21,7 @@ Terminal terminalOf(int descriptor);
 enum class Colour { none, green, yellow, red };
 
 /// Where the program talks to: results and progress on one stream, everything else on the other.
-/// A stream that breaks (a closed pipe) falls silent; the work goes on.
+/// A stream that breaks falls silent, which is said once unless it is a closed pipe; the work goes on.
 class Console {
 public:
     Console(std::ostream& out, std::ostream& error, Terminal outTerminal, Terminal errorTerminal);
@@ -44,6 +44,8 @@ public:
     std::string coloured(std::string_view text, Colour colour) const;
 
 private:
+    void put(std::string_view text);
+
     std::ostream& m_out;
     std::ostream& m_error;
     Terminal m_outTerminal;

@@ -43,7 +43,8 @@ void declareEncodeArguments(CLI::App& parser, EncodeArguments& arguments) {
         ->option_text("...")
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     addOption<std::string>(parser, "-o,--output", arguments.output, notEmpty, "a file or folder",
-                           "FILE|FOLDER", "The movie, or the folder for it [the input's name with .zeb]");
+                           "FILE|FOLDER",
+                           "The movie, or its folder, made if it ends in / [the input's name with .zeb]");
     parser.add_option("--title", arguments.title, "The movie's title [the input's name]")
         ->type_name("TEXT")
         ->option_text("TEXT");

@@ -41,6 +41,8 @@ std::function<ExitCode()> declareEncode(CLI::App& parser, Console& console) {
             "The result goes to standard output, as does the progress; warnings, errors and the log go to\n"
             "standard error. An interrupt (Ctrl-C) finishes the movie at its last whole second; a second\n"
             "one ends the program at once.\n\n"
+            "The movie's sides are multiples of 8, at least 64 and no larger than the source's. Of surround\n"
+            "sound the first two channels are taken.\n\n"
             "A conversion that will pass the format's 4 GiB or the free space is warned of and goes on as "
             "far\n"
             "as it can. --estimate ends with the code that it would end with: 1 beyond 4 GiB, 4 without the\n"

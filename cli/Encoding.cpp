@@ -1,5 +1,6 @@
 #include "cli/Encoding.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,10 +13,10 @@
 #include "cli/Failure.h"
 #include "cli/ForecastText.h"
 #include "cli/Interruption.h"
-#include "cli/OpenedSource.h"
 #include "cli/SpeedMeter.h"
 #include "cli/Text.h"
 #include "conversion/ConversionRun.h"
+#include "format/MovieFacts.h"
 #include "format/ZEBConverterError.h"
 #include "platform/FileManager.h"
 
@@ -29,6 +30,19 @@ using Clock = std::chrono::steady_clock;
 bool isWarning(const std::string& line) {
     return line.starts_with("Warnung: ") || line.starts_with("AudioReader konnte nicht starten") ||
            line.starts_with("Audio leer");
+}
+
+std::string folderOf(const fs::path& path) {
+    const fs::path parent = path.parent_path();
+    return parent.empty() ? "." : parent.string();
+}
+
+bool startsAsMovie(const std::string& path) {
+    try {
+        return isMovie(*openForReading(path));
+    } catch (const FileError&) {
+        return false;
+    }
 }
 
 }  // namespace
@@ -55,7 +69,7 @@ ExitCode Encoding::estimate() {
         if (files::isSameFile(m_job.input, m_job.output)) {
             throw ZEBConverterError::cannotCreateOutput(m_job.output);
         }
-        const OpenedSource source(m_library, m_job.input, isInterrupted);
+        const OpenedSource source = openSource();
         const Settings settings = proposeSettings(source.asset());
         const SizeForecast forecast = forecastAll(source.asset(), settings);
         m_reporter.estimated(settings, forecast);
@@ -107,16 +121,17 @@ SizeForecast Encoding::forecastFromSamples(const MediaAsset& asset, const Foreca
 
 void Encoding::reportForecast(const Settings& settings, const SizeForecast& forecast) {
     m_reporter.forecast(settings, forecast);
-    const fs::path folder = fs::path(m_job.output).parent_path();
-    const std::string warning = forecastWarning(forecast, folder.empty() ? "." : folder.string());
+    const std::string warning = forecastWarning(forecast, folderOf(m_job.output));
     if (!warning.empty()) m_reporter.warned(warning);
 }
 
 void Encoding::convert() {
     if (isInterrupted()) throw ZEBConverterError::cancelled();
+    // What is not there says more than where it would go.
+    if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, "No such file or directory");
     checkOutput();
     const auto start = Clock::now();
-    const OpenedSource source(m_library, m_job.input, isInterrupted);
+    const OpenedSource source = openSource();
     const Settings settings = proposeSettings(source.asset());
     const std::optional<SizeForecast> forecast = forecastQuickly(source.asset(), settings);
 
@@ -134,6 +149,8 @@ void Encoding::convert() {
     };
     callbacks.planned = [&](const ConversionPlan& made) {
         plan = made;
+        if (makesFolder() && ::mkdir(folderOf(m_job.output).c_str(), 0777) != 0 && errno != EEXIST)
+            throw FileError(folderOf(m_job.output), errno);
         m_partialOutput.noteReplaced();
         m_reporter.planned(settings, plan);
         if (forecast) reportForecast(settings, *forecast);
@@ -168,11 +185,30 @@ void Encoding::checkOutput() const {
     if (files::kindOf(output) && !m_arguments.force) {
         throw OutputRefused(output + ": exists already (use --force to replace it)");
     }
-    const fs::path parent = fs::path(output).parent_path();
-    const std::string folder = parent.empty() ? "." : parent.string();
-    if (!fs::is_directory(folder, ignored))
-        throw FileError(output, fs::exists(folder, ignored) ? ENOTDIR : ENOENT);
+    std::string folder = folderOf(output);
+    if (makesFolder() && !files::kindOf(folder)) folder = folderOf(folder);
+    if (!fs::is_directory(folder, ignored)) {
+        throw OutputRefused(output + ": " +
+                            (files::kindOf(folder) ? "\"" + folder + "\" is not a folder"
+                                                   : "there is no folder \"" + folder + "\""));
+    }
     if (access(folder.c_str(), W_OK | X_OK) != 0) throw FileError(output, errno);
+}
+
+/// A folder whose name ends in "/" is made when it is not there.
+bool Encoding::makesFolder() const {
+    return m_arguments.output && m_arguments.output->ends_with('/');
+}
+
+OpenedSource Encoding::openSource() const {
+    try {
+        return {m_library, m_job.input, isInterrupted};
+    } catch (const MediaError& error) {
+        if (error.code() == MediaError::cannotOpen && startsAsMovie(m_job.input))
+            throw MediaError(MediaError::cannotOpen,
+                             "This is a ZEB movie already (zeb export turns it back)");
+        throw;
+    }
 }
 
 Settings Encoding::proposeSettings(const MediaAsset& asset) {

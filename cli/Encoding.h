@@ -6,6 +6,7 @@
 #include "cli/EncodeArguments.h"
 #include "cli/EncodeJob.h"
 #include "cli/ExitCode.h"
+#include "cli/OpenedSource.h"
 #include "cli/PartialOutput.h"
 #include "cli/ProgressReporter.h"
 #include "conversion/SamplePictures.h"
@@ -42,6 +43,8 @@ private:
     void convert();
     // Refuses an output that must not be replaced or cannot be created, before long work is done for nothing.
     void checkOutput() const;
+    bool makesFolder() const;
+    OpenedSource openSource() const;
     Settings proposeSettings(const MediaAsset& asset);
 
     const EncodeArguments& m_arguments;

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <vector>
 
+#include "format/MovieFacts.h"
 #include "platform/FileHandle.h"
 
 namespace zeb::cli {
@@ -32,7 +33,10 @@ std::string applicationPath() {
 ExitCode play(const std::vector<std::string>& files, Console& console) {
     for (const std::string& file : files) {
         try {
-            openForReading(file);
+            if (!isMovie(*openForReading(file))) {
+                console.complain(file + ": not a ZEB movie");
+                return ExitCode::unreadableInput;
+            }
         } catch (const std::exception& error) {
             console.complain(error.what());
             return ExitCode::unreadableInput;

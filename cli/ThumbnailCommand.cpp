@@ -10,6 +10,7 @@
 
 #include "conversion/ReducedImage.h"
 #include "format/ZEBReader.h"
+#include "platform/FileManager.h"
 #include "platform/StagedOutput.h"
 #include "platform/ffmpeg/FFmpegFilmLibrary.h"
 
@@ -50,6 +51,10 @@ ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
     const auto complain = [&console](const std::string& file, const std::string& text) {
         console.complain(text.starts_with(file + ": ") ? text : file + ": " + text);
     };
+    if (files::isSameFile(arguments.input, arguments.output)) {
+        complain(arguments.output, "the picture would replace the movie");
+        return ExitCode::unwritableOutput;
+    }
     std::optional<FrameImage> image;
     try {
         image = reducedImage(firstPicture(arguments.input), arguments.size);

@@ -29,6 +29,11 @@ bool lastBlockEndsFile(ReadableFile& file, const HeaderPlaces& places, std::uint
 
 }  // namespace
 
+bool isMovie(ReadableFile& file) {
+    std::array<std::uint8_t, layout::magic.size()> start{};
+    return file.readAt(0, start) == start.size() && start == layout::magic;
+}
+
 MovieFacts readMovieFacts(ReadableFile& file) {
     LocatedHeader located = readHeader(file);
     const HeaderPlaces& places = located.places;

@@ -24,6 +24,9 @@ struct MovieFacts {
     bool isLooping() const { return (header.options & layout::loopOption) != 0; }
 };
 
+/// Whether a file begins as every ZEB file does. Throws `FileError`.
+bool isMovie(ReadableFile& file);
+
 /// Reads a finished file's facts from its header and last block, another file's by walking its blocks. Safe
 /// for any bytes, in memory below 100 KB. Throws `ZEBFormatError` for a file that is no ZEB file,
 /// `FileError`.

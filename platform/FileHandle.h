@@ -10,16 +10,20 @@
 
 namespace zeb {
 
-/// A file operation that the system refused. `code()` is the system's error number (errno), the description
-/// is "PATH: " followed by the system's own text for it. Domain "POSIX".
+/// A file operation that the system refused, or that is refused here. `code()` is the system's error number
+/// (errno), the description is "PATH: " followed by the reason: the system's own text unless another is
+/// given. Domain "POSIX".
 class FileError : public PlatformError {
 public:
     FileError(const std::string& path, int errorNumber);
+    FileError(const std::string& path, int errorNumber, const std::string& reason);
 
     const std::string& path() const noexcept { return m_path; }
+    const std::string& reason() const noexcept { return m_reason; }
 
 private:
     std::string m_path;
+    std::string m_reason;
 };
 
 /// Where bytes go: a file opened for writing, or a stand-in of a test. Used by one thread at a time.

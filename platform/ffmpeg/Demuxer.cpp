@@ -142,7 +142,7 @@ Demuxer::Demuxer(const std::string& path, IsCancelled isCancelled) : m_state(std
         state.file = openForReading(path);
         state.size = state.file->size();
     } catch (const FileError& error) {
-        throw MediaError(MediaError::cannotOpen, errorText(AVERROR(error.code())));
+        throw MediaError(MediaError::cannotOpen, error.reason());
     }
     if (state.size == 0) throw MediaError(MediaError::cannotOpen, "The file is empty");
 

@@ -69,7 +69,7 @@ private:
 
 void requireRegular(const struct stat& status, const std::string& path) {
     if (S_ISDIR(status.st_mode)) throw FileError(path, EISDIR);
-    if (!S_ISREG(status.st_mode)) throw FileError(path, EINVAL);
+    if (!S_ISREG(status.st_mode)) throw FileError(path, EINVAL, "Not an ordinary file");
 }
 
 int openDescriptor(const std::string& path, int flags) {
@@ -225,7 +225,10 @@ private:
 }  // namespace
 
 FileError::FileError(const std::string& path, int errorNumber)
-    : PlatformError("POSIX", errorNumber, path + ": " + systemText(errorNumber)), m_path(path) {}
+    : FileError(path, errorNumber, systemText(errorNumber)) {}
+
+FileError::FileError(const std::string& path, int errorNumber, const std::string& reason)
+    : PlatformError("POSIX", errorNumber, path + ": " + reason), m_path(path), m_reason(reason) {}
 
 std::unique_ptr<ReadableFile> openForReading(const std::string& path) {
     return std::make_unique<PosixReadableFile>(openRegular(path, O_RDONLY));

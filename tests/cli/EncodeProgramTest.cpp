@@ -152,7 +152,7 @@ TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
                                     "list.m3u8", "http://127.0.0.1/a.mp4", "img%03d.png", "/dev/zero"})
         expectFailure({"encode", input, "-o", "new.zeb"}, 3, "zeb: " + input + ": ");
     expectFailure({"encode", "a.mov", "-o", "missing/new.zeb"}, 4, "zeb: missing/new.zeb: ");
-    expectFailure({"encode", "a.mov", "-o", "missing/"}, 4, "zeb: missing/a.zeb: ");
+    expectFailure({"encode", "a.mov", "-o", "missing/too/"}, 4, "zeb: missing/too/a.zeb: ");
     expectFailure({"encode", "a.mov", "-o", "text.mp4/new.zeb"}, 4, "zeb: text.mp4/new.zeb: ");
     expectFailure({"encode", "a.mov", "-o", "pipe.mp4", "--force"}, 4, "zeb: pipe.mp4: ");
     expectFailure({"encode", "folder", "--force"}, 4, "zeb: folder.zeb: ");

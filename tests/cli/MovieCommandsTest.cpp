@@ -149,6 +149,7 @@ TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
         expectFailure({"thumbnail", wrong, "a.png"}, 3, wrong);
     expectFailure({"thumbnail", "a.zeb", "nowhere/picture/a.png"}, 4, "");
     expectFailure({"thumbnail", "a.zeb", "a.png", "--size", "0"}, 2, "");
+    expectFailure({"thumbnail", "a.zeb", "./a.zeb"}, 4, "would replace the movie");
     EXPECT_EQ(contents(m_folder.file("a.png")), "old");
 
     EXPECT_EQ(zeb({"thumbnail", "a.zeb", "a.png", "--size", "48"}).exitCode, 0);
@@ -161,7 +162,8 @@ using PlayProgram = ProgramTest;
 /// A copy of the program, alone in a folder, with an application that only says what it was asked for.
 TEST_F(PlayProgram, BecomesTheApplication) {
     fs::copy_file(zebCommand({}).front(), m_folder.file("zeb"));
-    store(m_folder.file("-a movie.zeb"), "movie");
+    store(m_folder.file("-a movie.zeb"), "ZEB1");
+    store(m_folder.file("video.zeb"), "video");
     const auto run = [&](const std::string& file) {
         const std::string path = "PATH=" + m_folder.file("nowhere");
         return ChildProcess({"env", path, m_folder.file("zeb"), "play", "--", file}, m_options).finish();
@@ -176,10 +178,12 @@ TEST_F(PlayProgram, BecomesTheApplication) {
     EXPECT_EQ(result.exitCode, 7);
     EXPECT_EQ(result.out, m_folder.file("-a movie.zeb") + "|");
 
-    result = run("missing.zeb");
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.error, HasSubstr("missing.zeb"));
+    for (const std::string wrong : {"missing.zeb", "video.zeb"}) {
+        result = run(wrong);
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_EQ(result.out, "");
+        EXPECT_THAT(result.error, HasSubstr(wrong));
+    }
 }
 
 }  // namespace
