@@ -25,10 +25,11 @@ void AppDelegate::open(const QStringList& requests, Maker maker) {
         const auto url = URL::parse(text);
         if (url && url->isFileURL()) {
             files.push_back(*url);
-        } else if (const auto action = parseAppAction(text)) {
-            const bool isEncode = std::holds_alternative<EncodeAction>(*action);
-            isForConverter |= isEncode;
-            isForPlayer |= !isEncode;
+        } else if (auto action = parseAppAction(text)) {
+            auto* play = std::get_if<PlayAction>(&*action);
+            isForConverter |= play == nullptr;
+            isForPlayer |= play != nullptr;
+            if (play) play->hideMaker &= maker == Maker::hidden;
             m_services.appActions.post(*action);
         }
     }

@@ -6,8 +6,11 @@
 #include <QQuickStyle>
 #include <QStandardPaths>
 #include <QTranslator>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <string_view>
+#include <vector>
 
 #include "app/AppDelegate.h"
 #include "app/LaunchArguments.h"
@@ -49,6 +52,21 @@ void translateDialogs(QTranslator& translator) {
         QApplication::installTranslator(&translator);
 }
 
+/// Whether there is a display to open windows on; without one, Qt would end the process with a dump. Help and
+/// version need none.
+bool hasDisplay([[maybe_unused]] const std::vector<std::string_view>& arguments) {
+#if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(variable)) return true;
+    }
+    const auto isGiven = [&](std::string_view word) { return std::ranges::count(arguments, word) > 0; };
+    if (isGiven("-platform")) return true;
+    if (!isGiven("--help") && !isGiven("-h") && !isGiven("--version") && !isGiven("-v")) return false;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -56,6 +74,10 @@ int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);
     // Diagnostics are seen when they are written, in files and pipes too.
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+    if (!hasDisplay({argv, argv + argc})) {
+        std::fputs("zebmaker: there is no display to open a window on\n", stderr);
+        return 1;
+    }
     QApplication application(argc, argv);
     QApplication::setApplicationName("zebmaker");
     QApplication::setApplicationVersion(ZEB_VERSION);
@@ -79,8 +101,9 @@ int main(int argc, char** argv) {
         {services.dockTile, services.mainActor, [&engine] { return zeb::themeColour(engine, "accent"); }},
         applicationIcon().pixmap(dockTileSize * 2).toImage());
     zeb::ConverterViewModel converter(services.converter());
-    // Made below, called when there is something to play.
+    // Made below, called when there is something to play or to show.
     zeb::ZEBPlayerWindowManager* players = nullptr;
+    zeb::Scenes* scenes = nullptr;
     zeb::AppActionRouter& appActions = zeb::AppActionRouter::shared();
     zeb::ContentViewModel content({converter, services.defaults, services.notifications, services.mainActor,
                                    services.clock, *services.media, services.tasks, services.panels,
@@ -88,15 +111,20 @@ int main(int argc, char** argv) {
                                    [&players](const zeb::URL& url, bool hideMaker) {
                                        if (players) players->openPlayer(url, hideMaker);
                                    },
+                                   [&scenes] {
+                                       if (scenes) scenes->showConverter();
+                                   },
                                    ZEB_VERSION, ""});
-    zeb::Scenes scenes({engine, content, services.defaults, services.notifications});
-    zeb::ZEBPlayerWindowManager windows({engine, services.player(), services.defaults, services.notifications,
-                                         [&scenes] { return scenes.makeConverterWindow(); }});
-    players = &windows;
-    services.panels.setSurroundings([&scenes] { return scenes.windowForPanels(); },
+    zeb::Scenes windows({engine, content, services.defaults, services.notifications});
+    scenes = &windows;
+    zeb::ZEBPlayerWindowManager playerWindows({engine, services.player(), services.defaults,
+                                               services.notifications,
+                                               [&windows] { return windows.makeConverterWindow(); }});
+    players = &playerWindows;
+    services.panels.setSurroundings([&windows] { return windows.windowForPanels(); },
                                     [&engine] { return zeb::dialogPalette(engine); });
-    zeb::AppDelegate delegate({scenes, windows, appActions, services.mainActor});
-    QObject::connect(&engine, &QQmlEngine::quit, &scenes, &zeb::Scenes::quit);
+    zeb::AppDelegate delegate({windows, playerWindows, appActions, services.mainActor});
+    QObject::connect(&engine, &QQmlEngine::quit, &windows, &zeb::Scenes::quit);
     QObject::connect(&instance, &zeb::SingleInstance::requested, &delegate,
                      [&delegate](const QStringList& requests) {
                          delegate.open(requests, zeb::AppDelegate::Maker::hidden);

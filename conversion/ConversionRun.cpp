@@ -24,7 +24,6 @@ namespace zeb {
 
 namespace {
 
-
 /// Three decimals and a dot, whatever the locale.
 std::string withThreeDecimals(double value) {
     char text[64];
@@ -171,7 +170,8 @@ void Run::extractSound() {
     report(localizedText("progress_extract_audio"), 0);
     // Sound behind the last second is not written, so it is not kept either.
     constexpr std::int64_t boundlessSeconds = std::numeric_limits<std::int64_t>::max() / layout::sampleRate;
-    const auto frames = static_cast<std::uint64_t>(std::min(m_plan.seconds, boundlessSeconds) * layout::sampleRate);
+    const auto frames =
+        static_cast<std::uint64_t>(std::min(m_plan.seconds, boundlessSeconds) * layout::sampleRate);
     m_audio = AudioReader::read(
         *m_asset, layout::sampleRate, m_channels, m_settings.audioTrackIndex, m_isCancelled,
         [this](const std::string& text) { report(text, 0); }, frames);

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-/// Names in paths, byte by byte. An extension is what follows the last dot of a path's last piece (slashes at the end
-/// ignored). A dot in front hides a file, one at the end separates nothing, and what holds a blank is part of the name:
-/// none of these starts an extension. What is returned lies in `path`.
+/// Names in paths, byte by byte. An extension is what follows the last dot of a path's last piece (slashes at
+/// the end ignored). A dot in front hides a file, one at the end separates nothing, and what holds a blank is
+/// part of the name: none of these starts an extension. What is returned lies in `path`.
 namespace zeb {
 
 /// The last piece of `path`; "/" for the root.

@@ -3,6 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "ui/SoundEffectsEnabled.h"
+
 namespace zeb {
 namespace {
 
@@ -33,8 +35,7 @@ AppSoundPlayer::AppSoundPlayer(const Services& services, ResourceFolders resourc
     : m_services(services), m_resources(std::move(resources)) {}
 
 void AppSoundPlayer::play(SoundEffect effect) {
-    const bool isDecided = m_services.defaults.object(soundEffectsEnabledKey).has_value();
-    if (isDecided && !m_services.defaults.boolean(soundEffectsEnabledKey)) return;
+    if (!soundEffectsEnabled(m_services.defaults)) return;
 
     const auto sampled = soundOf(effect);
     if (!sampled) {

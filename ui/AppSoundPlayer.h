@@ -15,9 +15,6 @@
 
 namespace zeb {
 
-/// The key under which the user switches effects off. They are on while it has no value.
-inline constexpr std::string_view soundEffectsEnabledKey = "soundEffectsEnabled";
-
 /// The effects from sound files among the resources, "sounds/NAME.aiff". A file that is missing or cannot be
 /// read beeps instead. Used on the main thread.
 class AppSoundPlayer final : public SoundEffects {

@@ -21,8 +21,8 @@ std::int64_t storedSide(const UserDefaults& defaults, std::string_view key, std:
 }  // namespace
 
 std::string BuiltInPreset::title() const {
-    if (id == "dvd") return "DVD";
-    if (id == "hd") return "HD";
+    if (id == "dvd") return localizedText("DVD");
+    if (id == "hd") return localizedText("HD");
     return localizedText("preset_fhd");
 }
 

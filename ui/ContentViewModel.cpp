@@ -82,9 +82,7 @@ void ContentViewModel::connectConverter() {
     connect(vm(), &ConverterViewModel::sourceInfoChanged, this, &ContentViewModel::updateForecast);
     connect(vm(), &ConverterViewModel::inputURLChanged, this, &ContentViewModel::updateForecast);
     connect(vm(), &ConverterViewModel::outputURLChanged, this, &ContentViewModel::updateForecast);
-    connect(vm(), &ConverterViewModel::outputURLChanged, this, [this] {
-        if (vm()->outputWasUserSelected()) m_mayReplace = sourceAndPlace();
-    });
+    connect(vm(), &ConverterViewModel::outputChosen, this, [this] { m_mayReplace = sourceAndPlace(); });
     connect(vm(), &ConverterViewModel::progressChanged, this, &ContentViewModel::runAdvanced);
     connect(vm(), &ConverterViewModel::isRunningChanged, this, [this] {
         if (vm()->isRunning()) {
@@ -299,7 +297,8 @@ void ContentViewModel::openZEBFile(const URL& url, bool hideMaker) {
     std::error_code ignored;
     if (!movie.isFileURL() || !std::filesystem::exists(movie.path(), ignored)) {
         const std::string name = movie.isFileURL() ? movie.path() : movie.text();
-        return vm()->setLastError(localizedText("error_zeb_missing_format", {name}));
+        vm()->setLastError(localizedText("error_zeb_missing_format", {name}));
+        return m_services.showConverter();
     }
     m_services.sounds.play(SoundEffect::nowEstablishingDatalink);
     m_services.openPlayer(movie, hideMaker);

@@ -41,6 +41,8 @@ struct ContentServices {
     AppActionRouter& appActions;
     /// Opens a movie in a player window; with `hideMaker` the converter window goes.
     std::function<void(const URL& url, bool hideMaker)> openPlayer;
+    /// Brings the converter's window forward, so that what it says is seen.
+    std::function<void()> showConverter;
     std::string version;  ///< of the program; empty when unknown
     std::string build;
 };

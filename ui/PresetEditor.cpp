@@ -3,14 +3,10 @@
 #include <utility>
 
 #include "platform/UUID.h"
+#include "ui/SoundEffectsEnabled.h"
 #include "ui/UserPresetJSON.h"
 
 namespace zeb {
-namespace {
-
-constexpr std::string_view soundEffectsKey = "soundEffectsEnabled";
-
-}  // namespace
 
 PresetEditor::PresetEditor(UserDefaults& defaults, NotificationCenter& notifications, Changes changes)
     : m_defaults(defaults),
@@ -79,11 +75,11 @@ void PresetEditor::setBuiltInHeight(const BuiltInPreset& preset, std::int64_t he
 }
 
 bool PresetEditor::soundEffectsEnabled() const {
-    return !m_defaults.object(soundEffectsKey) || m_defaults.boolean(soundEffectsKey);
+    return zeb::soundEffectsEnabled(m_defaults);
 }
 
 void PresetEditor::setSoundEffectsEnabled(bool isEnabled) {
-    m_defaults.set(soundEffectsKey, isEnabled);
+    m_defaults.set(soundEffectsEnabledKey, isEnabled);
 }
 
 void PresetEditor::defaultsChanged() {

@@ -15,25 +15,32 @@ MenuBar {
     required property PresetMenuModel presetMenu
     required property Scenes scenes
 
+    // A question is open: it comes first.
+    required property bool isAsking
+
     signal closeRequested
+
+    component Command: Action {
+        enabled: !menus.isAsking
+    }
 
     Menu {
         title: Texts.localizedText("file_menu")
 
-        Action {
+        Command {
             text: Texts.localizedText("choose_video")
             shortcut: "Ctrl+O"
             onTriggered: menus.content.vm.chooseInput()
         }
 
-        Action {
+        Command {
             text: Texts.localizedText("save_zeb_as")
             shortcut: "Ctrl+S"
-            enabled: menus.content.vm.inputPath !== ""
+            enabled: !menus.isAsking && menus.content.vm.inputPath !== ""
             onTriggered: menus.content.vm.chooseOutput()
         }
 
-        Action {
+        Command {
             text: Texts.localizedText("play_zeb")
             shortcut: "Ctrl+P"
             onTriggered: menus.content.playMovie()
@@ -41,13 +48,13 @@ MenuBar {
 
         MenuSeparator {}
 
-        Action {
+        Command {
             text: Texts.localizedText("close_window")
             shortcut: "Ctrl+W"
             onTriggered: menus.closeRequested()
         }
 
-        Action {
+        Command {
             text: Texts.localizedText("quit_app")
             shortcut: "Ctrl+Q"
             onTriggered: menus.scenes.quit()
@@ -56,6 +63,14 @@ MenuBar {
 
     Menu {
         id: presets
+
+        // The built-in presets may come later than the others.
+        function placeAfterLine(): int {
+            let place = 0
+            while (itemAt(place) !== line)
+                ++place
+            return place + 1
+        }
 
         title: Texts.localizedText("presets_menu")
 
@@ -75,6 +90,8 @@ MenuBar {
         }
 
         MenuSeparator {
+            id: line
+
             visible: menus.presetMenu.userPresetNames.length > 0
             height: visible ? implicitHeight : 0
         }
@@ -90,14 +107,13 @@ MenuBar {
                 onTriggered: menus.presetMenu.applyUserPreset(index)
             }
 
-            // After the built-in presets and the line.
-            onObjectAdded: (index, item) => presets.insertItem(menus.presetMenu.builtInTitles.length + 1 + index, item as Item)
+            onObjectAdded: (index, item) => presets.insertItem(presets.placeAfterLine() + index, item as Item)
             onObjectRemoved: (index, item) => presets.removeItem(item as Item)
         }
 
         MenuSeparator {}
 
-        Action {
+        Command {
             text: Texts.localizedText("preset_settings")
             shortcut: "Ctrl+,"
             onTriggered: menus.scenes.showSettings()
@@ -107,7 +123,7 @@ MenuBar {
     Menu {
         title: Texts.localizedText("help_menu")
 
-        Action {
+        Command {
             text: Texts.localizedText("zebmaker_help_menu")
             shortcut: "Ctrl+?"
             onTriggered: menus.scenes.showHelp()

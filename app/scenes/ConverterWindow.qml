@@ -27,8 +27,15 @@ ApplicationWindow {
     // A running conversion is not given up for a click beside the mark.
     onClosing: close => {
         close.accepted = scenes.mayCloseConverter()
-        if (close.accepted)
-            scenes.forget(window)
+        if (!close.accepted)
+            return
+        content.dismissCancelledOutputQuestion()
+        scenes.forget(window)
+    }
+
+    Shortcut {
+        sequences: ["F1"]
+        onActivated: window.scenes.showHelp()
     }
 
     menuBar: ConverterMenus {
@@ -37,6 +44,7 @@ ApplicationWindow {
         content: window.content
         presetMenu: window.presetMenu
         scenes: window.scenes
+        isAsking: unfinishedQuestion.visible || replaceQuestion.visible || misfitQuestion.visible || quitQuestion.visible
         onCloseRequested: window.close()
     }
 
@@ -51,6 +59,8 @@ ApplicationWindow {
     }
 
     Alert {
+        id: unfinishedQuestion
+
         title: Texts.localizedText("cancelled_output_alert_title")
         question: window.content.cancelledOutputQuestion
         acceptText: Texts.localizedText("delete")
@@ -61,6 +71,8 @@ ApplicationWindow {
     }
 
     Alert {
+        id: replaceQuestion
+
         title: Texts.localizedText("replace_alert_title")
         question: window.content.replaceQuestion
         acceptText: Texts.localizedText("replace")
@@ -71,6 +83,8 @@ ApplicationWindow {
     }
 
     Alert {
+        id: misfitQuestion
+
         title: Texts.localizedText("misfit_alert_title")
         question: window.content.misfitQuestion
         acceptText: Texts.localizedText("start_anyway")
@@ -80,6 +94,8 @@ ApplicationWindow {
     }
 
     Alert {
+        id: quitQuestion
+
         title: Texts.localizedText("quit_alert_title")
         question: window.scenes.isAskingToQuit ? Texts.localizedText("quit_alert_message") : ""
         acceptText: Texts.localizedText("quit_anyway")
@@ -116,7 +132,7 @@ ApplicationWindow {
 
     Timer {
         interval: 2800
-        running: window.visible
+        running: window.visible && window.showStartupSplash
         onTriggered: window.showStartupSplash = false
     }
 }

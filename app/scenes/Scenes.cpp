@@ -51,18 +51,23 @@ QQuickWindow* Scenes::make(const QString& name, QVariantMap properties) {
 // MARK: Windows
 
 QQuickWindow* Scenes::makeConverterWindow() {
-    if (!m_converter) {
-        m_converter = make("ConverterWindow", {{"content", QVariant::fromValue(&m_services.content)},
-                                               {"presetMenu", QVariant::fromValue(&m_presetMenu)},
-                                               {"backgroundPicture", m_background}});
-    }
-    return m_converter;
+    return converterWindow(false);
 }
 
 void Scenes::showConverter() {
-    QQuickWindow* window = makeConverterWindow();
-    if (!std::exchange(m_hasShownSplash, true)) window->setProperty("showStartupSplash", true);
-    bringForward(*window);
+    bringForward(*converterWindow(true));
+}
+
+/// The converter's window, made if need be; with the welcome picture only when it is the first of all.
+QQuickWindow* Scenes::converterWindow(bool welcomes) {
+    if (!m_converter) {
+        const bool isFirst = !std::exchange(m_hadConverter, true);
+        m_converter = make("ConverterWindow", {{"content", QVariant::fromValue(&m_services.content)},
+                                               {"presetMenu", QVariant::fromValue(&m_presetMenu)},
+                                               {"backgroundPicture", m_background},
+                                               {"showStartupSplash", welcomes && isFirst}});
+    }
+    return m_converter;
 }
 
 QWindow* Scenes::windowForPanels() const {

@@ -61,6 +61,7 @@ signals:
     void isAskingToQuitChanged();
 
 private:
+    QQuickWindow* converterWindow(bool welcomes);
     QQuickWindow* make(const QString& name, QVariantMap properties);
     void setAskingToQuit(bool isAsking);
 
@@ -68,7 +69,7 @@ private:
     PresetMenuModel m_presetMenu;
     PresetSettingsModel m_presetSettings;
     QUrl m_background;
-    bool m_hasShownSplash = false;
+    bool m_hadConverter = false;
     bool m_isAskingToQuit = false;
     QPointer<QQuickWindow> m_converter;
     QPointer<QQuickWindow> m_settings;

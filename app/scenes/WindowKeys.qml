@@ -25,7 +25,7 @@ Item {
     }
 
     Shortcut {
-        sequences: ["Ctrl+?"]
+        sequences: ["Ctrl+?", "F1"]
         onActivated: keys.scenes.showHelp()
     }
 }

@@ -302,8 +302,9 @@ void ConverterViewModel::chooseOutput() {
 
 /// The user has picked a place for the movie.
 void ConverterViewModel::takeOutput(const std::string& path, const URL& url) {
-    m_outputWasUserSelected = true;
     publishOutput(url);
+    m_outputWasUserSelected = true;
+    emit outputChosen();
     setLastError({});
     appendLog(localizedText("log_output_format", {path}));
     m_services.defaults.set(lastOutputDirKey, folderOf(path));

@@ -49,8 +49,6 @@ public:
 
     const std::optional<URL>& inputURL() const { return m_inputURL; }
     const std::optional<URL>& outputURL() const { return m_outputURL; }
-    /// Whether the person has picked this place in a file panel.
-    bool outputWasUserSelected() const { return m_outputWasUserSelected; }
     /// The last movie that was written to its end, until input, output or run change.
     const std::optional<URL>& playableOutputURL() const { return m_playableOutputURL; }
     SettingsModel* settings() { return &m_settings; }
@@ -100,6 +98,8 @@ public:
 signals:
     void inputURLChanged();
     void outputURLChanged();
+    /// The person has picked the movie's place in a file panel, perhaps the same once more.
+    void outputChosen();
     void playableOutputURLChanged();
     void availableAudioTracksChanged();
     void sourceInfoChanged();

@@ -179,6 +179,40 @@ class ConverterTest(DesktopTest):
         application.find("spin button", width)
         application.find("spin button", height)
 
+        # The next start shows what is stored, in its place.
+        application.stop()
+        application = self.open()
+        application.find("menu bar", "Presets").click()
+        application.find("menu item", "Mine")
+        # Names are followed by the keys that do the same.
+        names = [item.name for item in application.all("menu item")]
+        self.assertEqual(names[:4], ["DVD", "HD", "Full HD", "Mine"])
+        self.assertTrue(names[4].startswith("Edit Presets"), names)
+
+    def test_return_starts_with_what_was_typed_and_asks_before_it_replaces(self):
+        clip = self.folder / "here.mkv"
+        clip.hardlink_to(self.clip)
+        movie = clip.with_suffix(".zeb")
+        movie.write_text("precious")
+        application = self.open(clip)
+        application.find("label", re.compile("^Video: 640 × 480"))
+        application.find("check box", "From the video").click()
+        application.find("spin button", re.compile("^Frames per second")).click(0.5)
+        self.desktop.keys("ctrl+a")
+        self.desktop.type("1")
+        self.desktop.keys("Return")
+        application.find("push button", "Replace")
+        # A question comes before everything else.
+        self.desktop.keys("ctrl+o", "Return")
+        application.await_gone("push button", "Replace")
+        self.assertEqual(self.desktop.active_title(), "ZEB Maker")
+        self.assertEqual(movie.read_text(), "precious")
+        self.desktop.keys("Return")
+        application.find("push button", "Replace").click()
+        application.find("label", "Finished")
+        self.zeb("verify", movie)
+        self.assertIn("1 frame per second", self.zeb("info", movie))
+
     def test_dropped_files(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
@@ -237,6 +271,11 @@ class ConverterTest(DesktopTest):
                     else:
                         application.find("label", str(self.clip))
                     application.stop()
+
+    def test_a_request_for_what_is_not_there(self):
+        application = self.start(f"zebmaker://play?url={quote((self.folder / 'none.zeb').as_uri(), safe='')}")
+        self.dismiss_splash(application)
+        application.find("label", re.compile("^This movie does not exist: .*none.zeb"))
 
     def test_tab_order(self):
         application, _ = self.open_clip()

@@ -10,6 +10,7 @@
 #include "platform/ffmpeg/FFmpegMediaLibrary.h"
 #include "tests/platform/TemporaryFolder.h"
 #include "tests/player/RecordingOutput.h"
+#include "ui/SoundEffectsEnabled.h"
 
 namespace zeb {
 namespace {

@@ -55,9 +55,11 @@ protected:
     RecordingDock dock;
     AppActionRouter requests;
     std::vector<std::pair<std::string, bool>> opened;
+    int timesShown = 0;
     std::unique_ptr<ContentViewModel> content = std::make_unique<ContentViewModel>(ContentServices{
         *model, defaults, notifications, mainActor, clock, films, tasks, panels, sounds, dock, requests,
-        [this](const URL& url, bool hideMaker) { opened.emplace_back(url.path(), hideMaker); }, "1.2", "7"});
+        [this](const URL& url, bool hideMaker) { opened.emplace_back(url.path(), hideMaker); },
+        [this] { ++timesShown; }, "1.2", "7"});
 };
 
 TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
@@ -129,6 +131,7 @@ TEST_F(ContentViewModelTest, CarriesRequestsOut) {
         requests.post(PlayAction{*URL::parse(missing), true});
         EXPECT_THAT(model->lastError().value_or(""), HasSubstr(".zeb")) << missing;
     }
+    EXPECT_EQ(timesShown, 3) << "what is said must be seen";
     EXPECT_EQ(opened.size(), 1U);
 
     const auto local = [](const std::string& path) {

@@ -23,6 +23,14 @@ FocusScope {
     implicitWidth: windowWidth
     implicitHeight: windowHeight
 
+    // What Return does, once the number that was being typed is taken.
+    Timer {
+        id: starting
+
+        interval: 0
+        onTriggered: view.content.start()
+    }
+
     component RowLabel: Label {
         Layout.preferredWidth: view.labelWidth
         color: Theme.secondaryText
@@ -35,6 +43,12 @@ FocusScope {
         textFormat: Text.PlainText
         color: Theme.secondaryText
         wrapMode: Text.Wrap
+    }
+
+    // Return means the same here as everywhere, unless the list is open.
+    component Picker: ComboBox {
+        Keys.onReturnPressed: event => popup.visible ? event.accepted = false : starting.start()
+        Keys.onEnterPressed: event => popup.visible ? event.accepted = false : starting.start()
     }
 
     component Gap: Item {
@@ -194,7 +208,7 @@ FocusScope {
 
                         Gap {}
 
-                        ComboBox {
+                        Picker {
                             objectName: "presets"
                             Layout.preferredWidth: 170
                             model: view.content.presetTitles
@@ -249,12 +263,18 @@ FocusScope {
                             text: Texts.localizedText("track_label")
                         }
 
-                        ComboBox {
+                        Picker {
                             objectName: "track"
+
+                            // A run takes the last track for one beyond it.
+                            readonly property int chosenTrack: Math.min(view.settings.audioTrackIndex, count - 1)
+
                             Layout.fillWidth: true
                             enabled: view.settings.includeAudio
                             model: view.vm.audioTrackLabels
-                            currentIndex: view.settings.audioTrackIndex
+                            currentIndex: chosenTrack
+                            // New entries begin with the first.
+                            onModelChanged: currentIndex = Qt.binding(() => chosenTrack)
                             Accessible.name: Texts.localizedText("track_label")
                             onActivated: index => view.settings.audioTrackIndex = index
                         }
@@ -392,8 +412,8 @@ FocusScope {
     }
 
     // Return starts, wherever the keyboard is.
-    Keys.onReturnPressed: content.start()
-    Keys.onEnterPressed: content.start()
+    Keys.onReturnPressed: starting.start()
+    Keys.onEnterPressed: starting.start()
 
     DropArea {
         anchors.fill: parent

@@ -38,6 +38,7 @@ T.ComboBox {
         color: control.enabled ? Theme.text : Theme.disabledText
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
+        textFormat: Text.PlainText
     }
 
     background: Rectangle {

@@ -4,5 +4,5 @@ import QtQuick.Templates as T
 T.Label {
     color: enabled ? Theme.text : Theme.disabledText
     font.pixelSize: Theme.bodySize
-    linkColor: Theme.accent
+    textFormat: Text.PlainText
 }

@@ -19,6 +19,7 @@ Item {
         anchors.right: keys.left
         anchors.verticalCenter: parent.verticalCenter
         elide: Text.ElideRight
+        textFormat: Text.PlainText
         color: !content.enabled ? Theme.disabledText : content.highlighted ? Theme.accentText : Theme.text
     }
 
