@@ -1,12 +1,7 @@
 #include "platform/FileHandle.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <cerrno>
-#include <filesystem>
-#include <functional>
-#include <vector>
 
 #include "tests/platform/TemporaryFolder.h"
 
@@ -17,7 +12,8 @@ using Bytes = std::vector<std::uint8_t>;
 using test::TemporaryFolder;
 
 /// The error number of the `FileError` that `action` throws; 0 when it throws none.
-int errorOf(const std::function<void()>& action) {
+template <typename Action>
+int errorOf(Action action) {
     try {
         action();
     } catch (const FileError& error) {
@@ -41,7 +37,6 @@ TEST(FileHandleTest, WritesWhereItWasToldAndReadsBack) {
     file->synchronise();
     file->close();
     EXPECT_EQ(test::contents<Bytes>(path), (Bytes{1, 2, 50, 51, 5}));
-
     const auto update = openForUpdating(path);
     update->write(Bytes{90});
     update->close();
@@ -70,21 +65,17 @@ TEST(FileHandleTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
     std::filesystem::create_symlink(folder.file("pipe"), folder.file("link to pipe"));
     test::store(folder.file("f"), Bytes{1});
 
-    const struct {
-        std::string path;
-        int error;
-    } cases[] = {
+    const std::pair<std::string, int> cases[] = {
         {folder.file("missing"), ENOENT},
         {folder.path(), EISDIR},
         {folder.file("pipe"), EINVAL},
         {folder.file("link to pipe"), EINVAL},
-        {"/dev/null", EINVAL},
         {folder.file("f") + std::string("\0.zeb", 5), EINVAL},
         {folder.file("f") + "/below", ENOTDIR},
     };
-    for (const auto& refused : cases) {
-        EXPECT_EQ(errorOf([&] { openForReading(refused.path); }), refused.error) << refused.path;
-        EXPECT_EQ(errorOf([&] { openForUpdating(refused.path); }), refused.error) << refused.path;
+    for (const auto& [path, error] : cases) {
+        EXPECT_EQ(errorOf([&, &path = path] { openForReading(path); }), error) << path;
+        EXPECT_EQ(errorOf([&, &path = path] { openForUpdating(path); }), error) << path;
     }
 }
 

@@ -1,10 +1,7 @@
 #include "platform/FileManager.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <filesystem>
-#include <fstream>
 
 #include "tests/platform/TemporaryFolder.h"
 
@@ -16,51 +13,43 @@ namespace fs = std::filesystem;
 class FileManagerTest : public testing::Test {
 protected:
     FileManagerTest() {
-        std::ofstream(m_folder.file("film")) << "bytes";
-        fs::create_directory(m_folder.file("folder"));
-        fs::create_symlink(m_folder.file("film"), m_folder.file("link"));
-        fs::create_symlink(m_folder.file("folder"), m_folder.file("link to folder"));
-        fs::create_symlink(m_folder.file("nothing"), m_folder.file("dangling"));
-        fs::create_hard_link(m_folder.file("film"), m_folder.file("second name"));
-        EXPECT_EQ(::mkfifo(m_folder.file("pipe").c_str(), 0600), 0);
+        test::store(at("film"), "bytes");
+        fs::create_directory(at("folder"));
+        fs::create_symlink(at("film"), at("link"));
+        fs::create_symlink(at("folder"), at("link to folder"));
+        fs::create_symlink(at("nothing"), at("dangling"));
+        fs::create_hard_link(at("film"), at("second name"));
+        EXPECT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
     }
+
+    std::string at(const std::string& name) const { return m_folder.file(name); }
 
     test::TemporaryFolder m_folder;
 };
 
-TEST_F(FileManagerTest, TellsKindsWithoutFollowingLinks) {
-    EXPECT_EQ(kindOf(m_folder.file("film")), Kind::regular);
-    EXPECT_EQ(kindOf(m_folder.file("folder")), Kind::folder);
-    EXPECT_EQ(kindOf(m_folder.file("link")), Kind::symbolicLink);
-    EXPECT_EQ(kindOf(m_folder.file("dangling")), Kind::symbolicLink);
-    EXPECT_EQ(kindOf(m_folder.file("pipe")), Kind::other);
-    EXPECT_EQ(kindOf(m_folder.file("nothing")), std::nullopt);
-    EXPECT_EQ(kindOf(m_folder.file("film") + std::string("\0x", 2)), std::nullopt);
-}
-
 TEST_F(FileManagerTest, SeesTheSameFileThroughLinksAndPaths) {
-    const std::string film = m_folder.file("film");
-    EXPECT_TRUE(isSameFile(film, m_folder.file("link")));
-    EXPECT_TRUE(isSameFile(film, m_folder.file("second name")));
-    EXPECT_TRUE(isSameFile(film, m_folder.file("folder/../film")));
-    std::ofstream(m_folder.file("copy")) << "bytes";
-    EXPECT_FALSE(isSameFile(film, m_folder.file("copy")));
-    EXPECT_FALSE(isSameFile(m_folder.file("nothing"), m_folder.file("nothing")));
-    EXPECT_FALSE(isSameFile(film, m_folder.file("dangling")));
+    for (const char* same : {"link", "second name", "folder/../film"})
+        EXPECT_TRUE(isSameFile(at("film"), at(same))) << same;
+    test::store(at("copy"), "bytes");
+    for (const char* other : {"copy", "dangling", "nothing"})
+        EXPECT_FALSE(isSameFile(at("film"), at(other))) << other;
+    EXPECT_FALSE(isSameFile(at("nothing"), at("nothing")));
 }
 
 TEST_F(FileManagerTest, RemovesFilesAndLinksButNotTheirTargets) {
+    EXPECT_EQ(kindOf(at("link")), Kind::symbolicLink);
+    EXPECT_EQ(kindOf(at("film") + std::string("\0x", 2)), std::nullopt);
     for (const char* name : {"link", "link to folder", "dangling", "second name"}) {
-        removeFile(m_folder.file(name));
-        EXPECT_EQ(kindOf(m_folder.file(name)), std::nullopt) << name;
+        removeFile(at(name));
+        EXPECT_EQ(kindOf(at(name)), std::nullopt) << name;
     }
-    EXPECT_EQ(kindOf(m_folder.file("folder")), Kind::folder);
-    removeFile(m_folder.file("film"));
-    EXPECT_EQ(kindOf(m_folder.file("film")), std::nullopt);
-    for (const char* name : {"folder", "pipe"}) {
-        EXPECT_THROW(removeFile(m_folder.file(name)), FileError);
-        EXPECT_TRUE(kindOf(m_folder.file(name))) << name;
-    }
+    EXPECT_EQ(kindOf(at("film")), Kind::regular);
+    removeFile(at("film"));
+    EXPECT_EQ(kindOf(at("film")), std::nullopt);
+    EXPECT_THROW(removeFile(at("folder")), FileError);
+    EXPECT_THROW(removeFile(at("pipe")), FileError);
+    EXPECT_EQ(kindOf(at("folder")), Kind::folder);
+    EXPECT_EQ(kindOf(at("pipe")), Kind::other);
 }
 
 }  // namespace
