@@ -112,33 +112,22 @@ TEST(GrabTimes, FollowEditLists) {
                                   "-itsoffset 0.7 -i @h264.mp4 -f lavfi -i sine=d=4 "
                                   "-map 0 -map 1 -c:v copy -c:a aac");
     expectShown(late, steady(100, 0.04, 0.7));
-}
-
-TEST(GrabTimes, FollowSeveralEdits) {
-    // Two stretches of one film: pictures 10 ... 29, then 73 ... 92, each starting within a group of 20.
-    std::string film = test::contents(test::numberedFilm("h264.mp4"));
-    const auto numberIn = [&](std::size_t at) {
-        std::uint32_t value = 0;
-        for (const char c : film.substr(at, 4))
-            value = value << 8 | static_cast<unsigned char>(c);
-        return value;
-    };
-    const auto number = [](std::uint32_t value) {
-        return std::string{static_cast<char>(value >> 24), static_cast<char>(value >> 16),
-                           static_cast<char>(value >> 8), static_cast<char>(value)};
-    };
+    // The edits of `late`, nothing and then all, become two stretches of the film: pictures 10 ... 29, then
+    // 73 ... 92, each starting within a group of 20.
+    std::string film = test::contents(late);
     const std::size_t list = film.find("elst");
-    ASSERT_NE(list, std::string::npos);
-    const std::uint32_t delay = numberIn(list + 16);
-    const auto edit =
-        [&](std::uint32_t first) {  // 25 pictures a second in units of 1/1000 and 1/12800 seconds
-            return number(800) + number(delay + first * 512) + number(0x10000);
-        };
-    film.replace(list + 8, 16, number(2) + edit(10) + edit(73));
-    for (const char* box : {"moov", "trak", "edts", "elst"}) {  // the index stands behind the pictures
-        const std::size_t size = film.rfind(box, list) - 4;
-        film.replace(size, 4, number(numberIn(size) + 12));
+    std::uint32_t delay = 0;
+    for (const char c : film.substr(list + 28, 4))
+        delay = delay << 8 | static_cast<unsigned char>(c);
+    std::string edits;
+    for (const std::uint32_t first : {10U, 73U}) {
+        // 25 pictures a second in units of 1/1000 and 1/12800 seconds.
+        for (const std::uint32_t value : {800U, delay + first * 512, 0x10000U}) {
+            for (const int shift : {24, 16, 8, 0})
+                edits += static_cast<char>(value >> shift);
+        }
     }
+    film.replace(list + 12, 24, edits);
     const std::string path = test::stored("edits-many.mp4", film);
     // The demuxer is a picture off where one stretch meets the next; the first stretch is exact, and
     // planning, which sees the hidden packets of the second at the times of the first, must not change what
@@ -189,6 +178,77 @@ TEST(GrabTimes, ALateFirstPictureIsShownFromTheStart) {
         // The sound coder's lead-in may count as the start, up to two packets before the sound itself.
         EXPECT_EQ(numberAt(*generator, 1.57), 10) << name;
     }
+}
+
+constexpr int group = 25;
+
+std::string searchableFilm(const std::string& name) {
+    return clip(name, numberedFrames(100) + "-c:v libx264 -bf 2 -g 25 -sc_threshold 0");
+}
+
+double middleOf(int picture) {
+    return (picture + 0.5) / 25;
+}
+
+TEST(NearbyImage, IsAsNearAsTheDecodedPicturesReach) {
+    for (const std::string name : {"near.mp4", "near.mkv"}) {
+        const auto generator = images(searchableFilm(name));
+        const auto numberNear = [&](int wanted, int pictures) {
+            return test::numberIn(*generator->copyNearbyImage(test::at(middleOf(wanted)), pictures).picture);
+        };
+        for (const int wanted : {30, 3, 60, 74, 75, 99, 0}) {
+            SCOPED_TRACE(name + ", at " + std::to_string(wanted));
+            const int key = wanted / group * group;
+            const TimedPicture found = generator->copyNearbyImage(test::at(middleOf(wanted)), 1);
+            EXPECT_EQ(test::numberIn(*found.picture), key);
+            EXPECT_NEAR(found.time, key / 25.0, 0.002);
+            if (wanted - key >= 2) {
+                EXPECT_EQ(generator->copyNearbyImage(test::at(middleOf(wanted) + 0.01), 1).picture,
+                          found.picture);
+            }
+            const int further = numberNear(wanted, 9);
+            EXPECT_LE(further, wanted);
+            EXPECT_GE(further, std::min(wanted, key + 6));
+            EXPECT_EQ(numberNear(wanted, group + 10), wanted);
+        }
+        // Grabs by time are what they always are.
+        for (const int wanted : {40, 41, 2, 90}) {
+            EXPECT_EQ(numberAt(*generator, middleOf(wanted)), wanted) << name;
+            generator->copyNearbyImage(test::at(1), 1);
+        }
+    }
+}
+
+TEST(NearbyImage, ComesFromSourcesThatCannotBeSearched) {
+    const auto generator = images(searchableFilm("near.h264"), 1);
+    for (const int wanted : {10, 30, 60, 99, 1, 30}) {
+        const TimedPicture found = generator->copyNearbyImage(test::at(middleOf(wanted)), 1);
+        EXPECT_EQ(test::numberIn(*found.picture), wanted / group * group);
+        if (wanted == 99) {
+            EXPECT_EQ(numberAt(*generator, middleOf(1)), 1);
+        }
+    }
+}
+
+TEST(NearbyImage, IsNoDamagedOne) {
+    const std::string whole = clip("near-intra.mkv", numberedFrames(100) + "-c:v mpeg4 -q:v 2 -g 25");
+    std::string bytes = test::contents(whole);
+    for (std::size_t i = bytes.size() / 3; i < bytes.size() * 2 / 3; i += 7)
+        bytes[i] ^= 0x55;
+    const auto generator = images(test::stored("near-damaged.mkv", bytes));
+    int found = 0, failed = 0;
+    for (double time = 0.02; time < 4; time += 0.2) {
+        try {
+            const TimedPicture nearby = generator->copyNearbyImage(test::at(time), 5);
+            EXPECT_LE(test::numberIn(*nearby.picture), static_cast<int>(time * 25) + 1);
+            ++found;
+        } catch (const MediaError& error) {
+            EXPECT_EQ(error.code(), MediaError::cannotDecode);
+            ++failed;
+        }
+    }
+    EXPECT_GT(found, 0);
+    EXPECT_GT(failed, 0);
 }
 
 }  // namespace
