@@ -7,13 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <condition_variable>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <mutex>
+#include <semaphore>
 
-#include "platform/FileHandle.h"
 #include "platform/PropertyList.h"
 #include "platform/fake/HandDrivenMainActor.h"
 #include "platform/posix/PropertyListFile.h"
@@ -23,6 +18,7 @@ namespace zeb {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -33,39 +29,29 @@ class Actor final : public MainActor {
 public:
     void post(Work work) override {
         m_actor.post(std::move(work));
-        const std::lock_guard lock(m_mutex);
-        ++m_posts;
-        m_changed.notify_all();
+        m_posts.release();
     }
     void postAfter(std::chrono::nanoseconds delay, Work work) override {
         m_actor.postAfter(delay, std::move(work));
     }
     /// Waits for work from another thread and lets the time pass that it asks for.
     void awaitWork() {
-        {
-            std::unique_lock lock(m_mutex);
-            if (!m_changed.wait_for(lock, 60s, [this] { return m_posts > 0; }))
-                throw std::runtime_error("nobody called");
-            m_posts = 0;
-        }
-        m_actor.pass(1s);
+        if (!m_posts.try_acquire_for(60s)) throw std::runtime_error("nobody called");
+        settle();
     }
     void settle() {
         m_actor.pass(1s);
-        const std::lock_guard lock(m_mutex);
-        m_posts = 0;
+        while (m_posts.try_acquire()) {
+        }
     }
 
 private:
     fake::HandDrivenMainActor m_actor;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    int m_posts = 0;
+    std::counting_semaphore<> m_posts{0};
 };
 
 PropertyDictionary listIn(const std::string& path) {
-    const auto bytes = test::contents<PropertyData>(path);
-    return *propertyList::parse(bytes).as<PropertyDictionary>();
+    return *propertyList::parse(test::contents<PropertyData>(path)).as<PropertyDictionary>();
 }
 
 /// One running program.
@@ -88,12 +74,12 @@ struct Instance {
 
 class PropertyListDefaultsTest : public testing::Test {
 protected:
-    std::vector<std::string> filesIn(const std::string& folder) const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder))
-            names.push_back(entry.path().filename());
-        std::ranges::sort(names);
-        return names;
+    PropertyListDefaultsTest() { fs::create_directory(m_folder.file("zebmaker")); }
+
+    /// Nothing but the list is there, and the lock beside it.
+    void expectNoOtherFiles() const {
+        EXPECT_THAT(m_folder.names(),
+                    ElementsAre("zebmaker", "zebmaker/preferences.plist", "zebmaker/preferences.plist.lock"));
     }
 
     test::TemporaryFolder m_folder;
@@ -121,16 +107,13 @@ TEST_F(PropertyListDefaultsTest, KeepsValuesBeyondTheProcess) {
         EXPECT_THAT(instance.warnings, IsEmpty());
     }
     EXPECT_EQ(Instance(m_path).defaults.dictionaryRepresentation(), values);
-    struct stat status {};
-    ASSERT_EQ(::stat(m_path.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777u, 0600u);
-    EXPECT_THAT(filesIn(m_folder.file("zebmaker")),
-                ElementsAre("preferences.plist", "preferences.plist.lock"));
+    EXPECT_EQ(fs::status(m_path).permissions(), fs::perms{0600});
+    expectNoOtherFiles();
 }
 
 TEST_F(PropertyListDefaultsTest, TwoInstancesLoseNothingOfEachOther) {
-    Instance one(m_path);
-    Instance other(m_path);
+    fs::remove(m_folder.file("zebmaker"));  // nobody has made it yet
+    Instance one(m_path), other(m_path);
     for (int i = 0; i < 5; ++i) {
         one.defaults.set("one" + std::to_string(i), i);
         other.defaults.set("other" + std::to_string(i), i);
@@ -148,7 +131,6 @@ TEST_F(PropertyListDefaultsTest, TwoInstancesLoseNothingOfEachOther) {
 
 TEST_F(PropertyListDefaultsTest, AnnouncesChangesOfOthersOnce) {
     Instance instance(m_path);
-    fs::create_directories(fs::path(m_path).parent_path());
     const auto expectChange = [&](std::int64_t value, int announcements) {
         instance.actor.awaitWork();
         while (instance.defaults.integer("key") != value)
@@ -180,23 +162,19 @@ TEST_F(PropertyListDefaultsTest, AnnouncesChangesOfOthersOnce) {
 
 TEST_F(PropertyListDefaultsTest, FollowsTheUsersLinkAndKeepsPermissions) {
     fs::create_directories(m_folder.file("dotfiles"));
-    fs::create_directories(fs::path(m_path).parent_path());
     fs::create_symlink("../dotfiles/missing", m_path);
     Instance instance(m_path);
     instance.defaults.set("key", 1);
     EXPECT_TRUE(fs::is_symlink(m_path));
-    ASSERT_EQ(::chmod(m_folder.file("dotfiles/missing").c_str(), 0640), 0);
+    fs::permissions(m_path, fs::perms{0640});
     instance.defaults.set("key", 2);
     EXPECT_TRUE(fs::is_symlink(m_path));
     EXPECT_EQ(listIn(m_folder.file("dotfiles/missing")), (PropertyDictionary{{"key", 2}}));
-    struct stat status {};
-    ASSERT_EQ(::stat(m_path.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777u, 0640u);
-    EXPECT_THAT(filesIn(m_folder.file("dotfiles")), ElementsAre("missing"));
+    EXPECT_EQ(fs::status(m_path).permissions(), fs::perms{0640});
+    EXPECT_THAT(m_folder.names(), Contains(HasSubstr("dotfiles/")).Times(1));
 }
 
 TEST_F(PropertyListDefaultsTest, SetsDamagedFilesAside) {
-    fs::create_directories(fs::path(m_path).parent_path());
     const std::string damaged[] = {"<plist><dict><key>a</key>", "(no, dictionary)", std::string(50, '\0')};
     for (const std::string& contents : damaged) {
         test::store(m_path, contents);
@@ -207,7 +185,6 @@ TEST_F(PropertyListDefaultsTest, SetsDamagedFilesAside) {
     EXPECT_EQ(test::contents(m_path + ".damaged"), damaged[0]);
     EXPECT_EQ(test::contents(m_path + ".damaged-2"), damaged[1]);
     EXPECT_EQ(test::contents(m_path + ".damaged-3"), damaged[2]);
-
     Instance instance(m_path);
     instance.defaults.set("a", 1);
     test::store(m_path, damaged[0]);
@@ -221,28 +198,29 @@ TEST_F(PropertyListDefaultsTest, SetsDamagedFilesAside) {
 }
 
 TEST_F(PropertyListDefaultsTest, GoesOnInMemoryWhereItCannotWrite) {
+    fs::remove(m_folder.file("zebmaker"));
     test::store(m_folder.file("zebmaker"), "a file, not a folder");
     Instance instance(m_path);
     instance.defaults.set("a", 1);
     instance.defaults.set("b", 2);
     instance.defaults.remove("b");
     instance.defaults.set("c", 3);
-    EXPECT_EQ(instance.defaults.dictionaryRepresentation(), (PropertyDictionary{{"a", 1}, {"c", 3}}));
-    EXPECT_EQ(instance.announcements, 4);
+    const PropertyDictionary values = {{"a", 1}, {"c", 3}};
+    EXPECT_EQ(instance.defaults.dictionaryRepresentation(), values);
     EXPECT_THAT(instance.warnings, ElementsAre(HasSubstr("cannot be saved: ")));
     fs::remove(m_folder.file("zebmaker"));
     instance.defaults.set("c", 3);
-    EXPECT_EQ(listIn(m_path), (PropertyDictionary{{"a", 1}, {"c", 3}})) << "once more is another try";
+    EXPECT_EQ(listIn(m_path), values) << "once more is another try";
     EXPECT_EQ(instance.announcements, 4);
-    instance.defaults.set("d", 4);
-    EXPECT_EQ(listIn(m_path), (PropertyDictionary{{"a", 1}, {"c", 3}, {"d", 4}}));
 
     // A folder in the file's place is neither read nor replaced.
-    fs::create_directories(m_folder.file("x/preferences.plist"));
-    Instance blocked(m_folder.file("x/preferences.plist"));
+    fs::remove(m_path);
+    fs::create_directory(m_path);
+    Instance blocked(m_path);
     blocked.defaults.set("a", 1);
     EXPECT_EQ(blocked.defaults.integer("a"), 1);
-    EXPECT_THAT(filesIn(m_folder.file("x")), ElementsAre("preferences.plist", "preferences.plist.lock"));
+    EXPECT_TRUE(fs::is_directory(m_path));
+    expectNoOtherFiles();
 }
 
 TEST_F(PropertyListDefaultsTest, AFailedWriteLeavesTheOldFile) {
@@ -258,8 +236,7 @@ TEST_F(PropertyListDefaultsTest, AFailedWriteLeavesTheOldFile) {
     ::signal(SIGXFSZ, former);
     EXPECT_EQ(instance.warnings.size(), 1u);
     EXPECT_EQ(listIn(m_path), (PropertyDictionary{{"a", 1}}));
-    EXPECT_THAT(filesIn(m_folder.file("zebmaker")),
-                ElementsAre("preferences.plist", "preferences.plist.lock"));
+    expectNoOtherFiles();
     instance.defaults.set("c", 3);
     EXPECT_EQ(listIn(m_path).size(), 3u) << "the next saving makes up for it";
 }
@@ -325,9 +302,7 @@ TEST_F(PropertyListDefaultsTest, AKilledProcessLeavesOldOrNew) {
     Instance instance(m_path);
     instance.defaults.set("after", 1);
     EXPECT_THAT(instance.warnings, IsEmpty());
-    EXPECT_THAT(filesIn(m_folder.file("zebmaker")),
-                ElementsAre("preferences.plist", "preferences.plist.lock"))
-        << "what the killed ones left half done is gone";
+    expectNoOtherFiles();  // what the killed ones left half done is gone
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <limits>
-#include <stdexcept>
-#include <vector>
 
 #include "platform/StringTable.h"
 #include "platform/TextLocale.h"
@@ -46,10 +44,7 @@ TEST(TextFormatTest, FillsSpecifiers) {
 }
 
 TEST(StringTableTest, NamesTheLineOfAMistake) {
-    const struct {
-        const char* source;
-        const char* message;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"\n\nkey = \"x\";", "line 3: expected \""},
         {"\"a\" = \"x\";\n\"b\" = \"y", "line 2: text does not end"},
         {"\"a\" = \"\\t\";", "line 1: unknown escape \\t"},

@@ -1,13 +1,12 @@
 #include "platform/URL.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <filesystem>
+#include <sstream>
 
 namespace zeb {
 namespace {
 
-using testing::ElementsAre;
 using namespace std::string_literals;
 
 URL made(const std::string& text) {
@@ -17,48 +16,22 @@ URL made(const std::string& text) {
 }
 
 TEST(URL, RefusesWhatIsNone) {
-    for (const std::string& text : {""s,
-                                    ":"s,
-                                    "1a:b"s,
-                                    " file:///a"s,
-                                    "fi le:///a"s,
-                                    "ä:b"s,
-                                    "%66ile:///a"s,
-                                    "my film: part 2.mov"s,
-                                    "file:///a\nb"s,
-                                    "file:///a\x7F"s,
-                                    "file:///a\0b"s,
-                                    "http://h:80a/"s,
-                                    "http://h:1:2/"s,
-                                    "http://[::1"s,
-                                    "http://::1]/"s,
-                                    "http://a[::1]/"s,
-                                    "http://[::1]a/"s,
-                                    "http://[::1]:b/"s,
-                                    "http://[]/"s,
-                                    "http://[1:2:3:4:5:6:7]/"s,
-                                    "http://[1:2:3:4:5:6:7:8:9]/"s,
-                                    "http://[1::2::3]/"s,
-                                    "http://[1:::2]/"s,
-                                    "http://[1:2:3:4::5:6:7:8]/"s,
-                                    "http://[12345::]/"s,
-                                    "http://[::1.2.3]/"s,
-                                    "http://[::1.2.3.256]/"s,
-                                    "http://[::1.2.3.04]/"s,
-                                    "http://[1.2.3.4::]/"s,
-                                    "http://[::g]/"s,
-                                    "http://[fe80::1%25]/"s,
-                                    "http://[fe80::1%en0]/"s,
-                                    "http://[v.a]/"s,
-                                    "http://[v1.]/"s}) {
+    for (const std::string& text : {""s, " file:///a"s, "fi le:///a"s, "my film: part 2.mov"s,
+                                    "file:///a\nb"s, "file:///a\x7F"s, "file:///a\0b"s}) {
         EXPECT_EQ(URL::parse(text), std::nullopt) << text;
     }
+    std::istringstream words(
+        ": 1a:b ä:b %66ile:///a http://h:80a/ http://h:1:2/ http://[::1 http://::1]/ http://a[::1]/ "
+        "http://[::1]a/ http://[::1]:b/ http://[]/ http://[1:2:3:4:5:6:7]/ http://[1:2:3:4:5:6:7:8:9]/ "
+        "http://[1::2::3]/ http://[1:::2]/ http://[1:2:3:4::5:6:7:8]/ http://[12345::]/ http://[::1.2.3]/ "
+        "http://[::1.2.3.256]/ http://[::1.2.3.04]/ http://[1.2.3.4::]/ http://[::g]/ http://[fe80::1%25]/ "
+        "http://[fe80::1%en0]/ http://[v.a]/ http://[v1.]/");
+    for (std::string text; words >> text;)
+        EXPECT_EQ(URL::parse(text), std::nullopt) << text;
 }
 
 TEST(URL, EscapesWhatItMustNotHold) {
-    const struct {
-        std::string given, text;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"ZebMaker://Play?URL=%2f%2F", "ZebMaker://Play?URL=%2f%2F"},
         {"file:///my film ü.mov", "file:///my%20film%20%C3%BC.mov"},
         {"file:///Latin\xFC.mov", "file:///Latin%FC.mov"},
@@ -79,24 +52,19 @@ TEST(URL, EscapesWhatItMustNotHold) {
 }
 
 TEST(URL, TellsAbsentComponentsFromEmptyOnes) {
-    const auto shown = [](const std::string& text) {
-        const URL::Components parts = made(text).components();
-        std::vector<std::string> all;
-        for (const auto& part : {parts.scheme, parts.userInfo, parts.host, parts.port})
-            all.push_back(part.value_or("-"));
-        all.push_back(parts.path);
-        for (const auto& part : {parts.query, parts.fragment})
-            all.push_back(part.value_or("-"));
-        return all;
+    const std::pair<std::string, std::vector<std::optional<std::string>>> cases[] = {
+        {"zebmaker:encode?url=A", {"zebmaker", {}, {}, {}, "encode", "url=A", {}}},
+        {"zebmaker://play?url=A", {"zebmaker", {}, "play", {}, "", "url=A", {}}},
+        {"zebmaker:///play", {"zebmaker", {}, "", {}, "/play", {}, {}}},
+        {"X://u:p@[::1]:80/a:b//@?c?d#e?f", {"X", "u:p", "[::1]", "80", "/a:b//@", "c?d", "e?f"}},
+        {"//@:?#", {{}, "", "", "", "", "", ""}},
+        {"a/b:c", {{}, {}, {}, {}, "a/b:c", {}, {}}},
     };
-    EXPECT_THAT(shown("zebmaker:encode?url=A"),
-                ElementsAre("zebmaker", "-", "-", "-", "encode", "url=A", "-"));
-    EXPECT_THAT(shown("zebmaker://play?url=A"), ElementsAre("zebmaker", "-", "play", "-", "", "url=A", "-"));
-    EXPECT_THAT(shown("zebmaker:///play"), ElementsAre("zebmaker", "-", "", "-", "/play", "-", "-"));
-    EXPECT_THAT(shown("X://u:p@[::1]:80/a:b//@?c?d#e?f"),
-                ElementsAre("X", "u:p", "[::1]", "80", "/a:b//@", "c?d", "e?f"));
-    EXPECT_THAT(shown("//@:?#"), ElementsAre("-", "", "", "", "", "", ""));
-    EXPECT_THAT(shown("a/b:c"), ElementsAre("-", "-", "-", "-", "a/b:c", "-", "-"));
+    for (const auto& [text, expected] : cases) {
+        const auto [scheme, userInfo, host, port, path, query, fragment] = made(text).components();
+        EXPECT_EQ(std::vector({scheme, userInfo, host, port, std::optional(path), query, fragment}), expected)
+            << text;
+    }
     EXPECT_EQ(made("x://pl%61y").host(), "play");
     EXPECT_EQ(made("x:play").host(), std::nullopt);
 }
@@ -133,9 +101,7 @@ TEST(URL, KnowsPathAndExtension) {
 }
 
 TEST(URL, StandardisesFileURLs) {
-    const struct {
-        std::string given, text;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"file:///a/./b//../%63%2e/", "file:///a/c."},
         {"FILE:/a", "file:///a"},
         {"file://LocalHost/a;b?c#d", "file:///a;b"},

@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <string>
-#include <vector>
 
 #include "Frames.h"
-#include "platform/ffmpeg/ColourDescription.h"
 
 namespace zeb {
 namespace {
@@ -15,35 +11,41 @@ namespace {
 using test::codedFrame;
 using test::Colour;
 using test::colourOf;
-using test::picture;
+using RGB = std::array<double, 3>;  // R'G'B', 0 ... 1
+using enum DrawingColourSpace;
 
+/// How a stream says that its colours are to be understood.
 struct Marking {
     AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
     AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
     AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
-    AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
 };
 
-ffmpeg::Frame marked(ffmpeg::Frame frame, const Marking& marking) {
+/// The weights of red and blue by which a matrix makes Y'CbCr.
+struct Weights {
+    double red, blue;
+};
+constexpr Weights bt601 = {0.299, 0.114}, bt709 = {0.2126, 0.0722}, bt2020 = {0.2627, 0.0593};
+constexpr Marking pq{AVCOL_SPC_BT2020_NCL, AVCOL_TRC_SMPTE2084, AVCOL_PRI_BT2020};
+constexpr Marking hlg{AVCOL_SPC_BT2020_NCL, AVCOL_TRC_ARIB_STD_B67, AVCOL_PRI_BT2020};
+
+/// A picture of one colour as 10-bit limited-range Y'CbCr.
+ffmpeg::Frame coded(RGB rgb, Weights weights, const Marking& marking, int width = 64, int height = 64) {
+    const auto [red, blue] = weights;
+    const double y = red * rgb[0] + (1 - red - blue) * rgb[1] + blue * rgb[2];
+    const auto level = [](double v) { return static_cast<int>(std::lround(v)); };
+    ffmpeg::Frame frame = codedFrame(AV_PIX_FMT_YUV444P10LE, width, height,
+                                     {level(64 + 876 * y), level(512 + 896 * (rgb[2] - y) / (2 - 2 * blue)),
+                                      level(512 + 896 * (rgb[0] - y) / (2 - 2 * red))});
     frame->colorspace = marking.matrix;
     frame->color_trc = marking.transfer;
     frame->color_primaries = marking.primaries;
-    if (marking.range != AVCOL_RANGE_UNSPECIFIED) frame->color_range = marking.range;
     return frame;
 }
 
-/// R'G'B' (0 ... 1) as 10-bit limited-range Y'CbCr by a matrix with these weights of red and blue.
-std::array<int, 3> coded(std::array<double, 3> rgb, double red, double blue) {
-    const double y = red * rgb[0] + (1 - red - blue) * rgb[1] + blue * rgb[2];
-    const auto level = [](double v) { return static_cast<int>(std::lround(v)); };
-    return {level(64 + 876 * y), level(512 + 896 * (rgb[2] - y) / (2 - 2 * blue)),
-            level(512 + 896 * (rgb[0] - y) / (2 - 2 * red))};
-}
-
-Colour shown(std::array<double, 3> rgb, double red, double blue, const Marking& marking,
-             DrawingColourSpace space = DrawingColourSpace::sRGB, int width = 64, int height = 64) {
-    auto frame = codedFrame(AV_PIX_FMT_YUV444P10LE, width, height, coded(rgb, red, blue));
-    return colourOf(*picture(marked(std::move(frame), marking)), space);
+void expectNear(const Colour& colour, RGB expected, double tolerance) {
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_NEAR(colour[i], expected[i], tolerance) << "component " << i;
 }
 
 double encodeSRGB(double light) {
@@ -60,149 +62,133 @@ double encodePQ(double nits) {
     return std::pow((0.8359375 + 18.8515625 * p) / (1 + 18.6875 * p), 78.84375);
 }
 
-TEST(Colour, TheMatrixIsGuessedBySize) {
-    // A strong green, coded by one matrix or the other: right only with the fitting one.
-    const std::array<double, 3> green = {0.1, 0.8, 0.2};
-    struct Case {
+TEST(Colour, TheMatrixIsTheMarkedOneOrGuessedBySize) {
+    // Strong colours, coded by one matrix or the other: right only with the fitting one.
+    const struct {
         int width, height;
-        bool isHighDefinition;
+        Weights weights;
+        AVColorSpace marked = AVCOL_SPC_UNSPECIFIED;
+    } cases[] = {
+        {720, 576, bt601},
+        {640, 360, bt601},
+        {1280, 720, bt709},
+        {960, 720, bt709},
+        {608, 1080, bt709},
+        {64, 64, bt709, AVCOL_SPC_BT709},
+        {1280, 720, bt601, AVCOL_SPC_SMPTE170M},
+        {1280, 720, bt601, AVCOL_SPC_BT470BG},
+        {64, 64, {0.212, 0.087}, AVCOL_SPC_SMPTE240M},
+        {64, 64, {0.30, 0.11}, AVCOL_SPC_FCC},
+        {64, 64, bt2020, AVCOL_SPC_BT2020_NCL},
     };
-    for (const Case& c : {Case{720, 576, false},
-                          {720, 480, false},
-                          {640, 360, false},
-                          {1280, 720, true},
-                          {1920, 1080, true},
-                          {960, 720, true},
-                          {608, 1080, true}}) {
-        const double red = c.isHighDefinition ? 0.2126 : 0.299, blue = c.isHighDefinition ? 0.0722 : 0.114;
-        const Colour colour = shown(green, red, blue, {}, DrawingColourSpace::deviceRGB, c.width, c.height);
-        for (std::size_t i = 0; i < 3; ++i)
-            EXPECT_NEAR(colour[i], green[i] * 255, 1.5) << c.width << " " << i;
+    for (const auto& [width, height, weights, marked] : cases) {
+        for (const RGB colour : {RGB{0.1, 0.8, 0.2}, {0.7, 0.2, 0.5}}) {
+            SCOPED_TRACE(testing::Message() << width << "x" << height << ", matrix " << marked);
+            expectNear(colourOf(coded(colour, weights, {marked}, width, height)),
+                       {colour[0] * 255, colour[1] * 255, colour[2] * 255}, 1.5);
+        }
     }
 }
 
-TEST(Colour, MarkedMatricesAndRangesAreKept) {
-    const std::array<double, 3> colour = {0.7, 0.2, 0.5};
-    struct Case {
-        AVColorSpace matrix;
-        double red, blue;
-    };
-    for (const Case& c : {Case{AVCOL_SPC_BT709, 0.2126, 0.0722},
-                          {AVCOL_SPC_SMPTE170M, 0.299, 0.114},
-                          {AVCOL_SPC_BT470BG, 0.299, 0.114},
-                          {AVCOL_SPC_SMPTE240M, 0.212, 0.087},
-                          {AVCOL_SPC_FCC, 0.30, 0.11},
-                          {AVCOL_SPC_BT2020_NCL, 0.2627, 0.0593}}) {
-        const Colour drawn = shown(colour, c.red, c.blue, {c.matrix}, DrawingColourSpace::deviceRGB);
-        for (std::size_t i = 0; i < 3; ++i)
-            EXPECT_NEAR(drawn[i], colour[i] * 255, 1.5) << c.matrix << " " << i;
-    }
+TEST(Colour, MarkedRangesAreKept) {
     for (const auto& [range, black, white] :
          {std::tuple{AVCOL_RANGE_MPEG, 16, 235}, {AVCOL_RANGE_JPEG, 0, 255}}) {
-        Marking marking;
-        marking.range = range;
         for (const auto& [value, expected] :
              {std::pair{black, 0}, {white, 255}, {(black + white) / 2, 127}}) {
-            for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_GRAY8}) {
-                const Colour drawn =
-                    colourOf(*picture(marked(codedFrame(format, 64, 64, {value, 128, 128}), marking)));
-                EXPECT_NEAR(drawn[1], expected, 1.5) << format << " " << range << " " << value;
+            for (const AVPixelFormat format : {AV_PIX_FMT_YUV444P, AV_PIX_FMT_GRAY8}) {
+                ffmpeg::Frame frame = codedFrame(format, 64, 64, {value, 128, 128});
+                frame->color_range = range;
+                EXPECT_NEAR(colourOf(std::move(frame))[1], expected, 1.5) << format << " " << range;
             }
         }
     }
 }
 
 TEST(Colour, StandardRangeEndsInSRGB) {
-    for (int level = 0; level <= 20; ++level) {
-        const double v = level / 20.0;
-        const std::array<double, 3> grey = {v, v, v};
-        const double expected = encodeSRGB(decodeVideo(v));
+    const auto video = [](double v) { return encodeSRGB(decodeVideo(v)); };
+    const auto same = [](double v) { return v * 255; };
+    const struct {
+        Marking marking;
+        double (*expected)(double);
+    } cases[] = {
         // Greys look the same whatever the primaries; the other path leaves them alone.
-        for (const Marking& marking :
-             {Marking{AVCOL_SPC_BT709, AVCOL_TRC_BT709, AVCOL_PRI_BT709}, Marking{AVCOL_SPC_BT709},
-              Marking{AVCOL_SPC_BT709, AVCOL_TRC_SMPTE170M, AVCOL_PRI_BT470BG},
-              Marking{AVCOL_SPC_BT709, AVCOL_TRC_BT709, AVCOL_PRI_SMPTE170M},
-              Marking{AVCOL_SPC_BT709, AVCOL_TRC_BT2020_10, AVCOL_PRI_BT2020}}) {
-            const Colour drawn = shown(grey, 0.2126, 0.0722, marking);
-            for (std::size_t i = 0; i < 3; ++i)
-                EXPECT_NEAR(drawn[i], expected, 1.1) << v << " " << marking.primaries;
-            EXPECT_NEAR(shown(grey, 0.2126, 0.0722, marking, DrawingColourSpace::deviceRGB)[1], v * 255, 1.1);
+        {{AVCOL_SPC_BT709, AVCOL_TRC_BT709, AVCOL_PRI_BT709}, video},
+        {{AVCOL_SPC_BT709}, video},
+        {{AVCOL_SPC_BT709, AVCOL_TRC_SMPTE170M, AVCOL_PRI_BT470BG}, video},
+        {{AVCOL_SPC_BT709, AVCOL_TRC_BT2020_10, AVCOL_PRI_BT2020}, video},
+        {{AVCOL_SPC_BT709, AVCOL_TRC_IEC61966_2_1}, same},
+        {{AVCOL_SPC_BT709, AVCOL_TRC_GAMMA28}, [](double v) { return encodeSRGB(std::pow(v, 2.8)); }},
+    };
+    for (const auto& [marking, expected] : cases) {
+        for (int level = 0; level <= 20; ++level) {
+            SCOPED_TRACE(testing::Message() << marking.transfer << " " << marking.primaries << " " << level);
+            const double v = level / 20.0, grey = expected(v);
+            expectNear(colourOf(coded({v, v, v}, bt709, marking), sRGB), {grey, grey, grey}, 1.1);
+            expectNear(colourOf(coded({v, v, v}, bt709, marking)), {v * 255, v * 255, v * 255}, 1.1);
         }
-        EXPECT_NEAR(shown(grey, 0.2126, 0.0722, {AVCOL_SPC_BT709, AVCOL_TRC_IEC61966_2_1})[0], v * 255, 1.1);
-        EXPECT_NEAR(shown(grey, 0.2126, 0.0722, {AVCOL_SPC_BT709, AVCOL_TRC_GAMMA28})[0],
-                    encodeSRGB(std::pow(v, 2.8)), 1.1);
     }
 }
 
 TEST(Colour, PrimariesAreConverted) {
     // Light in the stream's primaries to light in sRGB's, rows as published (BT.2087 for BT.2020; the others
     // computed once with another program from the chromaticities).
-    struct Case {
+    const struct {
         AVColorPrimaries primaries;
-        double matrix[3][3];
+        RGB matrix[3];
+    } cases[] = {
+        {AVCOL_PRI_BT2020,
+         {{1.6605, -0.5876, -0.0728}, {-0.1246, 1.1329, -0.0083}, {-0.0182, -0.1006, 1.1187}}},
+        {AVCOL_PRI_BT470BG, {{1.0440, -0.0440, 0}, {0, 1, 0}, {0, 0.0118, 0.9882}}},
+        {AVCOL_PRI_SMPTE170M,
+         {{0.9395, 0.0502, 0.0103}, {0.0178, 0.9658, 0.0164}, {-0.0016, -0.0044, 1.0060}}},
+        {AVCOL_PRI_SMPTE432, {{1.2249, -0.2247, 0}, {-0.0420, 1.0419, 0}, {-0.0197, -0.0786, 1.0979}}},
     };
-    for (const Case& c : {
-             Case{AVCOL_PRI_BT2020,
-                  {{1.6605, -0.5876, -0.0728}, {-0.1246, 1.1329, -0.0083}, {-0.0182, -0.1006, 1.1187}}},
-             Case{AVCOL_PRI_BT470BG, {{1.0440, -0.0440, 0}, {0, 1, 0}, {0, 0.0118, 0.9882}}},
-             Case{AVCOL_PRI_SMPTE170M,
-                  {{0.9395, 0.0502, 0.0103}, {0.0178, 0.9658, 0.0164}, {-0.0016, -0.0044, 1.0060}}},
-             Case{AVCOL_PRI_SMPTE432,
-                  {{1.2249, -0.2247, 0}, {-0.0420, 1.0419, 0}, {-0.0197, -0.0786, 1.0979}}},
-         }) {
-        for (const std::array<double, 3> rgb : {std::array{0.8, 0.5, 0.4},
-                                                {0.3, 0.7, 0.5},
-                                                {0.4, 0.3, 0.9},
-                                                {1.0, 0.0, 0.0},
-                                                {0.0, 1.0, 0.0}}) {
-            const Colour drawn = shown(rgb, 0.2126, 0.0722, {AVCOL_SPC_BT709, AVCOL_TRC_BT709, c.primaries});
+    for (const auto& [primaries, matrix] : cases) {
+        for (const RGB rgb : {RGB{0.8, 0.5, 0.4}, {0.3, 0.7, 0.5}, {0.4, 0.3, 0.9}, {1, 0, 0}, {0, 1, 0}}) {
+            SCOPED_TRACE(testing::Message() << primaries << ", red " << rgb[0]);
+            RGB expected{};
             for (std::size_t i = 0; i < 3; ++i) {
-                double light = 0;
-                for (std::size_t j = 0; j < 3; ++j)
-                    light += c.matrix[i][j] * decodeVideo(rgb[j]);
-                EXPECT_NEAR(drawn[i], encodeSRGB(light), 2) << c.primaries << " " << rgb[0] << " " << i;
+                const RGB& row = matrix[i];
+                expected[i] = encodeSRGB(row[0] * decodeVideo(rgb[0]) + row[1] * decodeVideo(rgb[1]) +
+                                         row[2] * decodeVideo(rgb[2]));
             }
+            expectNear(colourOf(coded(rgb, bt709, {AVCOL_SPC_BT709, AVCOL_TRC_BT709, primaries}), sRGB),
+                       expected, 2);
         }
     }
 }
 
 TEST(Colour, HighDynamicRangeFitsADisplay) {
-    const Marking pq{AVCOL_SPC_BT2020_NCL, AVCOL_TRC_SMPTE2084, AVCOL_PRI_BT2020};
-    const Marking hlg{AVCOL_SPC_BT2020_NCL, AVCOL_TRC_ARIB_STD_B67, AVCOL_PRI_BT2020};
-    const auto grey = [](double v, const Marking& marking) {
-        const Colour colour = shown({v, v, v}, 0.2627, 0.0593, marking);
+    const auto shown = [](RGB rgb, const Marking& marking) {
+        return colourOf(coded(rgb, bt2020, marking), sRGB);
+    };
+    const auto grey = [&](double v, const Marking& marking) {
+        const Colour colour = shown({v, v, v}, marking);
         EXPECT_NEAR(colour[0], colour[1], 1);
         EXPECT_NEAR(colour[2], colour[1], 1);
         return colour[1];
     };
     for (const Marking& marking : {pq, hlg}) {
-        SCOPED_TRACE(marking.transfer == AVCOL_TRC_SMPTE2084 ? "PQ" : "HLG");
         EXPECT_EQ(grey(0, marking), 0);
         EXPECT_EQ(grey(1, marking), 255);
-        int previous = 0;
-        for (int i = 0; i <= 60; ++i) {
-            const int value = grey(i / 60.0, marking);
-            EXPECT_GE(value, previous) << i;
-            previous = value;
-        }
+        for (int i = 0; i < 60; ++i)
+            EXPECT_GE(grey((i + 1) / 60.0, marking), grey(i / 60.0, marking)) << marking.transfer << " " << i;
     }
     // Diffuse white is bright but leaves room for highlights; a face (about 18 % of white) is where it
     // belongs.
-    const int white = grey(encodePQ(203), pq), hlgWhite = grey(0.75, hlg);
-    EXPECT_GE(white, 215);
-    EXPECT_LE(white, 245);
-    EXPECT_NEAR(hlgWhite, white, 2);
+    const int white = grey(encodePQ(203), pq);
+    EXPECT_NEAR(white, 230, 15);
+    EXPECT_NEAR(grey(0.75, hlg), white, 2);
     EXPECT_NEAR(grey(encodePQ(0.18 * 203), pq), encodeSRGB(0.18), 3);
     EXPECT_GE(grey(encodePQ(600), pq), white + 5);
     EXPECT_EQ(grey(encodePQ(1000), pq), 255);
     // A saturated highlight keeps its hue: brighter, not another colour.
-    const Colour dim = shown({encodePQ(80), encodePQ(20), encodePQ(20)}, 0.2627, 0.0593, pq);
-    const Colour bright = shown({encodePQ(800), encodePQ(200), encodePQ(200)}, 0.2627, 0.0593, pq);
-    EXPECT_GT(bright[0], dim[0]);
+    const Colour bright = shown({encodePQ(800), encodePQ(200), encodePQ(200)}, pq);
+    EXPECT_GT(bright[0], shown({encodePQ(80), encodePQ(20), encodePQ(20)}, pq)[0]);
     EXPECT_GT(bright[0], bright[1] + 60);
     EXPECT_NEAR(bright[1], bright[2], 25);
     // The other path shows the signal as it is.
-    EXPECT_NEAR(shown({0.5, 0.5, 0.5}, 0.2627, 0.0593, pq, DrawingColourSpace::deviceRGB)[1], 127.5, 1.5);
+    EXPECT_NEAR(colourOf(coded({0.5, 0.5, 0.5}, bt2020, pq))[1], 127.5, 1.5);
 }
 
 TEST(Colour, HighDynamicRangeHeedsItsMastering) {
@@ -210,19 +196,17 @@ TEST(Colour, HighDynamicRangeHeedsItsMastering) {
     // mapped.
     const auto white = [](int peakNits) {
         const double v = encodePQ(203);
-        auto frame = marked(codedFrame(AV_PIX_FMT_YUV444P10LE, 64, 64, coded({v, v, v}, 0.2627, 0.0593)),
-                            {AVCOL_SPC_BT2020_NCL, AVCOL_TRC_SMPTE2084, AVCOL_PRI_BT2020});
+        ffmpeg::Frame frame = coded({v, v, v}, bt2020, pq);
         AVMasteringDisplayMetadata* display = av_mastering_display_metadata_create_side_data(frame.get());
         display->has_luminance = 1;
         display->max_luminance = {peakNits, 1};
         display->min_luminance = {0, 1};
-        return colourOf(*picture(std::move(frame)), DrawingColourSpace::sRGB)[1];
+        return colourOf(std::move(frame), sRGB)[1];
     };
     EXPECT_GE(white(203), 254);
-    EXPECT_GE(white(1000), 215);
-    EXPECT_GE(white(4000), 200);
-    EXPECT_GE(white(10000), 190);
     EXPECT_GT(white(600), white(1000));
+    EXPECT_GE(white(1000), 215);
+    EXPECT_GE(white(10000), 190);
 }
 
 }  // namespace

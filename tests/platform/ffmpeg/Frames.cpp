@@ -2,10 +2,7 @@
 
 #include <stdexcept>
 
-#include "Clips.h"
-
 namespace zeb::test {
-namespace {
 
 ffmpeg::Frame emptyFrame(AVPixelFormat format, int width, int height) {
     ffmpeg::Frame frame = ffmpeg::makeFrame();
@@ -16,10 +13,8 @@ ffmpeg::Frame emptyFrame(AVPixelFormat format, int width, int height) {
     return frame;
 }
 
-}  // namespace
-
-ffmpeg::Frame paintedFrame(AVPixelFormat format, int width, int height, const Painter& painter,
-                           bool isFullRange) {
+ffmpeg::Frame paintedFrame(AVPixelFormat format, int width, int height,
+                           const std::function<Colour(int x, int y)>& painter, bool isFullRange) {
     library();  // silences the libraries
     ffmpeg::Frame painted = emptyFrame(AV_PIX_FMT_RGBA, width, height);
     for (int y = 0; y < height; ++y) {
@@ -52,37 +47,27 @@ ffmpeg::Frame paintedFrame(AVPixelFormat format, int width, int height, const Pa
 ffmpeg::Frame codedFrame(AVPixelFormat format, int width, int height, std::array<int, 3> values) {
     ffmpeg::Frame frame = emptyFrame(format, width, height);
     const AVPixFmtDescriptor& description = *av_pix_fmt_desc_get(format);
-    for (int c = 0; c < description.nb_components; ++c) {
-        const AVComponentDescriptor& component = description.comp[c];
-        const bool isChroma = (c == 1 || c == 2) && (description.flags & AV_PIX_FMT_FLAG_RGB) == 0;
-        const int rows = isChroma ? -(-height >> description.log2_chroma_h) : height;
-        const int columns = isChroma ? -(-width >> description.log2_chroma_w) : width;
-        for (int y = 0; y < rows; ++y) {
-            for (int x = 0; x < columns; ++x) {
-                std::uint8_t* sample = frame->data[component.plane] + y * frame->linesize[component.plane] +
-                                       x * component.step + component.offset;
-                const int value = values[static_cast<std::size_t>(c)];
-                sample[0] = static_cast<std::uint8_t>(value);
-                if (component.depth > 8) sample[1] = static_cast<std::uint8_t>(value >> 8);
-            }
+    for (std::size_t c = 0; c < description.nb_components; ++c) {
+        for (int i = 0; i < width * height; ++i) {
+            std::uint8_t* sample =
+                frame->data[c] + i / width * frame->linesize[c] + i % width * description.comp[c].step;
+            sample[0] = static_cast<std::uint8_t>(values[c]);
+            if (description.comp[c].depth > 8) sample[1] = static_cast<std::uint8_t>(values[c] >> 8);
         }
     }
     return frame;
 }
 
-std::shared_ptr<const Picture> picture(ffmpeg::Frame frame, const ffmpeg::Orientation& orientation,
-                                       ffmpeg::Ratio sampleAspect) {
+std::shared_ptr<const Picture> picture(ffmpeg::Frame frame, const ffmpeg::Orientation& orientation) {
     ffmpeg::VideoStreamFacts facts;
     facts.orientation = orientation;
-    facts.sampleAspect = sampleAspect;
+    facts.sampleAspect = {1, 1};
     return std::make_shared<ffmpeg::FramePicture>(std::move(frame), facts,
                                                   std::make_shared<ffmpeg::DrawingTools>());
 }
 
-Colour colourOf(const Picture& picture, DrawingColourSpace colourSpace) {
-    const auto pixels = draw(picture, 8, 8, colourSpace);
-    const std::size_t middle = (4 * 8 + 4) * 4;
-    return {pixels[middle], pixels[middle + 1], pixels[middle + 2], pixels[middle + 3]};
+Colour colourOf(ffmpeg::Frame frame, DrawingColourSpace colourSpace) {
+    return draw(*picture(std::move(frame)), 8, 8, colourSpace).at(4, 4);
 }
 
 }  // namespace zeb::test
