@@ -9,6 +9,7 @@
 #include <new>
 
 #include "codec/RLE2.h"
+#include "codec/SpriteLayout.h"
 #include "platform/ProcessorVersions.h"
 
 namespace zeb {
@@ -18,15 +19,12 @@ using Bytes = std::span<const std::uint8_t>;
 
 static_assert(std::endian::native == std::endian::little, "pixels are put together as little-endian words");
 
-constexpr std::size_t headerSize = 24;
-constexpr std::int64_t patternPointer = 12;  // offsets of the fields that pointers count from
-constexpr std::int64_t maskPointer = 16;
 constexpr int largestSide = 8192;
 constexpr int largestRawSide = 4096;
 
-constexpr std::uint8_t maskCompressed = 0x80;
-constexpr std::uint8_t patternCompressed = 0x40;
-constexpr std::uint8_t alphaChannel = 0x20;
+using sprite::alphaChannel;
+using sprite::maskCompressed;
+using sprite::patternCompressed;
 
 int read16(Bytes bytes, std::size_t offset) {
     return bytes[offset] << 8 | bytes[offset + 1];
@@ -189,24 +187,23 @@ struct FrameDecoder::Sprite {
     std::int64_t rowStride = 0;
 
     explicit Sprite(Bytes record)
-        : form(record[0]),
-          colourMode(record[1]),
-          control(record[3]),
-          width(read16(record, 4)),
-          height(read16(record, 6)),
-          patternOffset(read32(record, 12)),
-          maskOffset(read32(record, 16)) {}
+        : form(record[sprite::formAt]),
+          colourMode(record[sprite::colourModeAt]),
+          control(record[sprite::controlAt]),
+          width(read16(record, sprite::widthAt)),
+          height(read16(record, sprite::heightAt)),
+          patternOffset(read32(record, sprite::patternPointerAt)),
+          maskOffset(read32(record, sprite::maskPointerAt)) {}
 
     bool has(std::uint8_t flag) const { return (control & flag) != 0; }
     bool isMode4() const { return colourMode == 0 && form == 1; }
-    std::int64_t patternStart() const { return patternPointer + patternOffset; }
+    std::int64_t patternStart() const { return std::int64_t{sprite::patternPointerAt} + patternOffset; }
     std::int64_t patternBytes() const { return rowStride * height; }
 
     /// False for a colour mode that is not known.
     bool findGeometry() {
-        const auto wholeWords = [](std::int64_t bytes) { return (bytes + 3) / 4 * 4; };
         if (isMode4()) {
-            rowStride = wholeWords(2 * ((width + 7) / 8));
+            rowStride = sprite::mode4Row(width);
             return true;
         }
         switch (colourMode) {
@@ -220,7 +217,7 @@ struct FrameDecoder::Sprite {
             default:
                 return false;
         }
-        rowStride = wholeWords(std::int64_t{bytesPerPixel} * width);
+        rowStride = sprite::paddedRow(std::int64_t{bytesPerPixel} * width);
         return true;
     }
 
@@ -273,7 +270,7 @@ std::optional<FrameImage> FrameDecoder::decodeSprite(Bytes record) {
         note(i == 0 ? "%02X" : " %02X", record[i]);
     }
     note("]");
-    if (record.size() < headerSize) {
+    if (record.size() < sprite::headerSize) {
         note(" | not-sprite: <0x18");
         return std::nullopt;
     }
@@ -355,7 +352,7 @@ std::optional<FrameImage> FrameDecoder::decodeSprite(Bytes record) {
 
 /// The mask's bytes, as many as the sprite needs; empty without a usable mask.
 std::span<const std::uint8_t> FrameDecoder::findMask(Bytes record, const Sprite& sprite) {
-    const std::int64_t start = maskPointer + sprite.maskOffset;
+    const std::int64_t start = std::int64_t{zeb::sprite::maskPointerAt} + sprite.maskOffset;
     const auto recordSize = static_cast<std::int64_t>(record.size());
     if (sprite.maskOffset == 0 || start < 0 || start >= recordSize) return {};
     const std::int64_t bytes =

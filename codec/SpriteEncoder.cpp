@@ -11,6 +11,7 @@
 #include <string>
 
 #include "codec/RLE2.h"
+#include "codec/SpriteLayout.h"
 #include "platform/PlatformError.h"
 
 namespace zeb {
@@ -26,23 +27,21 @@ struct SpriteHeader {
     std::uint8_t control;
     int width;
     int height;
-    std::uint8_t patternPointer;  ///< from its own place, offset 12
+    std::size_t patternAt;  ///< where the pattern begins
 };
 
-constexpr std::size_t headerBytes = 24;
-constexpr std::uint8_t patternCompressed = 0x40;
-
-/// Writes the header into the first 24 bytes of `record`, which are 0.
+/// Writes the header into the beginning of `record`, which is 0.
 void storeHeader(const SpriteHeader& header, std::vector<std::uint8_t>& record) {
     assert(header.width <= 0xFFFF && header.height <= 0xFFFF);
-    record[0] = header.form;
-    record[1] = header.colourMode;
-    record[3] = header.control;
-    record[4] = static_cast<std::uint8_t>(header.width >> 8);
-    record[5] = static_cast<std::uint8_t>(header.width);
-    record[6] = static_cast<std::uint8_t>(header.height >> 8);
-    record[7] = static_cast<std::uint8_t>(header.height);
-    record[15] = header.patternPointer;
+    record[sprite::formAt] = header.form;
+    record[sprite::colourModeAt] = header.colourMode;
+    record[sprite::controlAt] = header.control;
+    record[sprite::widthAt] = static_cast<std::uint8_t>(header.width >> 8);
+    record[sprite::widthAt + 1] = static_cast<std::uint8_t>(header.width);
+    record[sprite::heightAt] = static_cast<std::uint8_t>(header.height >> 8);
+    record[sprite::heightAt + 1] = static_cast<std::uint8_t>(header.height);
+    record[sprite::patternPointerAt + 3] =
+        static_cast<std::uint8_t>(header.patternAt - sprite::patternPointerAt);
 }
 
 std::size_t pixelCount(int width, int height) {
@@ -117,27 +116,26 @@ std::span<const std::uint8_t> SpriteEncoder::quantizeLuma(const Picture& picture
 
 std::vector<std::uint8_t> SpriteEncoder::encodeMode4Sprite(const Picture& picture, int width, int height,
                                                            bool dither) {
-    constexpr std::size_t patternStart = headerBytes + 8;
-    const int columns = std::max(width, 8);
+    const int columns = std::max(width, sprite::smallestMode4Width);
     const int rows = std::max(height, 1);
     const std::uint8_t* indices = quantizeLuma(picture, columns, rows, mode4Colours, dither).data();
 
     const auto rowPixels = static_cast<std::size_t>(columns);
     const std::size_t wholeGroups = rowPixels / 8;
     const std::size_t rest = rowPixels % 8;
-    const std::size_t rowStride = (2 * ((rowPixels + 7) / 8) + 3) & ~std::size_t{3};
-    std::vector<std::uint8_t> record(patternStart + rowStride * static_cast<std::size_t>(rows));
+    const auto rowStride = static_cast<std::size_t>(sprite::mode4Row(columns));
+    std::vector<std::uint8_t> record(sprite::mode4RecordBytes(columns, rows));
     storeHeader({.form = 1,
                  .colourMode = 0,
                  .control = 0,
                  .width = columns,
                  .height = rows,
-                 .patternPointer = patternStart - 12},
+                 .patternAt = sprite::mode4PatternAt},
                 record);
 
     for (std::size_t y = 0; y < static_cast<std::size_t>(rows); ++y) {
         const std::uint8_t* from = indices + y * rowPixels;
-        std::uint8_t* to = record.data() + patternStart + y * rowStride;
+        std::uint8_t* to = record.data() + sprite::mode4PatternAt + y * rowStride;
         const auto storeGroup = [&to](const std::uint8_t* group) {
             const std::uint64_t eight = loadIndices(group);
             *to++ = gatherBits(eight >> 1);
@@ -164,14 +162,14 @@ std::vector<std::uint8_t> SpriteEncoder::encodeMode32Sprite(const Picture& pictu
 
     constexpr std::size_t blockHeaderBytes = 8;
     std::vector<std::uint8_t> record;
-    record.reserve(headerBytes + blockHeaderBytes + m_packets.size());
-    record.resize(headerBytes);
+    record.reserve(sprite::headerSize + blockHeaderBytes + m_packets.size());
+    record.resize(sprite::headerSize);
     storeHeader({.form = 2,
                  .colourMode = 32,
-                 .control = patternCompressed,
+                 .control = sprite::patternCompressed,
                  .width = columns,
                  .height = rows,
-                 .patternPointer = headerBytes - 12},
+                 .patternAt = sprite::headerSize},
                 record);
     const std::uint64_t length = pixels.size();
     assert(length <= 0xFFFFFFFF);

@@ -12,11 +12,6 @@ namespace zeb {
 
 namespace {
 
-constexpr std::uint64_t spriteHeader = 24;
-constexpr std::uint64_t mode4Gap = 8;        ///< between header and pattern
-constexpr std::uint64_t rle2Header = 8;      ///< signature and length
-constexpr std::uint64_t literalItems = 128;  ///< of the longest literal
-
 constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
 
 std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
@@ -40,19 +35,6 @@ std::uint64_t headerBytes(const std::string& title, std::int64_t seconds) {
 }
 
 }  // namespace
-
-std::uint64_t mode4RecordBytes(FrameSize size) {
-    const auto columns = static_cast<std::uint64_t>(std::max(size.width, 8));
-    const auto rows = static_cast<std::uint64_t>(std::max(size.height, 1));
-    const std::uint64_t stride = (2 * ((columns + 7) / 8) + 3) / 4 * 4;
-    return spriteHeader + mode4Gap + stride * rows;
-}
-
-std::uint64_t mostMode32RecordBytes(FrameSize size) {
-    const std::uint64_t pixels = static_cast<std::uint64_t>(std::max(size.width, 1)) *
-                                 static_cast<std::uint64_t>(std::max(size.height, 1));
-    return spriteHeader + rle2Header + 2 * pixels + (pixels + literalItems - 1) / literalItems;
-}
 
 MovieSize::MovieSize(const ConversionPlan& plan, const std::string& title, int channels,
                      std::vector<std::uint64_t> recordBytes)

@@ -9,13 +9,6 @@
 
 namespace zeb {
 
-/// Bytes of a Mode 4 record of this size: they do not depend on the picture.
-std::uint64_t mode4RecordBytes(FrameSize size);
-
-/// The most bytes that a Mode 32 record of this size can have. Run lengths take two bytes for each pixel and
-/// one for every literal of 128 pixels; a shorter literal ends before a repeat, which saves its byte again.
-std::uint64_t mostMode32RecordBytes(FrameSize size);
-
 /// The size of the file that a run writes, from the sizes of its records. Sums that 64 bits cannot hold are
 /// the largest number.
 class MovieSize {

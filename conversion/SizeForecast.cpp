@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "codec/SpriteEncoder.h"
+#include "codec/SpriteLayout.h"
 #include "conversion/AudioReader.h"
 #include "conversion/MovieSize.h"
 #include "format/Layout.h"
@@ -279,11 +280,15 @@ RecordSizes RecordSamples::encode(FrameSize size, const IsCancelled& isCancelled
 SizeForecast forecastUpperBound(const ForecastCase& about) {
     if (about.settings.qlModeNumber != 32) {
         return Forecasting(about, ForecastBasis::arithmetic,
-                           [](FrameSize size) { return RecordSizes{mode4RecordBytes(size)}; })
+                           [](FrameSize size) {
+                               return RecordSizes{sprite::mode4RecordBytes(size.width, size.height)};
+                           })
             .make();
     }
     return Forecasting(about, ForecastBasis::bound,
-                       [](FrameSize size) { return RecordSizes{mostMode32RecordBytes(size)}; })
+                       [](FrameSize size) {
+                           return RecordSizes{sprite::mostMode32RecordBytes(size.width, size.height)};
+                       })
         .make();
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "codec/FrameDecoder.h"
+#include "codec/SpriteLayout.h"
 #include "format/BigEndian.h"
 #include "format/FileCursor.h"
 #include "format/Layout.h"
@@ -184,18 +185,16 @@ Fault Checker::checkFrame(std::uint64_t blockEnd, const std::string& name) {
 }
 
 Fault Checker::checkRecord(std::uint64_t offset, const std::string& name) {
-    constexpr std::size_t colourModeAt = 1, controlAt = 3;
-    constexpr int compressed = 0x40;
-    constexpr int smallestMode4Width = 8;
     const auto image = m_decoder.decodeFrame(m_record, m_header.width, m_header.height);
     if (!image) return MovieFault{offset, name + " cannot be decoded: " + m_decoder.lastDecodeDebug()};
     const int colourMode = m_header.mode == 4 ? 0 : m_header.mode;
-    if (m_record.size() <= controlAt || m_record[colourModeAt] != colourMode)
+    if (m_record.size() <= sprite::controlAt || m_record[sprite::colourModeAt] != colourMode)
         return MovieFault{offset, name + " is not of Mode " + text(m_header.mode)};
     // A sprite may have more to it; in movies high colour is always compressed, and nothing else is.
-    if (m_record[controlAt] != (m_header.mode == 4 ? 0 : compressed))
-        return MovieFault{offset + controlAt, name + " is not stored as movies store frames"};
-    const int width = m_header.mode == 4 ? std::max(m_header.width, smallestMode4Width) : m_header.width;
+    if (m_record[sprite::controlAt] != (m_header.mode == 4 ? 0 : sprite::patternCompressed))
+        return MovieFault{offset + sprite::controlAt, name + " is not stored as movies store frames"};
+    const int width =
+        m_header.mode == 4 ? std::max(m_header.width, sprite::smallestMode4Width) : m_header.width;
     if (image->width != width || image->height != m_header.height) {
         return MovieFault{offset, name + " is " + text(image->width) + "x" + text(image->height) +
                                       " pixels, not " + text(width) + "x" + text(m_header.height)};

@@ -6,6 +6,7 @@
 
 #include "codec/RLE2.h"
 #include "codec/SpriteEncoder.h"
+#include "codec/SpriteLayout.h"
 #include "conversion/ConversionRun.h"
 #include "conversion/MovieSize.h"
 #include "conversion/SamplePictures.h"
@@ -97,7 +98,7 @@ TEST(MovieSize, TheBoundOfMode32IsReached) {
         for (int i = 0; i < items; ++i)
             pixels.insert(pixels.end(), {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i >> 8)});
         compressRLE2(pixels, packets);
-        EXPECT_EQ(32 + packets.size(), mostMode32RecordBytes({items, 1})) << items << " pixels";
+        EXPECT_EQ(32 + packets.size(), sprite::mostMode32RecordBytes(items, 1)) << items << " pixels";
     }
 }
 
