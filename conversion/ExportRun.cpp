@@ -11,9 +11,9 @@
 #include "codec/FrameDecoder.h"
 #include "conversion/ExportError.h"
 #include "conversion/NumberedName.h"
-#include "conversion/SecondWalker.h"
 #include "conversion/WAVFile.h"
 #include "format/MovieFacts.h"
+#include "format/SecondWalker.h"
 #include "format/ZEBConverterError.h"
 #include "platform/StagedOutput.h"
 

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/ErrorText.h"
 #include "player/PlaybackPeriod.h"
 
 namespace zeb {
@@ -23,17 +24,6 @@ std::string headerLineOf(const ZEBHeader& header) {
 
 int clampedToInt(std::int64_t value) {
     return static_cast<int>(std::clamp<std::int64_t>(value, 0, std::numeric_limits<int>::max()));
-}
-
-/// The error that is being handled, as it describes itself.
-std::string currentErrorText() {
-    try {
-        throw;
-    } catch (const std::bad_alloc&) {
-        return "Not enough memory";
-    } catch (const std::exception& error) {
-        return error.what();
-    }
 }
 
 ZEBPlayerModel::Image imageOf(std::optional<FrameImage> frame) {

@@ -12,6 +12,7 @@
 #include "conversion/OutputName.h"
 #include "conversion/WriteTest.h"
 #include "format/ZEBConverterError.h"
+#include "platform/ErrorText.h"
 #include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
 #include "platform/TextTrim.h"
@@ -23,17 +24,6 @@ constexpr const char* movieExtension = "zeb";
 
 std::string folderOf(const std::string& path) {
     return std::filesystem::path(path).parent_path().string();
-}
-
-/// The error that is being handled, as it prints itself.
-std::string currentErrorText() {
-    try {
-        throw;
-    } catch (const std::bad_alloc&) {
-        return "Not enough memory";
-    } catch (const std::exception& error) {
-        return error.what();
-    }
 }
 
 bool isCancellation(const std::exception_ptr& error) {

@@ -1,4 +1,4 @@
-#include "conversion/SecondWalker.h"
+#include "format/SecondWalker.h"
 
 #include <array>
 #include <utility>
