@@ -101,12 +101,10 @@ TEST(AssetTracks, SoundTracksAreDescribed) {
                                        "-f lavfi -i sine=r=8000:d=1 -f lavfi -i anullsrc=cl=5.1:r=48000:d=1 "
                                        "-map 0 -map 1 -t 1 -c:a:0 pcm_s16le -c:a:1 ac3"));
     EXPECT_TRUE(asset->videoTracks().empty());
-    const auto& sounds = asset->soundTracks();
-    ASSERT_EQ(sounds.size(), 2U);
-    EXPECT_EQ(std::tuple(sounds[0].sampleRate, sounds[0].channelsPerFrame), std::tuple(8000, 1));
-    EXPECT_EQ(sounds[0].formatCode, 0x6C70636DU);  // lpcm
-    EXPECT_EQ(std::tuple(sounds[1].sampleRate, sounds[1].channelsPerFrame), std::tuple(48000, 6));
-    EXPECT_EQ(sounds[1].formatCode, 0x61632D33U);  // ac-3
+    std::vector<std::tuple<double, int, std::uint32_t>> sounds;
+    for (const SoundTrack& track : asset->soundTracks())
+        sounds.emplace_back(*track.sampleRate, *track.channelsPerFrame, *track.formatCode);
+    EXPECT_EQ(sounds, (decltype(sounds){{8000, 1, 0x6C70636D}, {48000, 6, 0x61632D33}}));  // lpcm, ac-3
 }
 
 }  // namespace

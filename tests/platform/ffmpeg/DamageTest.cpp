@@ -97,15 +97,5 @@ TEST(Damage, ALostPictureIsAnErrorForItsMomentOnly) {
     EXPECT_EQ(grabs(stored("ruined.avi", bytes), 2, 2, false), std::vector<std::size_t>(8, failed));
 }
 
-TEST(Damage, RealDamagedClip) {
-    const std::string path = test::realClip("corrupted.mp4");
-    if (path.empty()) GTEST_SKIP() << "no real clips: set ZEB_TEST_MEDIA to the folder that holds them";
-    const auto alone = grabs(path, 1, 10, false);
-    EXPECT_LE(std::count(alone.begin(), alone.end(), failed), 3);
-    EXPECT_NE(alone[0], failed);
-    EXPECT_EQ(grabs(path, 4, 10, false), alone);
-    EXPECT_EQ(grabs(path, 4, 10, true), alone);
-}
-
 }  // namespace
 }  // namespace zeb
