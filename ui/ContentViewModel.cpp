@@ -279,6 +279,9 @@ void ContentViewModel::playMovie() {
     if (const auto movie = vm()->playableOutputURL()) return openZEBFile(*movie, false);
     OpenPanel panel;
     panel.title = localizedText("play_zeb");
+    // What was cancelled and kept lies there.
+    if (const auto& output = vm()->outputURL())
+        panel.folder = std::filesystem::path(output->path()).parent_path().string();
     panel.contentTypes = {{ContentType::filenameExtension, "zeb"}};
     m_services.panels.open(panel,
                            [this, alive = std::weak_ptr(m_alive)](const std::optional<std::string>& path) {
