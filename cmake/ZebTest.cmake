@@ -1,6 +1,6 @@
 # zeb_test(NAME SOURCES file... [USES target...] [ALONE] [SEPARATE])
-# One GoogleTest program whose cases CTest knows one by one. ALONE: nothing else is tested meanwhile. SEPARATE: as for
-# rooms.
+# One GoogleTest program whose cases CTest knows one by one. ALONE: nothing else is tested meanwhile. Its sources are
+# compiled as one, since most of the time goes into GoogleTest's headers; SEPARATE: as for rooms.
 include(GoogleTest)
 find_package(GTest REQUIRED)
 
@@ -8,7 +8,7 @@ function(zeb_test name)
   cmake_parse_arguments(TEST "ALONE;SEPARATE" "" "SOURCES;USES" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   set_target_properties(${name} PROPERTIES ZEB_IS_TEST ON)
-  if(ZEB_JOIN_SOURCES AND NOT TEST_SEPARATE)
+  if(NOT TEST_SEPARATE)
     set_target_properties(${name} PROPERTIES UNITY_BUILD ON)
   endif()
   target_link_libraries(${name} PRIVATE zeb_compile_options ${TEST_USES} GTest::gmock_main)

@@ -67,6 +67,8 @@ apt() {
 }
 
 say "Installing ${#missing[@]} Debian packages: ${missing[*]}"
+# An installation that was cut short keeps every other from beginning.
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive dpkg --configure -a < /dev/null >> "$log" 2>&1 || true
 # One package source that is out of reach need not matter; installing tells.
 apt update || true
 if ! apt install --no-install-recommends "${missing[@]}"; then
