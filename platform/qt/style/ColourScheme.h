@@ -23,10 +23,10 @@ public:
 signals:
     void isDarkChanged();
 
-private slots:
-    void portalSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-
 private:
+    /// By name, as the session bus connects.
+    Q_SLOT void portalSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+
     void askPortal();
     void takePortalValue(uint value);
     void update();
