@@ -386,8 +386,6 @@ void ConverterViewModel::launch(const Run& run) {
         [run, reports, taken, ended, alive = std::weak_ptr(m_alive), convert = m_services.convert,
          &scope = m_services.scope, &mainActor = m_services.mainActor](const std::stop_token& token) {
             if (alive.expired()) return;
-            const ScopedAccess inputAccess(scope, run.input.path());
-            const ScopedAccess outputAccess(scope, run.output.path());
             ConversionCallbacks callbacks;
             callbacks.isCancelled = [token] { return token.stop_requested(); };
             callbacks.progress = [&](const std::string& text, double fraction) {
@@ -396,6 +394,8 @@ void ConverterViewModel::launch(const Run& run) {
             std::exception_ptr error;
             std::string text;
             try {
+                const ScopedAccess inputAccess(scope, run.input.path());
+                const ScopedAccess outputAccess(scope, run.output.path());
                 convert(run.input.path(), run.output.path(), run.settings, callbacks);
             } catch (...) {
                 error = std::current_exception();

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -27,11 +28,18 @@ public:
 class RecordingScope final : public SecurityScope {
 public:
     bool startAccessing(const std::string& path) override {
+        const std::lock_guard lock(m_mutex);
         calls.push_back("+" + path);
         return path.ends_with(".zeb");
     }
-    void stopAccessing(const std::string& path) override { calls.push_back("-" + path); }
+    void stopAccessing(const std::string& path) override {
+        const std::lock_guard lock(m_mutex);
+        calls.push_back("-" + path);
+    }
     std::vector<std::string> calls;
+
+private:
+    std::mutex m_mutex;
 };
 
 /// A converter whose threads, time and conversions a test drives by hand.
