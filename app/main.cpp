@@ -115,7 +115,11 @@ int main(int argc, char** argv) {
                                        if (scenes) scenes->showConverter();
                                    },
                                    ZEB_VERSION, ""});
-    zeb::Scenes windows({engine, content, services.defaults, services.notifications});
+    const auto appear = [&content] {
+        zeb::cleanSharedInbox(zeb::applicationGroupContainer(), std::chrono::system_clock::now());
+        content.appear();
+    };
+    zeb::Scenes windows({engine, content, services.defaults, services.notifications, appear});
     scenes = &windows;
     zeb::ZEBPlayerWindowManager playerWindows({engine, services.player(), services.defaults,
                                                services.notifications,
@@ -130,8 +134,7 @@ int main(int argc, char** argv) {
                          delegate.open(requests, zeb::AppDelegate::Maker::hidden);
                      });
 
-    zeb::cleanSharedInbox(zeb::applicationGroupContainer(), std::chrono::system_clock::now());
-    content.appear();
+    appear();
     delegate.open(arguments.requests,
                   arguments.showMaker ? zeb::AppDelegate::Maker::shown : zeb::AppDelegate::Maker::hidden);
     return QApplication::exec();

@@ -96,8 +96,9 @@ public:
     /// Whether to keep the unfinished movie of a cancelled run; empty when there is nothing to ask.
     QString cancelledOutputQuestion() const;
 
-    /// The window is on screen now: reads the presets and carries the current request out.
-    Q_INVOKABLE void appear();
+    /// A window comes: reads the presets and carries the latest request out, also one that was carried out
+    /// before.
+    void appear();
     /// Plays the movie that was made, or asks for one.
     Q_INVOKABLE void playMovie();
     /// Starts a run; before one that would replace a file or whose movie would not fit, asks first.

@@ -66,6 +66,8 @@ QQuickWindow* Scenes::converterWindow(bool welcomes) {
                                                {"presetMenu", QVariant::fromValue(&m_presetMenu)},
                                                {"backgroundPicture", m_background},
                                                {"showStartupSplash", welcomes && isFirst}});
+        // The first one's was done at the program's start: requests come without a window, too.
+        if (!isFirst) m_services.appear();
     }
     return m_converter;
 }

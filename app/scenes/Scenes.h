@@ -7,6 +7,7 @@
 #include <QString>
 #include <QUrl>
 #include <QVariantMap>
+#include <functional>
 
 #include "app/scenes/PresetMenuModel.h"
 #include "ui/ContentViewModel.h"
@@ -31,6 +32,9 @@ public:
         ContentViewModel& content;
         UserDefaults& defaults;
         NotificationCenter& notifications;
+        /// What is done when the converter's content comes into being. Called for each window after the
+        /// first.
+        std::function<void()> appear;
     };
 
     explicit Scenes(const Services& services, QObject* parent = nullptr);

@@ -386,6 +386,8 @@ void ConverterViewModel::launch(const Run& run) {
         [run, reports, taken, ended, alive = std::weak_ptr(m_alive), convert = m_services.convert,
          &scope = m_services.scope, &mainActor = m_services.mainActor](const std::stop_token& token) {
             if (alive.expired()) return;
+            auto inputAccess = std::make_shared<ScopedAccess>(scope, run.input.path());
+            auto outputAccess = std::make_shared<ScopedAccess>(scope, run.output.path());
             ConversionCallbacks callbacks;
             callbacks.isCancelled = [token] { return token.stop_requested(); };
             callbacks.progress = [&](const std::string& text, double fraction) {
@@ -394,14 +396,14 @@ void ConverterViewModel::launch(const Run& run) {
             std::exception_ptr error;
             std::string text;
             try {
-                const ScopedAccess inputAccess(scope, run.input.path());
-                const ScopedAccess outputAccess(scope, run.output.path());
                 convert(run.input.path(), run.output.path(), run.settings, callbacks);
             } catch (...) {
                 error = std::current_exception();
                 text = currentErrorText();
             }
-            mainActor.post([ended, error, text]() mutable { ended(error, text); });
+            // The end is handled with access still, which goes with the last owner.
+            mainActor.post([ended, error, text, inputAccess = std::move(inputAccess),
+                            outputAccess = std::move(outputAccess)]() mutable { ended(error, text); });
         });
 }
 

@@ -12,6 +12,7 @@ namespace {
 /// Even a slide show with a murmur of sound takes more than this per second.
 constexpr double leastPlausibleBytesPerSecond = 2000;
 constexpr double neverDoubtedBelow = 20;  // seconds
+constexpr double fastestFilm = 10'000;    // pictures per second; more comes of damaged times
 
 struct ScannedVideo {
     std::int64_t packets = 0;
@@ -146,7 +147,7 @@ double presentationDuration(const std::string& path, const Demuxer& opened, Cont
         const ScannedVideo& video = scanned.videos[i];
         if (facts.videos[i].frameRate > 0 || video.packets < 2 || video.lastTime <= video.firstTime) continue;
         const double rate = static_cast<double>(video.packets - 1) / (video.lastTime - video.firstTime);
-        if (isPlausibleFrameRate(rate)) facts.videos[i].frameRate = rate;
+        if (rate <= fastestFilm) facts.videos[i].frameRate = rate;
     }
     return stated.value_or(std::max(0.0, scanned.end - facts.origin));
 }

@@ -39,9 +39,12 @@ Orientation orientationOf(const AVStream& stream) {
     return orientation;
 }
 
+/// What the container states, 0 for rates that are rather its clock's: those are to be measured.
 double frameRateOf(const AVStream& stream) {
-    for (const AVRational rate : {stream.avg_frame_rate, stream.r_frame_rate}) {
-        if (rate.den != 0 && isPlausibleFrameRate(av_q2d(rate))) return av_q2d(rate);
+    constexpr double likely = 480;
+    for (const AVRational stated : {stream.avg_frame_rate, stream.r_frame_rate}) {
+        const double rate = stated.den == 0 ? 0 : av_q2d(stated);
+        if (rate > 0 && rate <= likely) return rate;
     }
     return 0;
 }
@@ -133,10 +136,6 @@ double originOf(const AVFormatContext& format) {
 }
 
 }  // namespace
-
-bool isPlausibleFrameRate(double rate) {
-    return rate > 0 && rate <= 480;
-}
 
 ContainerFacts containerFacts(const Demuxer& demuxer) {
     AVFormatContext& format = *demuxer.format();

@@ -62,7 +62,4 @@ ContainerFacts containerFacts(const Demuxer& demuxer);
 /// The track as the rest of the system sees it.
 VideoTrack videoTrack(const VideoStreamFacts& facts);
 
-/// Rates that a film can have; others are artefacts of a container's clock.
-bool isPlausibleFrameRate(double rate);
-
 }  // namespace zeb::ffmpeg

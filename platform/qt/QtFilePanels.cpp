@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QTimer>
 #include <QWindow>
+#include <algorithm>
+#include <filesystem>
 #include <utility>
 
 #include "platform/LocalizedText.h"
@@ -67,6 +69,19 @@ std::unique_ptr<QFileDialog> makeDialog(const std::string& title, const std::str
     return dialog;
 }
 
+/// Dialogs take what follows any dot in a typed name for its extension: "Dr. No" is to become "Dr. No.zeb".
+std::string withExtension(const std::string& path, const std::vector<ContentType>& types) {
+    const ContentType* wanted = nullptr;
+    for (const ContentType& type : types) {
+        if (type.kind != ContentType::filenameExtension) return path;
+        if (QString::fromStdString(path).endsWith("." + QString::fromStdString(type.extension),
+                                                  Qt::CaseInsensitive))
+            return path;
+        if (!wanted) wanted = &type;
+    }
+    return wanted ? path + '.' + wanted->extension : path;
+}
+
 }  // namespace
 
 QtFilePanels::QtFilePanels() = default;
@@ -93,7 +108,19 @@ void QtFilePanels::save(const SavePanel& panel, Answer answer) {
             dialog->setDefaultSuffix(QString::fromStdString(type.extension));
     }
     dialog->selectFile(QString::fromStdString(panel.proposedName));
-    show(std::move(dialog), std::move(answer));
+    show(std::move(dialog), [this, panel,
+                             answer = std::move(answer)](const std::optional<std::string>& path) {
+        const std::string file = path ? withExtension(*path, panel.contentTypes) : "";
+        std::error_code ignored;
+        if (path && file != *path && std::filesystem::exists(file, ignored)) {
+            // Nobody was asked whether to replace this one: the panel again, which asks.
+            const std::filesystem::path place(file);
+            save({panel.title, place.parent_path().string(), place.filename().string(), panel.contentTypes},
+                 answer);
+        } else {
+            answer(path ? std::optional(file) : std::nullopt);
+        }
+    });
 }
 
 void QtFilePanels::show(std::unique_ptr<QFileDialog> dialog, Answer answer) {

@@ -53,8 +53,8 @@ class ConverterTest(DesktopTest):
         application = self.open(**options)
         self.choose(application, self.clip)
         application.find("label", re.compile(r"^Video: 640 × 480, 25 fps"))
-        movie = self.folder / "made.zeb"
-        self.choose(application, movie, "ctrl+s", "Save the ZEB Movie")
+        movie = self.folder / "no. 1.zeb"
+        self.choose(application, movie.with_suffix(""), "ctrl+s", "Save the ZEB Movie")
         application.find("label", str(movie))
         return application, movie
 
@@ -126,7 +126,7 @@ class ConverterTest(DesktopTest):
             self.assertIn(fact, info)
 
         application.find("push button", "Play Movie …").click()
-        application.find("slider", window="made")
+        application.find("slider", window=movie.stem)
 
     def test_cancelling(self):
         application, movie = self.open_clip()
@@ -213,6 +213,24 @@ class ConverterTest(DesktopTest):
         self.zeb("verify", movie)
         self.assertIn("1 frame per second", self.zeb("info", movie))
 
+    def test_a_name_with_a_dot_still_becomes_a_movie_and_replaces_only_what_was_shown(self):
+        application, movie = self.open_clip()
+        precious = movie.with_name("no. 2.zeb")
+        precious.write_text("precious")
+        title = "Save the ZEB Movie"
+        self.desktop.keys("ctrl+s")
+        await_equal(self.desktop.active_title, title)
+        self.fill(application.find("text", window=title), precious.with_suffix(""))
+        self.desktop.keys("Return")
+        # The panel again, with the whole name.
+        await_equal(lambda: application.find("text", window=title).text, precious.name)
+        self.desktop.keys("Return")
+        application.find("label", re.compile(f"{precious.name} already exists"))
+        self.desktop.keys("Escape", "Escape")
+        await_equal(self.desktop.active_title, "ZEB Maker")
+        application.find("label", str(movie))
+        self.assertEqual(precious.read_text(), "precious")
+
     def test_dropped_files(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
@@ -271,6 +289,21 @@ class ConverterTest(DesktopTest):
                     else:
                         application.find("label", str(self.clip))
                     application.stop()
+
+    def test_a_new_window_shows_what_was_asked_for_last(self):
+        other = self.folder / "other.mkv"
+        other.hardlink_to(self.clip)
+        application = self.open(self.clip)
+        application.find("label", str(self.clip))
+        self.choose(application, other)
+        application.find("label", str(other))
+        self.desktop.keys("ctrl+question")
+        await_equal(self.desktop.active_title, "ZEB Maker Help")
+        application.activate("ZEB Maker")
+        self.desktop.keys("ctrl+w")
+        await_equal(lambda: self.desktop.titles(application.process.pid), ["ZEB Maker Help"])
+        self.assertEqual(self.start().await_end(), 0)
+        application.find("label", str(self.clip))
 
     def test_a_request_for_what_is_not_there(self):
         application = self.start(f"zebmaker://play?url={quote((self.folder / 'none.zeb').as_uri(), safe='')}")

@@ -69,6 +69,11 @@ class Control:
     focused = property(lambda self: self._state("FOCUSED"))
 
     @property
+    def text(self):
+        """What a field holds."""
+        return self.desktop.atspi.Text.get_text(self.node, 0, -1)
+
+    @property
     def extents(self):
         """x, y, width, height on the screen."""
         place = self.node.get_extents(self.desktop.atspi.CoordType.SCREEN)

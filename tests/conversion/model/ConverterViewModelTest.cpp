@@ -16,8 +16,10 @@ namespace zeb {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 using enum SoundEffect;
 
 class ConverterViewModelTest : public test::ConverterTest {
@@ -132,7 +134,10 @@ TEST_F(ConverterViewModelTest, RunsToTheEnd) {
     const auto watch = [&](auto signal, const std::function<std::string()>& shown) {
         QObject::connect(model.get(), signal, [&changes, shown] { changes.push_back(shown()); });
     };
-    watch(&ConverterViewModel::isRunningChanged, [&] { return model->isRunning() ? "running" : "idle"; });
+    watch(&ConverterViewModel::isRunningChanged, [&] {
+        EXPECT_THAT(scope.calls, Each(StartsWith("+"))) << "access lasts until the end is handled";
+        return model->isRunning() ? "running" : "idle";
+    });
     watch(&ConverterViewModel::statusTextChanged, [&] { return status(); });
     watch(&ConverterViewModel::progressChanged, [&] { return std::to_string(model->progress()); });
     watch(&ConverterViewModel::playableOutputURLChanged,

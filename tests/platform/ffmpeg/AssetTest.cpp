@@ -67,6 +67,8 @@ TEST(AssetFrameRate, IsTheAverage) {
              Case{"nominal-1000.mkv", "1000", "-vf setpts=40*N -fps_mode passthrough", 25},
              Case{"nominal-1000.avi", "1000", "-vf setpts=40*N -fps_mode passthrough", 25},
              Case{"fast.mp4", "120", "", 120},
+             Case{"high-speed.mp4", "600", "", 600},
+             Case{"high-speed.avi", "1000", "", 1000},
          }) {
         const auto asset = test::open(clip(c.name, numberedFrames(100, c.rate) + test::h264 + c.arguments));
         EXPECT_NEAR(asset->videoTracks().at(0).nominalFrameRate, c.expected, c.expected * 0.02) << c.name;
