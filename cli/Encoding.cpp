@@ -26,12 +26,6 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-// A run marks the lines of its log that are warnings, but for those that tell that the sound is lost.
-bool isWarning(const std::string& line) {
-    return line.starts_with("Warnung: ") || line.starts_with("AudioReader konnte nicht starten") ||
-           line.starts_with("Audio leer");
-}
-
 std::string folderOf(const fs::path& path) {
     const fs::path parent = path.parent_path();
     return parent.empty() ? "." : parent.string();
@@ -141,12 +135,9 @@ void Encoding::convert() {
     callbacks.isCancelled = isInterrupted;
     callbacks.progress = [&](const std::string& text, double) {
         m_partialOutput.noteCreated();
-        if (isWarning(text)) {
-            m_reporter.warned(text);
-        } else {
-            m_reporter.logged(text);
-        }
+        m_reporter.logged(text);
     };
+    callbacks.warned = [&](const std::string& text) { m_reporter.warned(text); };
     callbacks.planned = [&](const ConversionPlan& made) {
         plan = made;
         if (makesFolder() && ::mkdir(folderOf(m_job.output).c_str(), 0777) != 0 && errno != EEXIST)

@@ -8,6 +8,7 @@
 
 #include "conversion/SoundResampler.h"
 #include "format/ZEBConverterError.h"
+#include "platform/LocalizedText.h"
 
 namespace zeb {
 
@@ -111,24 +112,24 @@ std::size_t nearestTrack(int index, std::size_t count) {
 std::string formatLine(const Pass& pass, const Request& request) {
     const std::uint64_t sourceFrames = SoundResampler::sourceFrames(pass.samples, pass.format);
     const std::uint64_t frames = SoundResampler::targetFrames(sourceFrames, pass.format, request.targetRate);
-    return "Audio: src " + std::to_string(static_cast<std::int64_t>(pass.format.sampleRate)) + "Hz, " +
-           std::to_string(pass.format.channels) + "ch, frames=" + std::to_string(sourceFrames) + " → dst " +
-           std::to_string(request.targetRate) + "Hz, " + std::to_string(request.channels) +
-           "ch, frames=" + std::to_string(frames);
+    return localizedText(
+        "log_sound_format_format",
+        {static_cast<std::int64_t>(pass.format.sampleRate), std::int64_t{pass.format.channels},
+         static_cast<std::int64_t>(sourceFrames), std::int64_t{request.targetRate},
+         std::int64_t{request.channels}, static_cast<std::int64_t>(frames)});
 }
 
 }  // namespace
 
 SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
-                             const IsCancelled& isCancelled,
-                             const std::function<void(const std::string&)>& log,
+                             const IsCancelled& isCancelled, const SoundReports& reports,
                              std::uint64_t maximumFrames) {
-    const auto say = [&](const std::string& text) {
-        if (log) log(text);
+    const auto say = [](const std::function<void(const std::string&)>& listener, const std::string& text) {
+        if (listener) listener(text);
     };
     const std::size_t count = asset.soundTracks().size();
     if (count == 0) {
-        say("Kein Audio-Track – schreibe ohne Audio.");
+        say(reports.logged, localizedText("log_no_sound_track"));
         return {};
     }
     const Request request{asset,         nearestTrack(trackIndex, count),
@@ -141,14 +142,14 @@ SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channe
             pass = decodeOnce(request, last);
         }
         if (!pass.started) {
-            say("AudioReader konnte nicht starten – schreibe ohne Audio.");
+            say(reports.warned, localizedText("warning_sound_not_started"));
             return {};
         }
         if (pass.samples == 0) {
-            say("Audio leer – schreibe ohne Audio.");
+            say(reports.warned, localizedText("warning_sound_empty"));
             return {};
         }
-        say(formatLine(pass, request));
+        say(reports.logged, formatLine(pass, request));
         return std::move(pass.bytes);
     } catch (const MediaError& error) {
         if (error.code() == MediaError::interrupted) throw ZEBConverterError::cancelled();

@@ -10,6 +10,13 @@
 
 namespace zeb {
 
+/// Receives the lines that reading a soundtrack gives; both may be empty.
+struct SoundReports {
+    std::function<void(const std::string&)> logged;
+    /// The sound is lost although the source has a track.
+    std::function<void(const std::string&)> warned;
+};
+
 /// Takes the sound out of a source.
 class AudioReader {
 public:
@@ -21,14 +28,15 @@ public:
     /// bounded buffer. Only where rate or channel count change on the way is the track decoded a second time,
     /// since the last format then holds for all of its samples.
     ///
-    /// Nothing, and one line to `log`, when there is no track, none that can be decoded, or no sample in it;
-    /// else `log` gets one line about the format. Of the result the first `maximumFrames` frames are kept.
+    /// Returns nothing, with one line to `reports`, when there is no track, none that can be decoded, or no
+    /// sample in it; else one line about the format is logged. Of the result the first `maximumFrames` frames
+    /// are kept.
     ///
     /// `isCancelled` (may be empty) is asked before each buffer of the source, at least every 4096 output
     /// frames and at least every 16384 samples: then `ZEBConverterError::cancelled` is thrown. `MediaError`
     /// when the track cannot be opened; damage further on ends the sound there.
     static SoundBytes read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
-                           const IsCancelled& isCancelled, const std::function<void(const std::string&)>& log,
+                           const IsCancelled& isCancelled, const SoundReports& reports,
                            std::uint64_t maximumFrames = allFrames);
 
     /// Whether `read` would give any sound: decodes the track's beginning, no more of it than that takes.

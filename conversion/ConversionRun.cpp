@@ -70,6 +70,9 @@ private:
     void report(const std::string& text, double fraction) const {
         if (m_callbacks.progress) m_callbacks.progress(text, fraction);
     }
+    void warn(const std::string& text) const {
+        if (m_callbacks.warned) m_callbacks.warned(text);
+    }
     void advanced(std::int64_t framesDone, const ZEBWriter& writer) const {
         if (m_callbacks.advanced) m_callbacks.advanced(framesDone, writer.bytesWritten());
     }
@@ -83,8 +86,7 @@ private:
     void extractSound();
     MovieParameters movieParameters() const;
     void writeSeconds(FramePipeline& pipeline, ZEBWriter& writer);
-    std::shared_ptr<const EncodedFrame> takeFrame(FramePipeline& pipeline, std::int64_t index,
-                                                  double fraction);
+    std::shared_ptr<const EncodedFrame> takeFrame(FramePipeline& pipeline, std::int64_t index);
 
     const MediaLibrary& m_library;
     const int m_threads;
@@ -172,9 +174,11 @@ void Run::extractSound() {
     constexpr std::int64_t boundlessSeconds = std::numeric_limits<std::int64_t>::max() / layout::sampleRate;
     const auto frames =
         static_cast<std::uint64_t>(std::min(m_plan.seconds, boundlessSeconds) * layout::sampleRate);
-    m_audio = AudioReader::read(
-        *m_asset, layout::sampleRate, m_channels, m_settings.audioTrackIndex, m_isCancelled,
-        [this](const std::string& text) { report(text, 0); }, frames);
+    m_audio =
+        AudioReader::read(*m_asset, layout::sampleRate, m_channels, m_settings.audioTrackIndex, m_isCancelled,
+                          {.logged = [this](const std::string& text) { report(text, 0); },
+                           .warned = [this](const std::string& text) { warn(text); }},
+                          frames);
     if (m_audio.empty()) m_channels = 0;
 }
 
@@ -207,7 +211,7 @@ void Run::writeSeconds(FramePipeline& pipeline, ZEBWriter& writer) {
         frames.clear();
         records.clear();
         for (std::int64_t index = first; index < end; ++index) {
-            frames.push_back(takeFrame(pipeline, index, fraction));
+            frames.push_back(takeFrame(pipeline, index));
             records.emplace_back(frames.back()->record);
             advanced(index + 1, writer);
         }
@@ -217,8 +221,7 @@ void Run::writeSeconds(FramePipeline& pipeline, ZEBWriter& writer) {
 }
 
 /// Frame `index`; the latest good one, with a warning, when that frame has failed.
-std::shared_ptr<const EncodedFrame> Run::takeFrame(FramePipeline& pipeline, std::int64_t index,
-                                                   double fraction) {
+std::shared_ptr<const EncodedFrame> Run::takeFrame(FramePipeline& pipeline, std::int64_t index) {
     constexpr std::chrono::milliseconds patience{20};  // between two questions whether to go on
     std::shared_ptr<const EncodedFrame> frame;
     do {
@@ -230,9 +233,7 @@ std::shared_ptr<const EncodedFrame> Run::takeFrame(FramePipeline& pipeline, std:
         rethrowIfInterrupted(frame->error);
         if (!m_lastFrame) std::rethrow_exception(frame->error);
         const double time = std::min(static_cast<double>(index) / m_plan.fps, m_schedule.last);
-        report("Warnung: Frame-Grab fehlgeschlagen (t=" + withThreeDecimals(time) +
-                   "s). Wiederhole letztes Frame.",
-               fraction);
+        warn(localizedText("warning_frame_repeated_format", {withThreeDecimals(time)}));
     } else {
         m_lastFrame = std::move(frame);
     }

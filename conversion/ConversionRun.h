@@ -23,6 +23,8 @@ struct ConversionCallbacks {
     std::function<void(const ConversionPlan&)> planned;
     /// Frames encoded and bytes written so far; about once per frame.
     std::function<void(std::int64_t framesDone, std::uint64_t bytesWritten)> advanced;
+    /// A line for the log that warns of something missing or replaced in the movie.
+    std::function<void(const std::string& text)> warned;
 };
 
 /// Turns one source video into one ZEB file. A run has no state outside its own variables; several may go on

@@ -393,6 +393,9 @@ void ConverterViewModel::launch(const Run& run) {
             callbacks.progress = [&](const std::string& text, double fraction) {
                 if (reports->add(text, fraction)) mainActor.post(taken);
             };
+            callbacks.warned = [&](const std::string& text) {
+                if (reports->add(text)) mainActor.post(taken);
+            };
             std::exception_ptr error;
             std::string text;
             try {

@@ -4,11 +4,11 @@
 
 namespace zeb {
 
-bool RunReports::add(const std::string& text, double fraction) {
+bool RunReports::add(const std::string& text, std::optional<double> fraction) {
     const std::lock_guard lock(m_mutex);
     m_batch.lines.push_back(text);
     if (m_batch.lines.size() > maximumLines) m_batch.lines.pop_front();
-    m_batch.fraction = fraction;
+    if (fraction) m_batch.fraction = *fraction;
     return !std::exchange(m_isOnItsWay, true);
 }
 

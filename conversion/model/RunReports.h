@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace zeb {
@@ -18,8 +19,8 @@ public:
         double fraction = 0;            ///< the newest
     };
 
-    /// True when the main thread has to be told.
-    bool add(const std::string& text, double fraction);
+    /// Adds a line; without `fraction` the newest one stays. True when the main thread has to be told.
+    bool add(const std::string& text, std::optional<double> fraction = {});
     /// On the main thread: everything since the last time.
     Batch take();
 

@@ -87,8 +87,9 @@ Result read(const FakeFilm& film, int channels, int track = 0,
             std::uint64_t maximum = AudioReader::allFrames) {
     Result result;
     const auto log = [&](const std::string& text) { result.log += text; };
-    result.bytes =
-        contents(AudioReader::read(FakeAsset(film), targetRate, channels, track, {}, log, maximum));
+    const auto warned = [&](const std::string& text) { result.log += "! " + text; };
+    result.bytes = contents(AudioReader::read(FakeAsset(film), targetRate, channels, track, {},
+                                              {.logged = log, .warned = warned}, maximum));
     return result;
 }
 
@@ -140,9 +141,11 @@ TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {
     Bytes start = convertedWhole(samples, 48000, 2, 1);
     start.resize(5000);
     EXPECT_TRUE(cut.bytes == start);
-    EXPECT_EQ(cut.log, "Audio: src 48000Hz, 2ch, frames=48000 → dst 20000Hz, 1ch, frames=20000");
-    EXPECT_EQ(readBuffers({{48000, 2, {}}}, 2).log, "Audio leer – schreibe ohne Audio.");
-    EXPECT_EQ(read({}, 2).log, "Kein Audio-Track – schreibe ohne Audio.");
+    EXPECT_EQ(cut.log,
+              "Sound: source 48000 Hz, 2 ch, 48000 frames → "
+              "movie 20000 Hz, 1 ch, 20000 frames");
+    EXPECT_EQ(readBuffers({{48000, 2, {}}}, 2).log, "! The sound track is empty: the movie gets no sound.");
+    EXPECT_EQ(read({}, 2).log, "No sound track: the movie gets no sound.");
 }
 
 TEST(AudioReader, keepsWhatCameBeforeDamage) {

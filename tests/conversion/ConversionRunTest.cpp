@@ -167,8 +167,11 @@ protected:
     std::string output = folder.file("film.zeb");
     FakeLibrary library;
     std::vector<std::string> reports;
-    ConversionCallbacks callbacks{
-        [this](const std::string& text, double) { reports.push_back(text); }, {}, {}, {}};
+    ConversionCallbacks callbacks{[this](const std::string& text, double) { reports.push_back(text); },
+                                  {},
+                                  {},
+                                  {},
+                                  [this](const std::string& text) { reports.push_back("! " + text); }};
 };
 
 TEST_F(ConversionRunTest, bytesDependOnSourceAndSettingsOnly) {
@@ -198,9 +201,8 @@ TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
     // The first in its second comes after that second's line.
     ASSERT_EQ(reports.size(), 6u + 2 + 6);
     for (const auto& [report, time] : {std::pair(5, "1.000"), {6, "1.100"}, {9, "2.498"}}) {
-        EXPECT_EQ(
-            reports[static_cast<std::size_t>(report)],
-            std::string("Warnung: Frame-Grab fehlgeschlagen (t=") + time + "s). Wiederhole letztes Frame.");
+        EXPECT_EQ(reports[static_cast<std::size_t>(report)],
+                  std::string("! No picture at ") + time + " s: the frame before it is repeated.");
     }
     // There is nothing to repeat before the first.
     takeFilm([](double, const IsCancelled&) { return std::make_shared<FakePicture>(0, false); });
