@@ -176,13 +176,13 @@ void Encoding::checkOutput() const {
     if (fs::exists(target) && !fs::is_regular_file(target))
         throw OutputRefused::because(output, {"error_not_ordinary_file"});
     if (files::kindOf(output) && !m_arguments.force) {
-        throw OutputRefused::because(output, {"error_output_exists"});
+        throw OutputRefused::because(output, {"error_refused_exists"});
     }
     std::string folder = folderOf(output);
     if (makesFolder() && !files::kindOf(folder)) folder = folderOf(folder);
     if (!fs::is_directory(folder, ignored)) {
         const char* key =
-            files::kindOf(folder) ? "error_output_no_folder_format" : "error_output_missing_folder_format";
+            files::kindOf(folder) ? "error_refused_no_folder_format" : "error_refused_missing_folder_format";
         throw OutputRefused::because(output, {key, {folder}});
     }
     if (access(folder.c_str(), W_OK | X_OK) != 0) throw FileError(output, errno);

@@ -13,6 +13,7 @@
 #include "conversion/NumberedName.h"
 #include "format/ZEBConverterError.h"
 #include "platform/FileManager.h"
+#include "platform/LocalizedText.h"
 
 namespace zeb::cli {
 namespace {
@@ -94,7 +95,8 @@ void Exporting::checkOutput() const {
 }
 
 void Exporting::checkFree(const std::string& path) const {
-    if (files::isSameFile(m_job.input, path)) throw OutputRefused::because(path, {"error_output_is_movie"});
+    if (files::isSameFile(m_job.input, path))
+        throw OutputRefused::because(path, {"error_refused_movie_itself"});
     std::error_code ignored;
     const fs::file_status target = fs::status(path, ignored);
     if (fs::is_directory(target)) throw FileError(path, EISDIR);
@@ -102,7 +104,7 @@ void Exporting::checkFree(const std::string& path) const {
     if (fs::exists(target) && !fs::is_regular_file(target))
         throw OutputRefused::because(path, {"error_not_ordinary_file"});
     if (files::kindOf(path) && !m_job.settings.replaces)
-        throw OutputRefused::because(path, {"error_output_exists"});
+        throw OutputRefused::because(path, {"error_refused_exists"});
 }
 
 void Exporting::checkPictures(const ExportPlan& plan) const {
@@ -118,7 +120,7 @@ void Exporting::checkPictures(const ExportPlan& plan) const {
 void Exporting::reportPlan(const ExportPlan& plan) {
     const ZEBHeader& header = plan.header;
     if (m_job.settings.interpretation != ExportSettings().interpretation && header.mode != 32)
-        m_reporter.warned("--interpretation has no effect in Mode " + std::to_string(header.mode));
+        m_reporter.warned(localizedText("warning_no_interpretation_format", {std::int64_t{header.mode}}));
     Settings settings;
     settings.title = header.title;
     settings.qlModeNumber = header.mode;

@@ -57,9 +57,9 @@ void repairInPlace(const std::string& path) {
 
 void repairInto(const std::string& path, const std::string& output, bool replaces) {
     if (files::isSameFile(path, output))
-        throw OutputRefused::because(output, {"error_output_is_repaired_movie"});
+        throw OutputRefused::because(output, {"error_refused_repaired_movie"});
     const auto standing = files::kindOf(output);
-    if (standing && !replaces) throw OutputRefused::because(output, {"error_output_exists"});
+    if (standing && !replaces) throw OutputRefused::because(output, {"error_refused_exists"});
     if (standing && *standing != files::Kind::regular && *standing != files::Kind::symbolicLink)
         throw OutputRefused::because(output, {"error_not_ordinary_file"});
     const auto source = openForReading(path);

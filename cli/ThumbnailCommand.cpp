@@ -51,7 +51,7 @@ void writePicture(const FrameImage& image, const std::string& path) {
 
 ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
     if (files::isSameFile(arguments.input, arguments.output)) {
-        console.complain(errorText(OutputRefused::because(arguments.output, {"error_output_is_movie"})));
+        console.complain(errorText(OutputRefused::because(arguments.output, {"error_refused_movie_itself"})));
         return ExitCode::unwritableOutput;
     }
     std::optional<FrameImage> image;

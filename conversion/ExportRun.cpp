@@ -394,7 +394,7 @@ ExportResult Run::exportFilm() {
     StagedOutput stage(folderOf(m_output));
     const auto file = stage.create(nameOf(m_output));
     const auto film = m_library.beginFilm(*file, parameters);
-    log(film->description());
+    log(localizedText(film->description()));
     std::int64_t done = 0;
     bool hasOtherSizes = false;
     forEachFrame(

@@ -61,7 +61,7 @@ public:
 
     virtual std::uint64_t bytesWritten() const = 0;
     /// How it is encoded, for a log.
-    virtual std::string description() const = 0;
+    virtual KeyedText description() const = 0;
 };
 
 /// The encoders of this system. Callable from any thread.

@@ -57,14 +57,17 @@ public:
 
     std::uint64_t bytesWritten() const override { return m_muxer.bytesWritten(); }
 
-    std::string description() const override {
+    KeyedText description() const override {
         const AVCodecContext& pictures = m_pictures.stream().context();
-        std::string text = "pictures by " + std::string(pictures.codec->name) + " (" +
-                           av_get_pix_fmt_name(pictures.pix_fmt) + ", " + std::to_string(pictures.width) +
-                           "x" + std::to_string(pictures.height) + ")";
-        if (!m_sound) return text + ", no sound";
+        KeyedText text{"log_film_silent_format",
+                       {std::string(pictures.codec->name), std::string(av_get_pix_fmt_name(pictures.pix_fmt)),
+                        std::int64_t{pictures.width}, std::int64_t{pictures.height}}};
+        if (!m_sound) return text;
         const AVCodecContext& sound = m_sound->stream().context();
-        return text + ", sound by " + sound.codec->name + " (" + std::to_string(sound.sample_rate) + " Hz)";
+        text.key = "log_film_format";
+        text.arguments.emplace_back(sound.codec->name);
+        text.arguments.emplace_back(std::int64_t{sound.sample_rate});
+        return text;
     }
 
 private:

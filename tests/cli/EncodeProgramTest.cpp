@@ -100,7 +100,7 @@ TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
     fs::create_symlink("a.mov", m_folder.file("soft.zeb"));
     for (const std::string output : {"a.mov", "soft.zeb"}) {
         expectFailure({"encode", "a.mov", "-o", output, "--force"}, 4,
-                      "a.mov: Kann Ausgabedatei nicht erstellen: " + output + "\n");
+                      "a.mov: The output file cannot be created: " + output + "\n");
         EXPECT_EQ(contents(m_folder.file("a.mov")), before);
     }
 }

@@ -42,6 +42,33 @@ TEST_F(InfoProgram, ShowsEveryFileAndGoesOnAfterAFailure) {
     EXPECT_THAT(result.error, HasSubstr("zeb: text.zeb: Not a ZEB1 file\n"));
 }
 
+TEST_F(InfoProgram, FollowsTheLanguageOfTheEnvironment) {
+    store(m_folder.file("text.mp4"), "no film\n");
+    store(m_folder.file("text.zeb"), "no movie\n");
+    const struct {
+        std::vector<std::string> arguments;
+        const char* english;
+        const char* german;
+    } cases[] = {
+        {{"info", "text.zeb"}, "zeb: text.zeb: Not a ZEB1 file\n", "zeb: text.zeb: Kein ZEB1-File\n"},
+        {{"verify", "gone.zeb"},
+         "zeb: gone.zeb: No such file or directory\n",
+         "zeb: gone.zeb: Datei oder Ordner nicht gefunden\n"},
+        {{"encode", "text.mp4", "-o", "n.zeb"},
+         "zeb: text.mp4: This is not a video file that can be read\n",
+         "zeb: text.mp4: Das ist keine Videodatei, die sich lesen lässt\n"},
+        {{"export", "text.zeb", "-o", "n.mp4"},
+         "zeb: text.zeb: Not a ZEB1 file\n",
+         "zeb: text.zeb: Kein ZEB1-File\n"},
+    };
+    for (const auto& [arguments, english, german] : cases) {
+        m_options.environment = {"LC_ALL=C"};
+        EXPECT_EQ(zeb(arguments).error, english);
+        m_options.environment = {"LC_ALL=de_DE.UTF-8", "LANGUAGE="};
+        EXPECT_EQ(zeb(arguments).error, german);
+    }
+}
+
 TEST_F(InfoProgram, SpeaksJson) {
     store(m_folder.file("torn.zeb"), golden::unfinishedMovie());
     EXPECT_EQ(nlohmann::json::parse(zeb({"info", "--json", "torn.zeb"}).out), nlohmann::json::parse(R"({
@@ -149,7 +176,7 @@ TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
         expectFailure({"thumbnail", wrong, "a.png"}, 3, wrong);
     expectFailure({"thumbnail", "a.zeb", "nowhere/picture/a.png"}, 4, "");
     expectFailure({"thumbnail", "a.zeb", "a.png", "--size", "0"}, 2, "");
-    expectFailure({"thumbnail", "a.zeb", "./a.zeb"}, 4, "would replace the movie");
+    expectFailure({"thumbnail", "a.zeb", "./a.zeb"}, 4, "is the movie itself");
     EXPECT_EQ(contents(m_folder.file("a.png")), "old");
 
     EXPECT_EQ(zeb({"thumbnail", "a.zeb", "a.png", "--size", "48"}).exitCode, 0);

@@ -196,7 +196,7 @@ class PlayerTest(DesktopTest):
         for path in (self.folder / "missing.zeb", folder, pipe, text):
             with self.subTest(path.name):
                 application = self.start(path)
-                application.find("label", re.compile("^Fehler: "))
+                application.find("label", re.compile("^Error: "))
                 await_equal(self.desktop.active_title, path.stem)
                 self.desktop.keys("Escape")
                 self.assertEqual(application.await_end(), 0)

@@ -128,19 +128,19 @@ TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
     }
     script->broken = {5};
     model->seek(5);
-    EXPECT_EQ(status(), "Fehler: EOF");
+    EXPECT_EQ(status(), "Error: EOF");
     EXPECT_EQ(shownFrame(), 8) << "the picture stays";
     model->seek(6);
     EXPECT_EQ(status(), description);
 
     script->headerIsBroken = true;
     model->open("clip.zeb");
-    EXPECT_EQ(status(), "Fehler: Kein ZEB1-File");
+    EXPECT_EQ(status(), "Error: Kein ZEB1-File");
     script->headerIsBroken = false;
     script->undecodable = {0};
     model->open("clip.zeb");
     EXPECT_FALSE(model->image());
-    EXPECT_EQ(status(), description + " • (kein Frame dekodierbar)");
+    EXPECT_EQ(status(), description + " • (no frame can be decoded)");
 }
 
 TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
@@ -184,7 +184,7 @@ TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotToAndEndsWithAnError) {
     script->broken = {3};
     model->seek(0);
     playToTheEnd();
-    EXPECT_EQ(status(), "Fehler: EOF");
+    EXPECT_EQ(status(), "Error: EOF");
     EXPECT_EQ(model->displayedFrameIndex(), 2);
 }
 

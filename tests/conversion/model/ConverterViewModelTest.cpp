@@ -72,7 +72,7 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     settle();
     EXPECT_EQ(model->sourceInfo(), (SourceInfo{1920, 1080, 25}));
     EXPECT_THAT(model->audioTrackLabels(),
-                ElementsAre("Spur 1 · Stereo · 48.0 kHz · aac ", "Spur 2 · 44.1 kHz · 0x00000001"));
+                ElementsAre("Track 1 · Stereo · 48.0 kHz · aac ", "Track 2 · 44.1 kHz · 0x00000001"));
     Settings expected{.title = "holiday", .width = 1920, .height = 1080, .fps = 25};
     EXPECT_EQ(model->settings()->value(), expected);
 
@@ -170,9 +170,9 @@ TEST_F(ConverterViewModelTest, RunThatFails) {
         throw ZEBConverterError::noVideoTrack();
     };
     startAndSettle();
-    EXPECT_EQ(model->lastError(), "Kein Video-Track gefunden.");
+    EXPECT_EQ(model->lastError(), "There is no video track.");
     EXPECT_EQ(status(), localizedText("status_error"));
-    EXPECT_THAT(log(), HasSubstr("Kein Video-Track gefunden."));
+    EXPECT_THAT(log(), HasSubstr("There is no video track."));
     EXPECT_FALSE(model->isRunning());
     EXPECT_FALSE(model->cancelledOutputPendingDeletion()) << "only a cancelled run's file is asked about";
 
