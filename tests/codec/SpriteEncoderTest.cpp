@@ -102,6 +102,11 @@ TEST(SpriteEncoder, EachModeDrawsInItsColourSpaceAndTakesTheSmallestSides) {
     EXPECT_EQ(Bytes(mode4.begin() + 4, mode4.begin() + 8), (Bytes{0, 8, 0, 1}));
     EXPECT_EQ(Bytes(mode4.begin() + 32, mode4.end()), (Bytes{0xFF, 0xFF, 0, 0}));
     EXPECT_EQ(encoder.encodeMode32Sprite(pixel, -5, 0).size(), 35U);
+    for (const auto& [width, height] : {std::pair{3, 0}, {0, 3}, {3, 1}, {1, 3}}) {
+        const Bytes three = synthetic::flat(3, 1, 255, 255, 255);
+        EXPECT_EQ(encoder.packRGB565(three, width, height).size(), 6U);
+        EXPECT_EQ(encoder.renderRGBA(TestPicture(three), width, height).size(), 12U);
+    }
 }
 
 TEST(SpriteEncoder, ReportsBitmapsThatCannotBeMade) {
