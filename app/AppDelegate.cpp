@@ -6,6 +6,7 @@
 
 #include "app/AppActionParsing.h"
 #include "app/OpenedURLs.h"
+#include "ui/MovieName.h"
 
 namespace zeb {
 
@@ -38,7 +39,11 @@ void AppDelegate::open(const QStringList& requests, Maker maker) {
     if (isForConverter || (files.empty() && !isForPlayer)) m_services.scenes.showConverter();
 }
 
-void AppDelegate::applicationOpenURLs(const std::vector<URL>& urls, Maker maker) {
+void AppDelegate::applicationOpenURLs(std::vector<URL> urls, Maker maker) {
+    // The converter's window tells of a movie that is not there, and stays in sight then.
+    const auto missing = std::erase_if(
+        urls, [this](const URL& url) { return namesMovie(url) && !m_services.content.findsMovie(url); });
+    if (missing > 0) maker = Maker::shown;
     routeOpenedURLs(
         urls, m_services.mainActor,
         [this, maker](const URL& url, bool hideMaker) {

@@ -22,6 +22,7 @@ public:
     /// All of it outlives this.
     struct Services {
         Scenes& scenes;
+        ContentViewModel& content;
         ZEBPlayerWindowManager& players;
         AppActionRouter& appActions;
         MainActor& mainActor;
@@ -33,7 +34,7 @@ public:
     void open(const QStringList& requests, Maker maker);
 
 private:
-    void applicationOpenURLs(const std::vector<URL>& urls, Maker maker);
+    void applicationOpenURLs(std::vector<URL> urls, Maker maker);
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     Services m_services;

@@ -296,15 +296,24 @@ void ContentViewModel::playMovie() {
 
 void ContentViewModel::openZEBFile(const URL& url, bool hideMaker) {
     const URL movie = url.standardizedFileURL();
-    // What is not in this computer's file system is never looked for elsewhere.
-    std::error_code ignored;
-    if (!movie.isFileURL() || !std::filesystem::exists(movie.path(), ignored)) {
-        const std::string name = movie.isFileURL() ? movie.path() : movie.text();
-        vm()->setLastError(localizedText("error_zeb_missing_format", {name}));
-        return m_services.showConverter();
-    }
+    if (!findsMovie(movie)) return;
     m_services.sounds.play(SoundEffect::nowEstablishingDatalink);
     m_services.openPlayer(movie, hideMaker);
+}
+
+bool ContentViewModel::findsMovie(const URL& url) {
+    const URL movie = url.standardizedFileURL();
+    // What is not in this computer's file system is never looked for elsewhere. Why a file cannot be seen is
+    // said by its player.
+    std::error_code ignored;
+    if (movie.isFileURL() &&
+        std::filesystem::status(movie.path(), ignored).type() != std::filesystem::file_type::not_found) {
+        return true;
+    }
+    const std::string name = movie.isFileURL() ? movie.path() : movie.text();
+    vm()->setLastError(localizedText("error_zeb_missing_format", {name}));
+    m_services.showConverter();
+    return false;
 }
 
 void ContentViewModel::takeDroppedURLs(const QList<QUrl>& urls) {

@@ -113,6 +113,8 @@ public:
     /// The question about the unfinished movie was left without an answer.
     Q_INVOKABLE void dismissCancelledOutputQuestion();
     void openZEBFile(const URL& url, bool hideMaker);
+    /// Whether there is a file for a player; says so in the converter's window when there is none.
+    bool findsMovie(const URL& url);
     void handleAppAction(const AppAction& action);
 
 signals:

@@ -307,7 +307,7 @@ class ConverterTest(DesktopTest):
 
     def test_a_request_for_what_is_not_there(self):
         application = self.start(f"zebmaker://play?url={quote((self.folder / 'none.zeb').as_uri(), safe='')}")
-        self.dismiss_splash(application)
+        # In sight at once, without the welcome picture over it.
         application.find("label", re.compile("^This movie does not exist: .*none.zeb"))
 
     def test_tab_order(self):
