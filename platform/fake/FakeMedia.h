@@ -93,6 +93,7 @@ struct FakeRecord {
     std::optional<GrabSchedule> schedule;
     std::vector<double> grabTimes;
     std::vector<double> nearbyTimes;
+    std::vector<std::string> opened;        ///< the films' names
     std::vector<std::size_t> soundReaders;  ///< the track of each one made
 };
 
@@ -199,6 +200,8 @@ public:
         if (isCancelled()) throw MediaError::wasInterrupted();
         const auto film = m_films.find(path);
         if (film == m_films.end()) throw MediaError(MediaError::cannotOpen, {"No such film."});
+        const std::lock_guard lock(m_record->mutex);
+        m_record->opened.push_back(path);
         return std::make_shared<FakeAsset>(film->second, m_record);
     }
 
