@@ -91,7 +91,7 @@ int main(int argc, char** argv) {
 
     const zeb::LaunchArguments arguments = zeb::readLaunchArguments();
     zeb::SingleInstance instance(runtimeFolder(), "zebmaker");
-    if (!instance.isFirst(arguments.requests)) return 0;
+    if (!instance.isFirst(arguments.message())) return 0;
 
     zeb::chooseRenderer();
     QQuickStyle::setStyle("ZEBStyle");
@@ -136,15 +136,14 @@ int main(int argc, char** argv) {
     players = &playerWindows;
     services.panels.setSurroundings([&windows] { return windows.windowForPanels(); },
                                     [&engine] { return zeb::dialogPalette(engine); });
-    zeb::AppDelegate delegate({windows, content, playerWindows, appActions, services.mainActor});
+    zeb::AppDelegate delegate({content, windows, playerWindows, appActions, services.mainActor});
     QObject::connect(&engine, &QQmlEngine::quit, &windows, &zeb::Scenes::quit);
     QObject::connect(&instance, &zeb::SingleInstance::requested, &delegate,
-                     [&delegate](const QStringList& requests) {
-                         delegate.open(requests, zeb::AppDelegate::Maker::hidden);
+                     [&delegate](const QStringList& message) {
+                         delegate.open(zeb::LaunchArguments::fromMessage(message));
                      });
 
     appear();
-    delegate.open(arguments.requests,
-                  arguments.showMaker ? zeb::AppDelegate::Maker::shown : zeb::AppDelegate::Maker::hidden);
+    delegate.open(arguments);
     return QApplication::exec();
 }

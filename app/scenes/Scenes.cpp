@@ -114,7 +114,9 @@ void Scenes::quit() {
 }
 
 bool Scenes::mayCloseConverter() {
-    if (!m_services.content.vm()->isRunning()) return true;
+    ConverterViewModel& converter = *m_services.content.vm();
+    if (converter.isWaiting()) converter.cancel();
+    if (!converter.isRunning()) return true;
     setAskingToQuit(true);
     return false;
 }

@@ -105,12 +105,13 @@ void ZEBPlayerWindowManager::hideMakerWindows(QQuickWindow* kept) {
     orderOutMakerWindows(kept);
     // A desktop may bring a converter window forward again while the new one is being activated.
     for (const int milliseconds : {100, 400, 900}) {
-        m_services.player.mainActor.postAfter(std::chrono::milliseconds(milliseconds),
-                                              [this, kept = QPointer(kept), alive = std::weak_ptr(m_alive)] {
-                                                  if (alive.expired() || !kept) return;
-                                                  orderOutMakerWindows(kept);
-                                                  bringForward(*kept);
-                                              });
+        m_services.player.mainActor.postAfter(
+            std::chrono::milliseconds(milliseconds),
+            [this, kept = QPointer(kept), hides = std::weak_ptr(m_hidesMaker)] {
+                if (hides.expired() || !kept) return;
+                orderOutMakerWindows(kept);
+                bringForward(*kept);
+            });
     }
 }
 
@@ -121,7 +122,12 @@ void ZEBPlayerWindowManager::orderOutMakerWindows(const QWindow* kept) {
     }
 }
 
+void ZEBPlayerWindowManager::stopHidingMaker() {
+    m_hidesMaker = std::make_shared<const bool>(true);
+}
+
 void ZEBPlayerWindowManager::showMaker() {
+    stopHidingMaker();
     for (QWindow* window : QGuiApplication::topLevelWindows()) {
         if (isProperWindow(*window) && window->objectName() != playerWindowName) return bringForward(*window);
     }

@@ -46,6 +46,8 @@ public:
     /// opens the file again if it has changed since. With `hideMaker` all windows that are no player windows
     /// go, and are brought back by `showMaker` only.
     void openPlayer(const URL& url, bool hideMaker);
+    /// Ends what `hideMaker` has begun: a converter window that is shown from now on stays.
+    void stopHidingMaker();
     /// Brings a converter window forward.
     void showMaker();
 
@@ -65,7 +67,7 @@ private:
     Services m_services;
     std::map<std::string, Player> m_windows;  ///< by the movie's standardised URL
     QPointer<QQuickWindow> m_makerWindow;
-    std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
+    std::shared_ptr<const bool> m_hidesMaker = std::make_shared<const bool>(true);  ///< while it lives
 };
 
 }  // namespace zeb
