@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <future>
 #include <new>
+#include <set>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
@@ -126,6 +127,7 @@ TEST_F(ErrorTextTest, EveryCaseHasATextOfItsOwnInEachLanguage) {
         errors.push_back(ZEBWriterError::valueOutOfRange(label, 1));
         EXPECT_EQ(in("en", errors.back()), errors.back().what());
     }
+    std::set<std::string> systemTexts;
     for (const int number :
          {EPERM,        ENOENT,    EINTR,  EIO,     ENXIO,  EBADF,   EAGAIN,    ENOMEM,
           EACCES,       EBUSY,     EEXIST, EXDEV,   ENODEV, ENOTDIR, EISDIR,    EINVAL,
@@ -133,6 +135,9 @@ TEST_F(ErrorTextTest, EveryCaseHasATextOfItsOwnInEachLanguage) {
           ENAMETOOLONG, ENOTEMPTY, ELOOP,  ENOTSUP, EDQUOT, ESTALE,  ETIMEDOUT, EOVERFLOW}) {
         errors.push_back(FileError("/a.zeb", number));
         EXPECT_NE(systemErrorText(number).key, "error_system_other_format") << number;
+        // Two say the same of devices, and two of open files.
+        if (number != ENODEV && number != EMFILE)
+            EXPECT_TRUE(systemTexts.insert(in("en", errors.back())).second) << number;
     }
     for (const LocalizableError& error : errors) {
         const std::string english = in("en", error);
