@@ -82,7 +82,7 @@ TEST(MovieCheck, FindsTheFirstFault) {
         std::size_t offset;
         std::string text;
     } cases[] = {
-        {set(7, {29}), 4, "Header zu kurz"},
+        {set(7, {29}), 4, "the header is too short"},
         {set(7, {39}), 4, "the header size leaves a part of an index entry"},
         {set(fields - 1, {1}), fields - 1, "the byte behind the title is not 0"},
         {set(fields, {0, 0}), fields, "the width is 0"},

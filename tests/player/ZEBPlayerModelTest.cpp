@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "format/ZEBFormatError.h"
 #include "platform/FileHandle.h"
 #include "platform/LocalizedText.h"
 #include "platform/fake/HandDrivenClock.h"
@@ -45,7 +46,7 @@ public:
 
     const ZEBHeader& readHeader() override {
         if (m_script->isMissing) throw FileError("clip.zeb", ENOENT);
-        if (m_script->headerIsBroken) throw std::runtime_error("Kein ZEB1-File");
+        if (m_script->headerIsBroken) throw ZEBFormatError::notAMovie();
         return m_script->header;
     }
     std::optional<FrameImage> nextFrame(bool loop) override {
@@ -142,7 +143,7 @@ TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
 
     script->headerIsBroken = true;
     model->open("clip.zeb");
-    EXPECT_EQ(status(), "Error: Kein ZEB1-File");
+    EXPECT_EQ(status(), "Error: Not a ZEB1 file");
     EXPECT_FALSE(model->image());
     script->isMissing = true;
     model->open("clip.zeb");
