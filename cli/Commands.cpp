@@ -14,7 +14,7 @@ namespace zeb::cli {
 std::span<const Command> commands() {
     static constexpr std::array table = {
         Command{"encode", "Convert video files into ZEB movies", declareEncode},
-        Command{"play", "Play ZEB movies in the application", declarePlay},
+        Command{"play", "Play ZEB movies in the application", declarePlay, OnInterrupt::end},
         Command{"info", "Show what ZEB movies contain", declareInfo},
         Command{"verify", "Check ZEB movies against every rule of the format", declareVerify},
         Command{"repair", "Make a finished movie of one that was cut short", declareRepair},

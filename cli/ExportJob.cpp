@@ -110,7 +110,9 @@ ExportJob planExport(const ExportArguments& arguments) {
     if (settings.to && *settings.to <= settings.from) throw UsageError("--to does not lie after --from");
     if (isSingle && !isPNG) throw UsageError("--frame and --at make a PNG picture and nothing else");
     if (isPNG) {
-        const bool isNumbered = NumberedName::parse(fs::path(job.output).filename()).has_value();
+        // The name of the one picture in a folder is FILE's, whatever that holds.
+        const bool isNumbered =
+            !(isFolder && isSingle) && NumberedName::parse(fs::path(job.output).filename()).has_value();
         if (!isNumbered && !isSingle) {
             throw UsageError("--output: \"" + arguments.output +
                              "\" names one picture: choose it with --frame or --at, or put a number into "

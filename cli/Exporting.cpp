@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <system_error>
 
@@ -71,7 +72,7 @@ void Exporting::exportMovie() {
         summary.size = {result.plan.width, result.plan.height};
         summary.frames = result.plan.frames;
     }
-    summary.seconds = roundedSeconds(result.plan);
+    summary.seconds = std::llround(result.seconds);
     summary.bytes = result.bytes;
     summary.elapsedSeconds = elapsed.count();
     m_reporter.finished(summary);

@@ -65,11 +65,14 @@ bool isCannotCreate() {
     }
 }
 
+std::string naming(const std::string& file, const std::string& text) {
+    return text.starts_with(file + ": ") ? text : file + ": " + text;
+}
+
 }  // namespace
 
 std::string textNaming(const std::string& file, const std::exception& error) {
-    const std::string text = errorText(error);
-    return text.starts_with(file + ": ") ? text : file + ": " + text;
+    return naming(file, errorText(error));
 }
 
 Failure describeCurrentFailure() {
@@ -79,6 +82,12 @@ Failure describeCurrentFailure() {
         isCannotCreate()};
     // The texts are joined with what became of the output.
     if (failure.text.ends_with('.')) failure.text.pop_back();
+    return failure;
+}
+
+Failure describeFailureOf(const std::string& file) {
+    Failure failure = describeCurrentFailure();
+    failure.text = naming(file, failure.text);
     return failure;
 }
 

@@ -32,4 +32,7 @@ std::string textNaming(const std::string& file, const std::exception& error);
 /// Describes the exception that is being handled. To be called in a catch block only.
 Failure describeCurrentFailure();
 
+/// The same for an error met with `file`, which the text names.
+Failure describeFailureOf(const std::string& file);
+
 }  // namespace zeb::cli

@@ -8,8 +8,8 @@
 #include "cli/Failure.h"
 #include "cli/InfoText.h"
 #include "cli/Interruption.h"
+#include "conversion/MovieInput.h"
 #include "format/MovieFacts.h"
-#include "platform/FileHandle.h"
 
 namespace zeb::cli {
 namespace {
@@ -23,14 +23,16 @@ ExitCode info(const InfoArguments& arguments, Console& console) {
     ExitCode result = ExitCode::done;
     const char* separator = "";
     for (const std::string& file : arguments.files) {
-        if (isInterrupted()) return ExitCode::interrupted;
         try {
-            const MovieFacts facts = readMovieFacts(*openForReading(file));
+            MovieInput input(file, isInterrupted);
+            const MovieFacts facts = readMovieFacts(input);
             console.write(arguments.json ? infoJson(file, facts) : separator + infoText(file, facts));
             separator = "\n";
-        } catch (const std::exception& error) {
-            console.complain(textNaming(file, error));
-            result = ExitCode::unreadableInput;
+        } catch (...) {
+            const Failure failure = describeFailureOf(file);
+            console.complain(failure.text);
+            if (failure.exitCode == ExitCode::interrupted) return failure.exitCode;
+            if (result == ExitCode::done) result = failure.exitCode;
         }
         // Nobody reads on: `zeb info *.zeb | head`, or the disk is full.
         if (!console.outIsGood()) return ExitCode::unwritableOutput;

@@ -19,16 +19,12 @@ extern "C" void noteInterruption(int) {
 
 void requestStopOn(int signal) {
     struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) return;
     action.sa_handler = noteInterruption;
     sigemptyset(&action.sa_mask);
     // Reset: the second signal gets the system's default. Restart: writes of the movie are not cut into.
     action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
     sigaction(signal, &action, nullptr);
-}
-
-bool isIgnored(int signal) {
-    struct sigaction action {};
-    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 }  // namespace
@@ -38,11 +34,13 @@ void prepareProcess() noexcept {
         // The lowest free number is taken, which is this one.
         if (fcntl(descriptor, F_GETFD) == -1) static_cast<void>(open("/dev/null", O_RDWR));
     }
-    requestStopOn(SIGINT);
-    requestStopOn(SIGTERM);
-    if (!isIgnored(SIGHUP)) requestStopOn(SIGHUP);
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
+}
+
+void stopOnSignals() noexcept {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        requestStopOn(signal);
 }
 
 bool isInterrupted() noexcept {

@@ -5,6 +5,7 @@
 #include <CLI/Formatter.hpp>
 
 #include "cli/Command.h"
+#include "cli/Interruption.h"
 
 namespace zeb::cli {
 
@@ -20,7 +21,14 @@ std::unique_ptr<CLI::App> makeParser(Console& console, std::function<ExitCode()>
     program->get_formatter()->column_width(28);
     for (const Command& command : commands()) {
         CLI::App* parser = program->add_subcommand(command.name, command.summary);
-        parser->callback([&run, action = command.declare(*parser, console)] { run = action; });
+        const auto action = command.declare(*parser, console);
+        const auto polling = [action] {
+            stopOnSignals();
+            return action();
+        };
+        parser->callback([&run, chosen = command.onInterrupt == OnInterrupt::poll
+                                             ? std::function<ExitCode()>(polling)
+                                             : action] { run = chosen; });
     }
     return program;
 }

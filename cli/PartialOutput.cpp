@@ -3,8 +3,10 @@
 #include <sys/stat.h>
 
 #include "cli/Text.h"
+#include "format/MovieDamageError.h"
 #include "format/MovieFacts.h"
 #include "format/PartialFile.h"
+#include "platform/ErrorText.h"
 #include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
 
@@ -38,6 +40,8 @@ PartialOutput::Outcome PartialOutput::settle() const {
         seconds = finishPartialFile(m_path);
     } catch (const FileError& error) {
         return {0, m_path + " stays unfinished (" + localizedText(error.reasonText()) + ")"};
+    } catch (const MovieDamageError& error) {
+        return {0, m_path + " stays unfinished (" + errorText(error) + ")"};
     } catch (const std::exception&) {
         // Not even its header was written.
     }

@@ -6,16 +6,15 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "cli/Failure.h"
 #include "cli/Interruption.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
+#include "conversion/MovieInput.h"
+#include "format/MovieDamageError.h"
 #include "format/MovieFacts.h"
 #include "format/PartialFile.h"
-#include "format/ZEBConverterError.h"
-#include "format/ZEBFormatError.h"
 #include "platform/ErrorText.h"
 #include "platform/FileManager.h"
 #include "platform/StagedOutput.h"
@@ -32,7 +31,6 @@ struct RepairArguments {
 /// There is nothing to make a movie of. The text names the file.
 class UnusableInput : public LocalizableError {
 public:
-    explicit UnusableInput(const LocalizableError& error) : LocalizableError(error) {}
     UnusableInput(const std::string& path, const KeyedText& reason)
         : UnusableInput(KeyedText{"error_file_format", {path, reason}}) {}
 
@@ -40,64 +38,61 @@ private:
     explicit UnusableInput(const KeyedText& text) : LocalizableError(englishText(text), text) {}
 };
 
-void copy(ReadableFile& from, WritableFile& to) {
-    constexpr std::size_t pieceSize = 1 << 20;
-    std::vector<std::uint8_t> piece(pieceSize);
-    std::uint64_t position = 0;
-    while (const std::size_t count = from.readAt(position, piece)) {
-        if (isInterrupted()) throw ZEBConverterError::cancelled();
-        to.write(std::span(piece).first(count));
-        position += count;
-    }
+void repairInPlace(PartialFile& movie, const std::string& path) {
+    // A file that is right already need not even be writable.
+    if (movie.isComplete()) return;
+    const auto target = openForUpdating(path);
+    movie.finish(*target);
+    target->close();
 }
 
-void repairInPlace(const std::string& path) {
-    finishPartialFile(path);
-}
-
-void repairInto(const std::string& path, const std::string& output, bool replaces) {
+void repairInto(PartialFile& movie, const std::string& path, const std::string& output, bool replaces) {
     if (files::isSameFile(path, output))
         throw OutputRefused::because(output, {"error_refused_repaired_movie"});
     const auto standing = files::kindOf(output);
     if (standing && !replaces) throw OutputRefused::because(output, {"error_refused_exists"});
     if (standing && *standing != files::Kind::regular && *standing != files::Kind::symbolicLink)
         throw OutputRefused::because(output, {"error_not_ordinary_file"});
-    const auto source = openForReading(path);
     const std::filesystem::path place(output);
     if (!place.parent_path().empty() && !std::filesystem::is_directory(place.parent_path()))
         throw FileError(output, ENOENT);
     StagedOutput stage(place.parent_path());
     const auto target = stage.create(place.filename());
-    copy(*source, *target);
-    finishPartialFile(*source, *target);
+    movie.copyWholeSeconds(*target);
     target->close();
     stage.commit(replaces ? StagedOutput::Existing::replace : StagedOutput::Existing::keep);
 }
 
+/// What of the movie did not get into the repaired one.
+std::string lossText(const MovieFacts& before) {
+    std::string text;
+    if (const auto& damage = before.damage) {
+        text += "; second " + std::to_string(damage->firstSecond);
+        if (damage->seconds > 1)
+            text += " and " + countText(damage->seconds - 1, "other damaged second", "other damaged seconds");
+        text += " left out";
+    }
+    if (before.end < before.fileSize)
+        text += "; " + byteText(before.fileSize - before.end) + " behind the last whole second cut off";
+    return text;
+}
+
 void run(const RepairArguments& arguments, Console& console) {
     const std::string& file = arguments.file;
-    MovieFacts before;
-    try {
-        before = readMovieFacts(*openForReading(file));
-    } catch (const FileError& error) {
-        throw UnusableInput(error);
-    } catch (const ZEBFormatError& error) {
-        throw UnusableInput(file, error.text());
-    }
+    MovieInput source(file, isInterrupted);
+    PartialFile movie(source);
+    const MovieFacts before = movie.facts();
     if (before.wholeSeconds == 0 && !before.isFinished) throw UnusableInput(file, {"error_no_whole_second"});
-    const std::string result = arguments.output.value_or(file);
     if (arguments.output) {
-        repairInto(file, result, arguments.force);
+        repairInto(movie, file, *arguments.output, arguments.force);
     } else {
-        repairInPlace(file);
+        repairInPlace(movie, file);
     }
+    const std::string result = arguments.output.value_or(file);
     const MovieFacts after = readMovieFacts(*openForReading(result));
-    console.writeLine(
-        result + ": " + countText(after.wholeFrames, "frame", "frames") + ", " +
-        durationText(static_cast<double>(after.wholeSeconds)) + ", " + byteText(after.fileSize) +
-        (after.fileSize < before.fileSize
-             ? "; " + byteText(before.fileSize - after.fileSize) + " behind the last whole second cut off"
-             : ""));
+    console.writeLine(result + ": " + countText(after.wholeFrames, "frame", "frames") + ", " +
+                      durationText(static_cast<double>(after.wholeSeconds)) + ", " +
+                      byteText(after.fileSize) + lossText(before));
 }
 
 ExitCode repair(const RepairArguments& arguments, Console& console) {
@@ -109,9 +104,13 @@ ExitCode repair(const RepairArguments& arguments, Console& console) {
     } catch (const UnusableInput& error) {
         console.complain(errorText(error));
         return ExitCode::unreadableInput;
+    } catch (const MovieDamageError& error) {
+        console.complain(localizedText("error_repair_loses_seconds_format", {arguments.file, error.text()}));
+        return ExitCode::conversionFailed;
     } catch (...) {
         const Failure failure = describeCurrentFailure();
-        console.complain(failure.text);
+        const bool namesOutput = arguments.output && failure.text.starts_with(*arguments.output + ": ");
+        console.complain(namesOutput ? failure.text : describeFailureOf(arguments.file).text);
         return failure.exitCode;
     }
 }

@@ -8,7 +8,9 @@
 #include <string>
 
 #include "cli/Failure.h"
+#include "cli/Interruption.h"
 #include "conversion/ExportError.h"
+#include "conversion/MovieInput.h"
 #include "conversion/ReducedImage.h"
 #include "format/ZEBReader.h"
 #include "platform/ErrorText.h"
@@ -30,7 +32,7 @@ struct ThumbnailArguments {
 
 /// The movie's first picture; of those that cannot be decoded at its beginning not many are passed over.
 FrameImage firstPicture(const std::string& path) {
-    ZEBReader reader(path);
+    ZEBReader reader([&path] { return std::make_unique<MovieInput>(path, isInterrupted); });
     reader.readHeader();
     for (int i = 0; i < mostFramesTried; ++i) {
         if (auto image = reader.nextFrame(false)) return *std::move(image);
@@ -50,6 +52,11 @@ void writePicture(const FrameImage& image, const std::string& path) {
 }
 
 ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
+    const auto complainAbout = [&console](const std::string& file) {
+        const Failure failure = describeFailureOf(file);
+        console.complain(failure.text);
+        return failure.exitCode;
+    };
     if (files::isSameFile(arguments.input, arguments.output)) {
         console.complain(errorText(OutputRefused::because(arguments.output, {"error_refused_movie_itself"})));
         return ExitCode::unwritableOutput;
@@ -57,15 +64,13 @@ ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
     std::optional<FrameImage> image;
     try {
         image = reducedImage(firstPicture(arguments.input), arguments.size);
-    } catch (const std::exception& error) {
-        console.complain(textNaming(arguments.input, error));
-        return ExitCode::unreadableInput;
+    } catch (...) {
+        return complainAbout(arguments.input);
     }
     try {
         writePicture(*image, arguments.output);
-    } catch (const std::exception& error) {
-        console.complain(textNaming(arguments.output, error));
-        return ExitCode::unwritableOutput;
+    } catch (...) {
+        return complainAbout(arguments.output);
     }
     return ExitCode::done;
 }

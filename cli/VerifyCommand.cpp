@@ -9,8 +9,8 @@
 #include "cli/Interruption.h"
 #include "cli/JsonText.h"
 #include "cli/Text.h"
+#include "conversion/MovieInput.h"
 #include "format/MovieCheck.h"
-#include "platform/FileHandle.h"
 
 namespace zeb::cli {
 namespace {
@@ -46,13 +46,15 @@ ExitCode verify(const VerifyArguments& arguments, Console& console) {
     for (const std::string& file : arguments.files) {
         ExitCode code = ExitCode::done;
         try {
-            const MovieCheck check = checkMovie([&file] { return openForReading(file); }, isInterrupted);
-            if (check.isCancelled) return ExitCode::interrupted;
+            const MovieCheck check =
+                checkMovie([&file] { return std::make_unique<MovieInput>(file, isInterrupted); }, {});
             console.write(arguments.json ? verdictJson(file, check) : verdictText(file, check));
             if (check.fault) code = ExitCode::conversionFailed;
-        } catch (const std::exception& error) {
-            console.complain(textNaming(file, error));
-            code = ExitCode::unreadableInput;
+        } catch (...) {
+            const Failure failure = describeFailureOf(file);
+            console.complain(failure.text);
+            code = failure.exitCode;
+            if (code == ExitCode::interrupted) return code;
         }
         if (result == ExitCode::done) result = code;
         // Nobody reads on, or the disk is full.

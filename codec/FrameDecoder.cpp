@@ -6,7 +6,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <new>
 
 #include "codec/RLE2.h"
 #include "codec/SpriteLayout.h"
@@ -145,34 +144,36 @@ void convertMode64Row(const std::uint8_t* bytes, int count, std::uint8_t* pixels
     }
 }
 
-/// A picture of that size with bytes to be filled; nothing when memory does not suffice.
-std::optional<FrameImage> makeImage(int width, int height) {
+/// A picture of that size with bytes to be filled.
+FrameImage makeImage(int width, int height) {
     FrameImage image{width, height, {}};
-    try {
-        image.pixels.resize(std::size_t{4} * static_cast<std::size_t>(width) *
-                            static_cast<std::size_t>(height));
-    } catch (const std::bad_alloc&) {
-        return std::nullopt;
-    }
+    image.pixels.resize(std::size_t{4} * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
     return image;
+}
+
+bool isRawSide(int side) {
+    return side >= 1 && side <= largestRawSide;
+}
+
+/// Whether so many bytes are the pixels of such a picture.
+bool isRawSize(std::uint64_t bytes, int width, int height) {
+    if (width < 1 || height < 1) return false;
+    const std::uint64_t count = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
+    return bytes == 4 * count || bytes == 2 * count;
 }
 
 /// Pixels without a header: 32-bit ones as they are shown, or 16-bit ones of RGB 5-6-5, low byte first.
 std::optional<FrameImage> decodeRaw(Bytes bytes, int width, int height) {
-    if (width < 1 || height < 1) return std::nullopt;
-    const std::uint64_t count = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
-    if (bytes.size() != 4 * count && bytes.size() != 2 * count) return std::nullopt;
-    std::optional<FrameImage> image = makeImage(width, height);
-    if (!image) return std::nullopt;
-    if (bytes.size() == 4 * count) {
-        std::copy(bytes.begin(), bytes.end(), image->pixels.begin());
+    if (!isRawSize(bytes.size(), width, height)) return std::nullopt;
+    FrameImage image = makeImage(width, height);
+    if (bytes.size() == image.pixels.size()) {
+        std::copy(bytes.begin(), bytes.end(), image.pixels.begin());
         return image;
     }
     const auto convert = processorHasAVX2() ? convertMode32AVX2 : convertMode32Anywhere;
     for (int y = 0; y < height; ++y) {
         const std::size_t row = static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
-        convert(Mode32Interpretation::rgb565LE, bytes.data() + 2 * row, width,
-                image->pixels.data() + 4 * row);
+        convert(Mode32Interpretation::rgb565LE, bytes.data() + 2 * row, width, image.pixels.data() + 4 * row);
     }
     return image;
 }
@@ -199,6 +200,10 @@ struct FrameDecoder::Sprite {
     bool isMode4() const { return colourMode == 0 && form == 1; }
     std::int64_t patternStart() const { return std::int64_t{sprite::patternPointerAt} + patternOffset; }
     std::int64_t patternBytes() const { return rowStride * height; }
+
+    bool hasSides() const {
+        return width >= 1 && width <= largestSide && height >= 1 && height <= largestSide;
+    }
 
     /// False for a colour mode that is not known.
     bool findGeometry() {
@@ -249,13 +254,26 @@ struct FrameDecoder::Sprite {
     }
 };
 
+bool FrameDecoder::canDecode(Bytes start, std::uint64_t size, int width, int height) {
+    // Room for what may stand between the parts of a sprite.
+    constexpr std::uint64_t alwaysFits = 64 * 1024;
+    if (size <= alwaysFits || isRawSize(size, width, height)) return true;
+    if (start.size() < sprite::headerSize) return false;
+    const int ownWidth = read16(start, 0), ownHeight = read16(start, 2);
+    if (isRawSide(ownWidth) && isRawSide(ownHeight) && isRawSize(size - 8, ownWidth, ownHeight)) return true;
+    Sprite sprite(start);
+    if (sprite.form == 0 || !sprite.hasSides() || !sprite.findGeometry()) return false;
+    // A pattern and a mask, each of which no compression makes more than twice as long.
+    const std::int64_t part = std::max(sprite.patternBytes(), std::int64_t{sprite.width} * sprite.height);
+    return size - alwaysFits <= static_cast<std::uint64_t>(4 * part);
+}
+
 std::optional<FrameImage> FrameDecoder::decodeFrame(Bytes record, int width, int height) {
     m_line.clear();
     if (std::optional<FrameImage> image = decodeSprite(record)) return image;
     if (record.size() >= 8) {
         const int ownWidth = read16(record, 0), ownHeight = read16(record, 2);
-        const auto isSide = [](int side) { return side >= 1 && side <= largestRawSide; };
-        if (isSide(ownWidth) && isSide(ownHeight)) {
+        if (isRawSide(ownWidth) && isRawSide(ownHeight)) {
             if (std::optional<FrameImage> image = decodeRaw(record.subspan(8), ownWidth, ownHeight))
                 return image;
         }
@@ -286,8 +304,7 @@ std::optional<FrameImage> FrameDecoder::decodeSprite(Bytes record) {
         note(" | system-sprite(0)");
         return std::nullopt;
     }
-    const auto isSide = [](int side) { return side >= 1 && side <= largestSide; };
-    if (!isSide(sprite.width) || !isSide(sprite.height)) {
+    if (!sprite.hasSides()) {
         note(" | bad-dims");
         return std::nullopt;
     }
@@ -323,10 +340,9 @@ std::optional<FrameImage> FrameDecoder::decodeSprite(Bytes record) {
     }
     const Bytes mask = findMask(record, sprite);
 
-    std::optional<FrameImage> image = makeImage(sprite.width, sprite.height);
-    if (!image) return std::nullopt;
+    FrameImage image = makeImage(sprite.width, sprite.height);
     const auto convert = processorHasAVX2() ? convertMode32AVX2 : convertMode32Anywhere;
-    std::uint8_t* pixels = image->pixels.data();
+    std::uint8_t* pixels = image.pixels.data();
     for (int y = 0; y < sprite.height;
          ++y, pixels += std::size_t{4} * static_cast<std::size_t>(sprite.width)) {
         const std::uint8_t* row = pattern.data() + sprite.rowStride * y;
@@ -345,7 +361,7 @@ std::optional<FrameImage> FrameDecoder::decodeSprite(Bytes record) {
                 break;
         }
     }
-    if (!mask.empty()) sprite.applyMask(mask, image->pixels.data());
+    if (!mask.empty()) sprite.applyMask(mask, image.pixels.data());
     note(" | ok");
     return image;
 }

@@ -36,6 +36,11 @@ public:
     /// `std::bad_alloc`: memory is taken only for what the record's bytes can fill.
     std::optional<FrameImage> decodeFrame(std::span<const std::uint8_t> record, int width, int height);
 
+    /// False when no record of `size` bytes that starts with `start`, its first 24 bytes or all of a shorter
+    /// one, is a picture worth its memory: it is far larger than what its own dimensions can fill. To be asked
+    /// before such a record is read.
+    static bool canDecode(std::span<const std::uint8_t> start, std::uint64_t size, int width, int height);
+
     /// One line about the last decoding.
     const std::string& lastDecodeDebug() const noexcept { return m_line; }
 

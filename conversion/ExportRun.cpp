@@ -10,6 +10,7 @@
 
 #include "codec/FrameDecoder.h"
 #include "conversion/ExportError.h"
+#include "conversion/MovieInput.h"
 #include "conversion/NumberedName.h"
 #include "conversion/WAVFile.h"
 #include "format/MovieFacts.h"
@@ -27,33 +28,6 @@ constexpr std::int64_t mostPixels = std::int64_t{1} << 28;
 constexpr std::uint8_t silence = 128;
 
 using Second = SecondWalker::Second;
-
-/// The movie's file. Its errors are those of the export, so that they are not taken for the output's.
-class InputFile final : public ReadableFile {
-public:
-    explicit InputFile(const std::string& path) try : m_file(openForReading(path)) {
-    } catch (const FileError& error) {
-        throw ExportError::cannotRead(error);
-    }
-
-    std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
-        try {
-            return m_file->readAt(offset, buffer);
-        } catch (const FileError& error) {
-            throw ExportError::cannotRead(error);
-        }
-    }
-    std::uint64_t size() override {
-        try {
-            return m_file->size();
-        } catch (const FileError& error) {
-            throw ExportError::cannotRead(error);
-        }
-    }
-
-private:
-    std::unique_ptr<ReadableFile> m_file;
-};
 
 /// floor(value x factor / divisor) for values that are not negative, as large as fits.
 std::int64_t scaled(std::int64_t value, std::int64_t factor, std::int64_t divisor) {
@@ -134,6 +108,11 @@ int scaleFor(const ExportSettings& settings, const ZEBHeader& header) {
     return settings.scale.value_or(halvesColour && header.mode == 4 ? 2 : 1);
 }
 
+MovieFacts factsOf(const std::string& input, const IsCancelled& isCancelled) {
+    MovieInput file(input, isCancelled);
+    return readMovieFacts(file);
+}
+
 /// One export: what its steps share.
 class Run {
 public:
@@ -143,8 +122,8 @@ public:
           m_output(output),
           m_settings(settings),
           m_callbacks(callbacks),
-          m_facts(readMovieFacts(*std::make_unique<InputFile>(input))),
-          m_walker(std::make_unique<InputFile>(input)),
+          m_facts(factsOf(input, callbacks.isCancelled)),
+          m_walker(std::make_unique<MovieInput>(input, callbacks.isCancelled)),
           m_fps(m_facts.header.fps),
           m_scale(scaleFor(settings, m_facts.header)) {
         m_decoder.mode32Interpretation = settings.interpretation;
@@ -176,6 +155,7 @@ private:
     ExportResult exportPictures();
     ExportResult exportFilm();
     ExportResult exportSound();
+    ExportResult shown(ExportResult result) const;
     void commit(StagedOutput& stage);
 
     /// Calls `onSecond(second, begin, end)` for every second in the range with the frames of it that count,
@@ -202,6 +182,7 @@ private:
     const int m_fps;
     const int m_scale;
     ExportPlan m_plan;
+    std::int64_t m_seconds = 0;  ///< that the movie really has, a torn last one among them
 
     FrameDecoder m_decoder;
     std::vector<std::uint8_t> m_record;
@@ -227,11 +208,16 @@ ExportResult Run::run() {
 void Run::countFrames() {
     if (m_facts.isFinished) {
         m_plan.allFrames = m_facts.header.frameCount;
+        m_seconds = m_facts.wholeSeconds;
         return;
     }
     while (const std::optional<Second> second = m_walker.next()) {
         poll();
+        // Bytes behind the last second of a finished movie.
+        if (m_facts.wasFinished && second->isTorn && second->number * m_fps >= m_facts.header.frameCount)
+            break;
         m_plan.allFrames += second->frameCount;
+        ++m_seconds;
     }
     log(localizedText("log_unfinished_movie_format", {m_plan.allFrames}));
 }
@@ -316,7 +302,7 @@ std::int64_t Run::forEachFrame(const OnSecond& onSecond, const OnFrame& onFrame)
 std::optional<FrameImage> Run::decode(const Second& second, int index) {
     m_record.clear();
     if (static_cast<std::size_t>(index) < second.frames.size())
-        m_walker.read(second.frames[static_cast<std::size_t>(index)], m_record);
+        m_walker.readFrame(second.frames[static_cast<std::size_t>(index)], m_record);
     return m_decoder.decodeFrame(m_record, m_facts.header.width, m_facts.header.height);
 }
 
@@ -375,8 +361,7 @@ ExportResult Run::exportPictures() {
                          advanced(frame - m_plan.first, result.bytes);
                      });
     commit(stage);
-    result.plan = m_plan;
-    return result;
+    return shown(result);
 }
 
 ExportResult Run::exportFilm() {
@@ -422,7 +407,13 @@ ExportResult Run::exportFilm() {
     file->synchronise();
     file->close();
     commit(stage);
+    return shown(result);
+}
+
+/// Completes the result of an export of pictures.
+ExportResult Run::shown(ExportResult result) const {
     result.plan = m_plan;
+    result.seconds = static_cast<double>(m_plan.frames) / m_fps;
     return result;
 }
 
@@ -469,7 +460,7 @@ ExportResult Run::exportSound() {
     m_walker.seekTo(begin / header.sampleRate);
     while (const std::optional<Second> second = m_walker.next()) {
         const std::int64_t base = second->number * header.sampleRate;
-        if (base >= end) break;
+        if (base >= end || second->number >= m_seconds) break;
         copied += copySound(wav, *second, begin - base, end - base);
         const std::int64_t done = (second->number + 1) * m_fps - m_plan.first;
         advanced(std::min(done, m_plan.frames), wav.bytesWritten());
@@ -481,6 +472,7 @@ ExportResult Run::exportSound() {
     commit(stage);
     ExportResult result;
     result.bytes = wav.bytesWritten();
+    result.seconds = static_cast<double>(copied) / (header.audioChannels * header.sampleRate);
     result.plan = m_plan;
     return result;
 }

@@ -55,6 +55,7 @@ struct ExportResult {
     ExportPlan plan;
     std::int64_t files = 1;
     std::uint64_t bytes = 0;  ///< of all files
+    double seconds = 0;       ///< playing time of what was made
 };
 
 /// How an export talks back, on the thread that called it; each may be empty.

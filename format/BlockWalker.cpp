@@ -1,46 +1,149 @@
 #include "format/BlockWalker.h"
 
-#include "format/BigEndian.h"
+#include <algorithm>
+
 #include "format/Layout.h"
 
 namespace zeb {
 
 BlockWalker::BlockWalker(ReadableFile& file, const LocatedHeader& located)
-    : m_file(file), m_fileSize(file.size()), m_position(located.places.data), m_fps(located.header.fps) {}
+    : m_blocks(file),
+      m_index(file),
+      m_fileSize(file.size()),
+      m_places(located.places),
+      m_fps(static_cast<std::uint64_t>(located.header.fps)),
+      m_smallestBlock(layout::wordSize * (2 + m_fps)),
+      m_position(located.places.data) {}
 
 std::optional<BlockWalker::Block> BlockWalker::next() {
-    if (m_position > layout::maxWord) return std::nullopt;
-    const auto blockLength = read32(m_position);
-    if (!blockLength) return std::nullopt;
-    const std::uint64_t size = layout::wordSize + *blockLength;
-    if (size > layout::maxWord || size > m_fileSize - m_position) return std::nullopt;
-
-    const std::uint64_t end = m_position + size;
-    std::uint64_t position = m_position + layout::wordSize;
-    // The sound and each frame alike: a size and as many bytes.
-    for (int part = 0; part < 1 + m_fps; ++part) {
-        if (end - position < layout::wordSize) return std::nullopt;
-        const auto partSize = read32(position);
-        position += layout::wordSize;
-        if (!partSize || *partSize > end - position) return std::nullopt;
-        position += *partSize;
+    if (m_lost > 0) {
+        --m_lost;
+        return Block{m_second++, m_position, m_position, State::damaged};
     }
-    if (position != end) return std::nullopt;
-
-    const Block block{m_position, static_cast<std::uint32_t>(size)};
-    m_position = end;
+    if (m_position > layout::maxWord || !wordAt(m_position)) return std::nullopt;
+    const std::optional<std::uint64_t> end = endOfWhole(m_position);
+    if (!end) return passDamage();
+    const Block block{m_second, m_position, *end, State::whole};
+    ++m_second;
+    m_position = *end;
     return block;
 }
 
-std::optional<std::uint32_t> BlockWalker::read32(std::uint64_t offset) {
-    const std::uint64_t pieceEnd = m_pieceOffset + m_pieceLength;
-    if (offset < m_pieceOffset || offset + layout::wordSize > pieceEnd) {
-        m_pieceOffset = offset;
-        m_pieceLength = m_file.readAt(offset, m_piece);
-        if (m_pieceLength < layout::wordSize) return std::nullopt;
+/// Takes the block at the position, which is not whole, up to where the next second begins.
+BlockWalker::Block BlockWalker::passDamage() {
+    Block block{m_second, m_position, m_fileSize, State::damaged};
+    ++m_second;
+    const auto isWhole = [this](const std::optional<std::uint64_t>& place) {
+        return place && endOfWhole(*place).has_value();
+    };
+    const std::optional<std::uint64_t> entry = indexEntry(m_second);
+    const auto indexed = entry > block.offset && entry <= m_fileSize ? entry : std::nullopt;
+    const std::optional<std::uint64_t> announced = announcedEnd(block.offset);
+    if (isWhole(indexed)) {
+        block.end = isWhole(announced) ? std::min(*indexed, *announced) : *indexed;
+    } else if (isWhole(announced)) {
+        block.end = *announced;
+    } else {
+        // The next block is damaged as well. Neither place may pass the next whole block.
+        const bool hasLead = findLead(block.offset);
+        if (hasLead) block.end = *indexEntry(m_lead);
+        if (indexed && *indexed < block.end) {
+            block.end = *indexed;
+        } else if (announced && (*announced < block.end || !hasLead)) {
+            block.end = *announced;
+        } else if (hasLead) {
+            m_lost = m_lead - m_second;
+        } else {
+            block.state = State::torn;
+        }
     }
-    const std::span<const std::uint8_t> piece(m_piece);
-    return bigEndian::load32(piece.subspan(offset - m_pieceOffset).first<layout::wordSize>());
+    m_position = block.end;
+    return block;
+}
+
+/// Makes `m_lead` the first entry of the index, from the second after the next on, that leads to a whole
+/// block behind `offset`; false when there is none.
+bool BlockWalker::findLead(std::uint64_t offset) {
+    // So many seconds have room behind; entries beyond mean nothing.
+    const std::uint64_t room = (std::min(m_fileSize, layout::maxWord) - offset) / m_smallestBlock;
+    const auto last = m_second + static_cast<std::int64_t>(room);
+    for (m_lead = std::max(m_lead, m_second + 1); m_lead <= last; ++m_lead) {
+        if (static_cast<std::uint64_t>(m_lead) >= m_places.frameIndexCount) break;
+        const std::optional<std::uint64_t> place = indexEntry(m_lead);
+        if (place && *place > offset && endOfWhole(*place)) return true;
+    }
+    return false;
+}
+
+void BlockWalker::seekTo(std::int64_t second) {
+    restart();
+    const std::optional<std::uint64_t> place = indexEntry(second);
+    if (place && lengthsLeadTo(second, *place)) {
+        m_second = second;
+        m_position = *place;
+        return;
+    }
+    while (m_second < second && next()) {
+    }
+}
+
+void BlockWalker::restart() {
+    m_second = 0;
+    m_position = m_places.data;
+    m_lost = 0;
+    m_lead = 0;
+}
+
+/// Whether the lengths of the blocks before `second` lead from one to the next and on to `offset`.
+bool BlockWalker::lengthsLeadTo(std::int64_t second, std::uint64_t offset) {
+    std::optional<std::uint64_t> position = m_places.data;
+    for (std::int64_t i = 0; i < second && position && *position < offset; ++i)
+        position = announcedEnd(*position);
+    return position == offset;
+}
+
+std::optional<std::uint64_t> BlockWalker::indexedBlock(std::int64_t second) {
+    const std::optional<std::uint64_t> place = indexEntry(second);
+    return place && endOfWhole(*place) ? place : std::nullopt;
+}
+
+std::optional<std::uint64_t> BlockWalker::indexEntry(std::int64_t second) {
+    const auto entry = static_cast<std::uint64_t>(second);
+    if (entry >= m_places.frameIndexCount) return std::nullopt;
+    m_index.seek(m_places.frameIndex + entry * layout::wordSize);
+    const std::optional<std::uint32_t> offset = m_index.readWord();
+    if (!offset || *offset < m_places.data) return std::nullopt;
+    return *offset;
+}
+
+/// The end of the whole block at `offset`; nothing when what stands there is none.
+std::optional<std::uint64_t> BlockWalker::endOfWhole(std::uint64_t offset) {
+    const std::optional<std::uint64_t> end = announcedEnd(offset);
+    if (!end || offset > layout::maxWord || *end - offset > layout::maxWord) return std::nullopt;
+    std::uint64_t position = offset + layout::wordSize;
+    // The sound and each frame alike: a size and as many bytes.
+    for (std::uint64_t part = 0; part < 1 + m_fps; ++part) {
+        if (*end - position < layout::wordSize) return std::nullopt;
+        const std::optional<std::uint32_t> size = wordAt(position);
+        position += layout::wordSize;
+        if (!size || *size > *end - position) return std::nullopt;
+        position += *size;
+    }
+    return position == *end ? end : std::nullopt;
+}
+
+/// The end of the block at `offset` as its length has it; nothing unless a block can be so long.
+std::optional<std::uint64_t> BlockWalker::announcedEnd(std::uint64_t offset) {
+    const std::optional<std::uint32_t> length = wordAt(offset);
+    if (!length) return std::nullopt;
+    const std::uint64_t size = layout::wordSize + *length;
+    if (size < m_smallestBlock || size > m_fileSize - std::min(m_fileSize, offset)) return std::nullopt;
+    return offset + size;
+}
+
+std::optional<std::uint32_t> BlockWalker::wordAt(std::uint64_t offset) {
+    m_blocks.seek(offset);
+    return m_blocks.readWord();
 }
 
 }  // namespace zeb

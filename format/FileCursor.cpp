@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "format/BigEndian.h"
+
 namespace zeb {
 
-FileCursor::FileCursor(std::unique_ptr<ReadableFile> file) : m_file(std::move(file)) {}
+FileCursor::FileCursor(std::unique_ptr<ReadableFile> file)
+    : m_owned(std::move(file)), m_file(m_owned.get()) {}
 
 std::uint64_t FileCursor::remaining() {
     const std::uint64_t size = m_file->size();
@@ -36,6 +39,12 @@ std::size_t FileCursor::read(std::span<std::uint8_t> target) {
         done += count;
     }
     return done;
+}
+
+std::optional<std::uint32_t> FileCursor::readWord() {
+    std::array<std::uint8_t, 4> bytes{};
+    if (read(bytes) < bytes.size()) return std::nullopt;
+    return bigEndian::load32(bytes);
 }
 
 bool FileCursor::skip(std::uint64_t count) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "platform/FileHandle.h"
@@ -14,7 +15,10 @@ namespace zeb {
 class FileCursor {
 public:
     explicit FileCursor(std::unique_ptr<ReadableFile> file);
+    /// On a file that belongs to someone else and must outlive the cursor.
+    explicit FileCursor(ReadableFile& file) noexcept : m_file(&file) {}
 
+    ReadableFile& file() const noexcept { return *m_file; }
     std::uint64_t position() const noexcept { return m_position; }
     void seek(std::uint64_t position) noexcept { m_position = position; }
     /// Bytes from the position to the end of the file as of now.
@@ -23,12 +27,17 @@ public:
     /// Reads up to `target.size()` bytes and moves past them; returns how many arrived, fewer only at the end
     /// of the file. Throws `FileError`.
     std::size_t read(std::span<std::uint8_t> target);
+    /// Reads 4 bytes, most significant first; nothing when the file ends before.
+    std::optional<std::uint32_t> readWord();
     /// Moves on by `count` bytes; false, at the end of the file, when it has fewer.
     bool skip(std::uint64_t count);
 
 private:
-    std::unique_ptr<ReadableFile> m_file;
+    std::unique_ptr<ReadableFile> m_owned;
+    ReadableFile* m_file;
     std::uint64_t m_position = 0;
+    // Small, because mostly the next field lies far away; not tiny, because a hostile file may consist of
+    // nothing but fields.
     std::array<std::uint8_t, 4096> m_piece{};
     std::uint64_t m_pieceOffset = 0;
     std::size_t m_pieceLength = 0;

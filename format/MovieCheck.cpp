@@ -10,6 +10,7 @@
 #include "codec/SpriteLayout.h"
 #include "format/BigEndian.h"
 #include "format/FileCursor.h"
+#include "format/FrameRecord.h"
 #include "format/Layout.h"
 #include "format/ZEBFormatError.h"
 
@@ -25,13 +26,6 @@ constexpr int mostChannels = 2;
 template <typename Number>
 std::string text(Number number) {
     return std::to_string(number);
-}
-
-/// A word at the cursor; nothing at the end of the file.
-std::optional<std::uint32_t> readWord(FileCursor& cursor) {
-    std::array<std::uint8_t, layout::wordSize> bytes{};
-    if (cursor.read(bytes) < bytes.size()) return std::nullopt;
-    return bigEndian::load32(bytes);
 }
 
 /// What is wrong with a header that cannot be read, in the words of the other faults.
@@ -137,7 +131,7 @@ Fault Checker::checkIndexEntry() {
     const std::uint64_t place = m_index.position();
     if (place + layout::wordSize > m_places.data)
         return MovieFault{m_blocks.position(), "second " + text(m_seconds) + " has no place in the index"};
-    const std::uint32_t entry = readWord(m_index).value_or(0);
+    const std::uint32_t entry = m_index.readWord().value_or(0);
     if (entry == m_blocks.position()) return std::nullopt;
     return MovieFault{place, "the index has second " + text(m_seconds) + " at " + text(entry) +
                                  ", but it stands at " + text(m_blocks.position())};
@@ -145,7 +139,7 @@ Fault Checker::checkIndexEntry() {
 
 Fault Checker::checkBlock() {
     const std::uint64_t start = m_blocks.position();
-    const std::optional<std::uint32_t> length = readWord(m_blocks);
+    const std::optional<std::uint32_t> length = m_blocks.readWord();
     const std::uint64_t end = start + layout::wordSize + length.value_or(0);
     if (!length || end > m_fileSize)
         return MovieFault{start, "the file ends within second " + text(m_seconds)};
@@ -176,7 +170,7 @@ Fault Checker::checkBlock() {
 Fault Checker::checkPart(std::uint64_t blockEnd, const std::string& name, std::uint32_t& size) {
     const std::uint64_t place = m_blocks.position();
     const std::optional<std::uint32_t> word =
-        blockEnd - place < layout::wordSize ? std::nullopt : readWord(m_blocks);
+        blockEnd - place < layout::wordSize ? std::nullopt : m_blocks.readWord();
     if (!word) return MovieFault{place, name + " is missing: second " + text(m_seconds) + " ends before it"};
     if (*word > blockEnd - m_blocks.position())
         return MovieFault{place, name + " passes the end of second " + text(m_seconds)};
@@ -188,8 +182,11 @@ Fault Checker::checkFrame(std::uint64_t blockEnd, const std::string& name) {
     std::uint32_t size = 0;
     if (Fault fault = checkPart(blockEnd, name, size)) return fault;
     const std::uint64_t offset = m_blocks.position();
-    m_record.resize(size);
-    if (m_blocks.read(m_record) < m_record.size()) return MovieFault{offset, "the file ends within " + name};
+    // Movies hold no pixels without a sprite header, whose size the movie's own would tell.
+    if (!readFrameRecord(m_blocks, size, 0, 0, m_record))
+        return MovieFault{offset, "the file ends within " + name};
+    if (m_record.size() < size)
+        return MovieFault{offset, name + " has " + text(size) + " bytes, more than its picture can take"};
     return checkRecord(offset, name);
 }
 
@@ -215,7 +212,7 @@ Fault Checker::checkRecord(std::uint64_t offset, const std::string& name) {
 Fault Checker::checkTotals() {
     while (m_index.position() + layout::wordSize <= m_places.data) {
         const std::uint64_t place = m_index.position();
-        const std::optional<std::uint32_t> entry = readWord(m_index);
+        const std::optional<std::uint32_t> entry = m_index.readWord();
         if (!entry) return MovieFault{place, "the index is cut off"};
         if (*entry != 0) return MovieFault{place, "an index entry points to a second that is not there"};
     }

@@ -5,15 +5,14 @@
 #include <optional>
 #include <vector>
 
+#include "format/BlockWalker.h"
 #include "format/FileCursor.h"
 #include "format/ZEBHeader.h"
 
 namespace zeb {
 
 /// Goes through a movie second by second and tells where its sound and frame records lie, in damaged and
-/// unfinished movies as far as that can be found out: a whole block says where the next one starts; where a
-/// block contradicts itself, the index does, and without an entry there the block's length. Reads size fields
-/// only. Used by one thread.
+/// unfinished movies as far as that can be found out (`BlockWalker`). Used by one thread.
 class SecondWalker {
 public:
     struct Piece {
@@ -25,6 +24,7 @@ public:
         Piece sound;                ///< as far as it is there
         std::vector<Piece> frames;  ///< those that can be found, at most fps
         int frameCount = 0;         ///< that play: fps, but only the whole ones of a torn last second
+        bool isTorn = false;        ///< the file ends within it
     };
 
     /// Reads the header. Throws `ZEBFormatError` for a file that is no movie, `FileError`, as the other
@@ -34,24 +34,23 @@ public:
     /// Without the index.
     const ZEBHeader& header() const noexcept { return m_located.header; }
 
-    /// Makes `number` the next second: through the index, or by walking where it has no usable entry.
-    void seekTo(std::int64_t number);
+    /// Makes `number` the next second.
+    void seekTo(std::int64_t number) { m_blocks.seekTo(number); }
     /// The next second; nothing at the end.
     std::optional<Second> next();
 
     /// Reads a piece in place of `target`'s contents; false, and shorter, when the file was cut meanwhile.
     bool read(const Piece& piece, std::vector<std::uint8_t>& target);
+    /// Reads a frame's record in place of `target`'s contents, which stays empty when that is no picture.
+    void readFrame(const Piece& piece, std::vector<std::uint8_t>& target);
 
 private:
-    std::optional<std::uint32_t> word();
-    std::optional<std::uint64_t> indexEntry(std::int64_t number);
-    /// Collects a block's parts from `start` up to `end`; returns where they end.
-    std::uint64_t collectParts(std::uint64_t start, std::uint64_t end, Second& second);
+    void collectParts(std::uint64_t start, std::uint64_t end, Second& second);
 
+    std::unique_ptr<ReadableFile> m_file;
     LocatedHeader m_located;
-    FileCursor m_file;
-    std::int64_t m_number = 0;     ///< of the next second
-    std::uint64_t m_position = 0;  ///< of its block
+    FileCursor m_cursor;
+    BlockWalker m_blocks;
 };
 
 }  // namespace zeb

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "format/BigEndian.h"
+#include "format/BlockWalker.h"
+#include "format/FrameRecord.h"
 #include "format/Layout.h"
 #include "format/ZEBFormatError.h"
 #include "format/ZEBReaderError.h"
@@ -13,13 +15,22 @@
 namespace zeb {
 namespace {
 
-/// Appends `count` bytes to `target`, in pieces: a size field alone never takes memory. False when fewer are
-/// there.
+/// Appends `count` bytes to `target`; false when fewer are there.
 bool appendBytes(FileCursor& file, std::uint64_t count, std::vector<std::uint8_t>& target) {
     if (count > file.remaining()) return false;
     const std::size_t before = target.size();
     target.resize(before + static_cast<std::size_t>(count));
     return file.read(std::span(target).subspan(before)) == count;
+}
+
+std::vector<std::uint32_t> readIndex(ReadableFile& file, const HeaderPlaces& places) {
+    std::vector<std::uint32_t> offsets(
+        std::min<std::uint64_t>(places.frameIndexCount, ZEBReader::mostEntriesKept));
+    FileCursor cursor(file);
+    cursor.seek(places.frameIndex);
+    for (std::uint32_t& offset : offsets)
+        offset = cursor.readWord().value_or(0);
+    return offsets;
 }
 
 /// A 32-bit value of the soundtrack path; nothing at the end of the file.
@@ -44,21 +55,17 @@ ZEBReader::ZEBReader(const std::string& path) : ZEBReader([path] { return openFo
 ZEBReader::ZEBReader(Open open) : m_open(std::move(open)) {}
 
 const ZEBHeader& ZEBReader::readHeader() {
-    if (m_file && m_header) return *m_header;
-    m_header.reset();
+    if (m_file && m_located) return m_located->header;
+    m_located.reset();
     m_file.emplace(m_open());
-    std::array<std::uint8_t, 4> magic{};
-    if (m_file->read(magic) < magic.size()) throw ZEBFormatError::unexpectedEnd();
-    if (!std::equal(magic.begin(), magic.end(), layout::magic.begin())) throw ZEBFormatError::notAMovie();
-    const std::uint32_t size = readWord();
-    std::vector<std::uint8_t> body;
-    if (!appendBytes(*m_file, size, body)) throw ZEBFormatError::unexpectedEnd();
-    m_header = parseHeader(body);
-    m_dataStartOffset = layout::headerBody + size;
+    LocatedHeader located = zeb::readHeader(m_file->file());
+    located.header.indexOffsets = readIndex(m_file->file(), located.places);
+    m_file->seek(located.places.data);
+    m_located = std::move(located);
     m_framesLeftInSecond = 0;
     m_reachedEOF = false;
     m_didPrintDecodeFailure = false;
-    return *m_header;
+    return m_located->header;
 }
 
 FileCursor& ZEBReader::openFile() {
@@ -67,9 +74,9 @@ FileCursor& ZEBReader::openFile() {
 }
 
 std::uint32_t ZEBReader::readWord() {
-    std::array<std::uint8_t, layout::wordSize> bytes{};
-    if (openFile().read(bytes) < bytes.size()) throw ZEBFormatError::unexpectedEnd();
-    return bigEndian::load32(bytes);
+    const std::optional<std::uint32_t> word = openFile().readWord();
+    if (!word) throw ZEBFormatError::unexpectedEnd();
+    return *word;
 }
 
 void ZEBReader::skip(std::uint64_t count) {
@@ -77,16 +84,15 @@ void ZEBReader::skip(std::uint64_t count) {
 }
 
 void ZEBReader::seekToFrame(std::int64_t k) {
-    if (!m_file || !m_header) return;
+    if (!m_file || !m_located) return;
+    const ZEBHeader& header = m_located->header;
     const std::int64_t frame =
-        std::clamp<std::int64_t>(k, 0, std::max<std::int64_t>(m_header->frameCount - 1, 0));
-    const std::int64_t second = frame / m_header->fps;
-    const std::vector<std::uint32_t>& index = m_header->indexOffsets;
-    const auto entry = static_cast<std::size_t>(second);
-    if (entry < index.size() && index[entry] != 0) {
-        m_file->seek(index[entry]);
+        std::clamp<std::int64_t>(k, 0, std::max<std::int64_t>(header.frameCount - 1, 0));
+    const std::int64_t second = frame / header.fps;
+    if (const auto block = BlockWalker(m_file->file(), *m_located).indexedBlock(second)) {
+        m_file->seek(*block);
     } else {
-        m_file->seek(m_dataStartOffset);
+        m_file->seek(m_located->places.data);
         for (std::int64_t i = 0; i < second; ++i)
             skip(readWord());
     }
@@ -94,8 +100,8 @@ void ZEBReader::seekToFrame(std::int64_t k) {
     m_framesLeftInSecond = 0;
     readWord();  // the block's length
     skip(readWord());
-    m_framesLeftInSecond = m_header->fps;
-    for (std::int64_t i = 0; i < frame % m_header->fps; ++i) {
+    m_framesLeftInSecond = header.fps;
+    for (std::int64_t i = 0; i < frame % header.fps; ++i) {
         skip(readWord());
         --m_framesLeftInSecond;
     }
@@ -103,30 +109,29 @@ void ZEBReader::seekToFrame(std::int64_t k) {
 
 /// Enters the block at the position; its absence is the end of the movie.
 void ZEBReader::startBlock() {
-    std::array<std::uint8_t, layout::wordSize> length{};
-    if (openFile().read(length) < length.size()) {
+    if (!openFile().readWord()) {
         m_reachedEOF = true;
         throw ZEBFormatError::endOfMovie();
     }
     skip(readWord());
-    m_framesLeftInSecond = m_header->fps;
+    m_framesLeftInSecond = m_located->header.fps;
 }
 
 std::optional<FrameImage> ZEBReader::nextFrame(bool loop) {
-    if (!m_file || !m_header) return std::nullopt;
+    if (!m_file || !m_located) return std::nullopt;
     if (m_reachedEOF) {
         if (!loop) return std::nullopt;
         seekToFrame(0);
     }
     if (m_framesLeftInSecond == 0) startBlock();
     const std::uint32_t size = readWord();
-    m_record.clear();
-    if (!appendBytes(*m_file, size, m_record)) {
+    const ZEBHeader& header = m_located->header;
+    if (!readFrameRecord(*m_file, size, header.width, header.height, m_record)) {
         m_file->skip(size);  // to the end, where reading what there is would have led
         throw ZEBFormatError::unexpectedEnd();
     }
     --m_framesLeftInSecond;
-    std::optional<FrameImage> image = m_decoder.decodeFrame(m_record, m_header->width, m_header->height);
+    std::optional<FrameImage> image = m_decoder.decodeFrame(m_record, header.width, header.height);
     if (image) {
         m_didPrintDecodeFailure = false;
     } else if (!m_didPrintDecodeFailure) {
@@ -141,9 +146,11 @@ Soundtrack ZEBReader::readAllAudio() {
     const std::optional<std::uint32_t> magic = optionalWord(file);
     if (!magic) return {};
     if (*magic != bigEndian::load32(layout::magic)) throw ZEBReaderError::notAMovie();
-    std::vector<std::uint8_t> body;
-    if (!appendBytes(file, requiredWord(file), body)) throw ZEBReaderError::unexpectedEnd();
-    const ZEBHeader header = parseHeader(body);
+    const std::uint32_t headerSize = requiredWord(file);
+    if (headerSize > file.remaining()) throw ZEBReaderError::unexpectedEnd();
+    const LocatedHeader located = zeb::readHeader(file.file());
+    const ZEBHeader& header = located.header;
+    file.seek(located.places.data);
     Soundtrack sound{{}, header.sampleRate, header.audioChannels};
     if (header.audioChannels < 1 || header.sampleRate < 1) return sound;
     while (optionalWord(file)) {

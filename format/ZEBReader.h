@@ -22,8 +22,8 @@ struct Soundtrack {
 };
 
 /// Reads a ZEB file: header, frames in order or from any frame on, the soundtrack. Holds the header, one
-/// frame record and a position, never more. Used by one thread at a time; `readAllAudio` uses a handle of its
-/// own.
+/// frame record and a position, never more; of an index the first `mostEntriesKept` entries. Used by one
+/// thread at a time; `readAllAudio` uses a handle of its own.
 ///
 /// Create, `readHeader`, then `nextFrame` and `seekToFrame` in any order; `readAllAudio` at any time. Errors
 /// of the frame path are `ZEBFormatError`, those of the soundtrack `ZEBReaderError` (and `ZEBFormatError` for
@@ -31,6 +31,10 @@ struct Soundtrack {
 class ZEBReader {
 public:
     using Open = std::function<std::unique_ptr<ReadableFile>()>;
+
+    /// Entries of the index in the header that `readHeader` returns: three days. Later ones are read from the
+    /// file when they are needed.
+    static constexpr std::size_t mostEntriesKept = std::size_t{1} << 18;
 
     /// Opens nothing yet.
     explicit ZEBReader(const std::string& path);
@@ -46,8 +50,8 @@ public:
     std::optional<FrameImage> nextFrame(bool loop);
 
     /// Makes frame `k` the next one; below 0 it is the first, beyond the end the last. Through the index
-    /// where it has the frame's second, else by walking the blocks. Does nothing before the header has been
-    /// read.
+    /// where it leads to a whole block (format/BlockWalker.h), else by the lengths of the blocks before. Does
+    /// nothing before the header has been read.
     void seekToFrame(std::int64_t k);
 
     /// The sound of all blocks. A movie that ends within a block's frames gives the sound up to there.
@@ -72,12 +76,11 @@ private:
 
     Open m_open;
     std::optional<FileCursor> m_file;
-    std::optional<ZEBHeader> m_header;
+    std::optional<LocatedHeader> m_located;
     FrameDecoder m_decoder;
     std::vector<std::uint8_t> m_record;
     int m_framesLeftInSecond = 0;
     bool m_reachedEOF = false;
-    std::uint64_t m_dataStartOffset = 0;
     bool m_didPrintDecodeFailure = false;
 };
 

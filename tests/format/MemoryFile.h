@@ -117,6 +117,13 @@ inline std::int64_t finish(MemoryDisk& disk) {
     return finishPartialFile(source, target);
 }
 
+/// `PartialFile::copyWholeSeconds` from bytes to an empty disk.
+inline void copyWholeSeconds(const std::vector<std::uint8_t>& bytes, MemoryDisk& disk) {
+    MemoryReadableFile source(bytes);
+    MemoryWritableFile target(disk);
+    PartialFile(source).copyWholeSeconds(target);
+}
+
 /// What went wrong, as "domain code text"; empty when nothing did.
 template <typename Action>
 std::string failure(Action action) {
