@@ -68,6 +68,8 @@ ExitCode Encoding::estimate() {
         const OpenedSource source = openSource();
         const Settings settings = proposeSettings(source.asset());
         const SizeForecast forecast = forecastAll(source.asset(), settings);
+        const std::string warning = breakOffWarning(source.asset(), settings);
+        if (!warning.empty()) m_reporter.warned(warning);
         m_reporter.estimated(settings, forecast);
         if (!forecast.fitsFormat()) return ExitCode::conversionFailed;
         return forecast.fitsSpace() ? ExitCode::done : ExitCode::unwritableOutput;
@@ -79,8 +81,7 @@ ExitCode Encoding::estimate() {
 }
 
 SizeForecast Encoding::forecastAll(const MediaAsset& asset, const Settings& settings) const {
-    const ForecastCase about{settings,
-                             planConversion(asset.videoTracks().front(), asset.duration(), settings),
+    const ForecastCase about{settings, planConversion(asset, settings),
                              certainSoundOutlook(asset, settings, isInterrupted), spaceFor(m_job.output)};
     return settings.qlModeNumber == 32 ? forecastFromSamples(asset, about, {}) : forecastUpperBound(about);
 }
@@ -90,8 +91,8 @@ SizeForecast Encoding::forecastAll(const MediaAsset& asset, const Settings& sett
 std::optional<SizeForecast> Encoding::forecastQuickly(const MediaAsset& asset,
                                                       const Settings& settings) const {
     try {
-        ForecastCase about{settings, planConversion(asset.videoTracks().front(), asset.duration(), settings),
-                           soundOutlook(asset, settings), spaceFor(m_job.output)};
+        ForecastCase about{settings, planConversion(asset, settings), soundOutlook(asset, settings),
+                           spaceFor(m_job.output)};
         SizeForecast most = forecastUpperBound(about);
         if (most.fits()) return most;
         about.sound = certainSoundOutlook(asset, settings, isInterrupted);
@@ -111,6 +112,7 @@ SizeForecast Encoding::forecastFromSamples(const MediaAsset& asset, const Foreca
     effort.threads = m_arguments.threads > 0
                          ? m_arguments.threads
                          : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    effort.movieSeconds = about.plan.duration;
     RecordSamples samples(samplePictures(asset, effort, isInterrupted), effort.threads);
     return forecastSize(about, samples, isInterrupted);
 }

@@ -7,6 +7,7 @@
 #include "cli/JsonText.h"
 #include "cli/Text.h"
 #include "platform/LocalizedText.h"
+#include "platform/TextFormat.h"
 
 namespace zeb::cli {
 namespace {

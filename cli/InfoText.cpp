@@ -4,6 +4,7 @@
 
 #include "cli/JsonText.h"
 #include "cli/Text.h"
+#include "platform/TextFormat.h"
 
 namespace zeb::cli {
 namespace {

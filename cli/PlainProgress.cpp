@@ -3,6 +3,7 @@
 #include "cli/ForecastText.h"
 #include "cli/ProgressLines.h"
 #include "cli/Text.h"
+#include "platform/TextFormat.h"
 
 namespace zeb::cli {
 

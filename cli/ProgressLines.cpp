@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "cli/Text.h"
+#include "platform/TextFormat.h"
 
 namespace zeb::cli {
 namespace {

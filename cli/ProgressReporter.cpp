@@ -6,6 +6,7 @@
 #include "cli/PlainProgress.h"
 #include "cli/SilentProgress.h"
 #include "cli/Text.h"
+#include "platform/TextFormat.h"
 
 namespace zeb::cli {
 

@@ -18,6 +18,7 @@
 #include "platform/ErrorText.h"
 #include "platform/FileManager.h"
 #include "platform/StagedOutput.h"
+#include "platform/TextFormat.h"
 
 namespace zeb::cli {
 namespace {

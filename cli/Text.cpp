@@ -95,20 +95,6 @@ std::string byteText(std::uint64_t bytes) {
     return decimalText(value, 1) + " " + units[unit];
 }
 
-std::string durationText(double seconds) {
-    // Also takes what is not a number to 0.
-    const double limited = seconds > 0 ? std::min(seconds, 3.6e12) : 0;
-    const long long total = std::llround(limited);
-    const long long hours = total / 3600;
-    std::array<char, 32> buffer{};
-    if (hours > 0) {
-        std::snprintf(buffer.data(), buffer.size(), "%lld:%02lld:%02lld", hours, total / 60 % 60, total % 60);
-    } else {
-        std::snprintf(buffer.data(), buffer.size(), "%lld:%02lld", total / 60, total % 60);
-    }
-    return buffer.data();
-}
-
 std::string countText(std::int64_t count, const char* singular, const char* plural) {
     return std::to_string(count) + " " + (count == 1 ? singular : plural);
 }

@@ -22,9 +22,6 @@ std::string_view leadingCharacters(std::string_view text, std::size_t count);
 /// A size with a decimal unit: "999 bytes", "1.0 kB", "12.3 MB", "4.3 GB".
 std::string byteText(std::uint64_t bytes);
 
-/// A length of time as a clock shows it, rounded to whole seconds: "0:05", "12:00", "2:00:59".
-std::string durationText(double seconds);
-
 /// "1 frame", "2 frames".
 std::string countText(std::int64_t count, const char* singular, const char* plural);
 

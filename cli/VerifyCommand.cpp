@@ -11,6 +11,7 @@
 #include "cli/Text.h"
 #include "conversion/MovieInput.h"
 #include "format/MovieCheck.h"
+#include "platform/TextFormat.h"
 
 namespace zeb::cli {
 namespace {

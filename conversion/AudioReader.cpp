@@ -27,22 +27,13 @@ struct Request {
     }
 };
 
-/// What decoding the track once from start to end has given.
-struct Pass {
+/// What decoding the track has given.
+struct Track {
     bool started = false;
-    SoundFormat format;  ///< as last reported
+    SoundFormat format;  ///< once there are samples
     std::uint64_t samples = 0;
-    bool formatChanged = false;  ///< after the first samples: `bytes` holds nothing then
     SoundBytes bytes;
 };
-
-/// The format of a buffer; nothing when it does not say a usable one.
-std::optional<SoundFormat> reportedFormat(const SampleBuffer& buffer) {
-    constexpr double highestRate = 2147483647;
-    if (!(buffer.sampleRate > 0 && buffer.sampleRate <= highestRate) || buffer.channelsPerFrame < 1)
-        return {};
-    return SoundFormat{buffer.sampleRate, buffer.channelsPerFrame};
-}
 
 void produceAll(SoundResampler& resampler, SoundBytes& bytes, const Request& request) {
     while (resampler.produce(bytes))
@@ -66,60 +57,52 @@ std::optional<SampleBuffer> nextBuffer(SoundReader& reader) {
     try {
         return reader.copyNextSampleBuffer();
     } catch (const MediaError& error) {
-        if (error.code() != MediaError::cannotDecode) throw;
+        if (error.endsReading()) throw;
         return {};
     }
 }
 
-/// Decodes the track once; with a `fixedFormat` that one holds, whatever the buffers report.
-Pass decodeOnce(const Request& request, const std::optional<SoundFormat>& fixedFormat) {
-    Pass pass;
+Track decode(const Request& request) {
+    Track track;
     const auto reader = request.asset.makeSoundReader(request.track, request.isCancelled);
-    pass.started = reader->startReading();
-    if (!pass.started) return pass;
+    track.started = reader->startReading();
+    if (!track.started) return track;
 
-    if (fixedFormat) pass.format = *fixedFormat;
     std::optional<SoundResampler> resampler;
     for (;;) {
         request.poll();
         const std::optional<SampleBuffer> buffer = nextBuffer(*reader);
         if (!buffer) break;
-        const SoundFormat format = fixedFormat ? *fixedFormat : reportedFormat(*buffer).value_or(pass.format);
-        if (format != pass.format && pass.samples > 0) {
-            pass.formatChanged = true;
-            resampler.reset();
-            pass.bytes = {};
-        }
-        pass.format = format;
-        pass.samples += buffer->samples.size();
-        if (pass.formatChanged || buffer->samples.empty()) continue;
+        if (buffer->samples.empty()) continue;
         if (!resampler) {
-            resampler.emplace(pass.format, request.targetRate, request.channels, request.maximumFrames);
+            track.format = {buffer->sampleRate, buffer->channelsPerFrame};
+            resampler.emplace(track.format, request.targetRate, request.channels, request.maximumFrames);
         }
-        resample(buffer->samples, *resampler, pass.bytes, request);
+        track.samples += buffer->samples.size();
+        resample(buffer->samples, *resampler, track.bytes, request);
     }
     if (resampler) {
         resampler->finish();
-        produceAll(*resampler, pass.bytes, request);
+        produceAll(*resampler, track.bytes, request);
     }
-    return pass;
+    return track;
 }
 
-std::size_t nearestTrack(int index, std::size_t count) {
-    return std::min(static_cast<std::size_t>(std::max(index, 0)), count - 1);
-}
-
-std::string formatLine(const Pass& pass, const Request& request) {
-    const std::uint64_t sourceFrames = SoundResampler::sourceFrames(pass.samples, pass.format);
-    const std::uint64_t frames = SoundResampler::targetFrames(sourceFrames, pass.format, request.targetRate);
+std::string formatLine(const Track& track, const Request& request) {
+    const std::uint64_t sourceFrames = SoundResampler::sourceFrames(track.samples, track.format);
+    const std::uint64_t frames = SoundResampler::targetFrames(sourceFrames, track.format, request.targetRate);
     return localizedText(
         "log_sound_format_format",
-        {static_cast<std::int64_t>(pass.format.sampleRate), std::int64_t{pass.format.channels},
+        {static_cast<std::int64_t>(track.format.sampleRate), std::int64_t{track.format.channels},
          static_cast<std::int64_t>(sourceFrames), std::int64_t{request.targetRate},
          std::int64_t{request.channels}, static_cast<std::int64_t>(frames)});
 }
 
 }  // namespace
+
+std::size_t nearestTrack(int index, std::size_t count) {
+    return std::min(static_cast<std::size_t>(std::max(index, 0)), count - 1);
+}
 
 SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
                              const IsCancelled& isCancelled, const SoundReports& reports,
@@ -136,50 +119,36 @@ SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channe
                           targetRate,    channels,
                           maximumFrames, isCancelled ? isCancelled : [] { return false; }};
     try {
-        Pass pass = decodeOnce(request, {});
-        if (pass.formatChanged) {
-            const SoundFormat last = pass.format;
-            pass = decodeOnce(request, last);
-        }
-        if (!pass.started) {
+        Track track = decode(request);
+        if (!track.started) {
             say(reports.warned, localizedText("warning_sound_not_started"));
             return {};
         }
-        if (pass.samples == 0) {
+        if (track.samples == 0) {
             say(reports.warned, localizedText("warning_sound_empty"));
             return {};
         }
-        say(reports.logged, formatLine(pass, request));
-        return std::move(pass.bytes);
+        say(reports.logged, formatLine(track, request));
+        return std::move(track.bytes);
     } catch (const MediaError& error) {
         if (error.code() == MediaError::interrupted) throw ZEBConverterError::cancelled();
         throw;
     }
 }
 
-bool AudioReader::hasSound(const MediaAsset& asset, int targetRate, int trackIndex,
-                           const IsCancelled& isCancelled) {
-    // So many that a change of rate or channels further on cannot make them none.
-    constexpr std::uint64_t plenty = 1024;
+bool AudioReader::hasSound(const MediaAsset& asset, int trackIndex, const IsCancelled& isCancelled) {
     const std::size_t count = asset.soundTracks().size();
     if (count == 0) return false;
     try {
         const IsCancelled mayStop = isCancelled ? isCancelled : [] { return false; };
         const auto reader = asset.makeSoundReader(nearestTrack(trackIndex, count), mayStop);
         if (!reader->startReading()) return false;
-        SoundFormat format;
-        std::uint64_t samples = 0;
-        std::uint64_t frames = 0;
-        while (frames < plenty) {
+        for (;;) {
             if (mayStop()) throw ZEBConverterError::cancelled();
             const std::optional<SampleBuffer> buffer = nextBuffer(*reader);
-            if (!buffer) break;
-            format = reportedFormat(*buffer).value_or(format);
-            samples += buffer->samples.size();
-            frames = SoundResampler::targetFrames(SoundResampler::sourceFrames(samples, format), format,
-                                                  targetRate);
+            if (!buffer) return false;
+            if (!buffer->samples.empty()) return true;
         }
-        return frames > 0;
     } catch (const MediaError& error) {
         if (error.code() == MediaError::interrupted) throw ZEBConverterError::cancelled();
         throw;

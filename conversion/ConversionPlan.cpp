@@ -3,6 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
+
+#include "conversion/AudioReader.h"
+#include "platform/LocalizedText.h"
+#include "platform/TextFormat.h"
 
 namespace zeb {
 
@@ -22,6 +27,20 @@ std::int64_t blockCount(double duration) {
         throw MediaError(MediaError::cannotDecode, {"error_source_duration"});
     }
     return std::max<std::int64_t>(1, static_cast<std::int64_t>(std::ceil(duration)));
+}
+
+/// The sound track that the movie takes; null when it takes none.
+const SoundTrack* includedSound(const MediaAsset& asset, const Settings& settings) {
+    const std::vector<SoundTrack>& tracks = asset.soundTracks();
+    if (!settings.includeAudio || settings.audioChannels < 1 || tracks.empty()) return nullptr;
+    return &tracks[nearestTrack(settings.audioTrackIndex, tracks.size())];
+}
+
+double movieDuration(const MediaAsset& asset, const Settings& settings) {
+    constexpr double longestPadding = 0.1;  // seconds
+    const double pictures = asset.videoTracks().front().end.time;
+    const SoundTrack* sound = includedSound(asset, settings);
+    return sound != nullptr && sound->end.time > pictures + longestPadding ? sound->end.time : pictures;
 }
 
 }  // namespace
@@ -53,14 +72,15 @@ FrameSize targetSize(int sourceWidth, int sourceHeight, const Settings& settings
     return {frameSide(width), frameSide(height)};
 }
 
-ConversionPlan planConversion(const VideoTrack& track, double duration, const Settings& settings) {
+ConversionPlan planConversion(const MediaAsset& asset, const Settings& settings) {
     ConversionPlan plan;
-    plan.source = sourceInfo(track);
+    plan.source = sourceInfo(asset.videoTracks().front());
     plan.source.width = std::max(plan.source.width, 1);
     plan.source.height = std::max(plan.source.height, 1);
     plan.size = targetSize(plan.source.width, plan.source.height, settings);
     plan.fps = settings.fps < 1 ? 1 : std::min(plan.source.fps, settings.fps);
 
+    const double duration = movieDuration(asset, settings);
     plan.duration = duration > 0 ? duration : 0;  // also for not-a-number
     plan.seconds = blockCount(plan.duration);
     if (plan.seconds > std::numeric_limits<std::int64_t>::max() / plan.fps) {
@@ -68,6 +88,17 @@ ConversionPlan planConversion(const VideoTrack& track, double duration, const Se
     }
     plan.totalFrames = plan.seconds * plan.fps;
     return plan;
+}
+
+std::string breakOffWarning(const MediaAsset& asset, const Settings& settings) {
+    const auto warning = [](const char* key, const TrackEnd& end) {
+        return localizedText(key, {durationText(end.time), durationText(*end.stated)});
+    };
+    const TrackEnd& pictures = asset.videoTracks().front().end;
+    if (pictures.stated) return warning("warning_film_breaks_off_format", pictures);
+    const SoundTrack* sound = includedSound(asset, settings);
+    if (sound != nullptr && sound->end.stated) return warning("warning_sound_breaks_off_format", sound->end);
+    return {};
 }
 
 GrabSchedule grabSchedule(const ConversionPlan& plan) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "conversion/Settings.h"
 #include "conversion/SourceAnalysis.h"
@@ -21,7 +22,7 @@ struct ConversionPlan {
     SourceInfo source;             ///< displayed size at least 1 x 1
     FrameSize size;                ///< of the file's frames
     int fps = 1;                   ///< of the file
-    double duration = 0;           ///< of the source in seconds, not negative
+    double duration = 0;           ///< of what the movie carries of the source, in seconds, not negative
     std::int64_t seconds = 1;      ///< one-second blocks
     std::int64_t totalFrames = 1;  ///< seconds x fps
 
@@ -32,8 +33,14 @@ struct ConversionPlan {
 /// multiple of 8 within 64 ... 4096.
 FrameSize targetSize(int sourceWidth, int sourceHeight, const Settings& settings);
 
-/// Derives the whole plan. Throws `MediaError` when a figure does not fit its integer type.
-ConversionPlan planConversion(const VideoTrack& track, double duration, const Settings& settings);
+/// Derives the whole plan for a source that has pictures. The movie lasts as long as the pictures, or as the
+/// sound if it is included and outlasts them by more than 0.1 s: less is a sound coder's padding. Throws
+/// `MediaError` when a figure does not fit its integer type.
+ConversionPlan planConversion(const MediaAsset& asset, const Settings& settings);
+
+/// A line that warns of pictures, else of included sound, that end before the end which the source states;
+/// empty when there is nothing to warn of.
+std::string breakOffWarning(const MediaAsset& asset, const Settings& settings);
 
 /// When the frames of a plan are grabbed: frame i at i / fps seconds, but no later than 1/600 s before the
 /// end.

@@ -31,12 +31,12 @@ std::string withThreeDecimals(double value) {
     return {text, end};
 }
 
-/// Passes on that the decoder has seen the caller's wish to stop; any other error is for the caller to judge.
-void rethrowIfInterrupted(const std::exception_ptr& failure) {
+/// Passes on an error after which no picture can be read; any other one is for the caller to judge.
+void rethrowIfReadingEnded(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
     } catch (const MediaError& error) {
-        if (error.code() == MediaError::interrupted) throw;
+        if (error.endsReading()) throw;
     } catch (...) {
         return;
     }
@@ -132,7 +132,7 @@ void Run::convert(const std::string& input, const std::string& output) {
 
 void Run::plan() {
     if (m_asset->videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
-    m_plan = planConversion(m_asset->videoTracks().front(), m_asset->duration(), m_settings);
+    m_plan = planConversion(*m_asset, m_settings);
     m_schedule = grabSchedule(m_plan);
 }
 
@@ -144,6 +144,8 @@ void Run::reportPlan() const {
                           std::int64_t{m_plan.size.width}, std::int64_t{m_plan.size.height},
                           std::int64_t{m_plan.fps}, m_plan.duration, m_plan.totalFrames, m_plan.seconds}),
            0);
+    const std::string warning = breakOffWarning(*m_asset, m_settings);
+    if (!warning.empty()) warn(warning);
 }
 
 std::unique_ptr<FramePipeline> Run::startPipeline() const {
@@ -230,7 +232,7 @@ std::shared_ptr<const EncodedFrame> Run::takeFrame(FramePipeline& pipeline, std:
     } while (!frame);
 
     if (frame->error) {
-        rethrowIfInterrupted(frame->error);
+        rethrowIfReadingEnded(frame->error);
         if (!m_lastFrame) std::rethrow_exception(frame->error);
         const double time = std::min(static_cast<double>(index) / m_plan.fps, m_schedule.last);
         warn(localizedText("warning_frame_repeated_format", {withThreeDecimals(time)}));

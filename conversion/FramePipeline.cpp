@@ -68,8 +68,8 @@ bool FramePipeline::hasRoom() const {
 void FramePipeline::grabAll(const std::stop_token& token) {
     std::shared_ptr<const Picture> lastPicture;  // kept, so that no other picture can have its address
     std::shared_ptr<Slot> lastSlot;
-    bool isInterrupted = false;
-    for (std::int64_t index = 0; index < m_schedule.count && !isInterrupted; ++index) {
+    bool hasEnded = false;
+    for (std::int64_t index = 0; index < m_schedule.count && !hasEnded; ++index) {
         {
             std::unique_lock lock(m_mutex);
             m_roomMade.wait(lock, token, [this] { return hasRoom(); });
@@ -82,7 +82,7 @@ void FramePipeline::grabAll(const std::stop_token& token) {
             picture = m_generator->copyImage(m_schedule.at(index));
             if (!picture) throw MediaError(MediaError::cannotDecode, {"error_media_no_picture"});
         } catch (const MediaError& mediaError) {
-            isInterrupted = mediaError.code() == MediaError::interrupted;
+            hasEnded = mediaError.endsReading();
             error = std::current_exception();
         } catch (...) {
             error = std::current_exception();

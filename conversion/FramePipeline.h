@@ -53,8 +53,8 @@ public:
     FramePipeline& operator=(const FramePipeline&) = delete;
 
     /// The next frame, the same object for frames that show the same picture; null when it is not there
-    /// within `patience`. To be called for as many frames as the schedule has; after the error
-    /// `MediaError::interrupted` no more come. Throws only when a thread's own bookkeeping failed (out of
+    /// within `patience`. To be called for as many frames as the schedule has; after an error
+    /// that ends reading no more come. Throws only when a thread's own bookkeeping failed (out of
     /// memory).
     std::shared_ptr<const EncodedFrame> next(std::chrono::milliseconds patience);
 

@@ -39,14 +39,15 @@ int pictureCount(const VideoTrack& track, int most) {
         std::clamp(budget / bytes, static_cast<double>(fewest), static_cast<double>(most)));
 }
 
-void rethrowIfInterrupted(const MediaError& error) {
-    if (error.code() == MediaError::interrupted) throw MediaError(error);
+void rethrowIfReadingEnded(const MediaError& error) {
+    if (error.endsReading()) throw MediaError(error);
 }
 
 class Sampler {
 public:
     Sampler(const MediaAsset& asset, const SamplingEffort& effort, const IsCancelled& isCancelled)
-        : m_times(wantedTimes(asset.duration(), pictureCount(asset.videoTracks().front(), effort.pictures))),
+        : m_times(wantedTimes(effort.movieSeconds.value_or(asset.duration()),
+                              pictureCount(asset.videoTracks().front(), effort.pictures))),
           m_decodedPictures(std::max(effort.decodedPictures, 1)),
           m_secondsLeft(effort.decodedSeconds),
           m_isCancelled(isCancelled),
@@ -77,7 +78,7 @@ void Sampler::grabNearby() {
         try {
             found = m_generator->copyNearbyImage(time, m_decodedPictures);
         } catch (const MediaError& error) {
-            rethrowIfInterrupted(error);
+            rethrowIfReadingEnded(error);
         }
         m_pictures.push_back(std::move(found));
     }
@@ -88,7 +89,7 @@ PicturePointer Sampler::grab(MediaTime time) {
     try {
         return m_generator->copyImage(time);
     } catch (const MediaError& error) {
-        rethrowIfInterrupted(error);
+        rethrowIfReadingEnded(error);
         return {};
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/Media.h"
@@ -17,12 +18,15 @@ struct SamplingEffort {
     /// be decoded to reach others.
     double decodedSeconds = 20;
     int threads = 1;  ///< of the decoder
+    /// The movie's length, over which the pictures are spread; as long as the asset where it is not known.
+    std::optional<double> movieSeconds{};
 };
 
 /// Pictures spread evenly over a film, in its order: near the wanted moments where that saves work. A picture
 /// that cannot be decoded is left out. The same film and effort give the same pictures.
 ///
-/// Throws `MediaError`: `cannotDecode` when no picture can be decoded, `interrupted` on cancellation.
+/// Throws `MediaError`: `cannotDecode` when no picture can be decoded, `interrupted` on cancellation,
+/// `cannotRead`.
 std::vector<std::shared_ptr<const Picture>> samplePictures(const MediaAsset& asset,
                                                            const SamplingEffort& effort,
                                                            const IsCancelled& isCancelled);

@@ -208,7 +208,7 @@ SoundOutlook certainSoundOutlook(const MediaAsset& asset, const Settings& settin
                                  const IsCancelled& isCancelled) {
     SoundOutlook outlook = soundOutlook(asset, settings);
     if (outlook.isCertain) return outlook;
-    if (!AudioReader::hasSound(asset, layout::sampleRate, settings.audioTrackIndex, isCancelled)) return {};
+    if (!AudioReader::hasSound(asset, settings.audioTrackIndex, isCancelled)) return {};
     outlook.isCertain = true;
     return outlook;
 }

@@ -49,6 +49,7 @@ private:
     std::optional<SourceIdentity> m_identity;
     std::shared_ptr<const MediaAsset> m_asset;
     std::optional<RecordSamples> m_samples;
+    double m_sampledSeconds = 0;     ///< the movie's length that the samples stand for
     std::map<int, bool> m_hasSound;  ///< by track
 };
 
@@ -77,13 +78,15 @@ SizeForecast Source::forecast(const MediaLibrary& library, const Request& reques
     open(library, request.input, isCancelled);
     if (m_asset->videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
     const Settings& settings = request.settings;
-    const ConversionPlan plan = planConversion(m_asset->videoTracks().front(), m_asset->duration(), settings);
+    const ConversionPlan plan = planConversion(*m_asset, settings);
     const ForecastCase about{settings, plan, sound(settings, isCancelled), spaceFor(request.output)};
     if (settings.qlModeNumber != 32) return forecastUpperBound(about);
-    if (!m_samples) {
+    if (!m_samples || m_sampledSeconds != plan.duration) {
         const int threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
         SamplingEffort effort;
         effort.threads = threads;
+        effort.movieSeconds = m_sampledSeconds = plan.duration;
+        m_samples.reset();
         m_samples.emplace(samplePictures(*m_asset, effort, isCancelled), threads);
     }
     return forecastSize(about, *m_samples, isCancelled);

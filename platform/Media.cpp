@@ -15,4 +15,11 @@ MediaTime GrabSchedule::at(std::int64_t index) const {
     return MediaTime::withSeconds(seconds, timescale);
 }
 
+double MediaAsset::duration() const {
+    double latest = videoTracks().empty() ? 0 : videoTracks().front().end.time;
+    for (const SoundTrack& track : soundTracks())
+        latest = std::max(latest, track.end.time);
+    return latest;
+}
+
 }  // namespace zeb

@@ -25,10 +25,14 @@ public:
         cannotOpen = 1,    ///< missing, unreadable, a folder, empty, not a media file, a refused format
         cannotDecode = 2,  ///< a picture or sound that should be there could not be decoded
         interrupted = 3,   ///< the caller's `isCancelled` answered true while the file was being read
+        cannotRead = 4,  ///< the system failed to read on, or the file has become shorter since it was opened
     };
     MediaError(Code code, const KeyedText& text) : PlatformError("Media", code, englishText(text), text) {}
 
     static MediaError wasInterrupted() { return {interrupted, {"error_cancelled"}}; }
+
+    /// Nothing more can be read: no later picture or sound will do better.
+    bool endsReading() const { return code() != cannotDecode; }
 };
 
 /// Asked between units of work, from any thread: true once the caller wants to stop.
@@ -59,16 +63,27 @@ struct AffineTransform {
     }
 };
 
+/// Where a track ends, in seconds from presentation time 0.
+struct TrackEnd {
+    double time = 0;  ///< of the last picture or sample that the file holds; 0 when there is none
+    /// The end that the file states for the track, where the track breaks off more than a second before it.
+    std::optional<double> stated{};
+
+    bool operator==(const TrackEnd&) const = default;
+};
+
 struct VideoTrack {
     MediaSize naturalSize;               ///< before the transform, in square pixels (sample aspect applied)
     AffineTransform preferredTransform;  ///< makes the pictures upright
     float nominalFrameRate = 0;          ///< pictures per second; 0 when unknown
+    TrackEnd end{};                      ///< of the pictures
 };
 
 struct SoundTrack {
     std::optional<double> sampleRate;         ///< Hz
     std::optional<int> channelsPerFrame;      ///<
     std::optional<std::uint32_t> formatCode;  ///< four-character code of the coding, first character highest
+    TrackEnd end{};                           ///< of the sound
 };
 
 /// Grab times at regular distance: t(i) = min(i / perSecond, last) for i = 0 ... count - 1.
@@ -101,7 +116,7 @@ public:
     /// back seeks.
     ///
     /// Throws `MediaError::cannotDecode` when the picture on screen at that moment is damaged (later grabs
-    /// may work again), `MediaError::interrupted` on cancellation.
+    /// may work again), `MediaError::interrupted` on cancellation, `MediaError::cannotRead`.
     virtual std::shared_ptr<const Picture> copyImage(MediaTime time) = 0;
 
     /// A picture near `time` that takes little work, for who wants to know what the film looks like
@@ -113,32 +128,34 @@ public:
     ///
     /// Ends what `expect` announced; changes no picture that `copyImage` gives later. Throws
     /// `MediaError::cannotDecode` when there is no such picture or it is damaged, `MediaError::interrupted`
-    /// on cancellation.
+    /// on cancellation, `MediaError::cannotRead`.
     virtual TimedPicture copyNearbyImage(MediaTime time, int pictures) = 0;
 };
 
 /// Some decoded sound.
 struct SampleBuffer {
-    double sampleRate = 0;  ///< Hz
-    int channelsPerFrame = 0;
+    double sampleRate = 0;           ///< Hz; positive, at most 2^31 - 1
+    int channelsPerFrame = 0;        ///< at least 1
     std::span<const float> samples;  ///< interleaved, nominally -1 ... 1; valid until the next call
 };
 
 /// Reads one sound track from presentation time 0 on: silence stands for a late start and for gaps longer
-/// than 20 ms, sound before time 0 is left out. Used by one thread at a time.
+/// than 20 ms, sound before time 0 is left out. Rate and channels are the same in all buffers: sound that
+/// changes them on the way is converted to those it started with. Used by one thread at a time.
 class SoundReader {
 public:
     virtual ~SoundReader() = default;
 
     /// False when the track cannot be decoded here.
     virtual bool startReading() = 0;
-    /// The next samples; nothing at the end (or where a damaged file ends early).
-    /// Throws `MediaError::interrupted` on cancellation.
+    /// The next samples, whole frames; nothing at the end (or where a damaged file ends early).
+    /// Throws `MediaError::interrupted` on cancellation, `MediaError::cannotRead`.
     virtual std::optional<SampleBuffer> copyNextSampleBuffer() = 0;
 };
 
 /// An opened video file. Readers made from it are independent of one another and may be used on different
-/// threads; they may outlive it.
+/// threads; they may outlive it. Times that begin again in the middle of a file (recordings put together) are
+/// continued: what follows starts where everything before it has ended, for pictures and sound alike.
 class MediaAsset {
 public:
     virtual ~MediaAsset() = default;
@@ -146,12 +163,14 @@ public:
     /// The tracks with moving pictures, the container's default one first; cover art is not among them.
     virtual const std::vector<VideoTrack>& videoTracks() const = 0;
     virtual const std::vector<SoundTrack>& soundTracks() const = 0;
-    /// Length of the presentation in seconds; 0 when there is nothing in it.
-    virtual double duration() const = 0;
+    /// Length of the presentation in seconds: the latest end of the first video track and of all sound
+    /// tracks; 0 when there is nothing in it.
+    double duration() const;
     /// For the first video track; there must be one. `threads` is how many the decoder may use, at least 1.
+    /// Throws `MediaError::cannotRead` when the file has become shorter since it was opened.
     virtual std::unique_ptr<ImageGenerator> makeImageGenerator(int threads,
                                                                IsCancelled isCancelled) const = 0;
-    /// For one of the sound tracks.
+    /// For one of the sound tracks. Throws `MediaError::cannotRead` likewise.
     virtual std::unique_ptr<SoundReader> makeSoundReader(std::size_t track,
                                                          IsCancelled isCancelled) const = 0;
 };

@@ -68,7 +68,7 @@ struct FakeFilm {
     using Sound = std::function<bool(std::size_t index, FakeSamples& buffer)>;
 
     std::vector<VideoTrack> videoTracks{{{640, 480}, {}, 10}};
-    double duration = 1;
+    double duration = 1;  ///< where the pictures end, unless the track says so
     Grab grab;
     double keyDistance = 0;  ///< seconds from one key picture to the next; 0 = every picture is one
     std::vector<Sound> soundTracks;
@@ -165,13 +165,16 @@ public:
     explicit FakeAsset(FakeFilm film, std::shared_ptr<FakeRecord> record = std::make_shared<FakeRecord>())
         : m_film(std::make_shared<const FakeFilm>(std::move(film))),
           m_record(std::move(record)),
+          m_videoTracks(m_film->videoTracks),
           m_soundTracks(m_film->soundTrackFacts) {
         m_soundTracks.resize(std::max(m_film->soundTracks.size(), m_soundTracks.size()));
+        for (VideoTrack& track : m_videoTracks) {
+            if (track.end == TrackEnd{}) track.end.time = m_film->duration;
+        }
     }
 
-    const std::vector<VideoTrack>& videoTracks() const override { return m_film->videoTracks; }
+    const std::vector<VideoTrack>& videoTracks() const override { return m_videoTracks; }
     const std::vector<SoundTrack>& soundTracks() const override { return m_soundTracks; }
-    double duration() const override { return m_film->duration; }
 
     std::unique_ptr<ImageGenerator> makeImageGenerator(int, IsCancelled isCancelled) const override {
         return std::make_unique<FakeImageGenerator>(m_film, m_record, std::move(isCancelled));
@@ -187,6 +190,7 @@ public:
 private:
     std::shared_ptr<const FakeFilm> m_film;
     std::shared_ptr<FakeRecord> m_record;
+    std::vector<VideoTrack> m_videoTracks;
     std::vector<SoundTrack> m_soundTracks;
 };
 

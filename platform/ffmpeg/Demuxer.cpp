@@ -7,8 +7,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
+#include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/FileHandle.h"
 #include "platform/SystemErrorText.h"
@@ -66,6 +69,18 @@ std::string nameForProbing(const std::string& path) {
     return isPlain && !extension.empty() ? "movie." + extension : "movie";
 }
 
+KeyedText becameShorter() {
+    return {"error_media_became_shorter"};
+}
+
+std::unique_ptr<ReadableFile> openFile(const std::string& path) {
+    try {
+        return openForReading(path);
+    } catch (const FileError& error) {
+        throw MediaError(MediaError::cannotOpen, error.reasonText());
+    }
+}
+
 int refuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
     return AVERROR(EPERM);
 }
@@ -77,6 +92,10 @@ struct Demuxer::State {
     std::uint64_t position = 0;
     std::uint64_t size = 0;
     IsCancelled isCancelled;
+    std::optional<KeyedText> failure;                ///< why no more can be read
+    TimeJoints joints;                               ///< that are bridged
+    std::vector<std::int64_t> latestPositions;       ///< by stream: where its latest packet starts
+    std::vector<std::optional<double>> latestTimes;  ///< by stream: of its latest packet, moved
     AVIOContext* io = nullptr;
     AVFormatContext* format = nullptr;
 
@@ -95,9 +114,12 @@ struct Demuxer::State {
         try {
             const std::size_t count =
                 state.file->readAt(state.position, {buffer, static_cast<std::size_t>(size)});
+            // The libraries search for more behind errors and often take them for the end.
+            if (count == 0 && size > 0 && state.position < state.size) state.failure = becameShorter();
             state.position += count;
             return count == 0 ? AVERROR_EOF : static_cast<int>(count);
         } catch (const FileError& error) {
+            state.failure = error.reasonText();
             return AVERROR(error.code());
         }
     }
@@ -123,6 +145,32 @@ struct Demuxer::State {
         return offset;
     }
 
+    /// Whether the file ends within the packet. Streams without an index mark packets for other reasons.
+    bool isTorn(const AVPacket& packet) const {
+        return (packet.flags & AV_PKT_FLAG_CORRUPT) != 0 && io->eof_reached != 0 &&
+               (format->iformat->flags & AVFMT_TS_DISCONT) == 0;
+    }
+
+    /// Completes the packet's position and bridges joints.
+    void place(AVPacket& packet) {
+        const auto stream = static_cast<std::size_t>(packet.stream_index);
+        if (latestPositions.size() <= stream) {
+            latestPositions.resize(stream + 1, 0);
+            latestTimes.resize(stream + 1);
+        }
+        if (packet.pos < 0) packet.pos = latestPositions[stream];
+        latestPositions[stream] = packet.pos;
+        const std::int64_t stamp = packet.dts != AV_NOPTS_VALUE ? packet.dts : packet.pts;
+        if (joints.empty() || stamp == AV_NOPTS_VALUE) return;
+        const double tick = av_q2d(format->streams[stream]->time_base);
+        const double time = static_cast<double>(stamp) * tick;
+        const double seconds = shiftAt(joints, packet.pos, time, latestTimes[stream]);
+        latestTimes[stream] = time + seconds;
+        const std::int64_t shift = std::llround(seconds / tick);
+        if (packet.pts != AV_NOPTS_VALUE) packet.pts += shift;
+        if (packet.dts != AV_NOPTS_VALUE) packet.dts += shift;
+    }
+
     static int wantsToStop(void* opaque) noexcept {
         const State& state = *static_cast<const State*>(opaque);
         return state.isCancelled && state.isCancelled() ? 1 : 0;
@@ -132,21 +180,32 @@ struct Demuxer::State {
         if (isCancelled && isCancelled()) throw MediaError::wasInterrupted();
     }
 
+    void throwIfFailed() const {
+        if (failure) throw MediaError(MediaError::cannotRead, *failure);
+    }
+
     void throwCannotOpen(int error) const {
         throwIfCancelled();
+        throwIfFailed();
         throw MediaError(MediaError::cannotOpen, textOf(error));
     }
 };
 
-Demuxer::Demuxer(const std::string& path, IsCancelled isCancelled) : m_state(std::make_unique<State>()) {
+Demuxer::Demuxer(const std::string& path, IsCancelled isCancelled, std::uint64_t leastSize)
+    : Demuxer(openFile(path), path, std::move(isCancelled), leastSize) {}
+
+Demuxer::Demuxer(std::unique_ptr<ReadableFile> file, const std::string& path, IsCancelled isCancelled,
+                 std::uint64_t leastSize)
+    : m_state(std::make_unique<State>()) {
     State& state = *m_state;
     state.isCancelled = std::move(isCancelled);
+    state.file = std::move(file);
     try {
-        state.file = openForReading(path);
         state.size = state.file->size();
     } catch (const FileError& error) {
         throw MediaError(MediaError::cannotOpen, error.reasonText());
     }
+    if (state.size < leastSize) throw MediaError(MediaError::cannotRead, becameShorter());
     if (state.size == 0) throw MediaError(MediaError::cannotOpen, {"error_media_empty_file"});
 
     auto* buffer = static_cast<std::uint8_t*>(av_malloc(ioBufferSize));
@@ -179,6 +238,7 @@ Demuxer::Demuxer(const std::string& path, IsCancelled isCancelled) : m_state(std
     if (const int error = avformat_find_stream_info(state.format, nullptr); error < 0)
         state.throwCannotOpen(error);
     state.throwIfCancelled();
+    state.throwIfFailed();
 }
 
 Demuxer::~Demuxer() = default;
@@ -195,15 +255,34 @@ bool Demuxer::read(AVPacket& packet) {
     for (;;) {
         m_state->throwIfCancelled();
         const int result = av_read_frame(m_state->format, &packet);
-        if (result >= 0) return true;
+        if (m_state->failure) {
+            av_packet_unref(&packet);
+            m_state->throwIfFailed();
+        }
+        if (result >= 0) {
+            if (m_state->isTorn(packet)) {
+                av_packet_unref(&packet);
+                return false;
+            }
+            m_state->place(packet);
+            return true;
+        }
         if (result == AVERROR(EAGAIN)) continue;
         m_state->throwIfCancelled();
         return false;
     }
 }
 
+void Demuxer::bridge(TimeJoints joints) {
+    m_state->joints = std::move(joints);
+}
+
+bool Demuxer::canSeek() const noexcept {
+    return m_state->joints.empty();
+}
+
 bool Demuxer::seek(int stream, std::int64_t timestamp) {
-    return avformat_seek_file(m_state->format, stream, INT64_MIN, timestamp, timestamp, 0) >= 0;
+    return canSeek() && avformat_seek_file(m_state->format, stream, INT64_MIN, timestamp, timestamp, 0) >= 0;
 }
 
 void Demuxer::setCancellation(IsCancelled isCancelled) {

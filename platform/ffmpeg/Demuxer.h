@@ -1,10 +1,14 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
+#include "platform/FileHandle.h"
 #include "platform/Media.h"
 #include "platform/ffmpeg/Handles.h"
+#include "platform/ffmpeg/TimeJoints.h"
 
 struct AVFormatContext;
 
@@ -14,8 +18,12 @@ namespace zeb::ffmpeg {
 /// is ever taken for an address or a pattern and nothing else is opened. Used by one thread at a time.
 class Demuxer {
 public:
-    /// Opens and probes the file. Throws `MediaError`.
-    Demuxer(const std::string& path, IsCancelled isCancelled);
+    /// Opens and probes the file. Throws `MediaError`: `cannotRead` when it has become shorter than
+    /// `leastSize` bytes.
+    Demuxer(const std::string& path, IsCancelled isCancelled, std::uint64_t leastSize = 0);
+    /// The same for a file that is handed over; `path` only names it.
+    Demuxer(std::unique_ptr<ReadableFile> file, const std::string& path, IsCancelled isCancelled,
+            std::uint64_t leastSize = 0);
     ~Demuxer();
     Demuxer(const Demuxer&) = delete;
     Demuxer& operator=(const Demuxer&) = delete;
@@ -25,9 +33,17 @@ public:
     /// Size of the file in bytes as it was opened.
     std::uint64_t fileSize() const noexcept;
 
-    /// Reads the next packet of any stream; false at the end (a read error in the middle counts as the end:
-    /// what was readable is used). Throws `MediaError::interrupted`.
+    /// Makes the times of packets go on where they begin again. Ends `canSeek`.
+    void bridge(TimeJoints joints);
+
+    /// Reads the next packet of any stream; false at the end, which is also where the container leads no
+    /// further or the file ends within a packet. A packet without a position has that of the one before it
+    /// in its stream. Throws `MediaError::interrupted` and, when the system fails to read or the file has
+    /// become shorter, `MediaError::cannotRead`.
     bool read(AVPacket& packet);
+
+    /// False where times do not lead to places in the file.
+    bool canSeek() const noexcept;
 
     /// Moves to the last key frame of `stream` whose time is not after `timestamp` (in the stream's time
     /// base), or as near as the container allows; false when it cannot.
@@ -40,5 +56,8 @@ private:
     struct State;
     std::unique_ptr<State> m_state;
 };
+
+/// Opens the same file once more.
+using OpenDemuxer = std::function<std::unique_ptr<Demuxer>()>;
 
 }  // namespace zeb::ffmpeg

@@ -13,22 +13,14 @@ constexpr double farAhead = 3;
 
 }  // namespace
 
-FFmpegImageGenerator::FFmpegImageGenerator(std::string path, std::unique_ptr<Demuxer> demuxer,
-                                           const VideoStreamFacts& facts, double origin, int threads,
-                                           IsCancelled isCancelled)
-    : m_path(std::move(path)),
-      m_facts(facts),
-      m_origin(origin),
-      m_threads(threads),
-      m_isCancelled(std::move(isCancelled)) {
+FFmpegImageGenerator::FFmpegImageGenerator(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen,
+                                           const VideoStreamFacts& facts, double origin, int threads)
+    : m_reopen(std::move(reopen)), m_facts(facts), m_origin(origin), m_threads(threads) {
     start(std::move(demuxer));
 }
 
 void FFmpegImageGenerator::start(std::unique_ptr<Demuxer> demuxer) {
-    const auto reopen = [path = m_path, isCancelled = m_isCancelled] {
-        return std::make_unique<Demuxer>(path, isCancelled);
-    };
-    m_source = std::make_unique<FrameSource>(std::move(demuxer), reopen, m_facts, m_origin, m_threads);
+    m_source = std::make_unique<FrameSource>(std::move(demuxer), m_reopen, m_facts, m_origin, m_threads);
 }
 
 void FFmpegImageGenerator::expect(const GrabSchedule& schedule) {
@@ -64,7 +56,7 @@ TimedPicture FFmpegImageGenerator::copyNearbyImage(MediaTime time, int pictures)
     m_current.reset();
     m_next.reset();
     // Without seeking, only what lies ahead is found.
-    if (hasDecoded && !m_source->canSeek()) start(std::make_unique<Demuxer>(m_path, m_isCancelled));
+    if (hasDecoded && !m_source->canSeek()) start(m_reopen());
     m_isElsewhere = true;
     const double target = time.seconds() + m_source->tolerance();
     const std::optional<double> keyTime = m_source->findKey(target);
@@ -105,12 +97,12 @@ void FFmpegImageGenerator::restart(double target) {
         m_next = m_source->next();
         if (m_next && m_next->time <= target) return;
     }
-    reopen();
+    startAgain();
 }
 
-void FFmpegImageGenerator::reopen() {
+void FFmpegImageGenerator::startAgain() {
     m_next.reset();
-    start(std::make_unique<Demuxer>(m_path, m_isCancelled));
+    start(m_reopen());
     m_next = m_source->next();
     m_currentIsFirst = true;
 }

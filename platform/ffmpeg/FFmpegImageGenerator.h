@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 
 #include "platform/Media.h"
 #include "platform/ffmpeg/FramePicture.h"
@@ -13,9 +12,9 @@ namespace zeb::ffmpeg {
 /// Grabs pictures of one video stream by time.
 class FFmpegImageGenerator final : public ImageGenerator {
 public:
-    /// `demuxer`, opened on `path`, must not have been read from yet.
-    FFmpegImageGenerator(std::string path, std::unique_ptr<Demuxer> demuxer, const VideoStreamFacts& facts,
-                         double origin, int threads, IsCancelled isCancelled);
+    /// `demuxer` must not have been read from yet; `reopen` opens the same file once more.
+    FFmpegImageGenerator(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
+                         double origin, int threads);
 
     void expect(const GrabSchedule& schedule) override;
     std::shared_ptr<const Picture> copyImage(MediaTime time) override;
@@ -30,13 +29,12 @@ private:
     void start(std::unique_ptr<Demuxer> demuxer);
     void advance();
     void restart(double target);
-    void reopen();
+    void startAgain();
 
-    std::string m_path;
+    OpenDemuxer m_reopen;
     VideoStreamFacts m_facts;
     double m_origin;
     int m_threads;
-    IsCancelled m_isCancelled;
     std::shared_ptr<DrawingTools> m_tools = std::make_shared<DrawingTools>();
     std::unique_ptr<FrameSource> m_source;
     std::optional<Shown> m_current;    ///< the picture on screen at the last grab

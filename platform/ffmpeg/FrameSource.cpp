@@ -437,7 +437,7 @@ bool FrameSource::hasLostPicture(double after, double upTo) const {
 }
 
 bool FrameSource::canSeek() const noexcept {
-    if (!m_facts.hasTimestamps) return false;
+    if (!m_facts.hasTimestamps || !m_demuxer->canSeek()) return false;
     // Times in decoding order are dealt out in display order, which goes wrong where pictures after a key
     // frame are predicted from before it and cannot be decoded. Only these codings mark key frames that
     // nothing reaches past.

@@ -26,15 +26,14 @@ struct TimedFrame {
 };
 
 /// Decodes one video stream from packets to progressive frames in display order. Used by one thread at a
-/// time; the decoder's own threads are inside.
+/// time; the decoder's own threads are inside. What reads packets throws `MediaError::interrupted` and
+/// `MediaError::cannotRead`.
 ///
 /// How decoders patch damaged pictures depends on the timing of their threads. So the first sign of damage
 /// makes this go back to a point from which all is sound, and decode with a single thread from there: the
 /// pictures are the same for every number of threads.
 class FrameSource {
 public:
-    using OpenDemuxer = std::function<std::unique_ptr<Demuxer>()>;
-
     /// `demuxer` must not have been read from yet; `reopen` opens the same file once more.
     /// Throws `MediaError` when there is no decoder for the stream.
     FrameSource(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
@@ -48,7 +47,7 @@ public:
     /// where the stream does not allow it.
     void expect(const GrabSchedule& schedule);
 
-    /// The next frame; nothing at the end. Throws `MediaError::interrupted`.
+    /// The next frame; nothing at the end.
     std::optional<TimedFrame> next();
 
     /// Whether a picture that belongs between `after` (exclusive) and `upTo` (inclusive) is missing because

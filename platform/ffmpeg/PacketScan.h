@@ -1,15 +1,16 @@
 #pragma once
 
-#include <string>
-
 #include "platform/ffmpeg/StreamFacts.h"
 
 namespace zeb::ffmpeg {
 
-/// Length of the presentation in seconds: the container's figure where it is plausible for the size of the
-/// file, else found by reading the packets. Fills in the frame rate of a video whose container names none or
-/// an absurd one. Throws `MediaError::interrupted`.
-double presentationDuration(const std::string& path, const Demuxer& opened, ContainerFacts& facts,
-                            const IsCancelled& isCancelled);
+/// Fills in what the head of a file does not tell, or not truly: where the tracks end, where times begin
+/// again, and the frame rate of a video whose container names none or an absurd one.
+///
+/// Where an index leads to all pictures and sounds, and the file reaches as far, the container's figures
+/// count; else packets are read: those near the end, or all of them where times may begin again or nothing is
+/// stated. `reopen` opens the file that `opened` is, with the joints that `facts` has by then. Throws what
+/// reading throws.
+void measure(ContainerFacts& facts, const Demuxer& opened, const OpenDemuxer& reopen);
 
 }  // namespace zeb::ffmpeg

@@ -182,6 +182,7 @@ VideoTrack videoTrack(const VideoStreamFacts& facts) {
         track.preferredTransform.b = -track.preferredTransform.b;
     }
     track.nominalFrameRate = static_cast<float>(facts.frameRate);
+    track.end = facts.end;
     return track;
 }
 

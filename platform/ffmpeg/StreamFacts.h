@@ -39,6 +39,7 @@ struct VideoStreamFacts {
     Orientation orientation;
     int codedWidth = 0;
     int codedHeight = 0;
+    TrackEnd end;
 
     /// Display duration of a picture where nothing better is known, in seconds.
     double frameDuration() const { return 1.0 / (frameRate > 0 ? frameRate : 25.0); }
@@ -55,6 +56,7 @@ struct ContainerFacts {
     std::vector<VideoStreamFacts> videos;  ///< the container's default one first; no cover art
     std::vector<SoundStreamFacts> sounds;
     double origin = 0;  ///< presentation time 0 in seconds of the container's clock
+    TimeJoints joints;  ///< where that clock starts again
 };
 
 ContainerFacts containerFacts(const Demuxer& demuxer);

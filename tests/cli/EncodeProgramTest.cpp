@@ -15,6 +15,7 @@ namespace zeb::test {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -159,6 +160,40 @@ TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
     for (const std::vector<std::string>& words :
          {std::vector<std::string>{}, {"info"}, {"encode", ""}, {"encode", "a.mov", "--mode", "\x1b[2J\n"}})
         expectFailure(words, 2, "");
+}
+
+TEST_F(EncodeProgram, WarnsOfAFilmThatBreaksOff) {
+    makeClip(m_folder.file("whole.mp4"),
+             {"-f", "lavfi", "-i", "testsrc=s=160x120:r=10:d=20", "-f", "lavfi", "-i", "sine=d=20", "-c:v",
+              "mpeg4", "-c:a", "aac", "-movflags", "faststart"});
+    const std::string bytes = contents(m_folder.file("whole.mp4"));
+    store(m_folder.file("cut.mp4"), bytes.substr(0, bytes.size() / 3));
+    const auto result = zeb({"encode", "cut.mp4", "whole.mp4", "--progress", "none"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.error, StartsWith("zeb: cut.mp4: The film breaks off at 0:0"));
+    EXPECT_THAT(result.error, EndsWith(" of 0:20.\n"));
+    EXPECT_EQ(std::ranges::count(result.error, '\n'), 1) << result.error;
+    const std::int64_t seconds = rightMovie(m_folder.file("cut.zeb")).seconds;
+    EXPECT_TRUE(seconds > 3 && seconds < 9) << seconds;
+    // The padding of the sound makes no second of its own.
+    EXPECT_EQ(rightMovie(m_folder.file("whole.zeb")).seconds, 20);
+}
+
+TEST_F(EncodeProgram, MakesAShorterMovieOfASourceThatShrinks) {
+    makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
+    ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv"}), m_options);
+    while (const auto line = zeb.readLine()) {
+        const auto json = nlohmann::json::parse(*line);
+        if (json["type"] == "progress" && json["frames"] > 60) break;
+    }
+    fs::resize_file(m_folder.file("long.mkv"), 0);
+    const auto result = zeb.finish();
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.error,
+                StartsWith("zeb: long.mkv: The file has become shorter while it was being read; "
+                           "long.zeb was finished after "));
+    EXPECT_EQ(std::ranges::count(result.error, '\n'), 1) << result.error;
+    EXPECT_GT(rightMovie(m_folder.file("long.zeb")).seconds, 0);
 }
 
 TEST_F(EncodeProgram, MakesAShorterMovieWhenInterrupted) {

@@ -7,6 +7,7 @@
 
 #include "cli/ForecastText.h"
 #include "cli/InfoText.h"
+#include "platform/TextFormat.h"
 #include "platform/UTF8.h"
 
 namespace zeb::cli {

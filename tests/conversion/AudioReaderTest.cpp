@@ -119,22 +119,6 @@ TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
     }
 }
 
-TEST(AudioReader, lastFormatHoldsForTheWholeTrack) {
-    const auto samples = noise(6000);
-    const auto expectLastOf = [&](double firstRate, int firstChannels, std::ptrdiff_t firstSamples,
-                                  double lastRate, int lastChannels) {
-        const auto middle = samples.begin() + firstSamples;
-        const Result result = readBuffers({{firstRate, firstChannels, {samples.begin(), middle}},
-                                           {lastRate, lastChannels, {middle, samples.end()}},
-                                           {0, 0, {}}},  // says nothing about the format
-                                          2);
-        EXPECT_TRUE(result.bytes == convertedWhole(samples, lastRate, lastChannels, 2)) << lastRate;
-    };
-    expectLastOf(44100, 2, 1001, 48000, 2);
-    expectLastOf(48000, 2, 1001, 48000, 1);
-    expectLastOf(44100, 2, 6000, 32000, 1);  // nothing heard in the last format
-}
-
 TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {
     const auto samples = noise(96000);
     const Result cut = readBuffers(divided(samples, 48000, 2, {4096}), 1, 5000);
@@ -167,16 +151,14 @@ TEST(AudioReader, keepsWhatCameBeforeDamage) {
 TEST(AudioReader, stopsAtWhicheverQuestionIsAnsweredYes) {
     FakeFilm film;
     const auto samples = noise(3000);
-    auto buffers = divided(samples, 48000, 2, {500});
-    buffers.push_back({44100, 2, {}});  // so that there are two passes
-    film.soundTracks = {fake::soundOf(buffers)};
+    film.soundTracks = {fake::soundOf(divided(samples, 48000, 2, {500}))};
     bool completed = false;
     for (int patience = 0; !completed; ++patience) {
         int asked = 0;
         try {
             AudioReader::read(FakeAsset(film), targetRate, 2, 0, [&] { return asked++ >= patience; }, {});
             completed = true;
-            EXPECT_GT(patience, 2 * 6);
+            EXPECT_GT(patience, 6);
         } catch (const ZEBConverterError& error) {
             EXPECT_EQ(error.errorCase(), ZEBConverterError::Case::cancelled);
             EXPECT_EQ(asked, patience + 1);

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <vector>
+
+#include "platform/fake/FakeMedia.h"
 
 namespace zeb {
 namespace {
@@ -12,6 +15,12 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 VideoTrack trackOf(double width, double height, float rate, AffineTransform transform = {}) {
     return {{width, height}, transform, rate};
+}
+
+/// A film of one video track that ends at `end`.
+fake::FakeAsset filmOf(VideoTrack track, double end) {
+    track.end.time = end;
+    return fake::FakeAsset({.videoTracks = {track}});
 }
 
 Settings settingsOf(int width, int height, bool preserveAspect, int fps = 10) {
@@ -82,21 +91,67 @@ TEST(ConversionPlan, countsSecondsAndFrames) {
         {25, 0, -4, 1, 1, 0},
     };
     for (const auto& c : cases) {
-        const GrabSchedule schedule = grabSchedule(planConversion(
-            trackOf(640, 480, c.sourceRate), c.duration, settingsOf(512, 256, true, c.requestedRate)));
+        const GrabSchedule schedule =
+            grabSchedule(planConversion(filmOf(trackOf(640, 480, c.sourceRate), c.duration),
+                                        settingsOf(512, 256, true, c.requestedRate)));
         EXPECT_EQ(schedule.count, c.seconds * c.fps) << c.duration;
         EXPECT_EQ(schedule.perSecond, c.fps);
         EXPECT_DOUBLE_EQ(schedule.last, c.last);
     }
 }
 
+TEST(ConversionPlan, lastsAsLongAsWhatTheMovieCarries) {
+    const struct {
+        double pictures;
+        std::vector<double> sounds;
+        bool includesAudio;
+        int channels, track;
+        double expected;
+    } cases[] = {
+        {10, {}, true, 2, 0, 10},         {10, {10.02}, true, 2, 0, 10},  // a coder's padding
+        {10, {10.0999}, true, 2, 0, 10},                                  //
+        {10, {10.11}, true, 2, 0, 10.11}, {10, {30}, true, 1, 0, 30},
+        {10, {30}, false, 2, 0, 10},      {10, {30}, true, 0, 0, 10},
+        {10, {30, 20}, true, 2, 1, 20},   {10, {30, 20}, true, 2, 7, 20},  // the nearest track
+        {10, {5}, true, 2, 0, 10},
+    };
+    for (const auto& c : cases) {
+        fake::FakeFilm film{.duration = c.pictures};
+        for (const double end : c.sounds)
+            film.soundTrackFacts.push_back({.end = {end}});
+        Settings settings;
+        settings.includeAudio = c.includesAudio;
+        settings.audioChannels = c.channels;
+        settings.audioTrackIndex = c.track;
+        EXPECT_EQ(planConversion(fake::FakeAsset(film), settings).duration, c.expected)
+            << c.pictures << ", expected " << c.expected;
+    }
+}
+
+TEST(BreakOffWarning, namesPicturesElseIncludedSound) {
+    const auto warning = [](TrackEnd pictures, TrackEnd sound, bool includesAudio = true) {
+        fake::FakeFilm film;
+        film.videoTracks.front().end = pictures;
+        film.soundTrackFacts = {{.end = sound}};
+        Settings settings;
+        settings.includeAudio = includesAudio;
+        return breakOffWarning(fake::FakeAsset(film), settings);
+    };
+    EXPECT_EQ(warning({5.2, 20}, {5.1, 20}), "The film breaks off at 0:05 of 0:20.");
+    EXPECT_EQ(warning({3599.6, 7259}, {9}), "The film breaks off at 1:00:00 of 2:00:59.");
+    EXPECT_EQ(warning({20}, {5, 20}), "The sound breaks off at 0:05 of 0:20.");
+    EXPECT_EQ(warning({20}, {5, 20}, false), "");
+    EXPECT_EQ(warning({20}, {30}), "");
+}
+
 TEST(ConversionPlan, refusesWhatCannotBeCounted) {
-    EXPECT_EQ(planConversion(trackOf(0, 0, 25), 1, {}).source, (SourceInfo{1, 1, 25}));
-    EXPECT_THROW(planConversion(trackOf(640, 480, 25), infinity, {}), MediaError);
-    EXPECT_THROW(planConversion(trackOf(640, 480, 25), 0x1p63 / 600, {}), MediaError);
-    EXPECT_EQ(planConversion(trackOf(640, 480, 1), 1.5e16, {}).seconds, 15'000'000'000'000'000);
-    EXPECT_THROW(planConversion(trackOf(640, 480, 1e9F), 1e16, settingsOf(512, 256, true, 1000000000)),
-                 MediaError);
+    EXPECT_EQ(planConversion(filmOf(trackOf(0, 0, 25), 1), {}).source, (SourceInfo{1, 1, 25}));
+    EXPECT_THROW(planConversion(filmOf(trackOf(640, 480, 25), infinity), {}), MediaError);
+    EXPECT_THROW(planConversion(filmOf(trackOf(640, 480, 25), 0x1p63 / 600), {}), MediaError);
+    EXPECT_EQ(planConversion(filmOf(trackOf(640, 480, 1), 1.5e16), {}).seconds, 15'000'000'000'000'000);
+    EXPECT_THROW(
+        planConversion(filmOf(trackOf(640, 480, 1e9F), 1e16), settingsOf(512, 256, true, 1000000000)),
+        MediaError);
 }
 
 }  // namespace

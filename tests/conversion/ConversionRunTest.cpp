@@ -210,6 +210,47 @@ TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
     EXPECT_TRUE(written() == expectedMovie(settingsOf(), 2).begun[0]);
 }
 
+TEST_F(ConversionRunTest, endsWhereTheSourceCannotBeReadOn) {
+    int grabs = 0;
+    takeFilm([&](double time, const IsCancelled&) -> std::shared_ptr<const Picture> {
+        if (time > 1.35) {
+            ++grabs;
+            throw MediaError(MediaError::cannotRead, {"shorter"});
+        }
+        return std::make_shared<FakePicture>(pictureAt(time));
+    });
+    try {
+        convert();
+        ADD_FAILURE() << "converted";
+    } catch (const MediaError& error) {
+        EXPECT_STREQ(error.what(), "shorter");
+    }
+    EXPECT_EQ(grabs, 1) << "no later picture is asked for";
+    EXPECT_TRUE(written() == expectedMovie(settingsOf(), 2).begun[1]);
+    for (const std::string& report : reports)
+        EXPECT_THAT(report, testing::Not(testing::StartsWith("!")));
+
+    FakeFilm film = filmOf();
+    film.soundTracks = {[](std::size_t index, fake::FakeSamples&) -> bool {
+        if (index > 0) throw MediaError(MediaError::cannotRead, {"disk"});
+        return true;
+    }};
+    library.add(input, film);
+    EXPECT_THROW(convert(), MediaError);
+    EXPECT_FALSE(fs::exists(output)) << "the sound comes before the file";
+}
+
+TEST_F(ConversionRunTest, warnsOnceOfAFilmThatBreaksOff) {
+    FakeFilm film = filmOf();
+    film.videoTracks.front().end = {duration, 9.9};
+    library.add(input, film);
+    convert();
+    EXPECT_TRUE(written() == expectedMovie(settingsOf(), 2).finished);
+    const auto isWarning = [](const std::string& report) { return report.starts_with("!"); };
+    EXPECT_EQ(std::count_if(reports.begin(), reports.end(), isWarning), 1);
+    EXPECT_EQ(reports[1], "! The film breaks off at 0:03 of 0:10.");
+}
+
 TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
     const Bytes silent = expectedMovie(settingsOf(), 0).finished;
     FakeFilm film = filmOf();

@@ -37,8 +37,8 @@ FakeFilm filmOf(double duration) {
 }
 
 ForecastCase caseOf(const MediaAsset& asset, const Settings& settings) {
-    return {settings, planConversion(asset.videoTracks().front(), asset.duration(), settings),
-            certainSoundOutlook(asset, settings, {}), std::nullopt};
+    return {settings, planConversion(asset, settings), certainSoundOutlook(asset, settings, {}),
+            std::nullopt};
 }
 
 RecordSamples samplesOf(const MediaAsset& asset) {
