@@ -3,10 +3,10 @@
 #include <QCoreApplication>
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QScreen>
 #include <utility>
 
 #include "platform/Resources.h"
+#include "platform/qt/WindowPlace.h"
 #include "player/window/BringForward.h"
 
 namespace zeb {
@@ -15,13 +15,6 @@ namespace {
 QUrl backgroundPicture() {
     const auto path = resourcePath("artwork/QLMode4Background", "png");
     return path ? QUrl::fromLocalFile(QString::fromStdString(*path)) : QUrl();
-}
-
-/// In the middle of its screen, and no larger than it.
-void place(QWindow& window) {
-    const QRect screen = window.screen()->availableGeometry();
-    window.resize(window.size().boundedTo(screen.size()));
-    window.setPosition(screen.center() - QPoint(window.width() / 2, window.height() / 2));
 }
 
 }  // namespace
@@ -44,7 +37,7 @@ QQuickWindow* Scenes::make(const QString& name, QVariantMap properties) {
     if (!component.isReady()) qFatal("%s", qPrintable(component.errorString()));
     auto* window = qobject_cast<QQuickWindow*>(component.createWithInitialProperties(properties));
     Q_ASSERT(window);
-    place(*window);
+    placeOnScreen(*window);
     return window;
 }
 
