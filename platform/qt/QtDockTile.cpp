@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QPixmap>
 #include <QVariantMap>
+#include <QWindow>
 
 namespace zeb {
 namespace {
@@ -15,6 +16,14 @@ bool hasSessionBus() {
     if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")) return true;
     const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
     return !folder.isEmpty() && QFile::exists(folder + "/bus");
+}
+
+/// Shows an icon on the windows that are open and on those to come. A window keeps the first icon of the
+/// application that reaches it as an icon of the window, and does not follow the application's any more.
+void setIcons(const QIcon& icon) {
+    QGuiApplication::setWindowIcon(icon);
+    for (QWindow* window : QGuiApplication::topLevelWindows())
+        window->setIcon(icon);
 }
 
 }  // namespace
@@ -28,7 +37,7 @@ void QtDockTile::show(const QImage& picture, double progress) {
     // Every window hands its icon to the desktop anew, so only a picture that looks different is worth it.
     if (!m_isShown || picture != m_picture) {
         m_picture = picture;
-        QGuiApplication::setWindowIcon(QIcon(QPixmap::fromImage(picture)));
+        setIcons(QIcon(QPixmap::fromImage(picture)));
     }
     m_isShown = true;
     signalProgress(progress, true);
@@ -37,7 +46,7 @@ void QtDockTile::show(const QImage& picture, double progress) {
 void QtDockTile::clear() {
     if (!m_isShown) return;
     m_isShown = false;
-    QGuiApplication::setWindowIcon(m_normalIcon);
+    setIcons(m_normalIcon);
     signalProgress(0, false);
 }
 

@@ -11,6 +11,10 @@
 #include <QStandardPaths>
 #include <QTimer>
 #include <QVariantMap>
+#include <QWindow>
+#include <memory>
+
+#include "tests/platform/OffscreenApplication.h"
 
 namespace zeb {
 namespace {
@@ -35,38 +39,48 @@ public:
 
 class QtDockTileTest : public testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        ::qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int count = 1;
-        static char name[] = "test";
-        static char* arguments[] = {name, nullptr};
-        static QGuiApplication application(count, arguments);
-    }
+    static void SetUpTestSuite() { test::needApplication(); }
 
     static QImage picture(const QColor& colour) {
         QImage image(128, 128, QImage::Format_ARGB32_Premultiplied);
         image.fill(colour);
         return image;
     }
-    static QColor windowIconColour() {
-        return QGuiApplication::windowIcon().pixmap(128).toImage().pixelColor(64, 64);
-    }
+    static QColor colourOf(const QIcon& icon) { return icon.pixmap(128).toImage().pixelColor(64, 64); }
 };
 
-TEST_F(QtDockTileTest, TheIconShowsThePictureAndReturns) {
+TEST_F(QtDockTileTest, EveryWindowsIconShowsThePictureAndReturns) {
     ::qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     ::qunsetenv("XDG_RUNTIME_DIR");
     QGuiApplication::setWindowIcon(QIcon(QPixmap::fromImage(picture(Qt::blue))));
+    QWindow shown;
+    shown.create();
+    QWindow hidden;
     QtDockTile tile;
+    std::unique_ptr<QWindow> late;
+    const auto expectIcons = [&](Qt::GlobalColor colour) {
+        EXPECT_EQ(colourOf(QGuiApplication::windowIcon()), QColor(colour));
+        for (const QWindow* window : {&shown, &hidden, late.get()})
+            EXPECT_EQ(window ? colourOf(window->icon()) : colour, QColor(colour));
+    };
     tile.clear();
-    EXPECT_EQ(windowIconColour(), QColor(Qt::blue));
+    expectIcons(Qt::blue);
     tile.show(picture(Qt::red), 0);
-    EXPECT_EQ(windowIconColour(), QColor(Qt::red));
+    expectIcons(Qt::red);
     tile.show(picture(Qt::green), 0.5);
-    EXPECT_EQ(windowIconColour(), QColor(Qt::green));
+    expectIcons(Qt::green);
+    late = std::make_unique<QWindow>();
+    late->create();
+    expectIcons(Qt::green);
+    tile.show(picture(Qt::yellow), 0.7);
+    expectIcons(Qt::yellow);
     tile.clear();
-    EXPECT_EQ(windowIconColour(), QColor(Qt::blue));
+    expectIcons(Qt::blue);
     EXPECT_EQ(tile.devicePixelRatio(), 1);
+
+    // The next run shows the picture that the last one ended with.
+    tile.show(picture(Qt::yellow), 0);
+    expectIcons(Qt::yellow);
 }
 
 TEST_F(QtDockTileTest, LaunchersOnTheSessionBusHearTheProgress) {
