@@ -20,28 +20,50 @@ MenuBar {
 
     signal closeRequested
 
+    // Alt is down, and no other key has been pressed since.
+    property bool altIsAlone: false
+
+    // The menus for the keyboard: F10 opens the first, and so does Alt without another key. To be called with the
+    // keys that the window's content leaves alone.
+    function openFirst() {
+        (itemAt(0) as MenuBarItem).triggered()
+    }
+
+    function keyPressed(event: KeyEvent) {
+        altIsAlone = event.key === Qt.Key_Alt && (event.modifiers & ~Qt.AltModifier) === 0
+    }
+
+    function keyReleased(event: KeyEvent) {
+        if (altIsAlone && event.key === Qt.Key_Alt)
+            openFirst()
+        altIsAlone = false
+    }
+
+    enabled: !isAsking
+
     component Command: Action {
         enabled: !menus.isAsking
     }
 
     Menu {
+        objectName: "fileMenu"
         title: Texts.localizedText("file_menu")
 
         Command {
-            text: Texts.localizedText("choose_video")
+            text: Texts.localizedText("choose_video_menu")
             shortcut: "Ctrl+O"
             onTriggered: menus.content.vm.chooseInput()
         }
 
         Command {
-            text: Texts.localizedText("save_zeb_as")
+            text: Texts.localizedText("save_zeb_as_menu")
             shortcut: "Ctrl+S"
             enabled: !menus.isAsking && menus.content.vm.inputPath !== ""
             onTriggered: menus.content.vm.chooseOutput()
         }
 
         Command {
-            text: Texts.localizedText("play_zeb")
+            text: Texts.localizedText("play_zeb_menu")
             shortcut: "Ctrl+P"
             onTriggered: menus.content.playMovie()
         }
@@ -72,6 +94,7 @@ MenuBar {
             return place + 1
         }
 
+        objectName: "presetsMenu"
         title: Texts.localizedText("presets_menu")
 
         Instantiator {
@@ -81,7 +104,7 @@ MenuBar {
                 required property string modelData
                 required property int index
 
-                text: modelData
+                text: Texts.labelOf(modelData)
                 onTriggered: menus.presetMenu.applyBuiltIn(index)
             }
 
@@ -103,7 +126,7 @@ MenuBar {
                 required property string modelData
                 required property int index
 
-                text: modelData
+                text: Texts.labelOf(modelData)
                 onTriggered: menus.presetMenu.applyUserPreset(index)
             }
 

@@ -38,6 +38,12 @@ ApplicationWindow {
         onActivated: window.scenes.showHelp()
     }
 
+    Shortcut {
+        sequences: ["F10"]
+        enabled: menus.enabled
+        onActivated: menus.openFirst()
+    }
+
     menuBar: ConverterMenus {
         id: menus
 
@@ -56,6 +62,8 @@ ApplicationWindow {
         content: window.content
         backgroundPicture: window.backgroundPicture
         enabled: !splash.visible
+        Keys.onPressed: event => menus.keyPressed(event)
+        Keys.onReleased: event => menus.keyReleased(event)
     }
 
     Alert {

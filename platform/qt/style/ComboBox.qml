@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Templates as T
+import ZEBStyle
 
 T.ComboBox {
     id: control
@@ -18,7 +19,7 @@ T.ComboBox {
         required property int index
 
         width: ListView.view.width
-        text: model[control.textRole || "modelData"] ?? ""
+        text: Texts.labelOf(model[control.textRole || "modelData"] ?? "")
         font.weight: control.currentIndex === index ? Font.DemiBold : Font.Normal
         highlighted: control.highlightedIndex === index
         hoverEnabled: control.hoverEnabled
@@ -64,6 +65,9 @@ T.ComboBox {
             implicitHeight: contentHeight
             model: control.delegateModel
             currentIndex: control.highlightedIndex
+            boundsBehavior: Flickable.StopAtBounds
+
+            T.ScrollBar.vertical: ScrollBar {}
         }
 
         background: Rectangle {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import ZEBStyle
 
 T.MenuBarItem {
     id: control
@@ -8,8 +9,11 @@ T.MenuBarItem {
     implicitHeight: 29
     font.pixelSize: Theme.bodySize
 
+    Accessible.name: Texts.plainLabel(control.text)
+
     contentItem: Text {
-        text: control.text.replace("&", "")
+        text: Texts.styledLabel(control.text)
+        textFormat: Text.StyledText
         font: control.font
         color: Theme.text
         horizontalAlignment: Text.AlignHCenter

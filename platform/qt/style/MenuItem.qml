@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import ZEBStyle
 
 T.MenuItem {
     id: control
@@ -8,6 +9,10 @@ T.MenuItem {
     implicitHeight: 26
     horizontalPadding: 10
     font.pixelSize: Theme.bodySize
+
+    // Its menu looks after the mouse.
+    hoverEnabled: false
+    Accessible.name: Texts.plainLabel(control.text)
 
     contentItem: MenuItemLabel {
         text: control.text

@@ -1,10 +1,11 @@
 import QtQuick
+import ZEBStyle
 
 // What a menu item says, and the keys that do the same.
 Item {
     id: content
 
-    property alias text: label.text
+    property string text
     property alias font: label.font
     property alias shortcut: keys.text
     property bool highlighted
@@ -18,8 +19,9 @@ Item {
         anchors.left: parent.left
         anchors.right: keys.left
         anchors.verticalCenter: parent.verticalCenter
+        text: Texts.styledLabel(content.text)
         elide: Text.ElideRight
-        textFormat: Text.PlainText
+        textFormat: Text.StyledText
         color: !content.enabled ? Theme.disabledText : content.highlighted ? Theme.accentText : Theme.text
     }
 

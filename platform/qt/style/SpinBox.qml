@@ -83,6 +83,8 @@ T.SpinBox {
         selectByMouse: true
         clip: width < implicitWidth
 
+        EditMenu {}
+
         Text {
             height: parent.height
             text: control.prefix

@@ -17,6 +17,8 @@ T.TextField {
     selectByMouse: true
     verticalAlignment: TextInput.AlignVCenter
 
+    EditMenu {}
+
     PlaceholderText {
         x: control.leftPadding
         width: control.width - control.leftPadding - control.rightPadding

@@ -18,6 +18,16 @@ public:
 
     /// `zeb::localizedText`: whole numbers fill %lld, other numbers %f, texts %@.
     Q_INVOKABLE QString localizedText(const QString& key, const QVariantList& arguments = {}) const;
+
+    // Labels of menus: an ampersand marks the letter that chooses the entry, two stand for one.
+    /// Returns the label that shows `text` as it is.
+    Q_INVOKABLE QString labelOf(const QString& text) const;
+    /// Returns the marked letter in lower case; empty when there is none.
+    Q_INVOKABLE QString letterOf(const QString& label) const;
+    /// Returns what a label says, without the mark.
+    Q_INVOKABLE QString plainLabel(const QString& label) const;
+    /// Returns a label as Qt's styled text, its marked letter underlined.
+    Q_INVOKABLE QString styledLabel(const QString& label) const;
 };
 
 }  // namespace zeb
