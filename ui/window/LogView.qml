@@ -1,12 +1,13 @@
 import QtQuick
 import QtQuick.Controls
+import ZEBMaker
 import ZEBStyle
 
 // The log's text; it stays at its end while that is in sight.
 Flickable {
     id: view
 
-    property alias text: log.text
+    property alias text: lines.text
     property string name
 
     contentWidth: width
@@ -22,6 +23,19 @@ Flickable {
             contentY = Math.max(0, contentHeight - height)
     }
     onContentYChanged: log.wasAtEnd = contentY + height >= contentHeight - 4
+
+    LogText {
+        id: lines
+
+        document: log.textDocument
+        // A selection that reaches to the end does not grow.
+        onAppended: length => {
+            if (log.selectionStart < length && log.selectionEnd > length)
+                log.select(log.selectionStart, length)
+        }
+        // What is in sight stays there.
+        onShortened: height => view.contentY = Math.max(0, view.contentY - height)
+    }
 
     TextEdit {
         id: log
@@ -45,6 +59,8 @@ Flickable {
         Accessible.readOnly: true
         Accessible.multiLine: true
         Accessible.name: view.name
+
+        EditMenu {}
     }
 
     FocusRing {
