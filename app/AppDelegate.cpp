@@ -15,7 +15,8 @@ namespace zeb {
 AppDelegate::AppDelegate(const Services& services, QObject* parent) : QObject(parent), m_services(services) {
     // A conversion that goes on without a window in sight is no reason to end without a word.
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    connect(qGuiApp, &QGuiApplication::lastWindowClosed, this, [this] { m_services.scenes.quit(); });
+    connect(qGuiApp, &QGuiApplication::lastWindowClosed, this,
+            [this] { m_services.scenes.lastWindowClosed(); });
     qApp->installEventFilter(this);
 }
 

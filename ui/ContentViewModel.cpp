@@ -234,18 +234,23 @@ void ContentViewModel::askAboutMisfit(const QString& question) {
 void ContentViewModel::runBegan() {
     m_runStartedAt = m_services.clock.now();
     m_runOutput = vm()->outputURL();
+    m_runSourceText = QString::fromStdString(
+        localizedText("run_source_format", {std::string(lastPiece(vm()->inputURL()->path()))}));
     m_remaining.reset();
     m_targetSizeText = unknownText;
     m_services.dockProgress.update(0);
     tick(++m_runs);
+    emit runSourceTextChanged();
     emit timesTextChanged();
 }
 
 void ContentViewModel::runEnded() {
     updateTargetSizeText();
     m_runStartedAt.reset();
+    m_runSourceText.clear();
     m_remaining.reset();
     m_services.dockProgress.clear();
+    emit runSourceTextChanged();
     emit timesTextChanged();
 }
 

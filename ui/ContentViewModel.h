@@ -58,6 +58,7 @@ class ContentViewModel final : public QObject {
     Q_PROPERTY(QString sourceTargetText READ sourceTargetText NOTIFY sourceTargetTextChanged)
     Q_PROPERTY(QString forecastText READ forecastText NOTIFY forecastChanged)
     Q_PROPERTY(bool forecastIsWarning READ forecastIsWarning NOTIFY forecastChanged)
+    Q_PROPERTY(QString runSourceText READ runSourceText NOTIFY runSourceTextChanged)
     Q_PROPERTY(QString timesText READ timesText NOTIFY timesTextChanged)
     Q_PROPERTY(QString replaceQuestion READ replaceQuestion NOTIFY replaceQuestionChanged)
     Q_PROPERTY(QString misfitQuestion READ misfitQuestion NOTIFY misfitQuestionChanged)
@@ -85,6 +86,8 @@ public:
     const std::string& etaText() const { return m_remaining.etaText(); }
     std::string elapsedText() const;
     const std::string& targetSizeText() const { return m_targetSizeText; }
+    /// Names the file that is being converted, whatever has been chosen since; empty while no run goes on.
+    QString runSourceText() const { return m_runSourceText; }
     /// Remaining and elapsed time and the size of the file, while a run goes on.
     QString timesText() const;
     /// Whether to start a run in whose place a file stands that nobody has said may go; empty when there is
@@ -126,6 +129,7 @@ signals:
     void presetsChanged();
     void sourceTargetTextChanged();
     void forecastChanged();
+    void runSourceTextChanged();
     void timesTextChanged();
     void replaceQuestionChanged();
     void misfitQuestionChanged();
@@ -168,6 +172,7 @@ private:
     std::optional<Clock::Instant> m_runStartedAt;
     std::optional<URL> m_runOutput;  ///< of the latest run
     std::int64_t m_runs = 0;         ///< so far
+    QString m_runSourceText;
     std::string m_targetSizeText;
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
 };

@@ -1,8 +1,9 @@
 #include "app/scenes/Scenes.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <algorithm>
 #include <utility>
 
 #include "platform/Resources.h"
@@ -24,7 +25,12 @@ Scenes::Scenes(const Services& services, QObject* parent)
       m_services(services),
       m_presetMenu(services.defaults, services.notifications),
       m_presetSettings(services.defaults, services.notifications),
-      m_background(backgroundPicture()) {}
+      m_background(backgroundPicture()) {
+    ConverterViewModel* converter = services.content.vm();
+    connect(converter, &ConverterViewModel::isRunningChanged, this, [this, converter] {
+        if (!converter->isRunning()) setAskingToQuit(false);
+    });
+}
 
 Scenes::~Scenes() {
     for (const QPointer<QQuickWindow>& window : {m_converter, m_settings, m_help})
@@ -101,6 +107,17 @@ void Scenes::quit() {
     if (m_services.content.vm()->isRunning()) {
         showConverter();
         setAskingToQuit(true);
+    } else {
+        QCoreApplication::quit();
+    }
+}
+
+void Scenes::lastWindowClosed() {
+    // A file panel does not count as a window, but a person sees it.
+    const bool isPanelOpen = std::ranges::any_of(QGuiApplication::topLevelWindows(),
+                                                 [](const QWindow* window) { return window->isVisible(); });
+    if (m_services.content.vm()->isRunning() || isPanelOpen) {
+        showConverter();
     } else {
         QCoreApplication::quit();
     }

@@ -56,8 +56,12 @@ public:
 
     /// Ends the application; asks first, in the converter's window, while a conversion runs.
     Q_INVOKABLE void quit();
+    /// No window is in sight any more: ends the application. While a conversion runs or a file panel is open,
+    /// the hidden converter comes back instead, and nothing is asked.
+    void lastWindowClosed();
     /// Closing the converter's window ends its conversion: the same question.
     Q_INVOKABLE bool mayCloseConverter();
+    /// True while the question is open; it goes when the run ends.
     bool isAskingToQuit() const { return m_isAskingToQuit; }
     // The answers.
     Q_INVOKABLE void quitAnyway();

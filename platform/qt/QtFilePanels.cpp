@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QPointer>
 #include <QStringList>
 #include <QTimer>
 #include <QWindow>
@@ -65,7 +66,8 @@ std::unique_ptr<QFileDialog> makeDialog(const std::string& title, const std::str
     dialog->setDirectory(folder.empty() ? QDir::homePath() : QString::fromStdString(folder));
     dialog->setNameFilters(filtersOf(types));
     dialog->setOption(QFileDialog::HideNameFilterDetails);
-    dialog->setWindowModality(Qt::ApplicationModal);
+    // Players stay usable. Not left to `open`: by then the dialog's window exists, and keeps its modality.
+    dialog->setWindowModality(Qt::WindowModal);
     return dialog;
 }
 
@@ -129,20 +131,22 @@ void QtFilePanels::show(std::unique_ptr<QFileDialog> dialog, Answer answer) {
         return;
     }
     m_dialog = std::move(dialog);
+    const QPointer<QWindow> parent = m_parent ? m_parent() : nullptr;
     QObject::connect(m_dialog.get(), &QDialog::finished, qApp,
-                     [this, answer = std::move(answer)](int result) {
+                     [this, parent, answer = std::move(answer)](int result) {
                          const QStringList files = m_dialog->selectedFiles();
                          std::optional<std::string> path;
                          if (result == QDialog::Accepted && !files.isEmpty())
                              path = files.first().toStdString();
                          // This signal comes from the dialog itself.
                          m_dialog.release()->deleteLater();
+                         // A window that was hidden meanwhile shows what comes of the answer.
+                         if (path && parent) parent->setVisible(true);
                          answer(path);
                      });
     if (m_palette) m_dialog->setPalette(m_palette());
     m_dialog->winId();  // makes the window, which the next line needs
-    if (QWindow* parent = m_parent ? m_parent() : nullptr)
-        m_dialog->windowHandle()->setTransientParent(parent);
+    if (parent) m_dialog->windowHandle()->setTransientParent(parent);
     m_dialog->open();
 }
 

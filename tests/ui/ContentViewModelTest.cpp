@@ -224,6 +224,19 @@ TEST_F(ContentViewModelTest, ShowsHowTheRunGoesOn) {
     EXPECT_EQ(content->elapsedText(), "—");
 }
 
+TEST_F(ContentViewModelTest, NamesTheFileThatIsBeingConverted) {
+    takeFilm(input);
+    EXPECT_EQ(content->runSourceText(), "");
+    std::vector<std::string> named;
+    QObject::connect(content.get(), &ContentViewModel::runSourceTextChanged,
+                     [&] { named.push_back(content->runSourceText().toStdString()); });
+    content->start();
+    model->setInput(URL::forFile("/films/long.mov"));
+    EXPECT_EQ(content->runSourceText(), "Converting “holiday.mov”") << "whatever is chosen meanwhile";
+    settle();
+    EXPECT_THAT(named, ElementsAre("Converting “holiday.mov”", ""));
+}
+
 TEST_F(ContentViewModelTest, AsksBeforeItReplacesAFile) {
     takeFilm(input);
     test::store(movie, "precious");

@@ -63,7 +63,24 @@ FocusScope {
         Accessible.ignored: true
     }
 
+    // A run and an error are seen, wherever the page has been scrolled to.
+    Connections {
+        target: view.vm
+
+        function onIsRunningChanged() {
+            if (view.vm.isRunning)
+                page.reveal(progressGroup)
+        }
+
+        function onLastErrorChanged() {
+            if (view.vm.lastErrorText !== "")
+                page.reveal(progressGroup)
+        }
+    }
+
     ScrollPage {
+        id: page
+
         anchors.fill: parent
         leastWidth: 920
 
@@ -213,7 +230,7 @@ FocusScope {
                             Layout.preferredWidth: 170
                             model: view.content.presetTitles
                             currentIndex: view.content.presetIndex
-                            Accessible.name: Texts.localizedText("presets_menu")
+                            Accessible.name: Texts.localizedText("presets_title")
                             onActivated: index => view.content.presetIndex = index
                         }
                     }
@@ -327,6 +344,8 @@ FocusScope {
                 }
 
                 FormGroup {
+                    id: progressGroup
+
                     Layout.fillWidth: true
                     title: Texts.localizedText("status_group")
                     rowSpacing: 6
@@ -344,12 +363,27 @@ FocusScope {
                         text: view.vm.statusText
                     }
 
-                    Note {
-                        objectName: "times"
+                    RowLayout {
                         // Its place is kept, so that the buttons below do not move away from the mouse.
                         opacity: view.vm.isRunning ? 1 : 0
-                        text: view.content.timesText
-                        Accessible.ignored: !view.vm.isRunning
+                        spacing: 20
+
+                        Note {
+                            objectName: "runSource"
+                            Layout.fillWidth: false
+                            Layout.maximumWidth: 380
+                            text: view.content.runSourceText
+                            color: Theme.text
+                            wrapMode: Text.NoWrap
+                            elide: Text.ElideMiddle
+                            Accessible.ignored: !view.vm.isRunning
+                        }
+
+                        Note {
+                            objectName: "times"
+                            text: view.content.timesText
+                            Accessible.ignored: !view.vm.isRunning
+                        }
                     }
 
                     Note {
