@@ -1,11 +1,14 @@
 """The converter, used with keys and mouse: python3 converter_test.py, with ZEBMAKER and ZEB naming the programs."""
 
+import os
 import re
 import subprocess
+import sys
 import time
 import unittest
 from urllib.parse import quote
 
+import desktop
 from desktop import DesktopTest, await_equal, await_value
 
 SPLASH = "Close the welcome picture"
@@ -143,6 +146,103 @@ class ConverterTest(DesktopTest):
 
         application.find("push button", "Play Movie …").click()
         application.find("slider", window=movie.stem)
+
+    def test_other_windows_during_a_run(self):
+        movie = self.folder / "small movie.zeb"
+        self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
+        application, output = self.open_clip()
+        idle = self.icon(application)
+        self.desktop.keys("Return")
+        self.await_progress(application)
+        application.find("label", f"Converting “{self.clip.name}”")
+        # The icon follows.
+        first = await_value(lambda: self.icon(application), lambda icon: icon != idle, "progress in the icon")
+        await_value(lambda: self.icon(application), lambda icon: icon not in (idle, first), "more progress in the icon")
+        # The end of a movie that was opened from outside is not the end of the run.
+        self.assertEqual(self.start(movie).await_end(), 0)
+        application.find("slider", window=movie.stem)
+        await_equal(lambda: self.desktop.titles(application.process.pid), [movie.stem])
+        self.desktop.keys("Escape")
+        await_equal(lambda: self.desktop.titles(application.process.pid), ["ZEB Maker"])
+        application.find("push button", "Converting…")
+        self.assertEqual(application.all("push button", "Go On"), [])
+        # A question about the run goes with it.
+        application.activate("ZEB Maker")
+        self.desktop.keys("ctrl+w")
+        application.find("push button", "Go On")
+        application.find("label", "Finished")
+        application.await_gone("push button", "Go On")
+        await_equal(lambda: self.icon(application), idle, "icon")
+        self.zeb("verify", output)
+
+    def test_a_small_window_shows_the_run_and_keeps_what_is_selected_in_the_log(self):
+        application, _ = self.open_clip()
+        window = self.desktop.xdotool("getactivewindow").strip()
+        self.desktop.xdotool("windowsize", "--sync", window, 560, 360)
+        frame = application.find("frame", "ZEB Maker")
+        await_value(lambda: frame.extents[3], lambda height: height <= 360, "a small window")
+        bottom = lambda control: control.extents[1] + control.extents[3]
+        application.find("text", "Title").click()
+        self.desktop.keys("Return")
+        await_value(lambda: application.all("progress bar"),
+                    lambda bars: bars and bottom(bars[0]) < bottom(frame), "the progress in sight")
+        self.await_progress(application)
+
+        self.desktop.xdotool("windowsize", "--sync", window, 970, 695)
+        await_value(lambda: frame.extents[3], lambda height: height > 600, "a large window")
+        log = application.find("text", "Log")
+        x, _, _, _ = log.extents
+        # The last lines are in sight; a double click takes a word.
+        self.desktop.xdotool("mousemove", x + 20, bottom(log) - 40, "click", "--repeat", 2, "--delay", 60, 1)
+        word = await_value(lambda: log.selection)
+        second = application.find("label", re.compile("^Second ")).name
+        application.await_gone("label", second)
+        self.assertEqual(log.selection, word)
+
+    def icon(self, application):
+        window = self.desktop.xdotool("search", "--all", "--pid", application.process.pid, "--name", "^ZEB Maker$").split()[0]
+        return self.desktop.run("xprop", "-id", window, "-len", 2000000, "_NET_WM_ICON")
+
+    def test_a_movie_from_outside_while_a_file_panel_is_open(self):
+        movie = self.folder / "small movie.zeb"
+        self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
+        application = self.open()
+        self.desktop.keys("ctrl+o")
+        await_equal(self.desktop.active_title, "Choose a Video")
+        self.assertEqual(self.start(movie).await_end(), 0)
+        application.find("slider", window=movie.stem)
+        await_equal(self.desktop.active_title, movie.stem)
+        self.desktop.keys("End")
+        application.find("label", "30/30", window=movie.stem)
+        # The converter comes back with the answer.
+        application.activate("Choose a Video")
+        self.fill(application.find("text", window="Choose a Video"), self.clip)
+        self.desktop.keys("Return")
+        application.find("label", str(self.clip), window="ZEB Maker")
+
+    def test_menus_and_texts_by_keyboard(self):
+        for language, menu, entry, texts in (
+                ("en_GB.UTF-8", "alt+f", "Quit ZEB Maker", ("Cut", "Copy", "Paste", "Select All")),
+                ("de_DE.UTF-8", "alt+d", "ZEB Maker beenden", ("Ausschneiden", "Kopieren", "Einfügen", "Alles auswählen"))):
+            with self.subTest(language):
+                application = self.open(language=language)
+                for key in (menu, "F10", "Alt_L"):
+                    self.desktop.keys(key)
+                    application.find("menu item", re.compile(f"^{entry}"))
+                    self.desktop.keys("Escape")
+                    application.await_gone("menu item", re.compile(f"^{entry}"))
+                title = application.find("text", re.compile("^Tit(le|el)$"))
+                self.fill(title, "A film")
+                self.desktop.xdotool("mousemove", *title.at(0.1), "click", 3)
+                application.find("menu item", texts[0])
+                self.assertEqual(tuple(item.name for item in application.all("menu item")), texts)
+                self.desktop.keys("Escape")
+                for entry_of_text, result in ((texts[3], "A film"), (texts[0], ""), (texts[2], "A film")):
+                    self.desktop.keys("Menu")
+                    application.find("menu item", entry_of_text).click()
+                    application.await_gone("menu item", entry_of_text)
+                    await_equal(lambda: title.text, result)
+                application.stop()
 
     def test_cancelling(self):
         application, movie = self.open_clip()
@@ -413,5 +513,49 @@ class ConverterTest(DesktopTest):
                                      y < other_y + other_high and other_y < y + high, other)
 
 
+class SmallScreenTest(DesktopTest):
+    """Windows on screens that they are too large for; each has a desktop to itself, and so a process."""
+
+    def test_every_window_is_inside_with_its_frame(self):
+        here = os.environ | {"PYTHONDONTWRITEBYTECODE": "1"}
+        for width, height, scale in ((800, 600, 1), (1024, 600, 1), (1400, 1000, 2)):
+            with self.subTest(screen=(width, height), scale=scale):
+                done = subprocess.run([sys.executable, __file__, "--windows-on", str(width), str(height), str(scale)],
+                                      env=here, capture_output=True, text=True, check=False)
+                self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+
+
+def check_windows(width, height, scale):
+    """Opens every window on a screen of this size and looks where its frame is."""
+    desktop.SCREEN = (width, height)
+    screen = desktop.Desktop(os.environ["ZEBMAKER"])
+    try:
+        screen.environment["QT_SCALE_FACTOR"] = str(scale)
+        application = desktop.Application(screen)
+        application.find("push button", SPLASH).click()
+        application.await_gone("push button", SPLASH)
+        for key, title in ((None, "ZEB Maker"), ("ctrl+comma", "Settings"), ("ctrl+question", "ZEB Maker Help")):
+            application.activate("ZEB Maker")
+            if key:
+                screen.keys(key)
+            await_equal(screen.active_title, title)
+            # The window manager tells of the frame when it has put the window into it.
+            window = screen.xdotool("getactivewindow").strip()
+            frame = await_value(lambda: re.findall(r"\d+", screen.run("xprop", "-id", window, "_NET_FRAME_EXTENTS")))
+            left, right, top, bottom = map(int, frame)
+            place = screen.run("xwininfo", "-id", window)
+            x, y, wide, high = (int(re.search(f"{name}: +(-?\\d+)", place)[1])
+                                for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+            inside = x >= left and y >= top and x + wide + right <= width and y + high + bottom <= height
+            assert top > 0 and inside, (title, place, frame)
+        application.stop()
+        assert not application.complaints()
+    finally:
+        screen.stop()
+
+
 if __name__ == "__main__":
+    if "--windows-on" in sys.argv:
+        check_windows(*map(int, sys.argv[2:]))
+        sys.exit()
     unittest.main(verbosity=2)

@@ -74,6 +74,12 @@ class Control:
         return self.desktop.atspi.Text.get_text(self.node, 0, -1)
 
     @property
+    def selection(self):
+        """What is selected in a field."""
+        place = self.desktop.atspi.Text.get_selection(self.node, 0)
+        return self.desktop.atspi.Text.get_text(self.node, place.start_offset, place.end_offset)
+
+    @property
     def extents(self):
         """x, y, width, height on the screen."""
         place = self.node.get_extents(self.desktop.atspi.CoordType.SCREEN)

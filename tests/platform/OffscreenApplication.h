@@ -10,7 +10,8 @@ inline void needApplication() {
     static int count = 1;
     static char name[] = "test";
     static char* arguments[] = {name, nullptr};
-    static QGuiApplication application(count, arguments);
+    // Never ended: by then what it looks after has gone with the process.
+    [[maybe_unused]] static const auto* application = new QGuiApplication(count, arguments);
 }
 
 }  // namespace zeb::test

@@ -1,16 +1,15 @@
 #include <gmock/gmock.h>
 
-#include <QGuiApplication>
 #include <QImage>
 #include <QImageReader>
 #include <QPainter>
 #include <cmath>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/Resources.h"
 #include "platform/fake/FakeUserDefaults.h"
+#include "tests/platform/OffscreenApplication.h"
 #include "ui/window/AnimatedGIFView.h"
 #include "ui/window/PresetSettingsModel.h"
 
@@ -91,14 +90,7 @@ TEST_F(PresetSettingsTest, ShowsAndChangesTheBuiltInSizes) {
 
 class AnimatedGIFViewTest : public testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        static int argc = 1;
-        static char name[] = "test";
-        static char* argv[] = {name, nullptr};
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        application = std::make_unique<QGuiApplication>(argc, argv);
-    }
-    static void TearDownTestSuite() { application.reset(); }
+    static void SetUpTestSuite() { test::needApplication(); }
 
     static QImage painted(AnimatedGIFView& view, double ratio = 1) {
         QImage image((view.size() * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
@@ -108,8 +100,6 @@ protected:
         view.paint(&painter);
         return image;
     }
-
-    inline static std::unique_ptr<QGuiApplication> application;
 };
 
 TEST_F(AnimatedGIFViewTest, CastsASoftShadowBelowThePicture) {
