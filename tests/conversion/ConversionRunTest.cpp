@@ -382,6 +382,9 @@ TEST_F(ConversionRunTest, passesOnWhatTheFormatCannotHold) {
     film.duration = 9e15;  // nothing of that size may be allocated either
     library.add(input, film);
     EXPECT_THROW(convert(), ZEBWriterError);
+    film.videoTracks.clear();
+    library.add(input, film);
+    EXPECT_THROW(convert(), ZEBConverterError);
 }
 
 }  // namespace

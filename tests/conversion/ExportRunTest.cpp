@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 #include "conversion/ExportError.h"
 #include "conversion/NumberedName.h"
@@ -33,6 +34,7 @@ public:
     struct Taken {
         std::vector<int> reds;  ///< of the first pixel of each picture
         std::vector<int> widths;
+        std::vector<Bytes> pictures;
         Bytes sound;
         FilmParameters parameters;
     };
@@ -45,6 +47,7 @@ public:
     Bytes encodePNG(std::span<const std::uint8_t> pixels, int width, int) const override {
         taken.reds.push_back(pixels[2]);
         taken.widths.push_back(width);
+        taken.pictures.emplace_back(pixels.begin(), pixels.end());
         return Bytes(10, 'p');
     }
     mutable Taken taken;
@@ -52,7 +55,10 @@ public:
 private:
     struct Film final : FilmWriter {
         Film(WritableFile& f, Taken& t) : file(f), taken(t) {}
-        void addPicture(std::span<const std::uint8_t> pixels) override { taken.reds.push_back(pixels[2]); }
+        void addPicture(std::span<const std::uint8_t> pixels) override {
+            taken.reds.push_back(pixels[2]);
+            taken.pictures.emplace_back(pixels.begin(), pixels.end());
+        }
         void addSound(std::span<const std::uint8_t> samples) override {
             taken.sound.insert(taken.sound.end(), samples.begin(), samples.end());
         }
@@ -99,10 +105,17 @@ protected:
     ExportResult run(const ExportSettings& settings, const std::string& output = "out") {
         m_films.taken = {};
         m_warnings.clear();
+        m_log.clear();
+        m_plans.clear();
+        m_advances.clear();
         return ExportRun(m_films).run(
             m_movie, m_folder.file(output), settings,
-            {.warned = [this](const std::string& line) { m_warnings.push_back(line); },
-             .isCancelled = [this] { return m_polls-- <= 0; }});
+            {.logged = [this](const std::string& line) { m_log.push_back(line); },
+             .warned = [this](const std::string& line) { m_warnings.push_back(line); },
+             .isCancelled = [this] { return m_polls-- <= 0; },
+             .planned = [this](const ExportPlan& plan) { m_plans.push_back(plan); },
+             .advanced = [this](std::int64_t frames,
+                                std::uint64_t bytes) { m_advances.emplace_back(frames, bytes); }});
     }
     std::vector<int> redsOf(const ExportSettings& settings) {
         run(settings);
@@ -113,7 +126,9 @@ protected:
     std::string m_movie = m_folder.file("a.zeb");
     Bytes m_sound;
     FakeFilms m_films;
-    std::vector<std::string> m_warnings;
+    std::vector<std::string> m_warnings, m_log;
+    std::vector<ExportPlan> m_plans;
+    std::vector<std::pair<std::int64_t, std::uint64_t>> m_advances;
     int m_polls = 1'000'000;  ///< until the run is cancelled
 };
 
@@ -236,6 +251,115 @@ TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
         test::store(m_folder.file("out"), "precious");
         fs::remove_all(m_folder.file("new"));
     }
+}
+
+/// A record of a sprite with 32 bits for each pixel, whose components count from 1 on, as it is shown.
+std::pair<Bytes, Bytes> countedPicture(int width, int height) {
+    Bytes record(24), shown;
+    record[0] = 2;
+    record[1] = 64;
+    record[5] = static_cast<std::uint8_t>(width);
+    record[7] = static_cast<std::uint8_t>(height);
+    record[15] = 12;
+    for (int i = 0; i < width * height; ++i) {
+        const auto first = static_cast<std::uint8_t>(3 * i + 1),
+                   second = static_cast<std::uint8_t>(3 * i + 2),
+                   third = static_cast<std::uint8_t>(3 * i + 3);
+        record.insert(record.end(), {first, second, third, 0});
+        shown.insert(shown.end(), {third, second, first, 255});
+    }
+    return {record, shown};
+}
+
+TEST_F(Export, EnlargesCutsAndFillsPictures) {
+    const auto [wide, wideShown] = countedPicture(3, 2);
+    const auto [high, highShown] = countedPicture(2, 3);
+    writeMovie({{0, wide}, {1, high}, {2, {7}}});
+    // The picture of `columns` x `rows` pixels, each three times in both directions, in another size.
+    const auto enlarged = [](const Bytes& pixels, int columns, int rows, int width, int height) {
+        Bytes result;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                for (int c = 0; c < 4; ++c) {
+                    const bool isInside = x < 3 * columns && y < 3 * rows;
+                    const auto place = static_cast<std::size_t>(4 * (y / 3 * columns + x / 3) + c);
+                    result.push_back(isInside ? pixels[place] : c == 3 ? 255 : 0);
+                }
+        return result;
+    };
+    run({.kind = Kind::pictures, .scale = 3, .to = 500'000}, "f%d.png");
+    EXPECT_THAT(m_films.taken.pictures,
+                ElementsAre(enlarged(wideShown, 3, 2, 9, 6), enlarged(highShown, 2, 3, 6, 9)));
+    run({.scale = 3, .to = 750'000});
+    const Bytes filled = enlarged(highShown, 2, 3, 9, 6);
+    EXPECT_THAT(m_films.taken.pictures, ElementsAre(enlarged(wideShown, 3, 2, 9, 6), filled, filled));
+    EXPECT_EQ(m_warnings.size(), 2U) << "about the size and about the third frame";
+    EXPECT_EQ(m_films.taken.parameters.width, 9);
+    EXPECT_EQ(m_films.taken.parameters.height, 6);
+    fs::remove(m_folder.file("out"));
+    run({.from = 250'000, .to = 500'000});
+    EXPECT_EQ(m_warnings.size(), 0U);
+    // Only what Mode 4 shows in half the resolution is enlarged unasked.
+    for (const auto& [mode, format, scale] : {std::tuple{4, FilmFormat::mp4, 2},
+                                              {4, FilmFormat::webm, 2},
+                                              {4, FilmFormat::gif, 1},
+                                              {32, FilmFormat::mp4, 1}}) {
+        overwrite(8 + 2 + 6, {0, static_cast<std::uint8_t>(mode)});
+        fs::remove(m_folder.file("out"));
+        run({.format = format});
+        EXPECT_EQ(m_films.taken.parameters.width, 3 * scale);
+        EXPECT_EQ(m_films.taken.parameters.soundChannels, format == FilmFormat::gif ? 0 : 2);
+    }
+    EXPECT_THROW(run({.kind = Kind::picture, .scale = 100'000, .frame = 0}, "large"), ExportError);
+}
+
+TEST_F(Export, TellsPlanAndProgress) {
+    for (const bool isFinished : {true, false}) {
+        writeMovie({{10, {1}}, {11, {1}}}, isFinished);
+        run({.kind = Kind::sound, .from = 250'000, .to = 2'000'000});
+        fs::remove(m_folder.file("out"));
+        ASSERT_EQ(m_plans.size(), 1U);
+        EXPECT_EQ(m_plans[0].allFrames, 12);
+        EXPECT_EQ(m_plans[0].first, 1);
+        EXPECT_EQ(m_plans[0].frames, 7);
+        EXPECT_EQ(std::pair(m_plans[0].width, m_plans[0].height), std::pair(1, 1));
+        EXPECT_THAT(m_advances, ElementsAre(std::pair(3, 44U + 30000U), std::pair(7, 44U + 70000U)));
+        EXPECT_EQ(m_log.size(), isFinished ? 0U : 1U);
+        EXPECT_TRUE(isFinished || m_log[0].find("12") != std::string::npos);
+    }
+    run({.from = 2'250'000});
+    EXPECT_THAT(m_advances, ElementsAre(std::pair(1, 100U), std::pair(2, 100U), std::pair(3, 100U)));
+    ASSERT_EQ(m_warnings.size(), 1U) << "about both frames at the end";
+    EXPECT_NE(m_warnings[0].find("10 to 11"), std::string::npos) << m_warnings[0];
+    run({.kind = Kind::pictures, .from = 2'000'000, .to = 2'500'000}, "f%d.png");
+    EXPECT_EQ(m_plans.at(0).frames, 2);
+    EXPECT_THAT(m_advances, ElementsAre(std::pair(1, 10U), std::pair(2, 20U)));
+}
+
+TEST_F(Export, SaysWhatTheMovieDoesNotHave) {
+    writeMovie();
+    const auto text = [this](const ExportSettings& settings) -> std::string {
+        try {
+            run(settings);
+        } catch (const ExportError& error) {
+            return error.what();
+        }
+        return {};
+    };
+    const std::string end = ": the movie has 12 frames (3 s)";
+    EXPECT_EQ(text({.kind = Kind::picture, .frame = 12}), "There is nothing at frame 12" + end);
+    EXPECT_EQ(text({.kind = Kind::picture, .at = 3'000'000}), "There is nothing at 3 s" + end);
+    EXPECT_EQ(text({.from = 3'500'000}), "There is nothing at 3.5 s" + end);
+    EXPECT_EQ(text({.from = 10'000'001}), "There is nothing at 10.000001 s" + end);
+    EXPECT_EQ(text({.from = std::numeric_limits<std::int64_t>::max()}),
+              "There is nothing at 9223372036854.775807 s" + end);
+    EXPECT_EQ(text({.kind = Kind::picture, .frame = 11}), "");
+    overwrite(8 + 2 + 18, {0, 0});
+    EXPECT_EQ(text({.kind = Kind::sound}), "The movie has no sound");
+    overwrite(8 + 2 + 18, {0, 3});
+    run({}, "three");
+    EXPECT_EQ(m_films.taken.parameters.soundChannels, 0);
+    EXPECT_EQ(m_warnings.size(), 1U);
 }
 
 TEST(NumberedName, TakesExactlyOnePlace) {
