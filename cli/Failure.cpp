@@ -6,7 +6,9 @@
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
 #include "platform/FileHandle.h"
+#include "platform/LocalizedText.h"
 #include "platform/Media.h"
+#include "platform/OutputError.h"
 
 namespace zeb::cli {
 namespace {
@@ -18,7 +20,7 @@ Failure describe(const ZEBConverterError& error) {
         case ZEBConverterError::Case::noVideoTrack:
             return {error.what(), ExitCode::unreadableInput};
         case ZEBConverterError::Case::cannotCreateOutput:
-            return {error.what(), ExitCode::unwritableOutput, true};
+            return {error.what(), ExitCode::unwritableOutput};
     }
     return {error.what(), ExitCode::conversionFailed};
 }
@@ -39,6 +41,11 @@ Failure describe(const ExportError& error) {
     }
 }
 
+Failure describe(const OutputError& error) {
+    if (error.errorCase() != OutputError::Case::exists) return {error.what(), ExitCode::unwritableOutput};
+    return {localizedText("error_output_exists_force_format", {error.path()}), ExitCode::unwritableOutput};
+}
+
 Failure describeAny() {
     try {
         throw;
@@ -53,8 +60,8 @@ Failure describeAny() {
     } catch (const FileError& error) {
         // Inputs are opened by the media layer, whose errors are its own.
         return {error.what(), ExitCode::unwritableOutput};
-    } catch (const OutputRefused& error) {
-        return {error.what(), ExitCode::unwritableOutput};
+    } catch (const OutputError& error) {
+        return describe(error);
     } catch (const std::bad_alloc&) {
         return {"out of memory", ExitCode::conversionFailed};
     } catch (const std::exception& error) {

@@ -1,8 +1,6 @@
 #include "cli/RepairCommand.h"
 
 #include <CLI/App.hpp>
-#include <cerrno>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,7 +14,8 @@
 #include "format/PartialFile.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
-#include "platform/FileManager.h"
+#include "platform/OutputPlace.h"
+#include "platform/PathName.h"
 #include "platform/StagedOutput.h"
 
 namespace zeb::cli {
@@ -50,22 +49,16 @@ void repairInPlace(const std::string& path) {
 }
 
 void repairInto(const std::string& path, const std::string& output, bool replaces) {
-    if (files::isSameFile(path, output))
-        throw OutputRefused(output + ": is the input itself (leave -o away to repair in place)");
-    const auto standing = files::kindOf(output);
-    if (standing && !replaces) throw OutputRefused(output + ": exists already (use --force to replace it)");
-    if (standing && *standing != files::Kind::regular && *standing != files::Kind::symbolicLink)
-        throw OutputRefused(output + ": not a regular file");
+    OutputTerms terms;
+    if (replaces) terms.existing = OutputTerms::Existing::replace;
+    OutputPlace(output, terms).check(path);
     const auto source = openForReading(path);
-    const std::filesystem::path place(output);
-    if (!place.parent_path().empty() && !std::filesystem::is_directory(place.parent_path()))
-        throw FileError(output, ENOENT);
-    StagedOutput stage(place.parent_path());
-    const auto target = stage.create(place.filename());
+    StagedOutput stage(folderOf(output), terms);
+    const auto target = stage.create(std::string(lastPiece(output)));
     copy(*source, *target);
     finishPartialFile(*source, *target);
     target->close();
-    stage.commit(replaces ? StagedOutput::Existing::replace : StagedOutput::Existing::keep);
+    stage.commit();
 }
 
 void run(const RepairArguments& arguments, Console& console) {

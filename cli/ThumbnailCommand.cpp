@@ -2,7 +2,6 @@
 
 #include <CLI/App.hpp>
 #include <CLI/Validators.hpp>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -10,7 +9,8 @@
 
 #include "conversion/ReducedImage.h"
 #include "format/ZEBReader.h"
-#include "platform/FileManager.h"
+#include "platform/OutputPlace.h"
+#include "platform/PathName.h"
 #include "platform/StagedOutput.h"
 #include "platform/ffmpeg/FFmpegFilmLibrary.h"
 
@@ -19,6 +19,7 @@ namespace {
 
 constexpr int mostFramesTried = 50;
 constexpr int mostPixelsOfASide = 4096;
+constexpr OutputTerms replacing{OutputTerms::Existing::replace, OutputTerms::MissingFolder::refuse};
 
 struct ThumbnailArguments {
     std::string input;
@@ -39,20 +40,21 @@ FrameImage firstPicture(const std::string& path) {
 void writePicture(const FrameImage& image, const std::string& path) {
     const auto library = makeFFmpegFilmLibrary(MediaLogging::silent);
     const auto bytes = library->encodePNG(image.pixels, image.width, image.height);
-    const std::filesystem::path place(path);
-    StagedOutput output(place.parent_path().string());
-    const auto file = output.create(place.filename().string());
+    StagedOutput output(folderOf(path), replacing);
+    const auto file = output.create(std::string(lastPiece(path)));
     file->write(bytes);
     file->close();
-    output.commit(StagedOutput::Existing::replace);
+    output.commit();
 }
 
 ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
     const auto complain = [&console](const std::string& file, const std::string& text) {
         console.complain(text.starts_with(file + ": ") ? text : file + ": " + text);
     };
-    if (files::isSameFile(arguments.input, arguments.output)) {
-        complain(arguments.output, "the picture would replace the movie");
+    try {
+        OutputPlace(arguments.output, replacing).check(arguments.input);
+    } catch (const PlatformError& error) {
+        console.complain(error.what());
         return ExitCode::unwritableOutput;
     }
     std::optional<FrameImage> image;
@@ -75,9 +77,10 @@ ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
 
 std::function<ExitCode()> declareThumbnail(CLI::App& parser, Console& console) {
     const auto arguments = std::make_shared<ThumbnailArguments>();
-    parser.add_option("INPUT", arguments->input, "A ZEB movie")->required();
+    parser.add_option("INPUT", arguments->input, "A ZEB movie")->required()->option_text(" ");
     parser.add_option("OUTPUT", arguments->output, "The PNG file to write; one that exists is replaced")
-        ->required();
+        ->required()
+        ->option_text(" ");
     parser.add_option("--size", arguments->size, "The most pixels of its longer side")
         ->option_text("N")
         ->check(CLI::Range(1, mostPixelsOfASide))

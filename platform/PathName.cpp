@@ -8,6 +8,15 @@ std::string_view lastPiece(std::string_view path) {
     return path.size() > 1 ? path.substr(path.rfind('/') + 1) : path;
 }
 
+std::string folderOf(const std::string& path) {
+    // A path of slashes alone is the root, and so is its folder.
+    const std::size_t end = path.find_last_not_of('/');
+    const std::size_t slash = path.rfind('/', end);
+    if (slash == std::string::npos) return ".";
+    const std::size_t last = path.find_last_not_of('/', slash);
+    return last == std::string::npos ? "/" : path.substr(0, last + 1);
+}
+
 std::string_view pathExtension(std::string_view path) {
     const std::string_view name = lastPiece(path);
     const std::size_t dot = name.rfind('.');
