@@ -53,8 +53,8 @@ void repairInto(const std::string& path, const std::string& output, bool replace
     if (replaces) terms.existing = OutputTerms::Existing::replace;
     OutputPlace(output, terms).check(path);
     const auto source = openForReading(path);
-    StagedOutput stage(folderOf(output), terms);
-    const auto target = stage.create(std::string(lastPiece(output)));
+    StagedOutput stage(withoutLastPiece(output), terms);
+    const auto target = stage.create(lastPiece(output));
     copy(*source, *target);
     finishPartialFile(*source, *target);
     target->close();

@@ -40,8 +40,8 @@ FrameImage firstPicture(const std::string& path) {
 void writePicture(const FrameImage& image, const std::string& path) {
     const auto library = makeFFmpegFilmLibrary(MediaLogging::silent);
     const auto bytes = library->encodePNG(image.pixels, image.width, image.height);
-    StagedOutput output(folderOf(path), replacing);
-    const auto file = output.create(std::string(lastPiece(path)));
+    StagedOutput output(withoutLastPiece(path), replacing);
+    const auto file = output.create(lastPiece(path));
     file->write(bytes);
     file->close();
     output.commit();

@@ -347,23 +347,23 @@ ExportResult Run::exportPictures() {
     planned();
     const auto name = NumberedName::parse(std::string(lastPiece(m_output)));
     const bool isNumbered = m_settings.kind == ExportSettings::Kind::pictures && name;
-    StagedOutput stage(folderOf(m_output), m_settings.terms);
+    StagedOutput stage(withoutLastPiece(m_output), m_settings.terms);
     ExportResult result;
     std::int64_t frame = m_plan.first;
-    result.files =
-        forEachFrame([](const Second&, int, int) {},
-                     [&](const FrameImage& image) {
-                         const auto bytes = m_library.encodePNG(image.pixels, image.width, image.height);
-                         const auto file = stage.create(isNumbered ? name->with(frame) : std::string(lastPiece(m_output)));
-                         file->write(bytes);
-                         // A single picture is one's own; of thousands each sync would take longer than the
-                         // picture.
-                         if (!isNumbered) file->synchronise();
-                         file->close();
-                         result.bytes += bytes.size();
-                         ++frame;
-                         advanced(frame - m_plan.first, result.bytes);
-                     });
+    result.files = forEachFrame(
+        [](const Second&, int, int) {},
+        [&](const FrameImage& image) {
+            const auto bytes = m_library.encodePNG(image.pixels, image.width, image.height);
+            const auto file = stage.create(isNumbered ? name->with(frame) : std::string(lastPiece(m_output)));
+            file->write(bytes);
+            // A single picture is one's own; of thousands each sync would take longer than the
+            // picture.
+            if (!isNumbered) file->synchronise();
+            file->close();
+            result.bytes += bytes.size();
+            ++frame;
+            advanced(frame - m_plan.first, result.bytes);
+        });
     commit(stage);
     result.plan = m_plan;
     return result;
@@ -381,8 +381,8 @@ ExportResult Run::exportFilm() {
     parameters.soundRate = m_facts.header.sampleRate;
     parameters.loops = m_facts.isLooping();
 
-    StagedOutput stage(folderOf(m_output), m_settings.terms);
-    const auto file = stage.create(std::string(lastPiece(m_output)));
+    StagedOutput stage(withoutLastPiece(m_output), m_settings.terms);
+    const auto file = stage.create(lastPiece(m_output));
     const auto film = m_library.beginFilm(*file, parameters);
     log(film->description());
     std::int64_t done = 0;
@@ -450,8 +450,8 @@ ExportResult Run::exportSound() {
     m_plan.width = header.width;
     m_plan.height = header.height;
     planned();
-    StagedOutput stage(folderOf(m_output), m_settings.terms);
-    const auto file = stage.create(std::string(lastPiece(m_output)));
+    StagedOutput stage(withoutLastPiece(m_output), m_settings.terms);
+    const auto file = stage.create(lastPiece(m_output));
     WAVFile wav(*file, header.audioChannels, header.sampleRate);
     const std::int64_t begin = scaled(m_settings.from, header.sampleRate, microsecond);
     const std::int64_t end = m_settings.to ? scaled(*m_settings.to, header.sampleRate, microsecond)

@@ -108,7 +108,7 @@ std::string OutputPlace::freeNameFor(int number) const {
     std::string end = ".previous" + (number == 1 ? "" : "-" + std::to_string(number));
     if (!extension.empty()) end += "." + extension;
     const std::size_t room = longestName - std::min(longestName, end.size());
-    return m_path.substr(0, m_path.size() - name.size()) +
+    return std::string(withoutLastPiece(m_path)) +
            leadingBytes(std::string(nameWithoutExtension(name)), room) + end;
 }
 
@@ -144,8 +144,7 @@ bool OutputPlace::isOwn() const {
 }
 
 void OutputPlace::commit() {
-    if (!isOwn())
-        throw OutputError(files::kindOf(m_path) ? Case::replaced : Case::removed, m_path);
+    if (!isOwn()) throw OutputError(files::kindOf(m_path) ? Case::replaced : Case::removed, m_path);
     m_isSettled = true;
     if (m_previous.empty()) return;
     try {

@@ -14,6 +14,9 @@ std::string_view lastPiece(std::string_view path);
 /// Returns the folder that holds the last piece of `path`; "." where `path` names none.
 std::string folderOf(const std::string& path);
 
+/// Returns `path` up to its last piece, slash included; empty where `path` names no folder.
+std::string_view withoutLastPiece(std::string_view path);
+
 /// Without its dot; empty where there is none.
 std::string_view pathExtension(std::string_view path);
 

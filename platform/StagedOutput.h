@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/FileHandle.h"
@@ -15,22 +16,22 @@ namespace zeb {
 class StagedOutput {
 public:
     /// For files in `folder` ("" = the current one), by these terms. Throws `FileError`.
-    StagedOutput(std::string folder, OutputTerms terms);
+    StagedOutput(std::string_view folder, OutputTerms terms);
     ~StagedOutput();
     StagedOutput(const StagedOutput&) = delete;
     StagedOutput& operator=(const StagedOutput&) = delete;
 
     /// Begins the file that will be called `name`, without a folder. Its errors name its later place. Throws
     /// what `OutputPlace::check` throws of it.
-    std::unique_ptr<WritableFile> create(const std::string& name);
+    std::unique_ptr<WritableFile> create(std::string_view name);
 
     /// Moves the files, which were closed, to their places, in the order of their creation. What stands there
     /// and must not be replaced is an error. Throws as `create` does; what has been moved by then stays.
     void commit();
 
 private:
-    std::string pathOf(const std::string& name) const;
-    OutputPlace place(const std::string& name) const { return OutputPlace(pathOf(name), m_terms); }
+    std::string pathOf(std::string_view name) const;
+    OutputPlace place(std::string_view name) const { return OutputPlace(pathOf(name), m_terms); }
     void remove() noexcept;
 
     std::string m_folder;

@@ -5,14 +5,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 
 #include "platform/FileManager.h"
 
 namespace zeb {
 
-StagedOutput::StagedOutput(std::string folder, OutputTerms terms)
-    : m_folder(std::move(folder)), m_terms(terms) {
+StagedOutput::StagedOutput(std::string_view folder, OutputTerms terms) : m_folder(folder), m_terms(terms) {
     const std::string place = m_folder.empty() ? "." : m_folder;
     if (m_folder.find('\0') != std::string::npos) throw FileError(m_folder, EINVAL);
     if (m_terms.missingFolder == OutputTerms::MissingFolder::make)
@@ -30,14 +28,16 @@ StagedOutput::~StagedOutput() {
     remove();
 }
 
-std::string StagedOutput::pathOf(const std::string& name) const {
-    return m_folder.empty() || m_folder.ends_with('/') ? m_folder + name : m_folder + "/" + name;
+std::string StagedOutput::pathOf(std::string_view name) const {
+    std::string path = m_folder;
+    if (!path.empty() && path.back() != '/') path += '/';
+    return path.append(name);
 }
 
-std::unique_ptr<WritableFile> StagedOutput::create(const std::string& name) {
+std::unique_ptr<WritableFile> StagedOutput::create(std::string_view name) {
     place(name).check();
-    auto file = createForWriting(m_stage + name, pathOf(name));
-    m_names.push_back(name);
+    auto file = createForWriting(std::string(m_stage).append(name), pathOf(name));
+    m_names.emplace_back(name);
     return file;
 }
 

@@ -70,16 +70,19 @@ protected:
     fake::HandDrivenMainActor mainActor;
     fake::HandDrivenTasks tasks;
     fake::HandDrivenClock clock;
-    /// What happens in place of a conversion, and the settings of each.
+    /// What happens in place of a conversion, once its file has been created, and the settings of each.
     std::function<void(const ConversionCallbacks&, const std::string& output)> run =
         [](const ConversionCallbacks&, const std::string&) {};
     std::vector<Settings> runs;
     std::unique_ptr<ConverterViewModel> model = std::make_unique<ConverterViewModel>(
         ConverterServices{films,
-                          [this](const std::string&, const std::string& output, const Settings& settings,
+                          [this](const std::string&, OutputPlace& output, const Settings& settings,
                                  const ConversionCallbacks& callbacks) {
                               runs.push_back(settings);
-                              run(callbacks, output);
+                              output.setAside();
+                              output.create()->close();
+                              run(callbacks, output.path());
+                              output.commit();
                           },
                           defaults, panels, pasteboard, sounds, scope, mainActor, tasks, clock});
 };
