@@ -21,6 +21,7 @@ std::string joined(const std::vector<std::string>& texts) {
 PartialOutcome settlePartialMovie(OutputPlace& output) {
     const std::string& path = output.path();
     const bool hadOwn = output.isOwn();
+    const bool hadCreated = output.hasCreated();
     const bool hadPrevious = !output.previousPath().empty();
     const auto wherePrevious = [&output] { return "the movie of before is now " + output.previousPath(); };
     std::vector<std::string> texts;
@@ -41,7 +42,7 @@ PartialOutcome settlePartialMovie(OutputPlace& output) {
         } catch (const std::exception&) {
             // Not even its header was written.
         }
-    } else if (output.hasCreated() && files::kindOf(path)) {
+    } else if (hadCreated && files::kindOf(path)) {
         texts.push_back(path + " is another file by now and is left alone");
     }
     try {
@@ -49,7 +50,7 @@ PartialOutcome settlePartialMovie(OutputPlace& output) {
         if (hadOwn) texts.push_back(path + " had no whole second yet and was removed");
         if (!output.previousPath().empty()) {
             texts.push_back(wherePrevious());
-        } else if (hadOwn && hadPrevious) {
+        } else if (hadCreated && hadPrevious) {
             texts.push_back("the movie of before is back in its place");
         }
     } catch (const FileError& error) {
