@@ -193,7 +193,7 @@ TEST_F(OutputPlaceTest, LosesNothingWhicheverChangeFails) {
                 EXPECT_EQ(at("film.zeb"), "new");
             } else {
                 EXPECT_TRUE(at("film.zeb") == "old" || at("film.previous.zeb") == "old");
-                if (failing <= 2) EXPECT_EQ(at("film.zeb"), "old") << "nothing was created";
+                EXPECT_TRUE(failing > 2 || at("film.zeb") == "old") << "nothing was created";
             }
             if (files.calls < failing) {
                 EXPECT_THAT(folder.names(), ElementsAre("film.zeb"));

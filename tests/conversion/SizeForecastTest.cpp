@@ -10,6 +10,7 @@
 #include "conversion/ConversionRun.h"
 #include "conversion/MovieSize.h"
 #include "conversion/SamplePictures.h"
+#include "format/ZEBWriter.h"
 #include "format/ZEBWriterError.h"
 #include "platform/FileManager.h"
 #include "platform/fake/FakeMedia.h"
