@@ -132,6 +132,7 @@ std::unique_ptr<WritableFile> OutputPlace::create() {
     try {
         auto file = m_files.create(m_path);
         m_created = file->identity();
+        hold();
         return file;
     } catch (const FileError& error) {
         if (error.code() == EEXIST) throw OutputError(Case::appeared, m_path);
@@ -145,7 +146,7 @@ bool OutputPlace::isOwn() const {
 
 void OutputPlace::commit() {
     if (!isOwn()) throw OutputError(files::kindOf(m_path) ? Case::replaced : Case::removed, m_path);
-    m_isSettled = true;
+    settle();
     if (m_previous.empty()) return;
     try {
         m_files.removeFile(m_previous);
@@ -168,8 +169,21 @@ void OutputPlace::putBack() {
         m_previous.clear();
     }
     m_created.reset();
-    m_isSettled = true;
+    settle();
     removeMadeFolder();
+}
+
+void OutputPlace::hold() {
+    try {
+        m_hold = openForReading(m_path);
+    } catch (const FileError&) {
+        // A file system that lets nobody read it: the number alone has to do.
+    }
+}
+
+void OutputPlace::settle() noexcept {
+    m_isSettled = true;
+    m_hold.reset();
 }
 
 void OutputPlace::removeMadeFolder() noexcept {

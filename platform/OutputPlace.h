@@ -41,10 +41,10 @@ struct OutputTerms {
 /// complete.
 ///
 /// `setAside` gives an old file another name beside its place ("film.previous.zeb"), `create` makes the new
-/// one, and one of three calls ends the work: `commit` removes the old file, `putBack` removes the new one and
-/// gives the old one its name again, `keepBoth` leaves both. A process that is killed leaves both as well. A
-/// file that others put at the place is never touched. Links are treated as what they are: the link is set
-/// aside, never what it leads to.
+/// one, and one of three calls ends the work: `commit` removes the old file, `putBack` removes the new one
+/// and gives the old one its name again, `keepBoth` leaves both. A process that is killed leaves both as
+/// well. A file that others put at the place is never touched. Links are treated as what they are: the link
+/// is set aside, never what it leads to.
 ///
 /// Without any of these calls the destructor puts the old file back if no new one was created. Used by one
 /// thread at a time.
@@ -80,22 +80,24 @@ public:
     /// The old file's place while it is set aside; empty when there is none.
     const std::string& previousPath() const noexcept { return m_previous; }
 
-    /// The new file is complete. Throws `OutputError` (replaced, removed) when it does not stand at its place;
-    /// nothing is changed then. Otherwise removes the old file; where that fails it stays, and `previousPath`
-    /// tells so.
+    /// The new file is complete. Throws `OutputError` (replaced, removed) when it does not stand at its
+    /// place; nothing is changed then. Otherwise removes the old file; where that fails it stays, and
+    /// `previousPath` tells so.
     void commit();
     /// The new file is given up. Removes it, puts the old one in its place and removes the folder that was
     /// made, if it is empty. What others have put at the place stays; the old file then stays aside. Throws
     /// `FileError`; files are then where they were.
     void putBack();
     /// The new file stays although it is not complete, and the old one stays aside.
-    void keepBoth() noexcept { m_isSettled = true; }
+    void keepBoth() noexcept { settle(); }
 
 private:
     static OutputFileSystem& system();
     void checkStanding(const std::string& input) const;
     std::string freeNameFor(int number) const;
     void removeMadeFolder() noexcept;
+    void hold();
+    void settle() noexcept;
 
     std::string m_path;
     OutputTerms m_terms;
@@ -103,6 +105,8 @@ private:
     std::string m_previous;
     std::string m_madeFolder;
     std::optional<FileIdentity> m_created;
+    /// Open until the work has ended, so that the system gives the number of a removed file to no other one.
+    std::unique_ptr<ReadableFile> m_hold;
     bool m_isSettled = false;
 };
 
