@@ -36,7 +36,7 @@ std::optional<AppAction> parseAppAction(const std::string& text) {
     auto url = URL::parse(text);
     if (!url) return std::nullopt;
     if (url->isFileURL()) return actionByExtension(*std::move(url));
-    if (url->components().scheme != "zebmaker") return std::nullopt;
+    if (url->components().scheme != requestScheme) return std::nullopt;
     // An empty host is a verb too, one that nobody knows: "zebmaker:///play?url=..." goes by its target.
     std::optional<std::string> verb = url->host();
     if (!verb) verb = firstPiece(url->path());

@@ -2,10 +2,14 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "ui/AppAction.h"
 
 namespace zeb {
+
+/// The scheme of requests from outside.
+constexpr std::string_view requestScheme = "zebmaker";
 
 /// What a URL that was opened asks for; nothing when it asks for nothing that we know. Any thread.
 ///

@@ -2,10 +2,13 @@
 
 #include <QFileOpenEvent>
 #include <QGuiApplication>
+#include <algorithm>
+#include <iterator>
 #include <variant>
 
 #include "app/AppActionParsing.h"
 #include "app/OpenedURLs.h"
+#include "ui/MovieName.h"
 
 namespace zeb {
 
@@ -16,14 +19,15 @@ AppDelegate::AppDelegate(const Services& services, QObject* parent) : QObject(pa
     qApp->installEventFilter(this);
 }
 
-void AppDelegate::open(const QStringList& requests, Maker maker) {
+void AppDelegate::open(const LaunchArguments& arguments) {
+    const Maker maker = arguments.showMaker ? Maker::shown : Maker::hidden;
     std::vector<URL> files;
-    bool isForConverter = requests.isEmpty() || maker == Maker::shown;
+    bool isForConverter = arguments.requests.isEmpty() || arguments.showMaker;
     bool isForPlayer = false;
-    for (const QString& request : requests) {
+    for (const QString& request : arguments.requests) {
         const std::string text = request.toStdString();
         const auto url = URL::parse(text);
-        if (url && url->isFileURL()) {
+        if (url && url->components().scheme && url->components().scheme != requestScheme) {
             files.push_back(*url);
         } else if (auto action = parseAppAction(text)) {
             auto* play = std::get_if<PlayAction>(&*action);
@@ -35,21 +39,36 @@ void AppDelegate::open(const QStringList& requests, Maker maker) {
     }
     applicationOpenURLs(files, maker);
     // What asks for nothing that we know still gets to see that the program was started.
-    if (isForConverter || (files.empty() && !isForPlayer)) m_services.scenes.showConverter();
+    if (isForConverter || (files.empty() && !isForPlayer)) showConverter();
 }
 
-void AppDelegate::applicationOpenURLs(const std::vector<URL>& urls, Maker maker) {
+void AppDelegate::applicationOpenURLs(std::vector<URL> urls, Maker maker) {
+    // The converter's window tells of a movie that is not there, and stays in sight then.
+    const auto missing = std::erase_if(
+        urls, [this](const URL& url) { return namesMovie(url) && !m_services.content.findsMovie(url); });
+    if (missing > 0) maker = Maker::shown;
     routeOpenedURLs(
         urls, m_services.mainActor,
         [this, maker](const URL& url, bool hideMaker) {
             m_services.players.openPlayer(url, hideMaker && maker == Maker::hidden);
         },
-        m_services.appActions, [this] { m_services.scenes.showConverter(); });
+        m_services.appActions, [this] { showConverter(); });
+    std::vector<URL> videos;
+    std::ranges::copy_if(urls, std::back_inserter(videos),
+                         [](const URL& url) { return url.isLocalFile() && !namesMovie(url); });
+    if (videos.size() < 2) return;
+    m_services.mainActor.post(
+        [&content = m_services.content, taken = videos.back()] { content.sayOneVideoIsTaken(taken); });
+}
+
+void AppDelegate::showConverter() {
+    m_services.players.stopHidingMaker();
+    m_services.scenes.showConverter();
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() != QEvent::FileOpen) return QObject::eventFilter(watched, event);
-    open({static_cast<QFileOpenEvent*>(event)->url().toEncoded()}, Maker::hidden);
+    open({.requests = {static_cast<QFileOpenEvent*>(event)->url().toEncoded()}});
     return true;
 }
 

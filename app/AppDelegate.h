@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QStringList>
 
+#include "app/LaunchArguments.h"
 #include "app/scenes/Scenes.h"
 #include "platform/MainActor.h"
 #include "player/window/ZEBPlayerWindowManager.h"
@@ -16,11 +17,9 @@ class AppDelegate final : public QObject {
     Q_OBJECT
 
 public:
-    /// Whether the converter stays in sight beside the movies that are opened.
-    enum class Maker { hidden, shown };
-
     /// All of it outlives this.
     struct Services {
+        ContentViewModel& content;
         Scenes& scenes;
         ZEBPlayerWindowManager& players;
         AppActionRouter& appActions;
@@ -29,11 +28,16 @@ public:
 
     explicit AppDelegate(const Services& services, QObject* parent = nullptr);
 
-    /// The program was started with these URLs, here or in another instance; with none, to see the converter.
-    void open(const QStringList& requests, Maker maker);
+    /// The program was started with these arguments, here or in another instance; without requests, to see
+    /// the converter.
+    void open(const LaunchArguments& arguments);
 
 private:
-    void applicationOpenURLs(const std::vector<URL>& urls, Maker maker);
+    /// Whether the converter stays in sight beside the movies that are opened.
+    enum class Maker { hidden, shown };
+
+    void applicationOpenURLs(std::vector<URL> urls, Maker maker);
+    void showConverter();
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     Services m_services;

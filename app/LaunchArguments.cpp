@@ -3,11 +3,15 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <utility>
 
 #include "platform/URL.h"
 
 namespace zeb {
 namespace {
+
+/// No request begins like this.
+constexpr const char* makerMark = "--maker";
 
 /// Whether an argument is a URL rather than a file's name: it has a scheme, and there is no file of that
 /// name.
@@ -17,6 +21,15 @@ bool isURL(const QString& argument) {
 }
 
 }  // namespace
+
+QStringList LaunchArguments::message() const {
+    return showMaker ? QStringList(QString(makerMark)) + requests : requests;
+}
+
+LaunchArguments LaunchArguments::fromMessage(QStringList message) {
+    const bool showMaker = message.removeAll(QString(makerMark)) > 0;
+    return {showMaker, std::move(message)};
+}
 
 LaunchArguments readLaunchArguments() {
     QCommandLineParser parser;

@@ -8,6 +8,10 @@ namespace zeb {
 struct LaunchArguments {
     bool showMaker = false;
     QStringList requests;  ///< URLs: files as absolute file URLs, anything with a scheme as it was written
+
+    /// All of it as texts for an instance that runs already, and what such texts say.
+    QStringList message() const;
+    static LaunchArguments fromMessage(QStringList message);
 };
 
 /// Reads the command line of the application object; answers --help and --version, and complains about what

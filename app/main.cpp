@@ -22,7 +22,9 @@
 #include "platform/qt/Renderer.h"
 #include "platform/qt/SingleInstance.h"
 #include "platform/qt/style/ThemeColours.h"
+#include "player/window/BringForward.h"
 #include "ui/DockProgressController.h"
+#include "ui/MovieName.h"
 
 Q_IMPORT_QML_PLUGIN(ZEBStylePlugin)
 Q_IMPORT_QML_PLUGIN(ZEBPlayerPlugin)
@@ -89,7 +91,7 @@ int main(int argc, char** argv) {
 
     const zeb::LaunchArguments arguments = zeb::readLaunchArguments();
     zeb::SingleInstance instance(runtimeFolder(), "zebmaker");
-    if (!instance.isFirst(arguments.requests)) return 0;
+    if (!instance.isFirst(arguments.message())) return 0;
 
     zeb::chooseRenderer();
     QQuickStyle::setStyle("ZEBStyle");
@@ -112,7 +114,8 @@ int main(int argc, char** argv) {
                                        if (players) players->openPlayer(url, hideMaker);
                                    },
                                    [&scenes] {
-                                       if (scenes) scenes->showConverter();
+                                       // Without the welcome picture, which would cover it.
+                                       if (scenes) zeb::bringForward(*scenes->makeConverterWindow());
                                    },
                                    ZEB_VERSION, ""});
     const auto appear = [&content] {
@@ -121,21 +124,26 @@ int main(int argc, char** argv) {
     };
     zeb::Scenes windows({engine, content, services.defaults, services.notifications, appear});
     scenes = &windows;
-    zeb::ZEBPlayerWindowManager playerWindows({engine, services.player(), services.defaults,
-                                               services.notifications,
-                                               [&windows] { return windows.makeConverterWindow(); }});
+    zeb::ZEBPlayerWindowManager playerWindows(
+        {engine,
+         services.player(),
+         services.defaults,
+         services.notifications,
+         [&windows] { return windows.makeConverterWindow(); },
+         {[&windows] { windows.chooseVideo(); }, [&content] { content.playMovie(); },
+          [&windows] { windows.showSettings(); }, [&windows] { windows.showHelp(); }, &zeb::namesMovie,
+          [&content](const zeb::URL& movie) { content.openZEBFile(movie, false); }}});
     players = &playerWindows;
     services.panels.setSurroundings([&windows] { return windows.windowForPanels(); },
                                     [&engine] { return zeb::dialogPalette(engine); });
-    zeb::AppDelegate delegate({windows, playerWindows, appActions, services.mainActor});
+    zeb::AppDelegate delegate({content, windows, playerWindows, appActions, services.mainActor});
     QObject::connect(&engine, &QQmlEngine::quit, &windows, &zeb::Scenes::quit);
     QObject::connect(&instance, &zeb::SingleInstance::requested, &delegate,
-                     [&delegate](const QStringList& requests) {
-                         delegate.open(requests, zeb::AppDelegate::Maker::hidden);
+                     [&delegate](const QStringList& message) {
+                         delegate.open(zeb::LaunchArguments::fromMessage(message));
                      });
 
     appear();
-    delegate.open(arguments.requests,
-                  arguments.showMaker ? zeb::AppDelegate::Maker::shown : zeb::AppDelegate::Maker::hidden);
+    delegate.open(arguments);
     return QApplication::exec();
 }

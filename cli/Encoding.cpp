@@ -1,6 +1,7 @@
 #include "cli/Encoding.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <thread>
 
@@ -13,7 +14,9 @@
 #include "format/MovieFacts.h"
 #include "format/ZEBConverterError.h"
 #include "platform/FileManager.h"
+#include "platform/LocalizedText.h"
 #include "platform/PathName.h"
+#include "platform/SystemErrorText.h"
 
 namespace zeb::cli {
 namespace {
@@ -150,7 +153,7 @@ OutputTerms Encoding::termsOf(const EncodeArguments& arguments) {
 void Encoding::checkFiles() const {
     if (isInterrupted()) throw ZEBConverterError::cancelled();
     // What is not there says more than where it would go.
-    if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, "No such file or directory");
+    if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, systemErrorText(ENOENT));
     m_output.check(m_job.input);
 }
 
@@ -159,8 +162,7 @@ OpenedSource Encoding::openSource() const {
         return {m_library, m_job.input, isInterrupted};
     } catch (const MediaError& error) {
         if (error.code() == MediaError::cannotOpen && startsAsMovie(m_job.input))
-            throw MediaError(MediaError::cannotOpen,
-                             "This is a ZEB movie already (zeb export turns it back)");
+            throw MediaError(MediaError::cannotOpen, {"error_already_movie"});
         throw;
     }
 }
@@ -169,8 +171,8 @@ Settings Encoding::proposeSettings(const MediaAsset& asset) {
     if (asset.videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
     const auto soundTracks = static_cast<std::int64_t>(asset.soundTracks().size());
     if (m_arguments.audioChannels > 0 && soundTracks > 0 && m_arguments.track > soundTracks) {
-        m_reporter.warned("there is no sound track " + std::to_string(m_arguments.track) + "; track " +
-                          std::to_string(soundTracks) + ", the last one, is taken");
+        m_reporter.warned(
+            localizedText("warning_no_such_track_format", {std::int64_t{m_arguments.track}, soundTracks}));
     }
     return settingsFor(m_arguments, m_job.input, sourceInfo(asset.videoTracks().front()));
 }

@@ -8,6 +8,7 @@
 #include "cli/SpeedMeter.h"
 #include "conversion/NumberedName.h"
 #include "format/ZEBConverterError.h"
+#include "platform/LocalizedText.h"
 #include "platform/OutputPlace.h"
 
 namespace zeb::cli {
@@ -95,7 +96,7 @@ void Exporting::checkPictures(const ExportPlan& plan) const {
 void Exporting::reportPlan(const ExportPlan& plan) {
     const ZEBHeader& header = plan.header;
     if (m_job.settings.interpretation != ExportSettings().interpretation && header.mode != 32)
-        m_reporter.warned("--interpretation has no effect in Mode " + std::to_string(header.mode));
+        m_reporter.warned(localizedText("warning_no_interpretation_format", {std::int64_t{header.mode}}));
     Settings settings;
     settings.title = header.title;
     settings.qlModeNumber = header.mode;

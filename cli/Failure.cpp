@@ -1,10 +1,9 @@
 #include "cli/Failure.h"
 
-#include <new>
-
 #include "conversion/ExportError.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
+#include "platform/ErrorText.h"
 #include "platform/FileHandle.h"
 #include "platform/LocalizedText.h"
 #include "platform/Media.h"
@@ -13,68 +12,74 @@
 namespace zeb::cli {
 namespace {
 
-Failure describe(const ZEBConverterError& error) {
+ExitCode exitCodeOf(const ZEBConverterError& error) {
     switch (error.errorCase()) {
         case ZEBConverterError::Case::cancelled:
-            return {"interrupted", ExitCode::interrupted};
+            return ExitCode::interrupted;
         case ZEBConverterError::Case::noVideoTrack:
-            return {error.what(), ExitCode::unreadableInput};
+            return ExitCode::unreadableInput;
         case ZEBConverterError::Case::cannotCreateOutput:
-            return {error.what(), ExitCode::unwritableOutput};
+            return ExitCode::unwritableOutput;
     }
-    return {error.what(), ExitCode::conversionFailed};
+    return ExitCode::conversionFailed;
 }
 
-Failure describe(const MediaError& error) {
-    if (error.code() == MediaError::interrupted) return {"interrupted", ExitCode::interrupted};
-    return {error.what(), ExitCode::unreadableInput};
-}
-
-Failure describe(const ExportError& error) {
+ExitCode exitCodeOf(const ExportError& error) {
     switch (error.code()) {
         case ExportError::outsideMovie:
-            return {error.what(), ExitCode::wrongUsage};
+            return ExitCode::wrongUsage;
         case ExportError::tooLarge:
-            return {error.what(), ExitCode::conversionFailed};
+            return ExitCode::conversionFailed;
         default:
-            return {error.what(), ExitCode::unreadableInput};
+            return ExitCode::unreadableInput;
     }
 }
 
-Failure describe(const OutputError& error) {
-    if (error.errorCase() != OutputError::Case::exists) return {error.what(), ExitCode::unwritableOutput};
-    return {localizedText("error_output_exists_force_format", {error.path()}), ExitCode::unwritableOutput};
-}
-
-Failure describeAny() {
+/// For the exception that is being handled.
+ExitCode currentExitCode() {
     try {
         throw;
     } catch (const ZEBConverterError& error) {
-        return describe(error);
+        return exitCodeOf(error);
     } catch (const MediaError& error) {
-        return describe(error);
+        return error.code() == MediaError::interrupted ? ExitCode::interrupted : ExitCode::unreadableInput;
     } catch (const ExportError& error) {
-        return describe(error);
-    } catch (const ZEBFormatError& error) {
-        return {error.what(), ExitCode::unreadableInput};
-    } catch (const FileError& error) {
+        return exitCodeOf(error);
+    } catch (const ZEBFormatError&) {
+        return ExitCode::unreadableInput;
+    } catch (const FileError&) {
         // Inputs are opened by the media layer, whose errors are its own.
-        return {error.what(), ExitCode::unwritableOutput};
-    } catch (const OutputError& error) {
-        return describe(error);
-    } catch (const std::bad_alloc&) {
-        return {"out of memory", ExitCode::conversionFailed};
-    } catch (const std::exception& error) {
-        return {error.what(), ExitCode::conversionFailed};
+        return ExitCode::unwritableOutput;
+    } catch (const OutputError&) {
+        return ExitCode::unwritableOutput;
     } catch (...) {
-        return {"unknown error", ExitCode::conversionFailed};
+        return ExitCode::conversionFailed;
+    }
+}
+
+/// Returns the sentence about the exception that is being handled, with the option that would help.
+std::string currentText(ExitCode exitCode) {
+    if (exitCode == ExitCode::interrupted) return localizedText("error_interrupted");
+    try {
+        throw;
+    } catch (const OutputError& error) {
+        if (error.errorCase() != OutputError::Case::exists) return errorText(error);
+        return localizedText(KeyedText{"error_file_format", {error.path(), KeyedText{"error_refused_exists"}}});
+    } catch (...) {
+        return currentErrorText();
     }
 }
 
 }  // namespace
 
+std::string textNaming(const std::string& file, const std::exception& error) {
+    const std::string text = errorText(error);
+    return text.starts_with(file + ": ") ? text : file + ": " + text;
+}
+
 Failure describeCurrentFailure() {
-    Failure failure = describeAny();
+    const ExitCode exitCode = currentExitCode();
+    Failure failure{currentText(exitCode), exitCode};
     // The texts are joined with what became of the output.
     if (failure.text.ends_with('.')) failure.text.pop_back();
     return failure;

@@ -3,14 +3,19 @@
 #include <string>
 
 #include "cli/ExitCode.h"
+#include "platform/LocalizableError.h"
+#include "platform/LocalizedText.h"
 
 namespace zeb::cli {
 
-/// What a person and a script are told about an error.
+/// What a person, in the language in use, and a script are told about an error.
 struct Failure {
     std::string text;  ///< without a full stop
     ExitCode exitCode;
 };
+
+/// Returns what a person reads about an error of `file`: the text names it, whether the error does or not.
+std::string textNaming(const std::string& file, const std::exception& error);
 
 /// Describes the exception that is being handled. To be called in a catch block only.
 Failure describeCurrentFailure();

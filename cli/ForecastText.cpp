@@ -2,9 +2,11 @@
 
 #include <cmath>
 #include <optional>
+#include <vector>
 
 #include "cli/JsonText.h"
 #include "cli/Text.h"
+#include "platform/LocalizedText.h"
 
 namespace zeb::cli {
 namespace {
@@ -28,6 +30,14 @@ std::string secondText(std::int64_t second) {
     return durationText(static_cast<double>(second));
 }
 
+/// The size, with what is not certain about it.
+KeyedText sizeOf(const SizeForecast& forecast) {
+    const char* key = forecast.isExact                           ? "forecast_size_exact_format"
+                      : forecast.basis == ForecastBasis::samples ? "forecast_size_about_format"
+                                                                 : "forecast_size_most_format";
+    return {key, {byteText(forecast.bytes)}};
+}
+
 /// What the size rests on, where that is not plain.
 std::string basisText(const SizeForecast& forecast) {
     if (forecast.isExact) return " (" + std::to_string(forecast.bytes) + " bytes)";
@@ -40,11 +50,24 @@ std::string basisText(const SizeForecast& forecast) {
 }
 
 /// The options that help, as one would type them.
+std::vector<std::string> suggestedOptions(const ForecastSuggestion& suggestion) {
+    std::vector<std::string> options;
+    if (suggestion.fps) options.push_back("--fps " + std::to_string(*suggestion.fps));
+    if (suggestion.size) options.push_back("--size " + sizeText(*suggestion.size));
+    return options;
+}
+
 std::string suggestionText(const ForecastSuggestion& suggestion) {
-    std::string text;
-    if (suggestion.fps) text = "--fps " + std::to_string(*suggestion.fps);
-    if (suggestion.size) text += (text.empty() ? "" : " or ") + ("--size " + sizeText(*suggestion.size));
-    return text;
+    const auto options = suggestedOptions(suggestion);
+    if (options.empty()) return "";
+    return options.size() == 1 ? options[0] : options[0] + " or " + options[1];
+}
+
+KeyedText suggestionWarning(const ForecastSuggestion& suggestion) {
+    const auto options = suggestedOptions(suggestion);
+    if (options.empty()) return {"warning_forecast_nothing_fits"};
+    if (options.size() == 1) return {"warning_forecast_try_format", {options[0]}};
+    return {"warning_forecast_try_either_format", {options[0], options[1]}};
 }
 
 const char* basisName(ForecastBasis basis) {
@@ -62,9 +85,7 @@ const char* basisName(ForecastBasis basis) {
 }  // namespace
 
 std::string forecastSize(const SizeForecast& forecast) {
-    std::string bytes = byteText(forecast.bytes);
-    if (forecast.isExact) return bytes;
-    return (forecast.basis == ForecastBasis::samples ? "about " : "at most ") + bytes;
+    return englishText(sizeOf(forecast));
 }
 
 std::string forecastLine(const SizeForecast& forecast) {
@@ -73,18 +94,16 @@ std::string forecastLine(const SizeForecast& forecast) {
 
 std::string forecastWarning(const SizeForecast& forecast, const std::string& folder) {
     if (forecast.fits()) return "";
-    std::string text = "the movie would ";
-    if (!forecast.fitsFormat()) {
-        text += "pass the format's 4 GiB after " + secondText(*forecast.formatEndsAt) + " of " +
-                secondText(forecast.plan.seconds);
-    }
+    KeyedText text;
     if (!forecast.fitsSpace()) {
-        if (!forecast.fitsFormat()) text += " and ";
-        text += "need " + forecastSize(forecast) + ", but " + folder + " has only " +
-                byteText(*forecast.freeSpace) + " left";
+        text = {"warning_forecast_space_format", {sizeOf(forecast), folder, byteText(*forecast.freeSpace)}};
     }
-    const std::string suggestion = suggestionText(forecast.suggestion);
-    return text + (suggestion.empty() ? "; no rate or size is small enough" : "; try " + suggestion);
+    if (!forecast.fitsFormat()) {
+        const KeyedText format{"warning_forecast_limit_format",
+                               {secondText(*forecast.formatEndsAt), secondText(forecast.plan.seconds)}};
+        text = forecast.fitsSpace() ? format : KeyedText{"warning_forecast_both_format", {format, text}};
+    }
+    return localizedText("warning_forecast_format", {text, suggestionWarning(forecast.suggestion)});
 }
 
 std::string forecastText(const EncodeJob& job, const Settings& settings, const SizeForecast& forecast) {

@@ -5,6 +5,7 @@
 #include "cli/Text.h"
 #include "format/PartialFile.h"
 #include "platform/FileManager.h"
+#include "platform/LocalizedText.h"
 
 namespace zeb::cli {
 namespace {
@@ -36,7 +37,7 @@ PartialOutcome settlePartialMovie(OutputPlace& output) {
             }
         } catch (const FileError& error) {
             output.keepBoth();
-            texts.push_back(path + " stays unfinished (" + error.what() + ")");
+            texts.push_back(path + " stays unfinished (" + localizedText(error.reasonText()) + ")");
             if (hadPrevious) texts.push_back(wherePrevious());
             return {0, joined(texts)};
         } catch (const std::exception&) {
@@ -55,7 +56,7 @@ PartialOutcome settlePartialMovie(OutputPlace& output) {
         }
     } catch (const FileError& error) {
         if (hadOwn)
-            texts.push_back(path + " has no whole second and could not be removed (" + error.what() + ")");
+            texts.push_back(path + " has no whole second and could not be removed (" + localizedText(error.reasonText()) + ")");
         if (!output.previousPath().empty()) texts.push_back(wherePrevious());
     }
     return {0, joined(texts)};

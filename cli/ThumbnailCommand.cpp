@@ -4,11 +4,13 @@
 #include <CLI/Validators.hpp>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
+#include "cli/Failure.h"
+#include "conversion/ExportError.h"
 #include "conversion/ReducedImage.h"
 #include "format/ZEBReader.h"
+#include "platform/ErrorText.h"
 #include "platform/OutputPlace.h"
 #include "platform/PathName.h"
 #include "platform/StagedOutput.h"
@@ -34,7 +36,7 @@ FrameImage firstPicture(const std::string& path) {
     for (int i = 0; i < mostFramesTried; ++i) {
         if (auto image = reader.nextFrame(false)) return *std::move(image);
     }
-    throw std::runtime_error("No picture at the beginning of the movie can be decoded");
+    throw ExportError::withoutFirstPicture();
 }
 
 void writePicture(const FrameImage& image, const std::string& path) {
@@ -48,26 +50,23 @@ void writePicture(const FrameImage& image, const std::string& path) {
 }
 
 ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
-    const auto complain = [&console](const std::string& file, const std::string& text) {
-        console.complain(text.starts_with(file + ": ") ? text : file + ": " + text);
-    };
     try {
         OutputPlace(arguments.output, replacing).check(arguments.input);
     } catch (const PlatformError& error) {
-        console.complain(error.what());
+        console.complain(errorText(error));
         return ExitCode::unwritableOutput;
     }
     std::optional<FrameImage> image;
     try {
         image = reducedImage(firstPicture(arguments.input), arguments.size);
     } catch (const std::exception& error) {
-        complain(arguments.input, error.what());
+        console.complain(textNaming(arguments.input, error));
         return ExitCode::unreadableInput;
     }
     try {
         writePicture(*image, arguments.output);
     } catch (const std::exception& error) {
-        complain(arguments.output, error.what());
+        console.complain(textNaming(arguments.output, error));
         return ExitCode::unwritableOutput;
     }
     return ExitCode::done;

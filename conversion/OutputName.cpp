@@ -25,4 +25,14 @@ std::string outputBeside(const std::string& inputPath) {
     return extension == 0 ? inputPath + ".zeb" : inputPath.substr(0, inputPath.rfind('.')) + ".zeb";
 }
 
+std::string freeOutputBeside(const std::string& inputPath,
+                             const std::function<bool(const std::string& path)>& isTaken) {
+    const std::string first = outputBeside(inputPath);
+    const std::string stem = first.substr(0, first.rfind('.'));
+    std::string path = first;
+    for (int number = 2; isTaken(path); ++number)
+        path = stem + ' ' + std::to_string(number) + ".zeb";
+    return path;
+}
+
 }  // namespace zeb

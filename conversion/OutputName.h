@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -14,5 +15,10 @@ std::string proposedOutputName(std::string_view title, const std::string& inputP
 
 /// The place of a movie next to its source: the source's path with the extension "zeb".
 std::string outputBeside(const std::string& inputPath);
+
+/// The same, with a number from 2 on behind the name where `isTaken` says that a place is in use:
+/// "film 2.zeb".
+std::string freeOutputBeside(const std::string& inputPath,
+                             const std::function<bool(const std::string& path)>& isTaken);
 
 }  // namespace zeb

@@ -95,7 +95,8 @@ ZEBWriter::ZEBWriter(std::unique_ptr<WritableFile> handle, const MovieParameters
     header.resize(layout::headerBody + headerSize);
 
     try {
-        write(header);
+        m_handle->write(header);
+        m_bytesWritten = header.size();
     } catch (...) {
         cutOff(0);
         throw;
@@ -139,12 +140,15 @@ void ZEBWriter::writeSecond(std::span<const std::uint8_t> sound,
 }
 
 void ZEBWriter::finish() {
+    const auto writeWord = [this](std::uint32_t value) {
+        Word bytes{};
+        bigEndian::store32(bytes, value);
+        m_handle->write(bytes);
+    };
     m_handle->seek(m_headerMaxBlockFieldPos);
-    m_bytesWritten = m_headerMaxBlockFieldPos;
     writeWord(m_maxSecondBlockSize);
 
     m_handle->seek(m_frameIndexOffsetsPos);
-    m_bytesWritten = m_frameIndexOffsetsPos;
     if (m_secondBlockOffsets.size() > static_cast<std::uint64_t>(m_frameIndexCount))
         throw ZEBWriterError::valueOutOfRange("frame index offsets count", m_secondBlockOffsets.size());
     for (const std::uint32_t offset : m_secondBlockOffsets)
@@ -179,17 +183,6 @@ void ZEBWriter::cutOff(std::uint64_t position) noexcept {
     } catch (...) {
         return;
     }
-}
-
-void ZEBWriter::write(std::span<const std::uint8_t> bytes) {
-    m_handle->write(bytes);
-    m_bytesWritten += bytes.size();
-}
-
-void ZEBWriter::writeWord(std::uint32_t value) {
-    Word bytes{};
-    bigEndian::store32(bytes, value);
-    write(bytes);
 }
 
 }  // namespace zeb

@@ -60,13 +60,11 @@ public:
     /// Flushes to disk and closes. Ends the writer's use.
     void close();
 
-    /// The current write position: the file's length until `finish`.
+    /// The file's length: header and whole blocks.
     std::uint64_t bytesWritten() const noexcept { return m_bytesWritten; }
 
 private:
     void cutOff(std::uint64_t position) noexcept;
-    void write(std::span<const std::uint8_t> bytes);
-    void writeWord(std::uint32_t value);
 
     std::unique_ptr<WritableFile> m_handle;
     std::uint64_t m_frameIndexOffsetsPos = 0;

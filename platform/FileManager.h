@@ -18,6 +18,20 @@ std::optional<Kind> kindOf(const std::string& path);
 /// Bytes of the regular file that `path` leads to; nothing when there is none or it cannot be seen.
 std::optional<std::uint64_t> sizeOf(const std::string& path);
 
+/// Tells one version of a file from the next: another file at its path, or other contents.
+struct Version {
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+    std::int64_t size = 0;
+    std::int64_t seconds = 0;  ///< with `nanoseconds`: the time of the last change of its contents
+    std::int64_t nanoseconds = 0;
+
+    bool operator==(const Version&) const = default;
+};
+
+/// Of what `path` leads to; nothing when there is nothing or it cannot be seen.
+std::optional<Version> versionOf(const std::string& path);
+
 /// Whether both paths lead to the same file, through symbolic and hard links. False when either is missing.
 bool isSameFile(const std::string& first, const std::string& second);
 

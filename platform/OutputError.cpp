@@ -1,40 +1,48 @@
 #include "platform/OutputError.h"
 
+#include <utility>
+
 #include "platform/LocalizedText.h"
 
 namespace zeb {
 namespace {
 
-std::string sentence(OutputError::Case errorCase, const std::string& path, const std::string& folder) {
+KeyedText textOf(OutputError::Case errorCase, const std::string& path, const std::string& folder) {
     using enum OutputError::Case;
+    const auto because = [&path](KeyedText reason) {
+        return KeyedText{"error_file_format", {path, std::move(reason)}};
+    };
     switch (errorCase) {
         case noName:
-            return localizedText("error_output_no_name");
+            return {"error_output_no_name"};
         case isInput:
-            return localizedText("error_output_is_input_format", {path});
+            return because({"error_output_is_input"});
         case isFolder:
-            return localizedText("error_output_is_folder_format", {path});
+            return because({"error_system_folder"});
         case notRegular:
-            return localizedText("error_output_not_regular_format", {path});
+            return because({"error_not_ordinary_file"});
         case exists:
-            return localizedText("error_output_exists_format", {path});
+            return because({"error_output_exists"});
         case noFolder:
-            return localizedText("error_output_no_folder_format", {path, folder});
+            return because({"error_output_missing_folder_format", {folder}});
         case notAFolder:
-            return localizedText("error_output_not_a_folder_format", {path, folder});
+            return because({"error_output_no_folder_format", {folder}});
         case appeared:
-            return localizedText("error_output_appeared_format", {path});
+            return because({"error_output_appeared"});
         case replaced:
-            return localizedText("error_output_replaced_format", {path});
+            return because({"error_output_replaced"});
         case removed:
             break;
     }
-    return localizedText("error_output_removed_format", {path});
+    return because({"error_output_removed"});
 }
 
 }  // namespace
 
 OutputError::OutputError(Case errorCase, const std::string& path, const std::string& folder)
-    : PlatformError("Output", static_cast<int>(errorCase), sentence(errorCase, path, folder)), m_path(path) {}
+    : OutputError(errorCase, path, textOf(errorCase, path, folder)) {}
+
+OutputError::OutputError(Case errorCase, const std::string& path, const KeyedText& text)
+    : PlatformError("Output", static_cast<int>(errorCase), englishText(text), text), m_path(path) {}
 
 }  // namespace zeb

@@ -6,8 +6,8 @@
 
 namespace zeb {
 
-/// A place where no file is made, or a file that is no longer the one that was made. The description is a
-/// sentence in the language in use and begins with the path. Domain "Output".
+/// A place where no file is made, or a file that is no longer the one that was made. Description and text
+/// begin with the path, unless that is empty. Domain "Output".
 class OutputError : public PlatformError {
 public:
     enum class Case {
@@ -30,6 +30,8 @@ public:
     const std::string& path() const noexcept { return m_path; }
 
 private:
+    OutputError(Case errorCase, const std::string& path, const KeyedText& text);
+
     std::string m_path;
 };
 

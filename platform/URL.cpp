@@ -239,6 +239,10 @@ std::string withoutDetours(std::string_view path) {
     return text;
 }
 
+bool isThisComputer(std::string_view host) {
+    return host.empty() || isEqualIgnoringCase(host, "localhost");
+}
+
 std::string escapedPath(std::string_view path) {
     return escaped(path, pathCharacters, PercentSigns::areThemselves);
 }
@@ -322,6 +326,10 @@ bool URL::isFileURL() const {
     return scheme && isEqualIgnoringCase(*scheme, "file");
 }
 
+bool URL::isLocalFile() const {
+    return isFileURL() && !path().empty() && isThisComputer(split(m_text).host.value_or(""));
+}
+
 std::string URL::path() const {
     std::string path = unescaped(split(m_text).path);
     if (path.find('\0') != npos) path.clear();
@@ -340,7 +348,7 @@ URL URL::standardizedFileURL() const {
     if (!clean.starts_with('/')) return URL("file:" + clean);
     const Parts parts = split(m_text);
     const std::string_view host = parts.host.value_or("");
-    if (host.empty() || isEqualIgnoringCase(host, "localhost")) return URL("file://" + clean);
+    if (isThisComputer(host)) return URL("file://" + clean);
     const auto userInfo = parts.userInfo ? std::optional<std::string>(*parts.userInfo) : std::nullopt;
     return URL("file://" + authorityText(userInfo, host, parts.port) + clean);
 }

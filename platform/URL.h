@@ -48,6 +48,9 @@ public:
 
     /// Whether the scheme is "file", in any case.
     bool isFileURL() const;
+    /// Whether it is a file URL with a path on this computer: without a host, or with the host "localhost" in
+    /// any case.
+    bool isLocalFile() const;
     /// The path with percent escapes resolved; for a file URL the file's path, byte by byte. Empty when the
     /// path holds an escaped NUL, so that nobody opens what stands before it.
     std::string path() const;

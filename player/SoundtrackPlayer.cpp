@@ -31,23 +31,51 @@ void SoundtrackPlayer::setSoundtrack(std::shared_ptr<const Soundtrack> soundtrac
     m_soundtrack = std::move(soundtrack);
 }
 
-void SoundtrackPlayer::start(std::int64_t frame, int fps, bool loops, Clock::Instant moment) {
+void SoundtrackPlayer::start(std::int64_t frame, const Movie& movie, Clock::Instant moment) {
     pause();
     if (!m_soundtrack) return;
-    const std::int64_t length = SoundtrackSource::frameCount(*m_soundtrack);
-    if (length == 0) return;
-    const double position = static_cast<double>(frame) / std::max(fps, 1) * m_soundtrack->sampleRate;
-    auto first = static_cast<std::int64_t>(std::clamp(position, 0.0, 0x1p62));
+    const std::int64_t stored = SoundtrackSource::frameCount(*m_soundtrack);
+    if (stored == 0) return;
+    const auto soundOf = [&](std::int64_t frames) {
+        return static_cast<double>(frames) * m_soundtrack->sampleRate / std::max(movie.fps, 1);
+    };
+    const double length =
+        movie.totalFrames > 0 ? std::max(soundOf(movie.totalFrames), 1.0) : static_cast<double>(stored);
+    double first = soundOf(frame);
+    m_pass = 0;
     if (first >= length) {
-        if (!loops) return;
-        first %= length;
+        if (!m_loops) return;
+        first = 0;
+        m_pass = -1;
     }
-    m_playing = std::make_shared<SoundtrackSource>(m_soundtrack, first, loops, paceOf(*m_soundtrack, fps),
-                                                   m_clock, moment);
+    m_playing = std::make_shared<SoundtrackSource>(m_soundtrack, static_cast<std::int64_t>(first), length,
+                                                   paceOf(*m_soundtrack, movie.fps), m_clock, moment);
+    setLastPass();
     m_output.start(m_playing, [complained = m_hasComplained](const std::string& error) {
         if (!complained->exchange(!error.empty()) && !error.empty())
             std::printf("Audio engine start failed: %s\n", error.c_str());
     });
+}
+
+void SoundtrackPlayer::setLoops(bool loops) {
+    m_loops = loops;
+    setLastPass();
+}
+
+void SoundtrackPlayer::picturesBeganAgain() {
+    ++m_pass;
+    setLastPass();
+}
+
+/// The pass that the pictures are in is the last one unless they begin again.
+void SoundtrackPlayer::setLastPass() {
+    if (!m_playing) return;
+    if (m_loops)
+        m_playing->setLastPass(SoundtrackSource::endless);
+    else if (m_pass < 0)
+        pause();
+    else
+        m_playing->setLastPass(m_pass);
 }
 
 void SoundtrackPlayer::pause() {

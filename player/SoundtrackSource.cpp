@@ -19,14 +19,14 @@ constexpr double mostBending = 0.005;  // of the pace, an eleventh of a semitone
 }  // namespace
 
 SoundtrackSource::SoundtrackSource(std::shared_ptr<const Soundtrack> soundtrack, std::int64_t first,
-                                   bool loops, int pace, const Clock& clock, Clock::Instant begin)
+                                   double length, int pace, const Clock& clock, Clock::Instant begin)
     : m_soundtrack(std::move(soundtrack)),
-      m_first(first),
       m_end(frameCount(*m_soundtrack)),
-      m_loops(loops),
+      m_length(length),
       m_nominalPace(pace),
       m_clock(clock),
       m_begin(begin),
+      m_passLength(lengthOf(0)),
       m_next(first),
       m_pace(pace),
       m_fadeLength(std::max(1, pace * 3 / 1000)),
@@ -37,6 +37,12 @@ std::int64_t SoundtrackSource::frameCount(const Soundtrack& soundtrack) {
     return static_cast<std::int64_t>(soundtrack.bytes.size()) / soundtrack.audioChannels;
 }
 
+void SoundtrackSource::setLastPass(std::int64_t pass) noexcept {
+    std::int64_t last = m_lastPass;
+    while (last != ended && !m_lastPass.compare_exchange_weak(last, pass)) {
+    }
+}
+
 std::size_t SoundtrackSource::render(std::span<float> samples) noexcept {
     keepStep();
     const std::size_t rightChannel = m_soundtrack->audioChannels > 1 ? 1 : 0;
@@ -45,31 +51,47 @@ std::size_t SoundtrackSource::render(std::span<float> samples) noexcept {
     for (; done < room && m_silence > 0; ++done, --m_silence)
         samples[2 * done] = samples[2 * done + 1] = 0;
     const std::size_t silent = done;
-    for (; done < room && isThere(m_next); ++done) {
+    for (; done < room && isThere(); ++done) {
         float* const out = samples.data() + 2 * done;
         out[0] = sample(m_next, 0);
         out[1] = sample(m_next, rightChannel);
         ++m_next;
         if (m_faded == m_fadeLength) continue;
         const float share = static_cast<float>(m_faded++) / static_cast<float>(m_fadeLength);
-        const bool isOldThere = m_fadedOut && isThere(*m_fadedOut);
         for (const std::size_t side : {0U, 1U}) {
-            const float old = isOldThere ? sample(*m_fadedOut, side == 0 ? 0 : rightChannel) : 0;
+            const float old = m_fadedOut ? sample(*m_fadedOut, side == 0 ? 0 : rightChannel) : 0;
             out[side] = out[side] * share + old * (1 - share);
         }
-        if (isOldThere) ++*m_fadedOut;
+        if (m_fadedOut) ++*m_fadedOut;
     }
     m_passed += static_cast<std::int64_t>(done - silent);
     return done;
 }
 
-/// Whether there is a frame to play; begins anew at the end where that is wanted.
-bool SoundtrackSource::isThere(std::int64_t& frame) const noexcept {
-    if (frame >= m_end && m_loops) frame = m_first + (frame - m_first) % (m_end - m_first);
-    return frame < m_end;
+/// Whether there is a frame to play; behind the end of a pass it is one of the next pass.
+bool SoundtrackSource::isThere() noexcept {
+    while (m_next >= m_passLength) {
+        std::int64_t last = m_lastPass;
+        if (m_pass >= last) {
+            // The last pass may become another one at this very moment.
+            if (last == ended || m_lastPass.compare_exchange_strong(last, ended)) return false;
+            continue;
+        }
+        m_next -= m_passLength;
+        m_passLength = lengthOf(++m_pass);
+    }
+    return true;
+}
+
+std::int64_t SoundtrackSource::lengthOf(std::int64_t pass) const noexcept {
+    const auto begin = [this](std::int64_t number) {
+        return std::llround(static_cast<double>(number) * m_length);
+    };
+    return begin(pass + 1) - begin(pass);
 }
 
 float SoundtrackSource::sample(std::int64_t frame, std::size_t channel) const noexcept {
+    if (frame >= m_end) return 0;
     const auto channels = static_cast<std::size_t>(m_soundtrack->audioChannels);
     const std::uint8_t byte = m_soundtrack->bytes[static_cast<std::size_t>(frame) * channels + channel];
     return static_cast<float>(byte - 128) * 0.0078125F;

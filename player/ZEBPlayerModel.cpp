@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <condition_variable>
 #include <cstdio>
 #include <exception>
@@ -10,16 +11,27 @@
 #include <utility>
 
 #include "platform/ErrorText.h"
+#include "platform/FileHandle.h"
+#include "platform/LocalizedText.h"
 #include "player/PlaybackPeriod.h"
 
 namespace zeb {
 namespace {
 
-constexpr const char* undecodable = " • (kein Frame dekodierbar)";
-
 std::string headerLineOf(const ZEBHeader& header) {
     return header.title + " • " + std::to_string(header.width) + "x" + std::to_string(header.height) + " • " +
            std::to_string(header.fps) + " fps • Mode " + std::to_string(header.mode);
+}
+
+/// Whether there is no such file, as the error that is being handled tells.
+bool isMissing() {
+    try {
+        throw;
+    } catch (const FileError& error) {
+        return error.code() == ENOENT || error.code() == ENOTDIR;
+    } catch (...) {
+        return false;
+    }
 }
 
 int clampedToInt(std::int64_t value) {
@@ -132,7 +144,8 @@ int ZEBPlayerModel::totalFramesForWindow() const {
 
 void ZEBPlayerModel::show(std::int64_t index, Image image) {
     m_currentFrameIndex = index + 1;
-    const std::string status = m_headerLine + (image ? "" : undecodable);
+    const std::string status =
+        image ? m_headerLine : localizedText("player_undecodable_format", {m_headerLine});
     publish(m_displayedFrameIndex,
             std::clamp<std::int64_t>(index, 0, std::max<std::int64_t>(m_totalFrames - 1, 0)),
             &ZEBPlayerModel::displayedFrameIndexChanged);
@@ -141,7 +154,8 @@ void ZEBPlayerModel::show(std::int64_t index, Image image) {
 }
 
 void ZEBPlayerModel::showError(const std::string& description) {
-    publish(m_statusText, "Fehler: " + description, &ZEBPlayerModel::statusTextChanged);
+    publish(m_statusText, localizedText("log_error_format", {description}),
+            &ZEBPlayerModel::statusTextChanged);
 }
 
 // MARK: Control
@@ -155,6 +169,18 @@ void ZEBPlayerModel::open(const std::string& path) {
     prepareAudio();
     try {
         showHeader(m_reel->reader->readHeader());
+    } catch (...) {
+        m_reel.reset();
+        publish(m_image, {}, &ZEBPlayerModel::imageChanged);
+        if (isMissing()) {
+            publish(m_statusText, localizedText("error_zeb_missing_format", {path}),
+                    &ZEBPlayerModel::statusTextChanged);
+        } else {
+            showError(currentErrorText());
+        }
+        return;
+    }
+    try {
         show(0, imageOf(m_reel->reader->nextFrame(m_isLooping)));
     } catch (...) {
         showError(currentErrorText());
@@ -222,8 +248,12 @@ void ZEBPlayerModel::showReadFrame(Reel& reel) {
         reel.wasShown.notify_all();
     }
     if (!frame) return;
+    const bool beganAgain = frame->index < m_currentFrameIndex;
     m_nextMoment = frame->nextMoment;
     show(frame->index, std::move(frame->image));
+    if (!beganAgain) return;
+    m_sound.picturesBeganAgain();
+    rejoinSound();
 }
 
 void ZEBPlayerModel::playbackEnded(const std::shared_ptr<Reel>& reel, std::int64_t playback,
@@ -231,6 +261,7 @@ void ZEBPlayerModel::playbackEnded(const std::shared_ptr<Reel>& reel, std::int64
     if (reel != m_reel || playback != m_playback || !m_isPlaying) return;
     if (!failure.empty()) showError(failure);
     m_playTask.reset();
+    m_sound.pause();
     publish(m_isPlaying, false, &ZEBPlayerModel::isPlayingChanged);
 }
 
@@ -247,16 +278,18 @@ void ZEBPlayerModel::pause() {
 void ZEBPlayerModel::seek(std::int64_t frame) {
     if (!m_reel) return;
     pause();
-    const std::int64_t target =
-        std::clamp<std::int64_t>(frame, 0, std::max<std::int64_t>(m_totalFrames - 1, 0));
+    readAndShow(std::clamp<std::int64_t>(frame, 0, std::max<std::int64_t>(m_totalFrames - 1, 0)));
+}
+
+void ZEBPlayerModel::readAndShow(std::int64_t frame) {
     try {
         Image image;
         {
             const std::lock_guard lock(m_reel->mutex);
-            m_reel->reader->seekToFrame(target);
+            m_reel->reader->seekToFrame(frame);
             image = imageOf(m_reel->reader->nextFrame(m_isLooping));
         }
-        show(target, std::move(image));
+        show(frame, std::move(image));
     } catch (...) {
         showError(currentErrorText());
     }
@@ -265,6 +298,8 @@ void ZEBPlayerModel::seek(std::int64_t frame) {
 void ZEBPlayerModel::setLooping(bool isLooping) {
     if (m_reel) m_reel->isLooping = isLooping;
     publish(m_isLooping, isLooping, &ZEBPlayerModel::isLoopingChanged);
+    m_sound.setLoops(isLooping);
+    if (isLooping) rejoinSound();
 }
 
 void ZEBPlayerModel::setMode32(Mode32Interpretation mode32) {
@@ -272,7 +307,9 @@ void ZEBPlayerModel::setMode32(Mode32Interpretation mode32) {
         const std::lock_guard lock(m_reel->mutex);
         m_reel->reader->setMode32Interpretation(mode32);
     }
+    const bool isNew = mode32 != m_mode32;
     publish(m_mode32, mode32, &ZEBPlayerModel::mode32Changed);
+    if (isNew && m_reel && !m_isPlaying && m_qlMode == 32) readAndShow(m_displayedFrameIndex);
 }
 
 // MARK: Sound
@@ -302,7 +339,13 @@ void ZEBPlayerModel::prepareAudio() {
 }
 
 void ZEBPlayerModel::startAudio() {
-    m_sound.start(m_currentFrameIndex, m_fps, m_isLooping, m_nextMoment);
+    m_sound.start(m_currentFrameIndex, {m_totalFrames, m_fps}, m_nextMoment);
+}
+
+/// The sound is a little ahead of the pictures: at the end of the movie it may have ended before it was known
+/// that they begin again.
+void ZEBPlayerModel::rejoinSound() {
+    if (m_isPlaying && m_sound.hasEnded()) startAudio();
 }
 
 }  // namespace zeb

@@ -64,7 +64,8 @@ public:
     double currentSeconds() const;
     bool canStepForward() const;
 
-    /// Shows the movie's first frame, not playing.
+    /// Shows the movie's first frame, not playing. Where no header can be read, the status says why, and
+    /// there is no movie.
     void open(const std::string& path);
     /// Stops everything and forgets the movie.
     void unload();
@@ -75,7 +76,7 @@ public:
 
     /// Start again at frame 0 after the last one.
     void setLooping(bool isLooping);
-    /// How 16-bit pixels are read from the next frame on.
+    /// How 16-bit pixels are read: at once while paused, from the next frame on while playing.
     void setMode32(Mode32Interpretation mode32);
 
 signals:
@@ -107,10 +108,12 @@ private:
     void showHeader(const ZEBHeader& header);
     void show(std::int64_t index, Image image);
     void showError(const std::string& description);
+    void readAndShow(std::int64_t frame);
     void showReadFrame(Reel& reel);
     void playbackEnded(const std::shared_ptr<Reel>& reel, std::int64_t playback, const std::string& failure);
     void prepareAudio();
     void startAudio();
+    void rejoinSound();
 
     // Qt Quick's sliders and texts count in 32 bits.
     int displayedFrameIndexForWindow() const;

@@ -7,7 +7,9 @@ Prints one line per fault and exits with 1 when there is one, with 2 when there 
 
 - a key that one language has and another has not;
 - a text whose specifiers ask for other arguments than the same text of the first language (en);
-- a key that code or QML asks for (`localizedText("key"...`) and no table has.
+- a key that code or QML asks for (`localizedText("key"...`) or hands on ("error_..." and "warning_..." anywhere)
+  and no table has;
+- a key "error_..." or "warning_..." of the first language that nothing names.
 """
 
 import pathlib
@@ -17,6 +19,7 @@ import sys
 ENTRY = re.compile(r'^"((?:[^"\\]|\\.)*)"\s*=\s*"((?:[^"\\]|\\.)*)";', re.MULTILINE)
 SPECIFIER = re.compile(r"%(?:(%)|(?:(\d+)\$)?(?:\.\d+)?(lld|f|@))")
 USE = re.compile(r'\blocalizedText\(\s*"((?:[^"\\]|\\.)*)"')
+HANDED_ON = re.compile(r'"((?:error|warning)_[a-z0-9_]+)"')
 ROOMS = ("platform", "codec", "format", "conversion", "player", "ui", "app", "cli")
 FIRST = "en"
 
@@ -51,15 +54,22 @@ def faults(root):
             wanted = specifiers(text)
             if key in first and wanted != specifiers(first[key]):
                 yield f"{language}: \"{key}\" takes {wanted or 'nothing'}, in {FIRST} {specifiers(first[key]) or 'nothing'}"
+    named = set()
     for room in ROOMS:
         for path in sorted((root / room).rglob("*")):
             if path.suffix not in (".cpp", ".h", ".qml"):
                 continue
             source = path.read_text("utf-8")
-            for use in USE.finditer(source):
-                if use.group(1) not in first:
-                    line = source.count("\n", 0, use.start()) + 1
-                    yield f"{path.relative_to(root)}:{line}: no table has \"{use.group(1)}\""
+            # By the place of the key: a use may be found in both ways.
+            uses = {use.start(1): use.group(1) for kind in (USE, HANDED_ON) for use in kind.finditer(source)}
+            named.update(uses.values())
+            for place, key in sorted(uses.items()):
+                if key not in first:
+                    line = source.count("\n", 0, place) + 1
+                    yield f"{path.relative_to(root)}:{line}: no table has \"{key}\""
+    for key in sorted(first.keys() - named):
+        if HANDED_ON.fullmatch(f'"{key}"'):
+            yield f"{FIRST}: nothing names \"{key}\""
 
 
 def main():

@@ -58,7 +58,11 @@ ContentViewModel::ContentViewModel(ContentServices services, QObject* parent)
                  .selectedPresetIDChanged = [this] { emit presetsChanged(); },
                  .isApplyingPresetChanged = {}}),
       m_forecaster(m_services.media, m_services.tasks, m_services.mainActor,
-                   [this](const ForecastOutcome& outcome) { takeForecast(outcome); }),
+                   [this](const ForecastOutcome& outcome) {
+                       m_forecastIsAwaited = false;
+                       takeForecast(outcome);
+                       vm()->beginWaitingStart();
+                   }),
       m_targetSizeText(unknownText) {
     connectConverter();
 }
@@ -79,8 +83,8 @@ void ContentViewModel::connectConverter() {
     connect(settings, &SettingsModel::valueChanged, this, &ContentViewModel::sourceTargetTextChanged);
     connect(settings, &SettingsModel::valueChanged, this, &ContentViewModel::updateForecast);
     connect(vm(), &ConverterViewModel::sourceInfoChanged, this, &ContentViewModel::sourceTargetTextChanged);
-    connect(vm(), &ConverterViewModel::sourceInfoChanged, this, &ContentViewModel::updateForecast);
-    connect(vm(), &ConverterViewModel::inputURLChanged, this, &ContentViewModel::updateForecast);
+    connect(vm(), &ConverterViewModel::sourceInfoChanged, this, &ContentViewModel::sourceChanged);
+    connect(vm(), &ConverterViewModel::inputURLChanged, this, &ContentViewModel::sourceChanged);
     connect(vm(), &ConverterViewModel::outputURLChanged, this, &ContentViewModel::updateForecast);
     connect(vm(), &ConverterViewModel::outputChosen, this, [this] { m_mayReplace = sourceAndPlace(); });
     connect(vm(), &ConverterViewModel::progressChanged, this, &ContentViewModel::runAdvanced);
@@ -99,9 +103,9 @@ void ContentViewModel::appear() {
     m_presets.appear();
     emit presetsChanged();
     if (vm()->isRunning()) m_remaining.updateETA(vm()->progress(), m_services.clock.now());
-    m_requests = m_services.appActions.observe(
-        [this](const AppActionRequest& request) { handleAppAction(request.action); });
-    if (const auto request = m_services.appActions.request()) handleAppAction(request->action);
+    m_requests =
+        m_services.appActions.observe([this](const AppActionRequest& request) { handleRequest(request); });
+    if (const auto request = m_services.appActions.request()) handleRequest(*request);
 }
 
 QString ContentViewModel::versionText() const {
@@ -149,6 +153,14 @@ void ContentViewModel::updateForecast() {
     }
 }
 
+/// Questions and forecast were about another video, or about less of this one.
+void ContentViewModel::sourceChanged() {
+    m_forecastIsAwaited = true;
+    askAboutReplacing({});
+    askAboutMisfit({});
+    updateForecast();
+}
+
 void ContentViewModel::takeForecast(const ForecastOutcome& outcome) {
     // Why there is no forecast is said by the analysis, or will be by the run.
     m_forecastText = outcome.forecast ? zeb::forecastText(*outcome.forecast) : "";
@@ -160,7 +172,17 @@ void ContentViewModel::takeForecast(const ForecastOutcome& outcome) {
 // MARK: Starting
 
 void ContentViewModel::start() {
-    if (!vm()->canStart()) return;
+    vm()->startLater(
+        [this, alive = std::weak_ptr(m_alive)] {
+            if (!alive.expired()) askAndStart();
+        },
+        // Without a usable source there is nothing to forecast.
+        [this, alive = std::weak_ptr(m_alive)] {
+            return alive.expired() || !m_forecastIsAwaited || !vm()->sourceInfo();
+        });
+}
+
+void ContentViewModel::askAndStart() {
     const std::string place = vm()->outputURL()->path();
     if (m_mayReplace != sourceAndPlace() && files::kindOf(place)) {
         return askAboutReplacing(QString::fromStdString(
@@ -211,6 +233,7 @@ void ContentViewModel::askAboutMisfit(const QString& question) {
 
 void ContentViewModel::runBegan() {
     m_runStartedAt = m_services.clock.now();
+    m_runOutput = vm()->outputURL();
     m_remaining.reset();
     m_targetSizeText = unknownText;
     m_services.dockProgress.update(0);
@@ -248,8 +271,7 @@ void ContentViewModel::tick(std::int64_t run) {
 }
 
 void ContentViewModel::updateTargetSizeText() {
-    const auto& output = vm()->outputURL();
-    const std::uint64_t bytes = output ? files::sizeOf(output->path()).value_or(0) : 0;
+    const std::uint64_t bytes = m_runOutput ? files::sizeOf(m_runOutput->path()).value_or(0) : 0;
     m_targetSizeText = bytes == 0 ? unknownText : megabytesText(bytes);
 }
 
@@ -302,28 +324,57 @@ void ContentViewModel::playMovie() {
 }
 
 void ContentViewModel::openZEBFile(const URL& url, bool hideMaker) {
-    const URL movie = url.standardizedFileURL();
-    // What is not in this computer's file system is never looked for elsewhere.
-    std::error_code ignored;
-    if (!movie.isFileURL() || !std::filesystem::exists(movie.path(), ignored)) {
-        const std::string name = movie.isFileURL() ? movie.path() : movie.text();
-        vm()->setLastError(localizedText("error_zeb_missing_format", {name}));
-        return m_services.showConverter();
-    }
+    if (!findsMovie(url)) return;
     m_services.sounds.play(SoundEffect::nowEstablishingDatalink);
-    m_services.openPlayer(movie, hideMaker);
+    m_services.openPlayer(url.standardizedFileURL(), hideMaker);
+}
+
+bool ContentViewModel::findsMovie(const URL& url) {
+    if (!url.isLocalFile()) {
+        vm()->refuse(url);
+        m_services.showConverter();
+        return false;
+    }
+    const std::string path = url.standardizedFileURL().path();
+    // The player reports why an existing file cannot be read.
+    std::error_code ignored;
+    if (std::filesystem::status(path, ignored).type() != std::filesystem::file_type::not_found) return true;
+    vm()->setLastError(localizedText("error_zeb_missing_format", {path}));
+    m_services.showConverter();
+    return false;
 }
 
 void ContentViewModel::takeDroppedURLs(const QList<QUrl>& urls) {
+    std::vector<URL> videos, refused;
     for (const QUrl& url : urls) {
         const auto dropped = URL::parse(url.toEncoded().toStdString());
         if (!dropped) continue;
-        if (namesMovie(*dropped)) {
+        if (!dropped->isLocalFile()) {
+            refused.push_back(*dropped);
+        } else if (namesMovie(*dropped)) {
             openZEBFile(*dropped, false);
-        } else if (dropped->isFileURL()) {
-            m_services.appActions.post(EncodeAction{*dropped});
+        } else {
+            videos.push_back(*dropped);
         }
     }
+    if (!videos.empty()) m_services.appActions.post(EncodeAction{videos.back()});
+    if (videos.size() > 1) sayOneVideoIsTaken(videos.back());
+    for (const URL& url : refused)
+        vm()->refuse(url);
+}
+
+void ContentViewModel::sayOneVideoIsTaken(const URL& taken) {
+    const std::string path = taken.standardizedFileURL().path();
+    vm()->showNotice(localizedText("log_one_video_format", {std::string(lastPiece(path))}));
+}
+
+void ContentViewModel::handleRequest(const AppActionRequest& request) {
+    AppAction action = request.action;
+    // The window that has just been made for a request once more stays.
+    auto* play = std::get_if<PlayAction>(&action);
+    if (play && request.id == m_lastRequest) play->hideMaker = false;
+    m_lastRequest = request.id;
+    handleAppAction(action);
 }
 
 void ContentViewModel::handleAppAction(const AppAction& action) {

@@ -98,22 +98,29 @@ public:
     QString cancelledOutputQuestion() const;
 
     /// A window comes: reads the presets and carries the latest request out, also one that was carried out
-    /// before.
+    /// before, which then hides no converter.
     void appear();
     /// Plays the movie that was made, or asks for one.
     Q_INVOKABLE void playMovie();
-    /// Starts a run; before one that would replace a file or whose movie would not fit, asks first.
+    /// Starts a run, as soon as the source is analysed and its first forecast is there; before one that would
+    /// replace a file or whose movie would not fit, asks first.
     Q_INVOKABLE void start();
     /// The answers to these questions.
     Q_INVOKABLE void replaceAndStart();
     Q_INVOKABLE void dismissReplaceQuestion();
     Q_INVOKABLE void startAnyway();
     Q_INVOKABLE void dismissMisfitQuestion();
-    /// Files were dropped on the window: movies are played, the last of the others becomes the source.
+    /// Files were dropped on the window: movies are played, the last of the others becomes the source, and
+    /// what lies elsewhere is refused.
     Q_INVOKABLE void takeDroppedURLs(const QList<QUrl>& urls);
     /// The question about the unfinished movie was left without an answer.
     Q_INVOKABLE void dismissCancelledOutputQuestion();
+    /// Says that `taken` is the only one of several videos that becomes the source.
+    void sayOneVideoIsTaken(const URL& taken);
+    /// Refuses a URL that names no file of this computer.
     void openZEBFile(const URL& url, bool hideMaker);
+    /// Whether there is a file for a player; says so in the converter's window when there is none.
+    bool findsMovie(const URL& url);
     void handleAppAction(const AppAction& action);
 
 signals:
@@ -136,6 +143,9 @@ private:
     void tick(std::int64_t run);
     void updateTargetSizeText();
     void updateForecast();
+    void sourceChanged();
+    void askAndStart();
+    void handleRequest(const AppActionRequest& request);
     std::optional<std::pair<URL, URL>> sourceAndPlace() const;
     void askAboutReplacing(const QString& question);
     void askAboutMisfit(const QString& question);
@@ -147,15 +157,18 @@ private:
     SizeForecaster m_forecaster;
     std::string m_forecastText;
     bool m_forecastIsWarning = false;
+    bool m_forecastIsAwaited = false;  ///< the source has changed since the last one
     QString m_replaceQuestion;
     QString m_misfitQuestion;
     /// A source and the place of its movie, where what stands may go: the person has been asked, by the file
     /// panel or before the start. Ends with the run.
     std::optional<std::pair<URL, URL>> m_mayReplace;
     AppActionRouter::Observation m_requests;
+    std::string m_lastRequest;  ///< id of the last one that was carried out
     RemainingTime m_remaining;
     std::optional<Clock::Instant> m_runStartedAt;
-    std::int64_t m_runs = 0;  ///< so far
+    std::optional<URL> m_runOutput;  ///< of the latest run
+    std::int64_t m_runs = 0;         ///< so far
     std::string m_targetSizeText;
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
 };

@@ -130,6 +130,27 @@ ApplicationWindow {
         }
     }
 
+    // Over the welcome picture too, which makes room for what comes of the files.
+    DropArea {
+        anchors.fill: parent
+        keys: ["text/uri-list"]
+        onDropped: drop => {
+            drop.accept(Qt.CopyAction)
+            window.content.takeDroppedURLs(drop.urls)
+            splash.dismissed()
+        }
+
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: 4
+            visible: parent.containsDrag
+            color: "transparent"
+            radius: 12
+            border.color: Theme.accent
+            border.width: 3
+        }
+    }
+
     Timer {
         interval: 2800
         running: window.visible && window.showStartupSplash

@@ -58,6 +58,14 @@ void Scenes::showConverter() {
     bringForward(*converterWindow(true));
 }
 
+void Scenes::chooseVideo() {
+    showConverter();
+    const ContentViewModel& content = m_services.content;
+    const bool isAsking = m_isAskingToQuit || !content.cancelledOutputQuestion().isEmpty() ||
+                          !content.replaceQuestion().isEmpty() || !content.misfitQuestion().isEmpty();
+    if (!isAsking) content.vm()->chooseInput();
+}
+
 /// The converter's window, made if need be; with the welcome picture only when it is the first of all.
 QQuickWindow* Scenes::converterWindow(bool welcomes) {
     if (!m_converter) {
@@ -106,7 +114,9 @@ void Scenes::quit() {
 }
 
 bool Scenes::mayCloseConverter() {
-    if (!m_services.content.vm()->isRunning()) return true;
+    ConverterViewModel& converter = *m_services.content.vm();
+    if (converter.isWaiting()) converter.cancel();
+    if (!converter.isRunning()) return true;
     setAskingToQuit(true);
     return false;
 }

@@ -42,7 +42,9 @@ public:
 
     /// The converter's window, brought forward. The first one of the process begins with the welcome picture.
     void showConverter();
-    /// A new converter window, hidden, without the welcome picture.
+    /// Asks for a video in the converter's window, unless a question is open there: that comes first.
+    void chooseVideo();
+    /// The converter's window, hidden if it is new, without the welcome picture.
     QQuickWindow* makeConverterWindow();
     /// The window that panels belong to: the converter's while it is in sight.
     QWindow* windowForPanels() const;

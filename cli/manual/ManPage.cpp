@@ -182,6 +182,9 @@ std::string exitStatus() {
 
 std::string environment() {
     return heading("ENVIRONMENT") +
+           item(bold("LC_ALL") + ", " + bold("LC_MESSAGES") + ", " + bold("LANG") + ", " + bold("LANGUAGE"),
+                "The language of errors, warnings and the log, as for other programs; English and German are "
+                "there.") +
            item(bold("NO_COLOR"), "If it is set and not empty, nothing is coloured.") +
            item(bold("TERM"), "With the value " + bold("dumb") +
                                   " a terminal gets neither colours nor lines that are redrawn.");

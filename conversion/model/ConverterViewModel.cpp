@@ -92,7 +92,13 @@ private:
 }  // namespace
 
 ConverterViewModel::ConverterViewModel(ConverterServices services, QObject* parent)
-    : QObject(parent), m_services(std::move(services)), m_statusText(localizedText("status_ready")) {}
+    : QObject(parent), m_services(std::move(services)), m_statusText(localizedText("status_ready")) {
+    connect(&m_settings, &SettingsModel::includeAudioChanged, this, &ConverterViewModel::soundSwitched);
+    connect(&m_settings, &SettingsModel::audioChannelsChanged, this, [this] {
+        if (!m_isAdaptingSound) m_channelsBefore.reset();
+    });
+    connect(&m_settings, &SettingsModel::fpsFromSourceChanged, this, &ConverterViewModel::takeSourceRate);
+}
 
 ConverterViewModel::~ConverterViewModel() = default;
 
@@ -153,12 +159,25 @@ void ConverterViewModel::setRunning(bool isRunning) {
     if (canStart() != couldStart) emit canStartChanged();
 }
 
+void ConverterViewModel::setWaitingStart(std::optional<WaitingStart> start) {
+    const bool couldStart = canStart();
+    const bool wasWaiting = isWaiting();
+    m_waitingStart = std::move(start);
+    if (isWaiting() != wasWaiting) emit isWaitingChanged();
+    if (canStart() != couldStart) emit canStartChanged();
+}
+
 void ConverterViewModel::setStatus(const char* key) {
     publish(m_statusText, localizedText(key), &ConverterViewModel::statusTextChanged);
 }
 
 void ConverterViewModel::setLastError(const std::optional<std::string>& text) {
     publish(m_lastError, text, &ConverterViewModel::lastErrorChanged);
+}
+
+void ConverterViewModel::showNotice(const std::string& text) {
+    if (!m_isRunning) publish(m_statusText, text, &ConverterViewModel::statusTextChanged);
+    appendLog(text);
 }
 
 void ConverterViewModel::appendLog(const std::string& line) {
@@ -192,19 +211,38 @@ void ConverterViewModel::chooseInput() {
 }
 
 void ConverterViewModel::setInput(const URL& url) {
+    if (!url.isLocalFile()) return refuse(url);
     const URL input = url.standardizedFileURL();
     const std::string path = input.path();
-    if (input.isFileURL()) m_services.defaults.set(lastInputDirKey, folderOf(path));
+    // The start was meant for the video before.
+    if (isWaiting()) withdrawStart("status_ready");
+    m_services.defaults.set(lastInputDirKey, folderOf(path));
+    const bool isAnother = m_inputURL && m_inputURL != input;
     publishInput(input);
-    if (!m_outputURL && input.isFileURL()) {
+    if (!m_outputURL) {
         publishOutput(URL::forFile(outputBeside(path)));
         m_outputWasUserSelected = false;
+    } else if (isAnother && !m_outputWasUserSelected) {
+        publishOutput(URL::forFile(
+            freeOutputBeside(path, [this](const std::string& place) { return isTaken(place); })));
     }
     publish(m_playableOutputURL, {}, &ConverterViewModel::playableOutputURLChanged);
     setLastError({});
     appendLog(localizedText("log_input_format", {path}));
     applyAutoTitle(path);
     analyzeSource(input);
+}
+
+void ConverterViewModel::refuse(const URL& url) {
+    const std::string text = localizedText("error_not_local_format", {url.text()});
+    setLastError(text);
+    appendLog(localizedText("log_error_format", {text}));
+}
+
+/// Whether a file stands at `path`, or a run is about to make one there.
+bool ConverterViewModel::isTaken(const std::string& path) const {
+    const auto writesThere = [&](const std::optional<Run>& run) { return run && run->output.path() == path; };
+    return files::kindOf(path) || writesThere(m_activeRun) || writesThere(m_waitingRun);
 }
 
 void ConverterViewModel::applyAutoTitle(const std::string& path) {
@@ -217,15 +255,15 @@ void ConverterViewModel::applyAutoTitle(const std::string& path) {
 }
 
 void ConverterViewModel::analyzeSource(const URL& url) {
-    auto deliver = whileAlive([this](const Analysis& analysis) { applyAnalysis(analysis); });
-    m_services.tasks.start(
+    if (m_analysis) m_analysis->cancel();
+    auto deliver = whileAlive([this, number = ++m_analysisNumber](const Analysis& analysis) {
+        if (number == m_analysisNumber) applyAnalysis(analysis);
+    });
+    m_analysis = m_services.tasks.start(
         TaskPriority::userInitiated, [url, deliver, &media = m_services.media,
                                       &mainActor = m_services.mainActor](const std::stop_token& token) {
             Analysis analysis;
             try {
-                if (!url.isFileURL() || url.path().empty()) {
-                    throw MediaError(MediaError::cannotOpen, "It is not a file of this computer");
-                }
                 const auto asset = media.open(url.path(), [token] { return token.stop_requested(); });
                 if (!asset->videoTracks().empty()) {
                     analysis.info = zeb::sourceInfo(asset->videoTracks().front());
@@ -239,14 +277,22 @@ void ConverterViewModel::analyzeSource(const URL& url) {
 }
 
 void ConverterViewModel::applyAnalysis(const Analysis& analysis) {
+    m_analysis.reset();
     if (analysis.failure) {
         setLastError(localizedText("error_source_analyze_format", {*analysis.failure}));
         appendLog(localizedText("log_analysis_error_format", {*analysis.failure}));
+        if (isWaiting()) withdrawStart("status_error");
         return;
     }
     publish(m_sourceInfo, analysis.info, &ConverterViewModel::sourceInfoChanged);
     publish(m_availableAudioTracks, analysis.tracks, &ConverterViewModel::availableAudioTracksChanged);
-    if (!analysis.info) return;
+    if (!analysis.info) {
+        if (!isWaiting()) return;
+        const std::string text = errorText(ZEBConverterError::noVideoTrack());
+        setLastError(text);
+        appendLog(localizedText("log_error_format", {text}));
+        return withdrawStart("status_error");
+    }
 
     const SourceInfo& source = *analysis.info;
     adaptSoundSettings();
@@ -255,20 +301,41 @@ void ConverterViewModel::applyAnalysis(const Analysis& analysis) {
                                                   std::int64_t{source.fps}}));
     const auto tracks = static_cast<std::int64_t>(m_availableAudioTracks.size());
     if (tracks > 0) appendLog(localizedText("log_audio_tracks_format", {tracks}));
+    beginWaitingStart();
 }
 
 void ConverterViewModel::adaptSoundSettings() {
     Settings settings = m_settings.value();
     if (m_availableAudioTracks.empty()) {
+        m_hasSwitchedSoundOff |= settings.includeAudio;
+        if (settings.audioChannels != 0) m_channelsBefore = settings.audioChannels;
         settings.includeAudio = false;
         settings.audioChannels = 0;
         settings.audioTrackIndex = 0;
     } else {
+        if (std::exchange(m_hasSwitchedSoundOff, false)) settings.includeAudio = true;
+        settings.audioChannels = std::exchange(m_channelsBefore, {}).value_or(settings.audioChannels);
         if (settings.includeAudio && settings.audioChannels == 0) settings.audioChannels = 2;
         if (settings.audioTrackIndex >= static_cast<int>(m_availableAudioTracks.size()))
             settings.audioTrackIndex = 0;
     }
+    m_isAdaptingSound = true;
     m_settings.setValue(settings);
+    m_isAdaptingSound = false;
+}
+
+/// The person has switched the sound on or off.
+void ConverterViewModel::soundSwitched() {
+    if (m_isAdaptingSound) return;
+    m_hasSwitchedSoundOff = false;
+    if (m_settings.includeAudio() && m_settings.audioChannels() == 0) m_settings.setAudioChannels(2);
+}
+
+/// Replaces a rate that was typed once the video's rate is asked for.
+void ConverterViewModel::takeSourceRate() {
+    if (!m_settings.fpsFromSource()) return;
+    if (m_sourceInfo) m_lastAutoFPS = proposedRate(m_sourceInfo->fps);
+    m_settings.setFps(m_lastAutoFPS.value_or(Settings().fps));
 }
 
 void ConverterViewModel::applyAutoSettings(int width, int height, int fps) {
@@ -354,15 +421,39 @@ void ConverterViewModel::ensureWritableOutput(const URL& output, std::function<v
 // MARK: Runs
 
 bool ConverterViewModel::canStart() const {
-    return !m_isRunning && m_inputURL && m_outputURL;
+    return !m_isRunning && !isWaiting() && m_inputURL && m_outputURL;
 }
 
 void ConverterViewModel::start() {
-    if (!canStart() || m_isAskingForOutput) return;
+    if (m_isAskingForOutput) return;
+    startLater([this] { startNow(); });
+}
+
+void ConverterViewModel::startLater(std::function<void()> begin, std::function<bool()> isReady) {
+    if (!canStart()) return;
+    if (!m_analysis && isReady()) return begin();
+    setWaitingStart(WaitingStart{std::move(begin), std::move(isReady)});
+    setStatus("status_waiting");
+}
+
+void ConverterViewModel::beginWaitingStart() {
+    if (!m_waitingStart || m_analysis || !m_waitingStart->isReady()) return;
+    const auto begin = m_waitingStart->begin;
+    withdrawStart("status_ready");
+    begin();
+}
+
+void ConverterViewModel::withdrawStart(const char* statusKey) {
+    setWaitingStart({});
+    setStatus(statusKey);
+}
+
+void ConverterViewModel::startNow() {
     m_isAskingForOutput = true;
-    ensureWritableOutput(*m_outputURL, [this](bool isWritable) {
+    ensureWritableOutput(*m_outputURL, [this, input = m_inputURL](bool isWritable) {
         m_isAskingForOutput = false;
-        if (isWritable && canStart()) beginRun();
+        // A video that came while the panel was open has not been started.
+        if (isWritable && m_inputURL == input) startLater([this] { beginRun(); });
     });
 }
 
@@ -441,7 +532,7 @@ void ConverterViewModel::cancel() {
     if (m_task) m_task->cancel();
     m_task.reset();
     m_waitingRun.reset();
-    setStatus("status_cancelled");
+    withdrawStart("status_cancelled");
     appendLog(localizedText("log_cancel_requested"));
     publish(m_playableOutputURL, {}, &ConverterViewModel::playableOutputURLChanged);
     setRunning(false);

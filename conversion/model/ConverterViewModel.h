@@ -28,6 +28,9 @@ namespace zeb {
 /// begins when it has ended, and already counts as running. What arrives late from an earlier run goes to the
 /// log only, but its unfinished file is offered for deletion unless a later run writes to the same place. A
 /// movie that a run replaces stays until the new one is complete.
+///
+/// The latest input counts: its analysis cancels the one before, whose result is ignored. A start during an
+/// analysis waits for the result.
 class ConverterViewModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString inputPath READ inputPath NOTIFY inputURLChanged)
@@ -35,6 +38,7 @@ class ConverterViewModel final : public QObject {
     Q_PROPERTY(zeb::SettingsModel* settings READ settings CONSTANT)
     Q_PROPERTY(QStringList audioTrackLabels READ audioTrackLabels NOTIFY availableAudioTracksChanged)
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
+    Q_PROPERTY(bool isWaiting READ isWaiting NOTIFY isWaitingChanged)
     Q_PROPERTY(double progress READ progress NOTIFY progressChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY statusTextChanged)
     Q_PROPERTY(QString lastErrorText READ lastErrorText NOTIFY lastErrorChanged)
@@ -58,6 +62,8 @@ public:
     const std::vector<AudioTrack>& availableAudioTracks() const { return m_availableAudioTracks; }
     const std::optional<SourceInfo>& sourceInfo() const { return m_sourceInfo; }
     bool isRunning() const { return m_isRunning; }
+    /// A start waits, for the analysis or for its `isReady`; `cancel` withdraws it.
+    bool isWaiting() const { return m_waitingStart.has_value(); }
     double progress() const { return m_progress; }  ///< 0 ... 1
     QString statusText() const { return QString::fromStdString(m_statusText); }
     const std::optional<std::string>& lastError() const { return m_lastError; }
@@ -78,18 +84,31 @@ public:
     QStringList audioTrackLabels() const;
     QString logText() const;  ///< the lines, separated by line feeds
 
-    /// Whether a run could be started: input and output are there and none is running.
+    /// Whether a run could be started: input and output are there, none is running and no start waits.
     bool canStart() const;
 
     /// Asks for a video with the open panel.
     Q_INVOKABLE void chooseInput();
-    /// Takes a video over: proposes output and title, and analyses it in the background.
+    /// Takes a video over: proposes output and title, and analyses it in the background. The output is
+    /// proposed afresh for another video unless the person has chosen it. Withdraws a start that waits. A URL
+    /// that names no file of this computer is refused: then an error is shown and nothing else changes.
     void setInput(const URL& url);
+    /// Shows the error that `url` names no file of this computer.
+    void refuse(const URL& url);
     /// Asks for the place of the movie; nothing happens without an input.
     Q_INVOKABLE void chooseOutput();
-    /// Starts a run, after asking for another place when the output's folder cannot be written to. Nothing
-    /// happens when `canStart` is false or that question is open.
+    /// Starts a run, after asking for another place when the output's folder cannot be written to. During an
+    /// analysis the start waits, as with `startLater`. Nothing happens when `canStart` is false or that
+    /// question is open.
     Q_INVOKABLE void start();
+    /// Calls `begin` when no analysis is under way and `isReady` is true: at once, or later; until then
+    /// `isWaiting`. An analysis that fails or finds no video withdraws the start and shows an error. Nothing
+    /// happens when `canStart` is false.
+    void startLater(
+        std::function<void()> begin, std::function<bool()> isReady = [] { return true; });
+    /// Begins the start that waits, if there is one and it need not wait any longer.
+    void beginWaitingStart();
+    /// Ends the run, or withdraws the start that waits.
     Q_INVOKABLE void cancel();
     Q_INVOKABLE void copyLog();
     Q_INVOKABLE void keepCancelledOutput();
@@ -100,6 +119,8 @@ public:
     void applyAutoSettings(int width, int height, int fps);
     /// Shows an error of the window's own.
     void setLastError(const std::optional<std::string>& text);
+    /// Tells something that is no error: in the log, and in the status while no run goes on.
+    void showNotice(const std::string& text);
 
 signals:
     void inputURLChanged();
@@ -110,6 +131,7 @@ signals:
     void availableAudioTracksChanged();
     void sourceInfoChanged();
     void isRunningChanged();
+    void isWaitingChanged();
     void progressChanged();
     void statusTextChanged();
     void lastErrorChanged();
@@ -142,6 +164,11 @@ private:
         std::string replaced;      ///< where the movie was put that was to be replaced; empty without one
     };
 
+    struct WaitingStart {
+        std::function<void()> begin;
+        std::function<bool()> isReady;
+    };
+
     template <typename T>
     void publish(T& field, T value, void (ConverterViewModel::*changed)());
     /// `work` such that it does nothing once this model is gone. To be called on the main thread.
@@ -151,16 +178,22 @@ private:
     void publishOutput(const std::optional<URL>& url);
     void setStatus(const char* key);
     void setRunning(bool isRunning);
+    void setWaitingStart(std::optional<WaitingStart> start);
+    void withdrawStart(const char* statusKey);
     void appendLogLines(std::deque<std::string> lines);
 
+    bool isTaken(const std::string& path) const;
     void applyAutoTitle(const std::string& path);
     void analyzeSource(const URL& url);
     void applyAnalysis(const Analysis& analysis);
     void adaptSoundSettings();
+    void soundSwitched();
+    void takeSourceRate();
 
     void playReadySoundIfNeeded();
     void ensureWritableOutput(const URL& output, std::function<void(bool)> answer);
     void takeOutput(const std::string& path, const URL& url);
+    void startNow();
     void beginRun();
     void launch(const Run& run);
     void takeReports(RunNumber number, RunReports& reports);
@@ -193,6 +226,15 @@ private:
     std::optional<int> m_lastAutoWidth;
     std::optional<int> m_lastAutoHeight;
     std::optional<int> m_lastAutoFPS;
+
+    // What an analysis of a silent source has switched off, until the person changes it.
+    bool m_hasSwitchedSoundOff = false;
+    std::optional<int> m_channelsBefore;
+    bool m_isAdaptingSound = false;
+
+    std::optional<Task> m_analysis;  ///< of the latest input, until its result has arrived
+    std::int64_t m_analysisNumber = 0;
+    std::optional<WaitingStart> m_waitingStart;
 
     std::optional<std::string> m_lastReadySoundSignature;
     bool m_outputWasUserSelected = false;

@@ -29,7 +29,8 @@ public:
 
     void draw(const BitmapContext& bitmap) const override {
         ++m_draws;
-        if (!m_canBeDrawn) throw PlatformError("Fake", 1, "The picture cannot be drawn.");
+        if (!m_canBeDrawn)
+            throw PlatformError("Fake", 1, "The picture cannot be drawn.", {"The picture cannot be drawn."});
         std::size_t at = 0;
         for (int y = 0; y < bitmap.height; ++y) {
             for (int x = 0; x < bitmap.width; ++x) {
@@ -92,6 +93,7 @@ struct FakeRecord {
     std::optional<GrabSchedule> schedule;
     std::vector<double> grabTimes;
     std::vector<double> nearbyTimes;
+    std::vector<std::string> opened;        ///< the films' names
     std::vector<std::size_t> soundReaders;  ///< the track of each one made
 };
 
@@ -111,7 +113,7 @@ public:
             const std::lock_guard lock(m_record->mutex);
             m_record->grabTimes.push_back(time.seconds());
         }
-        if (m_isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+        if (m_isCancelled()) throw MediaError::wasInterrupted();
         return m_film->grab(time.seconds(), m_isCancelled);
     }
 
@@ -124,7 +126,7 @@ public:
             const std::lock_guard lock(m_record->mutex);
             m_record->nearbyTimes.push_back(found);
         }
-        if (m_isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+        if (m_isCancelled()) throw MediaError::wasInterrupted();
         if (!m_nearby.picture || m_nearby.time != found)
             m_nearby = {found, m_film->grab(found, m_isCancelled)};
         return m_nearby;
@@ -145,7 +147,7 @@ public:
     bool startReading() override { return m_film->soundStarts; }
 
     std::optional<SampleBuffer> copyNextSampleBuffer() override {
-        if (m_isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+        if (m_isCancelled()) throw MediaError::wasInterrupted();
         if (!m_film->soundTracks[m_track](m_next++, m_buffer)) return {};
         return SampleBuffer{m_buffer.sampleRate, m_buffer.channelsPerFrame, m_buffer.samples};
     }
@@ -195,9 +197,11 @@ public:
     FakeRecord& record() const { return *m_record; }
 
     std::shared_ptr<const MediaAsset> open(const std::string& path, IsCancelled isCancelled) const override {
-        if (isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+        if (isCancelled()) throw MediaError::wasInterrupted();
         const auto film = m_films.find(path);
-        if (film == m_films.end()) throw MediaError(MediaError::cannotOpen, "No such film.");
+        if (film == m_films.end()) throw MediaError(MediaError::cannotOpen, {"No such film."});
+        const std::lock_guard lock(m_record->mutex);
+        m_record->opened.push_back(path);
         return std::make_shared<FakeAsset>(film->second, m_record);
     }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <deque>
+#include <iterator>
 #include <stop_token>
 #include <utility>
 
@@ -25,6 +27,11 @@ public:
         m_waiting.pop_front();
         task.work(task.source.get_token());
         return true;
+    }
+    /// Runs the youngest task that waits to its end; one must wait.
+    void runNewest() {
+        std::rotate(m_waiting.begin(), std::prev(m_waiting.end()), m_waiting.end());
+        runNext();
     }
     /// Runs what waits, and what is started meanwhile.
     void runAll() {

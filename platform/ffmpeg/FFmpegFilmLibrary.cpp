@@ -57,14 +57,17 @@ public:
 
     std::uint64_t bytesWritten() const override { return m_muxer.bytesWritten(); }
 
-    std::string description() const override {
+    KeyedText description() const override {
         const AVCodecContext& pictures = m_pictures.stream().context();
-        std::string text = "pictures by " + std::string(pictures.codec->name) + " (" +
-                           av_get_pix_fmt_name(pictures.pix_fmt) + ", " + std::to_string(pictures.width) +
-                           "x" + std::to_string(pictures.height) + ")";
-        if (!m_sound) return text + ", no sound";
+        KeyedText text{"log_film_silent_format",
+                       {std::string(pictures.codec->name), std::string(av_get_pix_fmt_name(pictures.pix_fmt)),
+                        std::int64_t{pictures.width}, std::int64_t{pictures.height}}};
+        if (!m_sound) return text;
         const AVCodecContext& sound = m_sound->stream().context();
-        return text + ", sound by " + sound.codec->name + " (" + std::to_string(sound.sample_rate) + " Hz)";
+        text.key = "log_film_format";
+        text.arguments.emplace_back(sound.codec->name);
+        text.arguments.emplace_back(std::int64_t{sound.sample_rate});
+        return text;
     }
 
 private:
@@ -118,7 +121,7 @@ public:
         if (avcodec_send_frame(encoder.get(), frame.get()) < 0 ||
             avcodec_send_frame(encoder.get(), nullptr) < 0 ||
             avcodec_receive_packet(encoder.get(), packet.get()) < 0) {
-            throw FilmError(FilmError::cannotEncode, "The picture cannot be encoded as PNG");
+            throw FilmError(FilmError::cannotEncode, {"error_film_png"});
         }
         return {packet->data, packet->data + packet->size};
     }
@@ -128,7 +131,7 @@ private:
         const AVCodec* codec = avcodec_find_encoder_by_name("png");
         if (codec == nullptr) {
             throw FilmError(FilmError::noEncoder,
-                            "There is no encoder for PNG here (FFmpeg's libraries have none)");
+                            {"error_film_no_encoder_format", {std::string("PNG"), std::string("png")}});
         }
         CodecContext context(avcodec_alloc_context3(codec));
         if (!context) throw std::bad_alloc();
@@ -142,7 +145,7 @@ private:
         context = openEncoder(*codec, std::move(context), pngOptions);
         if (!context) {
             throw FilmError(FilmError::cannotEncode,
-                            "No PNG can be made of " + std::to_string(width) + "x" + std::to_string(height));
+                            {"error_film_png_size_format", {std::int64_t{width}, std::int64_t{height}}});
         }
         return context;
     }

@@ -50,6 +50,17 @@ std::optional<std::uint64_t> sizeOf(const std::string& path) {
     return static_cast<std::uint64_t>(status->st_size);
 }
 
+std::optional<Version> versionOf(const std::string& path) {
+    const auto status = statusOf(path, ::stat);
+    if (!status) return std::nullopt;
+#ifdef __APPLE__
+    const timespec& changed = status->st_mtimespec;
+#else
+    const timespec& changed = status->st_mtim;
+#endif
+    return Version{status->st_dev, status->st_ino, status->st_size, changed.tv_sec, changed.tv_nsec};
+}
+
 bool isSameFile(const std::string& first, const std::string& second) {
     const auto one = statusOf(first, ::stat);
     const auto other = statusOf(second, ::stat);

@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "platform/FileHandle.h"
-#include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 
 namespace zeb {
@@ -105,17 +104,6 @@ std::string PropertyListFile::target() const {
     return place.string();
 }
 
-std::optional<PropertyListFile::Version> PropertyListFile::versionOf(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) return std::nullopt;
-#ifdef __APPLE__
-    const timespec& changed = status.st_mtimespec;
-#else
-    const timespec& changed = status.st_mtim;
-#endif
-    return Version{status.st_dev, status.st_ino, status.st_size, changed.tv_sec, changed.tv_nsec};
-}
-
 PropertyListFile::Contents PropertyListFile::read(const std::string& path) {
     std::unique_ptr<ReadableFile> file;
     try {
@@ -141,7 +129,7 @@ PropertyListFile::Contents PropertyListFile::read(const std::string& path) {
 std::optional<PropertyListTree> PropertyListFile::readIfChanged() {
     const std::string place = target();
     // Looked up before reading: what is written in between will then be seen as another change.
-    const auto version = versionOf(place);
+    const auto version = files::versionOf(place);
     if (m_hasLooked && version == m_version) return std::nullopt;
     auto contents = read(place);
     if (contents.tree) {
@@ -197,7 +185,7 @@ PropertyListTree PropertyListFile::update(const PropertyListTree& last,
     // Under the lock a leftover of that name can only be from somebody who was killed.
     replace(place, lock.isHeld() ? ".new" : ".new-" + std::to_string(::getpid()), bytes);
     m_hasLooked = true;
-    m_version = versionOf(place);
+    m_version = files::versionOf(place);
     return tree;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 
+#include "platform/FileManager.h"
 #include "platform/PropertyListTree.h"
 
 namespace zeb {
@@ -42,22 +42,11 @@ public:
     PropertyListTree update(const PropertyListTree& last, const std::function<void(PropertyListTree&)>& edit);
 
 private:
-    /// What tells one version of the file from the next.
-    struct Version {
-        std::uint64_t device = 0;
-        std::uint64_t number = 0;
-        std::int64_t size = 0;
-        std::int64_t seconds = 0;
-        std::int64_t nanoseconds = 0;
-
-        bool operator==(const Version&) const = default;
-    };
     struct Contents {
         std::optional<PropertyListTree> tree;  ///< nothing if the file is empty or damaged
         std::string damage;                    ///< what is wrong with it; empty if it is empty
     };
 
-    static std::optional<Version> versionOf(const std::string& path);
     static Contents read(const std::string& path);
     void setAside(const std::string& path, const std::string& damage);
     static void replace(const std::string& path, const std::string& suffix, const PropertyData& bytes);
@@ -65,7 +54,8 @@ private:
     std::string m_path;
     Warn m_warn;
     bool m_hasLooked = false;
-    std::optional<Version> m_version;  ///< of what was read or written last; nothing: there was no file
+    std::optional<files::Version>
+        m_version;  ///< of what was read or written last; nothing: there was no file
 };
 
 }  // namespace zeb

@@ -9,6 +9,14 @@
 
 namespace zeb {
 
+QString oneLine(QString text) {
+    constexpr QStringView lineEnds = u"\n\r\v\f\u0085\u2028\u2029";
+    for (QChar& character : text) {
+        if (lineEnds.contains(character)) character = u' ';
+    }
+    return text;
+}
+
 PlayerSheetModel::PlayerSheetModel(std::string path, PlayerServices services, UserDefaults& defaults,
                                    NotificationCenter& notifications, Actions actions, QObject* parent)
     : QObject(parent),
@@ -16,6 +24,7 @@ PlayerSheetModel::PlayerSheetModel(std::string path, PlayerServices services, Us
       m_defaults(defaults),
       m_actions(std::move(actions)),
       m_model(std::move(services)) {
+    connect(&m_model, &ZEBPlayerModel::statusTextChanged, this, &PlayerSheetModel::statusLineChanged);
     connect(&m_model, &ZEBPlayerModel::displayedFrameIndexChanged, this, [this] {
         if (!m_isScrubbing) m_scrubFrame = static_cast<double>(m_model.displayedFrameIndex());
         emit positionChanged();
@@ -36,14 +45,22 @@ PlayerSheetModel::~PlayerSheetModel() = default;
 
 // MARK: What the controls show
 
+QString PlayerSheetModel::statusLine() const {
+    return oneLine(m_model.statusText());
+}
+
+std::int64_t PlayerSheetModel::shownFrame() const {
+    return m_isScrubbing ? static_cast<std::int64_t>(m_scrubFrame) : m_model.displayedFrameIndex();
+}
+
 QString PlayerSheetModel::timeText() const {
-    return QString::fromStdString(formatTime(m_model.currentSeconds()) + " / " +
-                                  formatTime(m_model.durationSeconds()));
+    const double seconds = static_cast<double>(shownFrame()) / std::max(m_model.fps(), 1);
+    return QString::fromStdString(formatTime(seconds) + " / " + formatTime(m_model.durationSeconds()));
 }
 
 QString PlayerSheetModel::counterText() const {
     const std::int64_t total = std::max<std::int64_t>(m_model.totalFrames(), 1);
-    const std::int64_t number = std::min(m_model.displayedFrameIndex() + 1, total);
+    const std::int64_t number = std::min(shownFrame() + 1, total);
     return QString::fromStdString(localizedText("%lld/%lld", {number, total}));
 }
 
@@ -96,8 +113,13 @@ void PlayerSheetModel::applyStored() {
 
 // MARK: What the controls do
 
+bool PlayerSheetModel::movieHasChanged() const {
+    return files::versionOf(m_path) != m_version;
+}
+
 void PlayerSheetModel::appear() {
     applyStored();
+    m_version = files::versionOf(m_path);
     m_model.open(m_path);
     emit positionChanged();
 }
@@ -141,6 +163,45 @@ void PlayerSheetModel::close() {
 
 void PlayerSheetModel::openMaker() {
     if (m_actions.openMaker) m_actions.openMaker();
+}
+
+void PlayerSheetModel::chooseVideo() {
+    if (m_actions.commands.chooseVideo) m_actions.commands.chooseVideo();
+}
+
+void PlayerSheetModel::playMovie() {
+    if (m_actions.commands.playMovie) m_actions.commands.playMovie();
+}
+
+void PlayerSheetModel::showSettings() {
+    if (m_actions.commands.showSettings) m_actions.commands.showSettings();
+}
+
+void PlayerSheetModel::showHelp() {
+    if (m_actions.commands.showHelp) m_actions.commands.showHelp();
+}
+
+void PlayerSheetModel::toggleFullScreen(QWindow* window) {
+    window->setWindowStates(window->windowStates() ^ Qt::WindowFullScreen);
+}
+
+std::vector<URL> PlayerSheetModel::moviesAmong(const QList<QUrl>& urls) const {
+    std::vector<URL> movies;
+    for (const QUrl& url : urls) {
+        const auto movie = URL::parse(url.toEncoded().toStdString());
+        if (movie && m_actions.commands.namesMovie && m_actions.commands.namesMovie(*movie))
+            movies.push_back(*movie);
+    }
+    return movies;
+}
+
+bool PlayerSheetModel::takesURLs(const QList<QUrl>& urls) const {
+    return !moviesAmong(urls).empty();
+}
+
+void PlayerSheetModel::takeDroppedURLs(const QList<QUrl>& urls) {
+    for (const URL& movie : moviesAmong(urls))
+        m_actions.commands.openMovie(movie);
 }
 
 void PlayerSheetModel::beginScrubbing() {

@@ -2,17 +2,27 @@
 
 #include <QtQml/qqml.h>
 #include <QtQml/qqmlregistration.h>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
+#include <QWindow>
 #include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "platform/FileManager.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 #include "player/ZEBPlayerModel.h"
+#include "player/window/PlayerCommands.h"
 
 namespace zeb {
+
+/// `text` with a blank for each line end.
+QString oneLine(QString text);
 
 /// Tells QML about the model, which itself knows nothing of QML.
 struct PlayerModelForQML {
@@ -28,6 +38,7 @@ class PlayerSheetModel final : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("Made by the window manager")
     Q_PROPERTY(zeb::ZEBPlayerModel* model READ model CONSTANT)
+    Q_PROPERTY(QString statusLine READ statusLine NOTIFY statusLineChanged)
     Q_PROPERTY(QString timeText READ timeText NOTIFY positionChanged)
     Q_PROPERTY(QString counterText READ counterText NOTIFY positionChanged)
     Q_PROPERTY(double sliderValue READ sliderValue NOTIFY positionChanged)
@@ -50,6 +61,7 @@ public:
     struct Actions {
         std::function<void()> close;
         std::function<void()> openMaker;
+        PlayerCommands commands;
     };
 
     /// `path` is the movie's. Services, defaults and notification centre outlive this.
@@ -59,6 +71,9 @@ public:
 
     ZEBPlayerModel* model() { return &m_model; }
 
+    /// The model's status as one line, whatever the movie's title holds.
+    QString statusLine() const;
+    /// While the slider is held, time and counter are those of the frame that it is at.
     QString timeText() const;
     QString counterText() const;
     double sliderValue() const;
@@ -78,6 +93,9 @@ public:
     bool storedLoop() const;
     void setStoredLoop(bool loops);
 
+    /// Whether the file is another one, or has other contents, than when it was opened.
+    bool movieHasChanged() const;
+
     /// On appearing, and again with the reload button: opens the movie.
     Q_INVOKABLE void appear();
     Q_INVOKABLE void disappear();
@@ -89,6 +107,15 @@ public:
     Q_INVOKABLE void toEnd();
     Q_INVOKABLE void close();
     Q_INVOKABLE void openMaker();
+    Q_INVOKABLE void chooseVideo();
+    Q_INVOKABLE void playMovie();
+    Q_INVOKABLE void showSettings();
+    Q_INVOKABLE void showHelp();
+    /// Between the whole screen and the size that the window had before, maximised or not.
+    Q_INVOKABLE void toggleFullScreen(QWindow* window);
+    /// Files dropped on the window: movies are opened.
+    Q_INVOKABLE bool takesURLs(const QList<QUrl>& urls) const;
+    Q_INVOKABLE void takeDroppedURLs(const QList<QUrl>& urls);
     /// The slider: nothing is read while it is held; a key moves it and is done.
     Q_INVOKABLE void setScrubbing(bool isScrubbing);
     Q_INVOKABLE void scrubTo(double frame);
@@ -96,6 +123,7 @@ public:
     Q_INVOKABLE bool handleKey(int key, int modifiers);
 
 signals:
+    void statusLineChanged();
     void positionChanged();
     void hasImageChanged();
     void modeChanged();
@@ -104,10 +132,13 @@ signals:
 
 private:
     void applyStored();
+    std::int64_t shownFrame() const;
+    std::vector<URL> moviesAmong(const QList<QUrl>& urls) const;
     void beginScrubbing();
     void endScrubbing();
 
     std::string m_path;
+    std::optional<files::Version> m_version;  ///< of the movie when it was opened
     UserDefaults& m_defaults;
     Actions m_actions;
     ZEBPlayerModel m_model;

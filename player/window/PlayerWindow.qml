@@ -9,14 +9,12 @@ ApplicationWindow {
 
     required property PlayerSheetModel sheetModel
 
-    function toggleFullScreen() {
-        visibility = visibility === Window.FullScreen ? Window.Windowed : Window.FullScreen
-    }
+    readonly property bool isFullScreen: visibility === Window.FullScreen
 
     // Leaves full screen first, then closes.
     function leave() {
-        if (visibility === Window.FullScreen)
-            visibility = Window.Windowed
+        if (isFullScreen)
+            sheetModel.toggleFullScreen(window)
         else
             sheetModel.close()
     }
@@ -31,14 +29,16 @@ ApplicationWindow {
 
     onClosing: sheetModel.close()
 
+    // The list of colours takes the key for itself.
     Shortcut {
         sequences: ["Escape"]
+        enabled: !sheet.listIsOpen
         onActivated: window.leave()
     }
 
     Shortcut {
         sequences: ["F", "F11"]
-        onActivated: window.toggleFullScreen()
+        onActivated: window.sheetModel.toggleFullScreen(window)
     }
 
     Shortcut {
@@ -51,11 +51,33 @@ ApplicationWindow {
         onActivated: Qt.quit()
     }
 
+    Shortcut {
+        sequences: ["Ctrl+O"]
+        onActivated: window.sheetModel.chooseVideo()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+P"]
+        onActivated: window.sheetModel.playMovie()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+,"]
+        onActivated: window.sheetModel.showSettings()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+?", "F1"]
+        onActivated: window.sheetModel.showHelp()
+    }
+
     ZEBPlayerSheet {
+        id: sheet
+
         anchors.fill: parent
         focus: true
         sheetModel: window.sheetModel
-        isFullScreen: window.visibility === Window.FullScreen
-        onFullScreenToggled: window.toggleFullScreen()
+        isFullScreen: window.isFullScreen
+        onFullScreenToggled: window.sheetModel.toggleFullScreen(window)
     }
 }

@@ -13,6 +13,7 @@ FocusScope {
 
     required property PlayerSheetModel sheetModel
     required property bool isFullScreen
+    readonly property bool listIsOpen: colours.popup.visible
 
     signal fullScreenToggled
 
@@ -63,6 +64,8 @@ FocusScope {
         }
     }
 
+    onIsFullScreenChanged: colours.popup.close()
+
     Component.onCompleted: sheetModel.appear()
     Component.onDestruction: sheetModel.disappear()
 
@@ -99,7 +102,7 @@ FocusScope {
         y: 14
         width: parent.width - 28
         visible: !sheet.isFullScreen
-        text: sheet.sheetModel.model.statusText
+        text: sheet.sheetModel.statusLine
         font.weight: Font.DemiBold
         elide: Text.ElideRight
         textFormat: Text.PlainText
@@ -119,7 +122,7 @@ FocusScope {
             anchors.fill: parent
             player: sheet.sheetModel.model
             Accessible.role: Accessible.Graphic
-            Accessible.name: sheet.sheetModel.model.statusText
+            Accessible.name: sheet.sheetModel.statusLine
         }
 
         Label {
@@ -149,6 +152,16 @@ FocusScope {
 
         TapHandler {
             onDoubleTapped: sheet.fullScreenToggled()
+        }
+    }
+
+    DropArea {
+        anchors.fill: parent
+        keys: ["text/uri-list"]
+        onEntered: drag => drag.accepted = sheet.sheetModel.takesURLs(drag.urls)
+        onDropped: drop => {
+            drop.accept(Qt.CopyAction)
+            sheet.sheetModel.takeDroppedURLs(drop.urls)
         }
     }
 
@@ -312,8 +325,16 @@ FocusScope {
             }
 
             ComboBox {
+                id: colours
+
+                property bool keepsKeys
+
                 objectName: "mode32"
-                Layout.preferredWidth: 160
+                // Narrower where the window is, so that all else has its room.
+                Layout.fillWidth: true
+                Layout.minimumWidth: 80
+                Layout.maximumWidth: 160
+                rightPadding: 22
                 visible: sheet.sheetModel.isMode32
                 model: sheet.sheetModel.mode32Labels
                 currentIndex: sheet.sheetModel.storedMode32
@@ -323,6 +344,19 @@ FocusScope {
                 ToolTip.visible: hovered && !down
                 ToolTip.delay: 600
                 onActivated: index => sheet.sheetModel.storedMode32 = index
+
+                // The open list has the keys, however it was opened, and gives them back. The window's own keys go
+                // on working: only a list that closes itself with Escape would keep them from it.
+                popup.width: Math.max(width, 160)
+                popup.closePolicy: Popup.CloseOnPressOutsideParent
+                popup.onAboutToShow: {
+                    keepsKeys = activeFocus
+                    forceActiveFocus(Qt.PopupFocusReason)
+                }
+                popup.onClosed: {
+                    if (!keepsKeys)
+                        focus = false
+                }
             }
 
             Label {
@@ -334,13 +368,18 @@ FocusScope {
 
             Item {
                 Layout.fillWidth: true
-            }
+                Layout.minimumWidth: close.implicitWidth
+                implicitHeight: close.implicitHeight
 
-            Button {
-                objectName: "close"
-                focusPolicy: Qt.TabFocus
-                text: Texts.localizedText("close")
-                onClicked: sheet.sheetModel.close()
+                Button {
+                    id: close
+
+                    objectName: "close"
+                    anchors.right: parent.right
+                    focusPolicy: Qt.TabFocus
+                    text: Texts.localizedText("close")
+                    onClicked: sheet.sheetModel.close()
+                }
             }
         }
     }

@@ -4,20 +4,28 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QScreen>
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
 #include "platform/PathName.h"
 #include "player/window/BringForward.h"
-#include "player/window/PlayerSheetModel.h"
 
 namespace zeb {
 namespace {
 
-void centre(QWindow& window) {
-    const QRect place = window.screen()->availableGeometry();
-    window.setPosition(place.center() - QPoint(window.width() / 2, window.height() / 2));
+/// What a window leaves of its screen on each side when it is in the middle.
+QPoint margins(const QWindow& window) {
+    const QSize room = (window.screen()->availableSize() - window.size()) / 2;
+    return {room.width(), room.height()};
 }
+
+QPoint middlePlace(const QWindow& window) {
+    return window.screen()->availableGeometry().topLeft() + margins(window);
+}
+
+/// How far a window is moved aside for another one, so that both title bars can be seen.
+constexpr int step = 32;
 
 /// Menus, tool tips and the like go with their windows.
 bool isProperWindow(const QWindow& window) {
@@ -33,39 +41,60 @@ ZEBPlayerWindowManager::ZEBPlayerWindowManager(Services services) : m_services(s
 }
 
 ZEBPlayerWindowManager::~ZEBPlayerWindowManager() {
-    for (const auto& [key, window] : std::exchange(m_windows, {}))
-        delete window.data();
+    for (const auto& [key, player] : std::exchange(m_windows, {}))
+        delete player.window.data();
 }
 
 void ZEBPlayerWindowManager::openPlayer(const URL& url, bool hideMaker) {
     const URL movie = url.standardizedFileURL();
     const std::string& key = movie.text();
-    if (const auto found = m_windows.find(key); found != m_windows.end() && found->second) {
-        bringForward(*found->second);
-        if (hideMaker) hideMakerWindows(found->second);
+    if (const auto found = m_windows.find(key); found != m_windows.end() && found->second.window) {
+        const Player& player = found->second;
+        if (player.sheet->movieHasChanged()) player.sheet->appear();
+        bringForward(*player.window);
+        if (hideMaker) hideMakerWindows(player.window);
         return;
     }
-    auto* sheet =
-        new PlayerSheetModel(movie.path(), m_services.player, m_services.defaults, m_services.notifications,
-                             {[this, key] { closeWindow(key); }, [this] { showMaker(); }});
+    auto* sheet = new PlayerSheetModel(
+        movie.path(), m_services.player, m_services.defaults, m_services.notifications,
+        {[this, key] { closeWindow(key); }, [this] { showMaker(); }, m_services.commands});
     QQmlComponent component(&m_services.engine, QUrl("qrc:/qt/qml/ZEBPlayer/PlayerWindow.qml"));
     auto* window = qobject_cast<QQuickWindow*>(
         component.createWithInitialProperties({{"sheetModel", QVariant::fromValue(sheet)}}));
     if (!window) qFatal("%s", qPrintable(component.errorString()));
     // The sheet goes with its window, after the items that show it.
     QObject::connect(window, &QObject::destroyed, sheet, &QObject::deleteLater);
-    window->setTitle(QString::fromStdString(std::string(nameWithoutExtension(movie.path()))));
-    m_windows[key] = window;
-    centre(*window);
+    window->setTitle(oneLine(QString::fromStdString(std::string(nameWithoutExtension(movie.path())))));
+    window->setPosition(freePlace(*window));
+    m_windows[key] = {window, sheet};
     window->show();
     bringForward(*window);
     if (hideMaker) hideMakerWindows(window);
 }
 
+/// In the middle of the screen, or as many steps aside as it takes not to cover another player exactly.
+QPoint ZEBPlayerWindowManager::freePlace(const QWindow& window) const {
+    const QPoint middle = middlePlace(window);
+    const QPoint furthest = margins(window);
+    const auto isTaken = [this](QPoint place) {
+        return std::any_of(m_windows.begin(), m_windows.end(), [place](const auto& entry) {
+            const QPointer<QQuickWindow>& other = entry.second.window;
+            return other && (other->position() - place).manhattanLength() < step / 2;
+        });
+    };
+    QPoint place = middle;
+    for (std::size_t steps = 1; steps <= m_windows.size() && isTaken(place); ++steps) {
+        const int aside = static_cast<int>(steps) * step;
+        place =
+            middle + QPoint(aside % (std::max(0, furthest.x()) + 1), aside % (std::max(0, furthest.y()) + 1));
+    }
+    return place;
+}
+
 void ZEBPlayerWindowManager::closeWindow(const std::string& key) {
     const auto found = m_windows.find(key);
     if (found == m_windows.end()) return;
-    const QPointer<QQuickWindow> window = found->second;
+    const QPointer<QQuickWindow> window = found->second.window;
     m_windows.erase(found);
     if (!window) return;
     window->close();
@@ -76,12 +105,13 @@ void ZEBPlayerWindowManager::hideMakerWindows(QQuickWindow* kept) {
     orderOutMakerWindows(kept);
     // A desktop may bring a converter window forward again while the new one is being activated.
     for (const int milliseconds : {100, 400, 900}) {
-        m_services.player.mainActor.postAfter(std::chrono::milliseconds(milliseconds),
-                                              [this, kept = QPointer(kept), alive = std::weak_ptr(m_alive)] {
-                                                  if (alive.expired() || !kept) return;
-                                                  orderOutMakerWindows(kept);
-                                                  bringForward(*kept);
-                                              });
+        m_services.player.mainActor.postAfter(
+            std::chrono::milliseconds(milliseconds),
+            [this, kept = QPointer(kept), hides = std::weak_ptr(m_hidesMaker)] {
+                if (hides.expired() || !kept) return;
+                orderOutMakerWindows(kept);
+                bringForward(*kept);
+            });
     }
 }
 
@@ -92,7 +122,12 @@ void ZEBPlayerWindowManager::orderOutMakerWindows(const QWindow* kept) {
     }
 }
 
+void ZEBPlayerWindowManager::stopHidingMaker() {
+    m_hidesMaker = std::make_shared<const bool>(true);
+}
+
 void ZEBPlayerWindowManager::showMaker() {
+    stopHidingMaker();
     for (QWindow* window : QGuiApplication::topLevelWindows()) {
         if (isProperWindow(*window) && window->objectName() != playerWindowName) return bringForward(*window);
     }
@@ -100,7 +135,7 @@ void ZEBPlayerWindowManager::showMaker() {
         m_makerWindow = m_services.makeMakerWindow();
         if (m_makerWindow) {
             m_makerWindow->setObjectName(makerWindowName);
-            centre(*m_makerWindow);
+            m_makerWindow->setPosition(middlePlace(*m_makerWindow));
         }
     }
     if (m_makerWindow) bringForward(*m_makerWindow);

@@ -26,6 +26,8 @@ namespace {
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
+    for (const std::string& variable : options.environment)
+        putenv(const_cast<char*>(variable.c_str()));
     if (chdir(options.folder.c_str()) == 0) execvp(arguments[0], arguments.data());
     _exit(127);
 }

@@ -14,9 +14,10 @@ namespace zeb::test {
 class ChildProcess {
 public:
     struct Options {
-        std::string folder = ".";                      ///< to run in
-        std::optional<unsigned long> fileSizeLimit{};  ///< bytes
-        bool ignoresOutput = false;                    ///< standard output is a pipe that nobody reads
+        std::vector<std::string> environment{"LC_ALL=C"};  ///< "NAME=VALUE", besides that of this process
+        std::string folder = ".";                          ///< to run in
+        std::optional<unsigned long> fileSizeLimit{};      ///< bytes
+        bool ignoresOutput = false;                        ///< standard output is a pipe that nobody reads
     };
     struct Result {
         int exitCode = -1;  ///< negative: ended by that signal

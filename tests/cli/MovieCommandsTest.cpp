@@ -39,7 +39,34 @@ TEST_F(InfoProgram, ShowsEveryFileAndGoesOnAfterAFailure) {
                                        "  Loop           yes\n"));
     EXPECT_THAT(result.out, HasSubstr("\n\ntorn.zeb\n"));
     EXPECT_EQ(std::ranges::count(result.error, '\n'), 3);
-    EXPECT_THAT(result.error, HasSubstr("zeb: text.zeb: Kein ZEB1-File\n"));
+    EXPECT_THAT(result.error, HasSubstr("zeb: text.zeb: Not a ZEB1 file\n"));
+}
+
+TEST_F(InfoProgram, FollowsTheLanguageOfTheEnvironment) {
+    store(m_folder.file("text.mp4"), "no film\n");
+    store(m_folder.file("text.zeb"), "no movie\n");
+    const struct {
+        std::vector<std::string> arguments;
+        const char* english;
+        const char* german;
+    } cases[] = {
+        {{"info", "text.zeb"}, "zeb: text.zeb: Not a ZEB1 file\n", "zeb: text.zeb: Kein ZEB1-File\n"},
+        {{"verify", "gone.zeb"},
+         "zeb: gone.zeb: No such file or directory\n",
+         "zeb: gone.zeb: Datei oder Ordner nicht gefunden\n"},
+        {{"encode", "text.mp4", "-o", "n.zeb"},
+         "zeb: text.mp4: This is not a video file that can be read\n",
+         "zeb: text.mp4: Das ist keine Videodatei, die sich lesen lässt\n"},
+        {{"export", "text.zeb", "-o", "n.mp4"},
+         "zeb: text.zeb: Not a ZEB1 file\n",
+         "zeb: text.zeb: Kein ZEB1-File\n"},
+    };
+    for (const auto& [arguments, english, german] : cases) {
+        m_options.environment = {"LC_ALL=C"};
+        EXPECT_EQ(zeb(arguments).error, english);
+        m_options.environment = {"LC_ALL=de_DE.UTF-8", "LANGUAGE="};
+        EXPECT_EQ(zeb(arguments).error, german);
+    }
 }
 
 TEST_F(InfoProgram, SpeaksJson) {

@@ -72,6 +72,41 @@ TEST(BarProgress, KeepsToOneLineBelowTheMessages) {
     EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1);
 }
 
+TEST(PlainProgress, WritesWholeLines) {
+    Reporting reporting(ProgressStyle::automatic, false);
+    EXPECT_EQ(reporting.out.str(),
+              "in/a\\xff.mp4 -> out/\u00e4.zeb: 448x256, 25 frames per second, 0:10, Mode 32\n"
+              " 40 %  100 of 250 frames  50.0 fps  0:03 left  5.0 kB\n"
+              "out/\u00e4.zeb: 448x256, 250 frames, 0:10, 1.5 MB\n");
+    EXPECT_EQ(reporting.error.str(), "zeb: in/a\\xff.mp4: careful\\x0a\n");
+}
+
+TEST(ProgressLines, TakeAsMuchAsThereIsRoomFor) {
+    const ProgressState state{99, 200, 25, 5'000'000, 99.95, 59};
+    const std::string rest = " 49 %  100.0 fps  0:59 left";  // 27 characters
+    const std::pair<int, std::string> cases[] = {
+        {0, "[" + std::string(19, '#') + std::string(21, '.') + "]  " + rest + "  5.0 MB"},
+        {120, "[" + std::string(19, '#') + std::string(21, '.') + "]  " + rest + "  5.0 MB"},
+        {46, "[##....]  " + rest + "  5.0 MB"},
+        {45, "[##...]  " + rest + "  5.0 MB"},
+        {44, "[#####.......]  " + rest},
+        {43, "[#####......]  " + rest},
+        {37, "[##...]  " + rest},
+        {36, rest},
+        {28, rest},
+        {27, " 49 %  0:59 left"},
+        {17, " 49 %  0:59 left"},
+        {16, " 49 %"},
+        {5, " 49 "},
+        {1, ""},
+    };
+    for (const auto& [columns, line] : cases)
+        EXPECT_EQ(barLine(state, columns), line) << columns;
+    EXPECT_EQ(plainLine({200, 200, 25, 0, 100, 0}), "100 %  200 of 200 frames  100 fps  0:00 left  0 bytes");
+    EXPECT_EQ(plainLine({0, 1, 25, 0, 0, {}}), "  0 %  0 of 1 frame  -- fps  -:-- left  0 bytes");
+    EXPECT_EQ(fittedLine("a\u00e4\tbc", 6), "a\u00e4\\x0");
+}
+
 TEST(ProgressLines, NeverPassTheTerminal) {
     for (int columns = 1; columns < 120; ++columns) {
         for (const std::int64_t frames : {0, 1, 249, 250}) {
@@ -94,6 +129,31 @@ TEST(SpeedMeter, EstimatesTheTimeLeftOfWhatWasLately) {
     }
     EXPECT_NEAR(meter.speed(), 20, 1);
     EXPECT_EQ(meter.secondsFor(0).value(), 0);
+}
+
+TEST(SpeedMeter, KeepsTenSecondsAndNoLessThanItNeeds) {
+    using std::chrono::milliseconds;
+    const SpeedMeter::TimePoint start{};
+    SpeedMeter meter{start};
+    const struct {
+        int at;
+        std::int64_t frames;
+        double speed;
+    } notes[] = {
+        {199, 100, 0},  // too soon to say anything
+        {200, 100, 500},
+        {250, 100, 400},             // a mark
+        {499, 500, 500 / 0.499},     // none, too close
+        {5000, 500, 100},            // another
+        {10249, 500, 500 / 10.249},  // the first mark still counts
+        {10250, 500, 400 / 10.0},    // now the second begins the time
+        {15000, 1500, 1000 / 10.0},  // and the third
+    };
+    for (const auto& [at, frames, speed] : notes) {
+        meter.note(start + milliseconds(at), frames);
+        EXPECT_DOUBLE_EQ(meter.speed(), speed) << at;
+    }
+    EXPECT_DOUBLE_EQ(meter.secondsFor(50).value(), 0.5);
 }
 
 }  // namespace

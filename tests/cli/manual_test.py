@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks the manual page and the completions against the program that they describe.
 
-    manual_test.py ZEB FOLDER
+    manual_test.py ZEB ZEB_MANUAL
 
 What the program offers is read from its own help, so that a fault in the generator cannot hide in the test. The
 completion for bash is driven as bash drives it; the other shells and the manual's formatter check the syntax of
@@ -18,7 +18,9 @@ import sys
 import tempfile
 import unittest
 
-ZEB, FOLDER = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
+ZEB, GENERATOR = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
+TEMPORARY = tempfile.TemporaryDirectory()
+FOLDER = pathlib.Path(TEMPORARY.name)
 
 
 def run(*words, **options):
@@ -112,4 +114,5 @@ class ManualTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
+    subprocess.run([GENERATOR, FOLDER], check=True)
     unittest.main(argv=sys.argv[:1])

@@ -75,8 +75,24 @@ TEST(ExpandRLE2, WritesTheKnownBytesOrNothing) {
         {{'R', 'L', 'F', '2', 0, 0, 0, 2, 0x00, 1, 2}, 2, std::nullopt},
         {{'R', 'L', 'E', '2', 0, 0, 0}, 0, std::nullopt},
     };
-    for (const auto& [source, size, expected] : cases)
+    for (const auto& [source, size, expected] : cases) {
         EXPECT_EQ(expandRLE2(source, size), expected) << testing::PrintToString(source);
+        Bytes used(3, 9);  // is left empty by a block that cannot be expanded
+        EXPECT_EQ(expandRLE2(source, size, used), expected.has_value());
+        EXPECT_EQ(used, expected.value_or(Bytes{}));
+    }
+}
+
+// A literal may pass the expected length, but not the block's.
+TEST(ExpandRLE2, ReadsAllBytesOfTheLength) {
+    for (const std::uint32_t length : {1024U, 0x10400U, 0x1010400U}) {
+        Bytes packets;
+        for (std::uint32_t done = 0; done < length - 512; done += 512)
+            packets.insert(packets.end(), {0x81, 1, 2, 3, 4});
+        packets.insert(packets.end(), 1 + 512, 0x7F);
+        EXPECT_TRUE(expandRLE2(block('4', length, packets), length - 8));
+        EXPECT_FALSE(expandRLE2(block('4', length - 1, packets), length - 8));
+    }
 }
 
 // Neither the block's length field nor a hopeless expectation may cost memory.

@@ -95,13 +95,28 @@ TEST(SpriteEncoder, Mode4RecordsDecodeToTheirPictures) {
 TEST(SpriteEncoder, EachModeDrawsInItsColourSpaceAndTakesTheSmallestSides) {
     const TestPicture picture(synthetic::flat(8, 1, 255, 255, 255), synthetic::flat(8, 1, 0, 0, 0));
     const TestPicture pixel(synthetic::flat(1, 1, 255, 255, 255), synthetic::flat(8, 1, 255, 255, 255));
+    const TestPicture dot(synthetic::flat(1, 1, 9, 9, 9));
     SpriteEncoder encoder;
     EXPECT_EQ(encoder.renderRGBA(picture, 8, 1)[0], 255);
     EXPECT_EQ(encoder.quantizeLuma(picture, 8, 1, 4, false)[0], 0);
     const Bytes mode4 = encoder.encodeMode4Sprite(pixel, 3, 0, true);
     EXPECT_EQ(Bytes(mode4.begin() + 4, mode4.begin() + 8), (Bytes{0, 8, 0, 1}));
     EXPECT_EQ(Bytes(mode4.begin() + 32, mode4.end()), (Bytes{0xFF, 0xFF, 0, 0}));
-    EXPECT_EQ(encoder.encodeMode32Sprite(pixel, -5, 0).size(), 35U);
+    for (const auto& [width, height] : {std::pair{-5, 0}, {0, 1}, {1, -1}}) {
+        const Bytes mode32 = encoder.encodeMode32Sprite(pixel, width, height);
+        EXPECT_EQ(Bytes(mode32.begin() + 4, mode32.begin() + 8), (Bytes{0, 1, 0, 1}));
+        EXPECT_EQ(mode32.size(), 35U);
+        EXPECT_EQ(encoder.quantizeLuma(dot, width, height, 4, false).size(), 1U);
+    }
+    const TestPicture large(synthetic::flat(513, 300, 1, 2, 3));
+    const Bytes block = encoder.encodeMode32Sprite(large, 513, 300);
+    EXPECT_EQ(Bytes(block.begin() + 4, block.begin() + 8), (Bytes{2, 1, 1, 44}));
+    EXPECT_EQ(Bytes(block.begin() + 28, block.begin() + 32), (Bytes{0, 4, 0xB2, 0x58}));  // 307800 bytes
+    for (const auto& [width, height] : {std::pair{3, 0}, {0, 3}, {3, 1}, {1, 3}}) {
+        const Bytes three = synthetic::flat(3, 1, 255, 255, 255);
+        EXPECT_EQ(encoder.packRGB565(three, width, height).size(), 6U);
+        EXPECT_EQ(encoder.renderRGBA(TestPicture(three), width, height).size(), 12U);
+    }
 }
 
 TEST(SpriteEncoder, ReportsBitmapsThatCannotBeMade) {

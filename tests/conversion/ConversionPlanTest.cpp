@@ -32,6 +32,9 @@ TEST(TargetSize, fitsShrinksAndRounds) {
         {1920, 1080, 256, 512, true, {256, 144}},   // the height follows
         {1000, 500, 1000, 500, true, {1000, 496}},  // same aspect: the height is recomputed
         {7680, 4320, 7680, 4320, true, {4096, 4096}}, {1920, 1080, -5, 256, false, {64, 256}},
+        {80, 616, 80, 616, true, {80, 616}},  // not the width, which arithmetic makes 79
+        {1920, 1080, 0, 0, true, {64, 64}},           {1920, 1080, 71, 72, false, {64, 72}},
+        {72, 4104, 72, 4104, false, {72, 4096}},      {0, -1, 512, 256, false, {64, 64}},
         {most, 1, most, most, true, {4096, 64}},      {1, most, least, least, true, {64, 64}},
     };
     for (const auto& c : cases) {
@@ -39,6 +42,16 @@ TEST(TargetSize, fitsShrinksAndRounds) {
                   c.expected)
             << c.sourceWidth << "x" << c.sourceHeight << " into " << c.width << "x" << c.height;
     }
+}
+
+TEST(Proposals, stayWithinTheirLimits) {
+    const std::pair<int, int> sides[] = {{-8, 64}, {0, 64},      {1, 64},     {71, 64},
+                                         {72, 72}, {4096, 4096}, {4104, 4096}};
+    for (const auto& [source, proposed] : sides)
+        EXPECT_EQ(proposedSide(source), proposed) << source;
+    const std::pair<int, int> rates[] = {{0, 1}, {1, 1}, {2, 2}, {60, 60}, {61, 60}};
+    for (const auto& [source, proposed] : rates)
+        EXPECT_EQ(proposedRate(source), proposed) << source;
 }
 
 TEST(SourceInfo, roundsTheUprightSizeAndTheRate) {
@@ -80,7 +93,8 @@ TEST(ConversionPlan, countsSecondsAndFrames) {
 TEST(ConversionPlan, refusesWhatCannotBeCounted) {
     EXPECT_EQ(planConversion(trackOf(0, 0, 25), 1, {}).source, (SourceInfo{1, 1, 25}));
     EXPECT_THROW(planConversion(trackOf(640, 480, 25), infinity, {}), MediaError);
-    EXPECT_THROW(planConversion(trackOf(640, 480, 25), 1e17, {}), MediaError);
+    EXPECT_THROW(planConversion(trackOf(640, 480, 25), 0x1p63 / 600, {}), MediaError);
+    EXPECT_EQ(planConversion(trackOf(640, 480, 1), 1.5e16, {}).seconds, 15'000'000'000'000'000);
     EXPECT_THROW(planConversion(trackOf(640, 480, 1e9F), 1e16, settingsOf(512, 256, true, 1000000000)),
                  MediaError);
 }

@@ -58,7 +58,7 @@ private:
         }
         void finish(const std::function<bool()>&) override { file.write(Bytes(100, 'f')); }
         std::uint64_t bytesWritten() const override { return 100; }
-        std::string description() const override { return "a fake"; }
+        KeyedText description() const override { return {"a fake"}; }
         WritableFile& file;
         Taken& taken;
     };

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 
 #include "codec/RLE2.h"
@@ -125,7 +126,7 @@ TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
     } cases[] = {{{10'000'000}, 10, 2, 50},
                  {{4'000'000}, 25, 0, 42},
                  {{4'000'000}, 25, 0, 43},
-                 {{9'000'000, 1'000'000, 5'000'000}, 10, 1, 90},
+                 {{9'000'000, 1'000'000, 5'000'000}, 10, 1, 91},
                  {{30'000'000}, 160, 0, 2},
                  // The last block begins at 2^32 - 1 and at 2^32.
                  {{40'904'065}, 105, 2, 2},
@@ -146,7 +147,8 @@ TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
             EXPECT_EQ(writer.bytesWritten(), size.startOfSecond(second));
             std::vector<std::span<const std::uint8_t>> frames;
             for (std::int64_t frame = second * c.fps; frame < (second + 1) * c.fps; ++frame) {
-                const auto part = frame * static_cast<std::int64_t>(c.records.size()) / plan.totalFrames;
+                const auto parts = static_cast<std::int64_t>(c.records.size());
+                const std::int64_t part = ((frame + 1) * parts - 1) / plan.totalFrames;
                 frames.push_back(std::span(bytes).first(c.records[static_cast<std::size_t>(part)]));
             }
             try {
@@ -227,6 +229,70 @@ TEST(SizeForecast, SuggestsTheLargestThatFits) {
     EXPECT_EQ(forecastUpperBound(about).spaceEndsAt, 0);
 }
 
+TEST(SizeForecast, TellsTheSecondWithoutSpace) {
+    const FakeFilm film = filmOf(9);
+    const FakeAsset asset(film);
+    ForecastCase about = caseOf(asset, {.qlModeNumber = 4});
+    const MovieSize size(about.plan, about.settings.title, 0,
+                         {sprite::mode4RecordBytes(about.plan.size.width, about.plan.size.height)});
+    for (std::int64_t second = 0; second < 9; ++second) {
+        about.freeSpace = size.startOfSecond(second);
+        EXPECT_EQ(forecastUpperBound(about).spaceEndsAt, second);
+        about.freeSpace = size.startOfSecond(second + 1) - 1;
+        EXPECT_EQ(forecastUpperBound(about).spaceEndsAt, second);
+    }
+    about.freeSpace = size.fileBytes();
+    EXPECT_EQ(forecastUpperBound(about).spaceEndsAt, std::nullopt);
+    EXPECT_EQ(forecastUpperBound(about).bytesPerSecond, static_cast<double>(size.fileBytes()) / 9);
+}
+
+/// Black, but for so many bytes in front, no two pixels of which are alike.
+class BusyPicture final : public Picture {
+public:
+    explicit BusyPicture(std::size_t bytes) : m_bytes(bytes) {}
+    int width() const override { return 640; }
+    int height() const override { return 480; }
+    void draw(const BitmapContext& bitmap) const override {
+        std::ranges::fill(bitmap.pixels, std::uint8_t{0});
+        for (std::size_t i = 0; i < std::min(m_bytes, bitmap.pixels.size()); ++i)
+            bitmap.pixels[i] = static_cast<std::uint8_t>(i * 37);
+    }
+
+private:
+    std::size_t m_bytes;
+};
+
+TEST(SizeForecast, JudgesSamplesByTheirNeighbours) {
+    const FakeFilm film = filmOf(10);
+    const FakeAsset asset(film);
+    std::vector<std::shared_ptr<const Picture>> pictures;
+    for (const std::size_t bytes : {100U, 40000U, 5000U, 90000U})
+        pictures.push_back(std::make_shared<BusyPicture>(bytes));
+    const auto forecast = [&](std::size_t count, std::vector<std::uint64_t>& sizes) {
+        RecordSamples samples({pictures.begin(), pictures.begin() + static_cast<std::ptrdiff_t>(count)});
+        const ForecastCase about = caseOf(asset, {});
+        sizes = samples.at(about.plan.size, {});
+        return forecastSize(about, samples, {});
+    };
+    std::vector<std::uint64_t> sizes;
+    EXPECT_EQ(forecast(1, sizes).uncertainty, std::nullopt);
+    for (const std::size_t count : {std::size_t{2}, std::size_t{3}, pictures.size()}) {
+        const SizeForecast sampled = forecast(count, sizes);
+        ASSERT_EQ(sizes.size(), count);
+        const auto n = static_cast<double>(count);
+        double squares = 0, sum = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            sum += static_cast<double>(sizes[i]);
+            const double step =
+                static_cast<double>(sizes[i]) - static_cast<double>(sizes[i == 0 ? 0 : i - 1]);
+            squares += step * step;
+        }
+        EXPECT_EQ(sampled.samples, static_cast<int>(count));
+        EXPECT_DOUBLE_EQ(sampled.uncertainty.value(), std::sqrt(squares / 2 / (n - 1) / n) / (sum / n));
+        EXPECT_GT(squares, 0);
+    }
+}
+
 TEST(SpaceFor, IsThatOfTheNearestFolderAndNothingMore) {
     const test::TemporaryFolder folder;
     const std::string path = folder.file("a.zeb");
@@ -244,12 +310,12 @@ TEST(SpaceFor, IsThatOfTheNearestFolderAndNothingMore) {
 TEST(SamplePictures, LeaveOutWhatCannotBeDecodedOrDrawn) {
     FakeFilm film = filmOf(60);
     film.grab = [](double time, const IsCancelled&) {
-        if (time > 20 && time < 40) throw MediaError(MediaError::cannotDecode, "damaged");
+        if (time > 20 && time < 40) throw MediaError(MediaError::cannotDecode, {"damaged"});
         return std::make_shared<FakePicture>(static_cast<std::uint32_t>(time));
     };
     EXPECT_EQ(samplePictures(FakeAsset(film), {}, {}).size(), 8u);
     film.grab = [](double, const IsCancelled&) -> std::shared_ptr<const Picture> {
-        throw MediaError(MediaError::cannotDecode, "damaged");
+        throw MediaError(MediaError::cannotDecode, {"damaged"});
     };
     EXPECT_THROW(samplePictures(FakeAsset(film), {}, {}), MediaError);
     RecordSamples samples({std::make_shared<FakePicture>(1), std::make_shared<FakePicture>(2, false)});

@@ -2,6 +2,7 @@
 
 import re
 import subprocess
+import time
 import unittest
 from urllib.parse import quote
 
@@ -103,12 +104,27 @@ class ConverterTest(DesktopTest):
         if own_rate.checked:
             own_rate.click()
         self.set_number(application, "Frames per second", 5)
-        # A rate of the video's own leaves the typed one alone, and the stepper without effect.
+        # The video's rate replaces the typed one, and leaves the stepper without effect.
         own_rate.click()
         await_equal(lambda: own_rate.checked, True)
-        application.find("spin button", "Frames per second: 5").click(0.94)
+        application.find("spin button", "Frames per second: 25").click(0.94)
         own_rate.click()
         await_equal(lambda: own_rate.checked, False)
+        self.set_number(application, "Frames per second", 5)
+        # A field without a number takes its old one again, and shows it.
+        field = application.find("spin button", "Height: 128")
+        before = self.desktop.picture(*field.extents)
+        for nonsense in ("", "abc", "-"):
+            with self.subTest(nonsense):
+                field.click(0.4)
+                await_equal(lambda: field.focused, True)
+                self.desktop.keys("ctrl+a", "BackSpace")
+                self.desktop.type(nonsense)
+                await_value(lambda: self.desktop.picture(*field.extents), lambda picture: picture != before)
+                self.desktop.keys("Tab")
+                await_value(lambda: self.desktop.picture(*field.extents), lambda picture: picture == before,
+                            "the old number")
+                application.find("spin button", "Height: 128")
         loop = application.find("check box", "Play in a loop")
         if not loop.checked:
             loop.click()
@@ -207,9 +223,12 @@ class ConverterTest(DesktopTest):
         application.await_gone("push button", "Replace")
         self.assertEqual(self.desktop.active_title(), "ZEB Maker")
         self.assertEqual(movie.read_text(), "precious")
-        self.desktop.keys("Return")
+        # An empty field has its old number again.
+        application.find("spin button", "Width: 640").click(0.4)
+        self.desktop.keys("ctrl+a", "BackSpace", "Return")
         application.find("push button", "Replace").click()
         application.find("label", "Finished")
+        self.assertIn("640x480", self.zeb("info", movie))
         self.zeb("verify", movie)
         self.assertIn("1 frame per second", self.zeb("info", movie))
         # The permission ended with the run.
@@ -242,10 +261,12 @@ class ConverterTest(DesktopTest):
         other.hardlink_to(self.clip)
         application = self.open()
         self.assertTrue(application.drop("ZEB Maker", other, self.clip))
+        application.find("label", "One video at a time: “clip.mkv” is taken, the others are not.")
         application.find("label", str(self.clip))
         application.find("label", re.compile("^Video: 640 × 480"))
         self.assertTrue(application.drop("ZEB Maker", other))
         application.find("label", str(other))
+        application.find("label", str(other.with_suffix(".zeb")))
         self.assertTrue(application.drop("ZEB Maker", movie))
         application.find("slider", window="small movie")
 
@@ -274,6 +295,52 @@ class ConverterTest(DesktopTest):
         application.find("push button", "Choose Video …")
         self.desktop.keys("ctrl+q")
         self.assertEqual(application.await_end(), 0)
+
+    def test_files_dropped_on_the_welcome_picture(self):
+        application = self.open(splash=True)
+        application.find("push button", SPLASH)
+        self.assertTrue(application.drop("ZEB Maker", self.clip))
+        application.find("label", str(self.clip))
+
+    def test_addresses_elsewhere_are_refused(self):
+        movie = self.folder / "small.zeb"
+        self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
+        sentence = re.compile("^Only files on this computer can be opened, not ")
+        remote = f"file://otherhost{movie}"
+        application = self.start(remote)
+        self.dismiss_splash(application)
+        application.find("label", sentence)
+        # The same while it runs.
+        for address in (remote, f"http://127.0.0.1{movie}", f"file://otherhost{self.clip}", f"http://127.0.0.1{self.clip}",
+                        *(f"zebmaker://{verb}?url={quote(remote, safe='')}" for verb in ("encode", "play"))):
+            with self.subTest(address):
+                self.assertEqual(self.start(self.clip).await_end(), 0)
+                application.await_gone("label", sentence)
+                application.find("label", str(self.clip))
+                self.assertEqual(self.start(address).await_end(), 0)
+                application.find("label", sentence)
+                application.find("label", str(self.clip))
+                self.assertEqual(self.desktop.titles(application.process.pid), ["ZEB Maker"])
+
+    def test_the_converter_beside_a_movie(self):
+        movie = self.folder / "small.zeb"
+        self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
+        application = self.open()
+        windows = lambda: sorted(self.desktop.titles(application.process.pid))
+        # A request of another program hides the converter, and a new window of it does not play along.
+        self.assertEqual(self.start(f"zebmaker://play?url={quote(movie.as_uri(), safe='')}").await_end(), 0)
+        await_equal(windows, ["small"])
+        for arguments in (["--maker"], ["--maker", movie]):
+            self.assertEqual(self.start(*arguments).await_end(), 0)
+            await_equal(windows, ["ZEB Maker", "small"])
+        application.activate("ZEB Maker")
+        self.desktop.keys("ctrl+w")
+        await_equal(windows, ["small"])
+        self.assertEqual(self.start().await_end(), 0)
+        await_equal(windows, ["ZEB Maker", "small"])
+        # Longer than the repeats of what hides a window.
+        time.sleep(1.2)
+        self.assertEqual(windows(), ["ZEB Maker", "small"])
 
     def test_requests_from_outside(self):
         movie = self.folder / "small movie.zeb"
@@ -311,7 +378,7 @@ class ConverterTest(DesktopTest):
 
     def test_a_request_for_what_is_not_there(self):
         application = self.start(f"zebmaker://play?url={quote((self.folder / 'none.zeb').as_uri(), safe='')}")
-        self.dismiss_splash(application)
+        # In sight at once, without the welcome picture over it.
         application.find("label", re.compile("^This movie does not exist: .*none.zeb"))
 
     def test_tab_order(self):

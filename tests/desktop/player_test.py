@@ -2,6 +2,7 @@
 
 import os
 import re
+import shutil
 import struct
 import subprocess
 import unittest
@@ -57,8 +58,8 @@ class PlayerTest(DesktopTest):
             subprocess.run([os.environ["ZEB"], "encode", "--progress", "none", "--mode", str(mode), "-o",
                             cls.movies / f"movie{mode}.zeb", clip], check=True, stdout=subprocess.DEVNULL)
 
-    def open(self, *arguments, title="movie32"):
-        application = self.start(*arguments)
+    def open(self, *arguments, title="movie32", **options):
+        application = self.start(*arguments, **options)
         application.find("slider", window=title)
         await_equal(self.desktop.active_title, title)
         return application
@@ -150,9 +151,12 @@ class PlayerTest(DesktopTest):
         slider = application.find("slider", "Position in the movie")
         self.desktop.xdotool("mousemove", *slider.at(0.5), "mousedown", 1)
         application.find("push button", "Play")
-        held = self.counter(application)
+        # Time and counter tell where the slider is; the picture waits until it is let go.
+        before = self.desktop.picture(*self.frame(application))
         self.desktop.xdotool("mousemove", *slider.at(0.55), "mousemove", *slider.at(0.7))
-        self.assertEqual(self.counter(application), held)
+        await_value(lambda: int(self.counter(application).split("/")[0]), lambda frame: 24 < frame < 32)
+        application.find("label", "0:02 / 0:04")
+        self.assertEqual(self.desktop.picture(*self.frame(application)), before)
         self.desktop.xdotool("mouseup", 1)
         application.find("push button", "Pause")
         await_value(lambda: int(self.counter(application).split("/")[0]), lambda frame: frame > 24)
@@ -164,9 +168,31 @@ class PlayerTest(DesktopTest):
         area = self.frame(application)
         before = self.desktop.picture(*area)
         application.pick("Mode 32 colours", "RGB565 (BE)")
-        # The picture that shows stays; the next one is read in the new way.
-        self.desktop.keys("Right", "Left")
-        await_value(lambda: self.desktop.picture(*area), lambda shown: shown != before, "other colours")
+        await_value(lambda: self.desktop.picture(*area), lambda shown: shown != before, "other colours at once")
+        # The list closes with Escape, without anything else, and takes the arrows while it is open.
+        box = application.find("combo box", "Mode 32 colours")
+        box.click()
+        application.find("menu item", "RGB565 (LE)")
+        self.desktop.keys("Escape")
+        application.await_gone("menu item", "RGB565 (LE)")
+        box.click()
+        application.find("menu item", "RGB565 (LE)")
+        self.desktop.keys("Down", "Return")
+        await_value(lambda: self.desktop.picture(*area), lambda shown: shown == before, "the first colours")
+        # The player's own keys work beside an open list, and the keyboard goes back to the player.
+        box.click()
+        application.find("menu item", "RGB565 (LE)")
+        self.desktop.keys("Right")
+        self.await_counter(application, 2)
+        window = application.find("frame", "movie32")
+        self.desktop.keys("f")
+        await_equal(lambda: window.extents[2:], (1400, 1000), "full screen")
+        application.await_gone("menu item", "RGB565 (LE)")
+        self.desktop.keys("f", "Left")
+        self.await_counter(application, 1)
+        application.pick("Mode 32 colours", "RGB565 (BE)")
+        self.desktop.keys("space")
+        application.find("push button", "Pause")
         application.stop()
         application = self.open(self.movies / "movie32.zeb")
         await_value(lambda: self.desktop.picture(*self.frame(application)), lambda shown: shown != before)
@@ -193,13 +219,93 @@ class PlayerTest(DesktopTest):
         os.mkfifo(pipe)
         folder = self.folder / "folder.zeb"
         folder.mkdir()
-        for path in (self.folder / "missing.zeb", folder, pipe, text):
+        for path in (folder, pipe, text):
             with self.subTest(path.name):
                 application = self.start(path)
-                application.find("label", re.compile("^Fehler: "))
+                application.find("label", re.compile("^Error: "))
                 await_equal(self.desktop.active_title, path.stem)
                 self.desktop.keys("Escape")
                 self.assertEqual(application.await_end(), 0)
+
+    def test_a_movie_that_is_not_there(self):
+        for language, sentence in (("en_GB.UTF-8", "This movie does not exist: "),
+                                   ("de_DE.UTF-8", "Diesen Film gibt es nicht: ")):
+            missing = self.folder / "nope.zeb"
+            application = self.start(missing, language=language)
+            application.find("label", f"{sentence}{missing}", "ZEB Maker")
+            self.assertEqual(self.desktop.titles(application.process.pid), ["ZEB Maker"])
+            application.stop()
+        # Beside movies that are there, the sentence stays in sight.
+        application = self.start(missing, self.movies / "movie4.zeb")
+        await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["ZEB Maker", "movie4"])
+        application.find("label", f"This movie does not exist: {missing}")
+
+    def test_a_movie_that_changes(self):
+        movie = self.folder / "film.zeb"
+        shutil.copy(self.movies / "movie32.zeb", movie)
+        application = self.open(movie, title="film")
+        self.desktop.keys("End")
+        self.await_counter(application, FRAMES)
+        # The same movie comes forward as it is, another one is opened, in the same window.
+        self.assertEqual(self.start(movie).await_end(), 0)
+        self.await_counter(application, FRAMES)
+        shutil.copy(self.movies / "movie4.zeb", movie)
+        self.assertEqual(self.start(movie).await_end(), 0)
+        application.find("label", "Mode 4")
+        self.await_counter(application, 1)
+        self.assertEqual(self.desktop.titles(application.process.pid), ["film"])
+        movie.unlink()
+        self.desktop.keys("r", "space")
+        application.find("label", f"This movie does not exist: {movie}")
+        application.find("label", "No picture")
+
+    def test_windows(self):
+        paths = [self.movies / "movie32.zeb", self.movies / "movie4.zeb", self.folder / "third.zeb"]
+        self.zeb("encode", "--progress", "none", "--mode", 32, "--title", "one\ntwo\nthree", "-o", paths[2],
+                 self.movies / "clip.mkv")
+        application = self.open(*paths, title="third", language="de_DE.UTF-8")
+        places = await_value(lambda: [window.extents for window in application.all("frame")],
+                             lambda found: len(found) == 3)
+        # Each leaves the title bars of the others to be seen.
+        for index, (x, y, *_) in enumerate(places):
+            self.assertTrue(all(abs(x - left) >= 20 and abs(y - top) >= 20 for left, top, *_ in places[:index]), places)
+        # The movie's title is one line.
+        one_line = application.find("label", re.compile("^one two three • "))
+        self.assertLess(one_line.extents[3], 30)
+        # The smallest window has room for everything.
+        window = application.find("frame", "third")
+        self.resize_by(-220, -120)
+        await_equal(lambda: window.extents[2:], (700, 500), "smallest size")
+        x, _, width, _ = application.find("push button", "Schließen", "third").extents
+        self.assertLessEqual(x + width, window.extents[0] + 700 - 14)
+        # From the whole screen it goes back to what it was.
+        left, top, *_ = window.extents
+        self.desktop.xdotool("mousemove", left + 300, top - 8, "click", 1, "click", 1)
+        await_value(lambda: window.extents[2], lambda width: width > 1300, "maximised")
+        maximised = window.extents
+        self.desktop.keys("f")
+        await_equal(lambda: window.extents[2:], (1400, 1000), "full screen")
+        self.desktop.keys("f")
+        await_equal(lambda: window.extents, maximised, "maximised again")
+
+    def test_dropped_files_and_shortcuts(self):
+        application = self.open(self.movies / "movie32.zeb")
+        self.assertFalse(application.drop("movie32", self.movies / "clip.mkv"))
+        self.assertTrue(application.drop("movie32", self.movies / "clip.mkv", self.movies / "movie4.zeb"))
+        await_equal(self.desktop.active_title, "movie4")
+        for key, title, close in (("ctrl+p", "Play Movie …", "Escape"), ("ctrl+comma", "Settings", "ctrl+w"),
+                                  ("F1", "ZEB Maker Help", "ctrl+w"), ("ctrl+o", "Choose a Video", "Escape")):
+            application.activate("movie32")
+            self.desktop.keys(key)
+            await_equal(self.desktop.active_title, title)
+            self.desktop.keys(close)
+            await_value(lambda: self.desktop.titles(application.process.pid), lambda titles, title=title: title not in titles)
+        application.activate("movie32")
+        self.desktop.keys("ctrl+w")
+        await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["ZEB Maker", "movie4"])
+        application.activate("movie4")
+        self.desktop.keys("ctrl+q")
+        self.assertEqual(application.await_end(), 0)
 
     def test_names_and_tab_order(self):
         application = self.open(self.movies / "movie32.zeb")

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "format/TitleText.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 
@@ -38,6 +39,18 @@ TEST(ZEBHeaderTest, ReadsTitlesAndTakesZeroAsOne) {
         EXPECT_EQ(header.title, title);
         EXPECT_TRUE(header.width == 1 && header.height == 1 && header.fps == 1);
     }
+}
+
+TEST(ZEBHeaderTest, KnowsWellFormedTitles) {
+    for (const std::string title :
+         {"\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80", "\xEF\xBF\xBF",
+          "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "a\xC3\xA4z"})
+        EXPECT_EQ(decodeTitle(Bytes(title.begin(), title.end())), title);
+    for (const std::string title :
+         {"\x80", "\xBF", "\xC1\xBF", "\xC2", "\xC2\x7F", "\xC2\xC0", "\xE0\x9F\xBF", "\xE1\x80",
+          "\xE1\x80\x41", "\xED\xA0\x80", "\xED\xBF\xBF", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+          "\xF8\x88\x80\x80\x80", "\xFF", "ab\xC3"})
+        EXPECT_EQ(decodeTitle(Bytes(title.begin(), title.end())), "ZEB") << testing::PrintToString(title);
 }
 
 TEST(ZEBHeaderTest, BelievesSizesAsFarAsTheFileReaches) {

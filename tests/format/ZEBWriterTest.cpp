@@ -5,6 +5,7 @@
 #include <functional>
 #include <limits>
 
+#include "format/ZEBConverterError.h"
 #include "format/ZEBWriterError.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
@@ -46,6 +47,86 @@ TEST(ZEBWriterTest, WritesTheGoldenMovieOverAnExistingFile) {
     EXPECT_EQ(contents<Bytes>(path), golden::movie());
 }
 
+TEST(ZEBWriterTest, StoresEveryFieldInItsPlace) {
+    MovieParameters movie;
+    movie.width = 0x0102;
+    movie.height = 0x0304;
+    movie.fps = 0x0506;
+    movie.qlMode = 0x0708;
+    movie.totalFrames = 0x090A0B0C;
+    movie.frameIndexCount = 0x100;
+    movie.audioChannels = 0x0D0E;
+    MemoryDisk disk;
+    const ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), movie);
+    Bytes expected{'Z', 'E', 'B', '1', 0,  0, 4, 26, 0, 0,    1,    2,  3,  4, 5, 6, 7,
+                   8,   9,   10,  11,  12, 0, 0, 0,  0, 0x4E, 0x20, 13, 14, 0, 0, 0, 0};
+    expected.resize(8 + 26 + 4 * 0x100);
+    EXPECT_EQ(disk.bytes, expected);
+}
+
+/// The number of the call that failed; nothing when none did.
+std::string failedCall(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const FileError& error) {
+        return error.path();
+    }
+    return {};
+}
+
+TEST(ZEBWriterTest, CutsOffWhatAFailedWriteLeft) {
+    for (const bool cuttingFails : {false, true}) {
+        MemoryDisk disk;
+        disk.failFrom = 1;
+        disk.failTo = cuttingFails ? 2 : 1;
+        EXPECT_EQ(
+            failedCall([&] { ZEBWriter(std::make_unique<MemoryWritableFile>(disk), golden::parameters()); }),
+            "1");
+        EXPECT_EQ(disk.bytes.size(), cuttingFails ? golden::firstBlock / 2 : 0U);
+    }
+    for (const int failures : {1, 2, 3}) {  // the write, the cutting off, the way back
+        MemoryDisk disk;
+        MovieParameters movie = golden::parameters();
+        movie.frameIndexCount = 3;
+        ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), movie);
+        write(writer, golden::seconds()[0]);
+        const Bytes before = disk.bytes;
+        const int call = disk.calls + 1;
+        disk.failFrom = call;
+        disk.failTo = call + failures - 1;
+        EXPECT_EQ(failedCall([&] { write(writer, golden::seconds()[1]); }), std::to_string(call));
+        EXPECT_EQ(writer.bytesWritten(), before.size());
+        EXPECT_EQ(disk.bytes.size(), before.size() + (failures == 1 ? 0 : (4 + 21) / 2));
+        if (failures > 1) continue;
+        // The next second goes where the failed one was to go.
+        EXPECT_EQ(disk.bytes, before);
+        write(writer, golden::seconds()[1]);
+        EXPECT_EQ(disk.bytes.size(), before.size() + 4 + 21);
+        writer.finish();
+        EXPECT_EQ(disk.bytes[golden::maxSecondBlockSize + 3], 25);
+        EXPECT_EQ(disk.bytes[golden::index + 7], before.size());
+        EXPECT_EQ(disk.bytes[golden::index + 11], before.size());
+    }
+}
+
+TEST(ZEBWriterTest, FlushesAndReportsTheFirstFailureOfClosing) {
+    for (const auto& [from, to, expected] : {std::tuple{0, 0, ""}, {1, 1, "1"}, {2, 2, "2"}, {1, 2, "1"}}) {
+        MemoryDisk disk;
+        ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), golden::parameters());
+        disk.calls = 0;
+        disk.failFrom = from;
+        disk.failTo = to;
+        EXPECT_EQ(failedCall([&] { writer.close(); }), expected);
+        EXPECT_EQ(disk.calls, 2);  // flushed and closed whatever happened
+    }
+    // So does finishing, at last.
+    MemoryDisk disk;
+    ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), golden::parameters());
+    writer.finish();
+    EXPECT_EQ(disk.journal.back().kind, MemoryDisk::Call::Kind::synchronise);
+    EXPECT_THROW(createMovieFile("/nonexistent/folder/movie.zeb"), ZEBConverterError);
+}
+
 TEST(ZEBWriterTest, StoresTitles) {
     Bytes longest(2 + 65536, 'x');
     longest[0] = longest[1] = 0xFF;
@@ -55,6 +136,8 @@ TEST(ZEBWriterTest, StoresTitles) {
         Bytes expected;  ///< length, title, pad
     } cases[] = {
         {"", {0, 0}},
+        {"a\u0080\u00FF", {0, 3, 'a', 0x80, 0xFF, 0}},  // all of Latin-1
+        {"\u0100", {0, 2, 0xC4, 0x80}},                 // and the first that is not
         {"ab", {0, 2, 'a', 'b'}},
         {"Caf\u00E9", {0, 4, 'C', 'a', 'f', 0xE9}},
         {"5 \u20AC", {0, 5, '5', ' ', 0xE2, 0x82, 0xAC, 0}},

@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <limits>
+#include <optional>
 
+#include "platform/LocalizedText.h"
 #include "platform/StringTable.h"
 #include "platform/TextLocale.h"
 
@@ -69,7 +72,48 @@ TEST(TextLocaleTest, TextsFollowLanguageAndDecimalMark) {
                                                   whole(10), 2.5, whole(30), whole(3)}),
         testing::HasSubstr("1920 × 1080 bei 25 Bildern/s, Film 448 × 256 bei 10 Bildern/s: aus 2,50 s"));
     EXPECT_EQ(localizedText("no such key", {whole(1)}), "no such key");
+    const KeyedText nested{"log_error_format",
+                           {KeyedText{"error_file_format", {text("a"), KeyedText{"cancel"}}}}};
+    EXPECT_EQ(localizedText(nested), "Fehler: a: Abbrechen");
+    EXPECT_EQ(englishText(nested), "Error: a: Cancel");
     setTextLocale(before);
+}
+
+TEST(TextLocaleTest, EnvironmentNamesTheLanguage) {
+    const char* const names[] = {"LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE"};
+    const struct {
+        const char* values[4];  // nullptr: not set
+        const char* language;
+    } cases[] = {
+        {{nullptr, nullptr, nullptr, nullptr}, "en"},
+        {{nullptr, nullptr, "de_DE.UTF-8", nullptr}, "de"},
+        {{nullptr, "de", "en_GB.UTF-8", nullptr}, "de"},
+        {{"de_AT@euro", "en_GB", "en_GB", nullptr}, "de"},
+        {{"", "", "de_CH", nullptr}, "de"},
+        {{"C", "de_DE", "de_DE", "de"}, "en"},
+        {{"C.UTF-8", "de_DE", "de_DE", "de"}, "en"},
+        {{"POSIX", nullptr, "de_DE", nullptr}, "en"},
+        {{"fr_FR.UTF-8", nullptr, "de_DE", nullptr}, "en"},
+        {{"fr_FR.UTF-8", nullptr, nullptr, "it:de:en"}, "de"},
+        {{"de_DE.UTF-8", nullptr, nullptr, "en_GB:de"}, "en"},
+        {{nullptr, nullptr, nullptr, "de"}, "en"},
+    };
+    std::vector<std::optional<std::string>> before;
+    for (const char* name : names) {
+        const char* value = std::getenv(name);
+        before.push_back(value != nullptr ? std::optional<std::string>(value) : std::nullopt);
+    }
+    const auto set = [](const char* name, const char* value) {
+        value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+    };
+    for (const auto& each : cases) {
+        for (std::size_t i = 0; i < std::size(names); ++i)
+            set(names[i], each.values[i]);
+        EXPECT_EQ(environmentTextLocale(), (TextLocale{each.language, "."}))
+            << testing::PrintToString(std::vector(std::begin(each.values), std::end(each.values)));
+    }
+    for (std::size_t i = 0; i < std::size(names); ++i)
+        set(names[i], before[i] ? before[i]->c_str() : nullptr);
 }
 
 }  // namespace

@@ -100,6 +100,15 @@ TEST(URL, KnowsPathAndExtension) {
         EXPECT_FALSE(made(text).isFileURL()) << text;
 }
 
+TEST(URL, TellsFilesOfThisComputer) {
+    for (const char* text :
+         {"file:///a", "file:/a", "file:a", "File://LOCALHOST/a", "file://me@localhost:1/a"})
+        EXPECT_TRUE(made(text).isLocalFile()) << text;
+    for (const char* text : {"file://h/a", "file://localhost.h/a", "file://[::1]/a", "file://",
+                             "file:///a%00", "http:///a", "http://localhost/a", "/a", "a"})
+        EXPECT_FALSE(made(text).isLocalFile()) << text;
+}
+
 TEST(URL, StandardisesFileURLs) {
     const std::pair<std::string, std::string> cases[] = {
         {"file:///a/./b//../%63%2e/", "file:///a/c."},

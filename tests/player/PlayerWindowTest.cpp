@@ -6,7 +6,13 @@
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QTest>
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -129,6 +135,81 @@ TEST_F(PlayerWindowTest, OneWindowForAMovieUnderTheMouse) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     click(window, "close");
     EXPECT_EQ(windows.windowCount(), 0U);
+}
+
+TEST_F(PlayerWindowTest, AMovieThatHasChangedIsOpenedAgain) {
+    QQuickWindow* window = open(movie);
+    ASSERT_TRUE(window);
+    PlayerSheetModel& sheet = sheetOf(window);
+    const auto time = std::filesystem::last_write_time(movie);
+    const struct {
+        const char* change;
+        bool isOpenedAgain;
+        std::function<void()> make;
+    } cases[] = {
+        {"nothing", false, [] {}},
+        {"the time", true, [&] { std::filesystem::last_write_time(movie, time + std::chrono::seconds(1)); }},
+        {"the size", true,
+         [&] {
+             const auto before = std::filesystem::last_write_time(movie);
+             std::ofstream(movie, std::ios::app) << "more";
+             std::filesystem::last_write_time(movie, before);
+         }},
+        {"another file of the same size and time", true,
+         [&] {
+             std::filesystem::copy_file(movie, folder.file("other"));
+             std::filesystem::last_write_time(folder.file("other"), std::filesystem::last_write_time(movie));
+             std::filesystem::rename(folder.file("other"), movie);
+         }},
+        {"reloaded since", false,
+         [&] {
+             std::filesystem::last_write_time(movie, time);
+             sheet.appear();
+             sheet.toEnd();
+         }},
+        {"its absence", true, [&] { std::filesystem::remove(movie); }},
+    };
+    for (const auto& [change, isOpenedAgain, make] : cases) {
+        sheet.toEnd();
+        make();
+        EXPECT_EQ(open(movie), window) << change;
+        EXPECT_EQ(sheet.model()->displayedFrameIndex(), isOpenedAgain ? 0 : 39) << change;
+    }
+    EXPECT_EQ(windows.windowCount(), 1U);
+}
+
+TEST_F(PlayerWindowTest, WindowsDoNotCoverEachOther) {
+    // As wide as this screen, they have room above and below only, and begin again in its middle.
+    for (int number = 0; number < 6; ++number) {
+        const std::string path = folder.file(std::to_string(number)) + "/movie.zeb";
+        std::filesystem::create_directory(folder.file(std::to_string(number)));
+        writeMovie(path);
+        windows.openPlayer(URL::forFile(path), false);
+    }
+    std::vector<QRect> places;
+    for (const QWindow* window : QGuiApplication::topLevelWindows()) {
+        if (window->isVisible() && window->title() == "movie") places.push_back(window->geometry());
+    }
+    EXPECT_EQ(places.size(), 6U);
+    for (const QRect& place : places) {
+        EXPECT_EQ(std::count(places.begin(), places.end(), place), 1);
+        EXPECT_LE(place.bottom(), maker.screen()->availableGeometry().bottom());
+    }
+}
+
+TEST_F(PlayerWindowTest, TimeAndCounterTellWhereTheSliderIs) {
+    PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
+                           notifications, {});
+    sheet.appear();
+    sheet.setScrubbing(true);
+    for (const auto& [frame, text] :
+         {std::pair(0.0, "0:00 / 0:02, 1/40"), {20.9, "0:01 / 0:02, 21/40"}, {39.0, "0:01 / 0:02, 40/40"}}) {
+        sheet.scrubTo(frame);
+        EXPECT_EQ((sheet.timeText() + ", " + sheet.counterText()).toStdString(), text);
+        EXPECT_EQ(sheet.model()->displayedFrameIndex(), 0);
+    }
+    sheet.setScrubbing(false);
+    EXPECT_EQ(sheet.model()->displayedFrameIndex(), 39);
 }
 
 }  // namespace

@@ -5,14 +5,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
-#include "platform/AudioMixer.h"
 #include "platform/fake/HandDrivenClock.h"
 #include "player/PlaybackPeriod.h"
 #include "player/SoundtrackPlayer.h"
 #include "player/SoundtrackSource.h"
 #include "player/TimeText.h"
+#include "tests/player/HandDrivenDevice.h"
 
 namespace zeb {
 namespace {
@@ -25,9 +26,11 @@ std::shared_ptr<const Soundtrack> soundtrack(std::vector<std::uint8_t> bytes, in
 
 /// Played from `first` on, by a clock that stands still.
 SoundtrackSource sourceOf(std::vector<std::uint8_t> bytes, int channels, std::int64_t first = 0,
-                          bool loops = false) {
+                          std::optional<double> length = {}) {
     static const fake::HandDrivenClock clock;
-    return {soundtrack(std::move(bytes), channels), first, loops, 20000, clock, clock.now()};
+    auto sound = soundtrack(std::move(bytes), channels);
+    const auto stored = static_cast<double>(SoundtrackSource::frameCount(*sound));
+    return {std::move(sound), first, length.value_or(stored), 20000, clock, clock.now()};
 }
 
 std::vector<float> rendered(SoundtrackSource& source, std::size_t frames) {
@@ -46,45 +49,45 @@ TEST(SoundtrackSourceTest, ConvertsBytesAsTheyArePlayed) {
     EXPECT_THAT(rendered(six, 4), ElementsAre(-1.0F, 0.9921875F, 0.0F, -0.5F));
 }
 
-TEST(SoundtrackSourceTest, LoopsFromWhereItBegan) {
+TEST(SoundtrackSourceTest, RepeatsTheWholeHoweverItBegan) {
     std::vector<std::uint8_t> bytes(300, 0);
     bytes[299] = 192;
-    SoundtrackSource source = sourceOf(bytes, 1, 200, true);
-    const std::vector<float> samples = rendered(source, 250);
-    ASSERT_EQ(samples.size(), 500U);
+    SoundtrackSource source = sourceOf(bytes, 1, 200);
+    source.setLastPass(1);
+    const std::vector<float> samples = rendered(source, 500);
+    ASSERT_EQ(samples.size(), 800U) << "the rest and the whole";
+    EXPECT_TRUE(source.hasEnded());
     EXPECT_EQ(samples[0], 0) << "it fades in";
     EXPECT_GT(samples[2 * 30], samples[2 * 59]);
     EXPECT_EQ(samples[2 * 60], -1);
-    for (const std::size_t last : {99U, 199U})
+    for (const std::size_t last : {99U, 399U})
         EXPECT_EQ(samples[2 * last], 0.5F);
     EXPECT_EQ(samples[2 * 100], -1) << "a seamless loop does not fade again";
 }
 
-/// A sound device whose time is the clock's but for its faults, and what it plays.
-class Device final : public AudioOutput {
-public:
-    explicit Device(fake::HandDrivenClock& clock) : m_clock(clock) { m_mixer.resume(rate); }
-    void start(std::shared_ptr<AudioSource> source, Finished finished) override {
-        m_mixer.start(std::move(source), std::move(finished));
+TEST(SoundtrackSourceTest, PassesAreAsLongAsTheMovie) {
+    const struct {
+        double length;
+        int passes;
+        std::size_t frames, sounding;
+    } cases[] = {
+        {5, 1, 5, 5},          // cut
+        {14, 2, 28, 20},       // filled up with silence
+        {10.25, 5, 51, 50},    // ends are rounded each, from the start
+        {0x1p-1 + 1, 6, 9, 9}  // shorter than two samples
+    };
+    for (const auto& [length, passes, frames, sounding] : cases) {
+        SoundtrackSource source = sourceOf(std::vector<std::uint8_t>(10, 255), 1, 0, length);
+        source.setLastPass(passes - 1);
+        const std::vector<float> samples = rendered(source, 1000);
+        EXPECT_EQ(samples.size(), 2 * frames) << length;
+        EXPECT_EQ(std::count_if(samples.begin(), samples.end(), [](float sample) { return sample > 0; }),
+                  2 * static_cast<std::ptrdiff_t>(sounding))
+            << length;
+        source.setLastPass(SoundtrackSource::endless);
+        EXPECT_TRUE(source.hasEnded()) << "nothing follows the end";
     }
-    void stop(const AudioSource& source) override { m_mixer.stop(source); }
-
-    /// Plays for a hundredth of a second, by its own measure.
-    void play() {
-        m_mixer.render(m_samples);
-        m_clock.advance(std::chrono::nanoseconds(static_cast<std::int64_t>(1e7 / speed)));
-        heard = m_samples;
-    }
-
-    double speed = 1;  ///< of its crystal, against the clock
-    std::vector<float> heard;
-
-private:
-    static constexpr int rate = 16000;
-    fake::HandDrivenClock& m_clock;
-    AudioMixer m_mixer;
-    std::vector<float> m_samples = std::vector<float>(2 * rate / 100);
-};
+}
 
 TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
     using namespace std::chrono_literals;
@@ -109,12 +112,11 @@ TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
     };
     for (const auto& [fault, fps, speed, opening, waiting] : cases) {
         fake::HandDrivenClock clock;
-        Device device(clock);
-        device.speed = speed;
+        test::HandDrivenDevice device(16000);
         SoundtrackPlayer player(device, clock);
         player.setSoundtrack(soundtrack(bytes, 1));
         clock.advance(1s);
-        player.start(0, fps, false, clock.now());
+        player.start(0, {(mark + 1) * fps, fps}, clock.now());
         clock.advance(opening);
         const auto time = [&] {
             return std::chrono::duration<double>(clock.now().time_since_epoch()).count();
@@ -127,7 +129,9 @@ TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
                 clock.advance(waiting);
                 nextWait += 30;
             }
-            device.play();
+            // A hundredth of a second by the device's crystal.
+            device.play(10ms);
+            clock.advance(std::chrono::nanoseconds(static_cast<std::int64_t>(1e7 / speed)));
         }
         EXPECT_NEAR(time(), pictures, 0.04) << fault;
     }

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <set>
@@ -9,10 +12,12 @@
 #include <thread>
 #include <vector>
 
-#include "format/ZEBFormatError.h"
+#include "platform/FileHandle.h"
+#include "platform/LocalizedText.h"
 #include "platform/fake/HandDrivenClock.h"
 #include "platform/fake/HandDrivenMainActor.h"
 #include "platform/fake/HandDrivenTasks.h"
+#include "tests/player/HandDrivenDevice.h"
 #include "tests/player/RecordingOutput.h"
 
 namespace zeb {
@@ -21,7 +26,7 @@ namespace {
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 
-/// A movie whose frame k is k + 1 pixels wide.
+/// A movie whose frame k is k + 1 pixels wide, and as high as the place of the reading of its pixels.
 struct Script {
     ZEBHeader header;
     std::set<std::int64_t> undecodable;
@@ -29,6 +34,7 @@ struct Script {
     std::function<void(std::int64_t)> beforeFrame = [](std::int64_t) {};
     Soundtrack soundtrack;
     bool headerIsBroken = false;
+    bool isMissing = false;
     bool soundIsBroken = false;
     Mode32Interpretation interpretation = Mode32Interpretation::rgb565LE;
 };
@@ -38,6 +44,7 @@ public:
     explicit ScriptedReader(std::shared_ptr<Script> script) : m_script(std::move(script)) {}
 
     const ZEBHeader& readHeader() override {
+        if (m_script->isMissing) throw FileError("clip.zeb", ENOENT);
         if (m_script->headerIsBroken) throw std::runtime_error("Kein ZEB1-File");
         return m_script->header;
     }
@@ -50,7 +57,7 @@ public:
         if (m_script->undecodable.contains(index)) return std::nullopt;
         FrameImage image;
         image.width = static_cast<int>(index) + 1;
-        image.height = 1;
+        image.height = static_cast<int>(m_script->interpretation);
         return image;
     }
     void seekToFrame(std::int64_t frame) override { m_next = frame; }
@@ -128,19 +135,55 @@ TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
     }
     script->broken = {5};
     model->seek(5);
-    EXPECT_EQ(status(), "Fehler: EOF");
+    EXPECT_EQ(status(), "Error: EOF");
     EXPECT_EQ(shownFrame(), 8) << "the picture stays";
     model->seek(6);
     EXPECT_EQ(status(), description);
 
     script->headerIsBroken = true;
     model->open("clip.zeb");
-    EXPECT_EQ(status(), "Fehler: Kein ZEB1-File");
-    script->headerIsBroken = false;
+    EXPECT_EQ(status(), "Error: Kein ZEB1-File");
+    EXPECT_FALSE(model->image());
+    script->isMissing = true;
+    model->open("clip.zeb");
+    model->seek(0);
+    model->play();
+    EXPECT_FALSE(model->isPlaying());
+    EXPECT_EQ(status(), localizedText("error_zeb_missing_format", {"clip.zeb"})) << "and it stays said";
+    script->headerIsBroken = script->isMissing = false;
     script->undecodable = {0};
     model->open("clip.zeb");
     EXPECT_FALSE(model->image());
-    EXPECT_EQ(status(), description + " • (kein Frame dekodierbar)");
+    EXPECT_EQ(status(), description + " • (no frame can be decoded)");
+}
+
+TEST_F(ZEBPlayerModelTest, ShowsAnotherReadingOfThePixelsAtOnceWhilePaused) {
+    model->open("clip.zeb");
+    const auto reading = [this] { return static_cast<Mode32Interpretation>(model->image()->height); };
+    for (const std::int64_t frame : {0, 4, 9}) {
+        for (const auto mode32 : {Mode32Interpretation::qpcPackedBE, Mode32Interpretation::rgb565BE}) {
+            model->seek(frame);
+            model->setMode32(mode32);
+            EXPECT_EQ(reading(), mode32);
+            EXPECT_EQ(shownFrame(), frame);
+            EXPECT_EQ(model->displayedFrameIndex(), frame);
+        }
+    }
+    model->seek(4);
+    playToTheEnd([&] {
+        if (shownFrame() == 6) return model->pause();
+        model->setMode32(Mode32Interpretation::rgb565LE);
+        EXPECT_EQ(reading(), Mode32Interpretation::rgb565BE) << "the next frame is soon there";
+    });
+    EXPECT_EQ(shownFrame(), 6) << "none was left out";
+    EXPECT_EQ(reading(), Mode32Interpretation::rgb565LE);
+
+    // In the other modes it means nothing.
+    script->header.mode = 4;
+    model->open("clip.zeb");
+    script->broken = {0};
+    model->setMode32(Mode32Interpretation::qpcPackedLE);
+    EXPECT_EQ(status(), "Clip • 512x256 • 25 fps • Mode 4");
 }
 
 TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
@@ -184,7 +227,7 @@ TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotToAndEndsWithAnError) {
     script->broken = {3};
     model->seek(0);
     playToTheEnd();
-    EXPECT_EQ(status(), "Fehler: EOF");
+    EXPECT_EQ(status(), "Error: EOF");
     EXPECT_EQ(model->displayedFrameIndex(), 2);
 }
 
@@ -259,6 +302,109 @@ TEST_F(ZEBPlayerModelTest, SoundFollowsThePicture) {
         model->pause();
     }
     EXPECT_EQ(output.started.size(), 2U);
+}
+
+/// Of a sound in which each of the movie's frames has a level of its own: the frame that it belongs to; -1
+/// for silence.
+int frameHeard(const test::HandDrivenDevice& device) {
+    const std::size_t middle = device.heard.size() / 2;
+    return static_cast<int>(std::lround(device.heard[middle] * 128 / 10)) - 1;
+}
+
+TEST_F(ZEBPlayerModelTest, SoundFollowsThePicturesWhateverIsSwitchedWhen) {
+    constexpr int never = -1;
+    constexpr int frames = 10;
+    constexpr int period = 40;
+    /// In milliseconds.
+    struct Questions {
+        int first, each;
+        bool areExact = false;
+    };
+    constexpr Questions exact{0, 10, true};
+    constexpr Questions early{0, 30};
+    constexpr Questions late{35, 10};
+    const struct {
+        const char* name;
+        int start;  ///< the frame on screen
+        bool loops;
+        std::vector<int> switches;  ///< of the loop, in milliseconds
+        int end;                    ///< of the pictures
+        Questions device;
+        int gaps = 0;  ///< buffers that the sound does not fill
+        int soundFrames = frames;
+        int broken = never;
+    } cases[] = {
+        {"once", 0, false, {}, 360, exact},
+        {"once from the middle", 4, false, {}, 200, exact},
+        {"from the last frame there is nothing", 9, false, {}, 0, exact},
+        {"the whole again, after the rest", 4, true, {650}, 1000, exact},
+        {"again from the last frame", 9, true, {450}, 800, exact},
+        {"off in the first pass", 4, true, {100}, 200, exact},
+        {"off in the last frame", 4, true, {190}, 200, exact},
+        {"off in the last frame, the sound being ahead", 4, true, {195}, 200, early},
+        {"off in the first frame", 4, true, {205}, 600, exact},
+        {"off in the first frame, the sound being late", 4, true, {215}, 600, late},
+        {"on", 4, false, {100, 300}, 600, exact},
+        {"on, the sound being ahead", 4, false, {100, 300}, 600, early},
+        {"on in the last frame, the sound being ahead", 4, false, {195, 700}, 1000, early, 1},
+        {"on and off there", 4, false, {195, 197}, 200, early},
+        {"on and off and on there", 4, false, {195, 197, 199, 700}, 1000, early, 1},
+        {"on and off and on", 4, false, {50, 100, 150, 610}, 1000, exact},
+        {"sound shorter than the pictures", 0, true, {500}, 760, exact, 0, 5},
+        {"sound longer than the pictures", 0, true, {500}, 760, exact, 0, 14},
+        {"a frame that cannot be read", 0, false, {}, 240, exact, 0, frames, 7},
+    };
+    for (const auto& [name, start, loops, switches, end, questions, gaps, soundFrames, broken] : cases) {
+        SCOPED_TRACE(name);
+        script->soundtrack = {{}, 20000, 1};
+        for (int frame = 0; frame < soundFrames; ++frame)
+            script->soundtrack.bytes.insert(script->soundtrack.bytes.end(), 20000 * period / 1000,
+                                            static_cast<std::uint8_t>(128 + 10 * (frame % frames + 1)));
+        if (soundFrames > frames)
+            std::fill(script->soundtrack.bytes.begin() + 800 * frames, script->soundtrack.bytes.end(), 255);
+        script->broken.clear();
+        if (broken != never) script->broken = {broken};
+        test::HandDrivenDevice device(20000);
+        model = std::make_unique<ZEBPlayerModel>(
+            PlayerServices{[this](const std::string&) { return std::make_unique<ScriptedReader>(script); },
+                           device, mainActor, tasks, clock});
+        model->setLooping(loops);
+        model->open("clip.zeb");
+        settle();
+        model->seek(start);
+
+        const auto begin = clock.now();
+        const auto time = [&] { return static_cast<int>((clock.now() - begin) / milliseconds(1)); };
+        bool hasPlayed = false;
+        int gapsFound = 0;
+        playToTheEnd([&] {
+            if (std::count(switches.begin(), switches.end(), time()) > 0)
+                model->setLooping(!model->isLooping());
+            if (time() < questions.first || (time() - questions.first) % questions.each != 0) return;
+            device.play(milliseconds(questions.each));
+            hasPlayed = true;
+            const int heard = frameHeard(device);
+            const auto seen = static_cast<int>(model->displayedFrameIndex());
+            if (questions.areExact) {
+                ASSERT_EQ(heard, seen < soundFrames ? seen : -1) << time();
+            } else {
+                // Ahead or late by less than a frame.
+                ASSERT_TRUE(heard == seen || (heard + 1) % frames == seen || (seen + 1) % frames == heard)
+                    << heard << " at " << seen << ", " << time();
+                const bool isSilent = device.heard.back() == 0;
+                if (time() + questions.each < end && isSilent) ++gapsFound;
+                const bool isLast = time() - questions.first + questions.each > end;
+                EXPECT_TRUE(isSilent || !isLast || time() < switches.back()) << "nothing of the next pass";
+            }
+        });
+        EXPECT_EQ(time(), end);
+        EXPECT_EQ(hasPlayed, end > 0);
+        EXPECT_EQ(gapsFound, gaps);
+        device.play(milliseconds(10));
+        device.play(milliseconds(10));
+        EXPECT_EQ(frameHeard(device), -1) << "it ends with the pictures";
+        model.reset();
+    }
 }
 
 }  // namespace

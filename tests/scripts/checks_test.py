@@ -58,8 +58,8 @@ def check(script, files):
         return run.returncode, (run.stdout + run.stderr).splitlines()
 
 
-def check_strings(german=GERMAN, code=CODE, qml="Label { text: localizedText(\"size\") }\n"):
-    return check("check_strings.py", {"resources/strings/en.strings": ENGLISH, "resources/strings/de.strings": german,
+def check_strings(english=ENGLISH, german=GERMAN, code=CODE, qml="Label { text: localizedText(\"size\") }\n"):
+    return check("check_strings.py", {"resources/strings/en.strings": english, "resources/strings/de.strings": german,
                                       "ui/Window.cpp": code, "ui/qml/Window.qml": qml})
 
 
@@ -84,6 +84,10 @@ class Checks(unittest.TestCase):
             'en: no text for "more", which de has': {"german": GERMAN + '"more" = "";\n'},
             'de: "size" takes': {"german": GERMAN.replace("%1$lld", "%1$f")},
             'ui/Window.cpp:2: no table has "sizes"': {"code": '\nlocalizedText("sizes")'},
+            'ui/Window.cpp:1: no table has "error_lost"': {"code": 'throw Error(2, {"error_lost"});'},
+            'ui/Window.cpp:1: no table has "warning_x_format"': {"code": 'const char* key = "warning_x_format";'},
+            'en: nothing names "error_gone"': {"english": ENGLISH + '"error_gone" = "";\n',
+                                               "german": GERMAN + '"error_gone" = "";\n'},
             'ui/qml/Window.qml:1: no table has "colour"': {"qml": 'text: localizedText("colour", [1])'},
         }.items():
             code, lines = check_strings(**arguments)

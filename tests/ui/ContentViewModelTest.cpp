@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/LocalizedText.h"
 #include "tests/conversion/model/ConverterTest.h"
 #include "ui/PresetMenu.h"
 
@@ -37,9 +38,19 @@ protected:
         film.duration = 10;
         films.add(input, film);
         film.duration = 100'000;
-        films.add("/films/long.mov", film);
+        films.add(longFilm, film);
     }
     ~ContentViewModelTest() override { content.reset(); }
+
+    /// A film, with what is known of it afterwards: the forecast too.
+    void takeFilm(const std::string& path) {
+        ConverterTest::takeFilm(path);
+        passPatience();
+    }
+    void passPatience() {
+        mainActor.pass(seconds(1));
+        settle();
+    }
 
     std::string selected() const { return content->presetTitles().at(content->presetIndex()).toStdString(); }
     std::pair<int, int> size() const { return {model->settings()->width(), model->settings()->height()}; }
@@ -52,6 +63,7 @@ protected:
 
     const std::string input = folder.file("holiday.mov");
     const std::string movie = folder.file("holiday.zeb");
+    const std::string longFilm = folder.file("long.mov");
     RecordingDock dock;
     AppActionRouter requests;
     std::vector<std::pair<std::string, bool>> opened;
@@ -134,13 +146,49 @@ TEST_F(ContentViewModelTest, CarriesRequestsOut) {
     EXPECT_EQ(timesShown, 3) << "what is said must be seen";
     EXPECT_EQ(opened.size(), 1U);
 
+    // A new window carries the latest request out once more, without being hidden.
+    requests.post(PlayAction{URL::forFile(movie), true});
+    content->appear();
+    content->appear();
+    EXPECT_THAT(std::vector(opened.end() - 3, opened.end()),
+                ElementsAre(std::pair(movie, true), std::pair(movie, false), std::pair(movie, false)));
+}
+
+TEST_F(ContentViewModelTest, TakesDroppedFiles) {
+    content->appear();
+    test::store(movie, "movie");
+
     const auto local = [](const std::string& path) {
         return QUrl::fromLocalFile(QString::fromStdString(path));
     };
     content->takeDroppedURLs(
-        {local(input), local(movie), local("/films/long.mov"), QUrl("https://example.org/a.mp4")});
-    EXPECT_EQ(model->inputPath(), "/films/long.mov");
-    EXPECT_EQ(opened.back(), std::pair(movie, false));
+        {local(input), local(movie), local(longFilm), QUrl("https://example.org/a.mp4")});
+    EXPECT_EQ(model->inputPath().toStdString(), longFilm);
+    EXPECT_THAT(opened, ElementsAre(std::pair(movie, false)));
+    EXPECT_THAT(model->statusText().toStdString(), HasSubstr("long.mov")) << "which of the two it is";
+    EXPECT_THAT(model->logText().toStdString(), HasSubstr(model->statusText().toStdString()));
+    EXPECT_THAT(model->lastError().value_or(""), HasSubstr("https://example.org/a.mp4"));
+
+    settle();
+    model->cancel();
+    content->takeDroppedURLs({QUrl("file://otherhost" + QString::fromStdString(movie)),
+                              QUrl("file://otherhost" + QString::fromStdString(input))});
+    EXPECT_THAT(model->lastError().value_or(""), HasSubstr("file://otherhost" + input));
+    EXPECT_EQ(model->inputPath().toStdString(), longFilm);
+    EXPECT_EQ(opened.size(), 1U);
+    content->takeDroppedURLs({local(input)});
+    EXPECT_EQ(model->statusText().toStdString(), localizedText("status_cancelled")) << "there was no choice";
+    EXPECT_FALSE(model->lastError());
+
+    settle();
+    run = [&](const ConversionCallbacks& callbacks, const std::string&) {
+        callbacks.progress("Second 1", 0.5);
+        mainActor.run();
+        content->takeDroppedURLs({local(input), local(longFilm)});
+        EXPECT_EQ(model->statusText(), "Second 1") << "the status is the run's";
+        EXPECT_THAT(model->logText().toStdString(), testing::EndsWith("others are not."));
+    };
+    startAndSettle();
 }
 
 TEST_F(ContentViewModelTest, ShowsHowTheRunGoesOn) {
@@ -190,28 +238,93 @@ TEST_F(ContentViewModelTest, AsksBeforeItReplacesAFile) {
     EXPECT_TRUE(model->isRunning());
     settle();
 
-    for (const char* video : {input.c_str(), "/films/long.mov"}) {
-        takeFilm(video);
+    content->start();
+    EXPECT_NE(content->replaceQuestion(), "") << "the permission ended with the run";
+    EXPECT_FALSE(model->isRunning());
+    content->dismissReplaceQuestion();
+    films.add(folder.file("holiday.avi"), {});
+    model->chooseOutput();
+    panels.answer(movie);
+    takeFilm(folder.file("holiday.avi"));
+    content->start();
+    EXPECT_NE(content->replaceQuestion(), "") << "but not that of another video";
+    model->setInput(URL::forFile(input));
+    EXPECT_EQ(content->replaceQuestion(), "") << "a question goes with its video";
+    EXPECT_FALSE(model->isRunning());
+}
+
+TEST_F(ContentViewModelTest, QuestionsComeWithTheFreshNumbers) {
+    model->settings()->setQlModeNumber(4);
+    const std::string song = folder.file("song.mp3");
+    films.add(song, [] {
+        fake::FakeFilm film;
+        film.videoTracks.clear();
+        return film;
+    }());
+    const struct {
+        std::string before, film;
+        bool isAnalysed, asks, starts;
+    } cases[] = {
+        {input, longFilm, false, true, false}, {input, longFilm, true, true, false},
+        {longFilm, input, false, false, true}, {longFilm, input, true, false, true},
+        {longFilm, song, false, false, false}, {longFilm, "/films/missing.mov", false, false, false},
+    };
+    for (const auto& [before, film, isAnalysed, asks, starts] : cases) {
+        SCOPED_TRACE(film);
+        takeFilm(before);
+        model->setInput(URL::forFile(film));
+        if (isAnalysed) settle();
         content->start();
-        EXPECT_NE(content->replaceQuestion(), "") << "the permission ended with the run";
+        content->start();
+        settle();
         EXPECT_FALSE(model->isRunning());
-        content->dismissReplaceQuestion();
+        EXPECT_EQ(content->misfitQuestion(), "");
+        runs.clear();
+        passPatience();
+        EXPECT_EQ(content->misfitQuestion() != "", asks);
+        EXPECT_EQ(runs.size(), starts ? 1U : 0U);
+        EXPECT_FALSE(model->isWaiting());
+        content->dismissMisfitQuestion();
     }
+
+    // A forecast that comes before the analysis is no reason to begin.
+    model->setInput(URL::forFile(longFilm));
+    content->start();
+    mainActor.pass(seconds(1));
+    ASSERT_EQ(tasks.waiting(), 2U);
+    tasks.runNewest();
+    mainActor.run();
+    EXPECT_TRUE(model->isWaiting());
+    model->cancel();
+
+    // Without a source there is nothing to wait for: the run says what is wrong.
+    takeFilm(song);
+    content->start();
+    EXPECT_TRUE(model->isRunning());
+    settle();
+
+    // A video that comes takes the questions about the one before with it.
+    takeFilm(longFilm);
+    content->start();
+    EXPECT_NE(content->misfitQuestion(), "");
+    model->setInput(URL::forFile(input));
+    EXPECT_EQ(content->misfitQuestion(), "");
+    content->start();
+    content.reset();
+    settle();
+    EXPECT_FALSE(model->isRunning());
 }
 
 TEST_F(ContentViewModelTest, ForecastsTheSize) {
     const auto forecast = [this](const std::string& path) {
         takeFilm(path);
-        mainActor.pass(seconds(1));
-        settle();
         return content->forecastText().toStdString();
     };
     model->settings()->setQlModeNumber(4);
     EXPECT_EQ(content->forecastText(), "");
     EXPECT_THAT(forecast(input), StartsWith("Size of the movie: "));
     EXPECT_FALSE(content->forecastIsWarning());
-    EXPECT_THAT(forecast("/films/long.mov"),
-                testing::AllOf(StartsWith("Too large: "), HasSubstr("It fits ")));
+    EXPECT_THAT(forecast(longFilm), testing::AllOf(StartsWith("Too large: "), HasSubstr("It fits ")));
     EXPECT_TRUE(content->forecastIsWarning());
 
     // What will not fit is started after a question only, and the question goes with its reason.
@@ -223,7 +336,7 @@ TEST_F(ContentViewModelTest, ForecastsTheSize) {
     content->start();
     forecast(input);
     EXPECT_EQ(content->misfitQuestion(), "");
-    forecast("/films/long.mov");
+    forecast(longFilm);
     content->start();
     content->startAnyway();
     EXPECT_EQ(content->misfitQuestion(), "");

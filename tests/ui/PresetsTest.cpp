@@ -72,6 +72,8 @@ TEST(PresetRulesTest, ParsesAndMergesRecords) {
     mergePresets(collection, {{"a", "Clip", 3, 4}, {"b", "Other", 5, 6}, {"a", "Late", 7, 8}});
     EXPECT_THAT(collection,
                 ElementsAre(Pair("a", UserPreset{"a", "Clip", 3, 4}), Pair("b", UserPreset{"b", "B", 1, 1})));
+    EXPECT_EQ(makePresetID("@AZ[", 1, 2, ""), "@az[_1x2");
+    EXPECT_EQ(makePresetID("Clip", 1, 2, "id"), "id");
     EXPECT_EQ(makePresetID("\tÄ  ÉTÉ\tЖ\n", 1, 2, std::nullopt), "ä__été\tж_1x2");
 }
 
@@ -87,6 +89,11 @@ TEST(PresetRulesTest, DecodesStrictly) {
         {"\"640\"", {}},
         {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
         {"9223372036854775808", {}},
+        {"9223372036854775808.0", {}},
+        {"-9223372036854775808.0", std::numeric_limits<std::int64_t>::min()},
+        {"-9223372036854777856.0", {}},
+        {"1.5", {}},
+        {"true", {}},
         {"1e999", {}},
         {"640,\"extra\":{}", 640},
     };
@@ -104,9 +111,13 @@ TEST(PresetRulesTest, DecodesStrictly) {
         const auto presets = decodeEditorPresets(bytesOf("[" + presetJSON(id, "n", 1, 1) + "]"));
         return presets ? presets->front().id : "none";
     };
+    EXPECT_EQ(editorID("09AF09af-09AF-09af-09AF-09AF09af09AF"), "09AF09AF-09AF-09AF-09AF-09AF09AF09AF");
     EXPECT_EQ(editorID("e621e1f8-c36c-495a-93fc-0c247a3e6e5f"), uuid);
     for (const char* id : {"", "e621e1f8-c36c-495a-93fc-0c247a3e6e5", "e621e1f8-c36c-495a-93fc-0c247a3e6e5f0",
-                           "e621e1f8-c36c-495a-93fc-0c247a3e6e5g", "e621e1f80c36c-495a-93fc-0c247a3e6e5f"})
+                           "e621e1f8-c36c-495a-93fc-0c247a3e6e5g", "e621e1f80c36c-495a-93fc-0c247a3e6e5f",
+                           "/621e1f8-c36c-495a-93fc-0c247a3e6e5f", ":621e1f8-c36c-495a-93fc-0c247a3e6e5f",
+                           "@621e1f8-c36c-495a-93fc-0c247a3e6e5f", "G621e1f8-c36c-495a-93fc-0c247a3e6e5f",
+                           "`621e1f8-c36c-495a-93fc-0c247a3e6e5f"})
         EXPECT_EQ(editorID(id), "none") << id;
 }
 
@@ -137,6 +148,29 @@ TEST_F(PresetsTest, ReadsEveryStoredShape) {
         m_defaults.set("presets.custom", value);
         EXPECT_EQ(collected(), expected) << textOf(propertyList::writeXML(value));
     }
+}
+
+TEST_F(PresetsTest, LooksWhereEarlierVersionsKeptThem) {
+    const PropertyArray records = {PropertyDictionary{{"title", "Clip"}, {"w", 640}, {"h", 480}}};
+    for (const auto& [key, isPlace] : {std::pair{"preset", true},
+                                       {"myPRESETlist", true},
+                                       {"PreSet", true},
+                                       {"zebmaker.userpresets", true},
+                                       {"prese", false},
+                                       {"presen", false},
+                                       {"p reset", false},
+                                       {"window", false}}) {
+        m_defaults.set(key, records);
+        EXPECT_EQ(collected().size(), isPlace ? 1U : 0U) << key;
+        m_defaults.set(key, PropertyArray());
+    }
+    for (const auto& [first, second] :
+         {std::pair{"a", "B"}, {"A", "b"}, {"@", "A"}, {"Z", "["}, {"[", "a"}, {"Z", "ä"}}) {
+        const bool isAfterLetters = std::string(second) == "[";  // compared as "z"
+        EXPECT_EQ(isBeforeInAnyLanguage(first, second), !isAfterLetters) << first << second;
+        EXPECT_EQ(isBeforeInAnyLanguage(second, first), isAfterLetters) << first << second;
+    }
+    EXPECT_FALSE(isBeforeInAnyLanguage("Az", "aZ"));
 }
 
 class PresetEditorTest : public PresetsTest {

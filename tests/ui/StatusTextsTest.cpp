@@ -4,8 +4,12 @@
 #include <limits>
 #include <utility>
 
+#include "ui/ByteCountText.h"
 #include "ui/DurationText.h"
+#include "ui/ForecastText.h"
 #include "ui/RemainingTime.h"
+#include "ui/TargetDescription.h"
+#include "ui/VersionText.h"
 
 namespace zeb {
 namespace {
@@ -15,12 +19,22 @@ using std::chrono::milliseconds;
 TEST(DurationTextTest, Durations) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const std::pair<double, const char*> cases[] = {
-        {0, "0:00"},         {-0.0, "0:00"},
-        {59.5, "1:00"},      {3599.4, "59:59"},
-        {3599.5, "1:00:00"}, {3723, "1:02:03"},
-        {-0.1, "—"},         {360000, "100:00:00"},
-        {infinity, "—"},     {infinity - infinity, "—"},
-        {1e300, "—"},
+        {0, "0:00"},
+        {-0.0, "0:00"},
+        {59.4, "0:59"},
+        {59.5, "1:00"},
+        {609, "10:09"},
+        {610, "10:10"},
+        {3599.4, "59:59"},
+        {3599.5, "1:00:00"},
+        {3723, "1:02:03"},
+        {36610, "10:10:10"},
+        {-0.1, "—"},
+        {360000, "100:00:00"},
+        {infinity, "—"},
+        {infinity - infinity, "—"},
+        {0x1p62, "1281023894007607:45:04"},
+        {0x1p63, "—"},
     };
     for (const auto& [seconds, text] : cases)
         EXPECT_EQ(formatDuration(seconds), text) << seconds;
@@ -32,13 +46,15 @@ TEST(RemainingTimeTest, FollowsTheSmoothedSpeed) {
         double progress;
         const char* text;
     } samples[] = {
-        {0, 0, "—"},           {100, 0.1, "—"},  // too close to the first
+        {0, 0, "—"},           {250, 0.1, "—"},  // too close to the first
         {10000, 0.1, "1:30"},                    // 0.01 per second
         {10100, 0.2, "1:20"},                    // too close: the old speed
         {20000, 0.05, "1:35"},                   // falling: no sample
         {30000, 0.1, "1:30"},                    // standing still: no speed, but a sample
         {40000, 0.3, "0:58"},                    // 0.02: 0.8 x 0.01 + 0.2 x 0.02 = 0.012
-        {50000, 1.5, "0:00"},  {60000, -1, "—"},
+        {40251, 0.3, "0:58"},                    // just far enough apart: no speed, but a sample
+        {40501, 0.4, "0:50"},                    // too close
+        {50251, 1.5, "0:00"},  {60000, -1, "—"},
     };
     RemainingTime remaining;
     const Clock::Instant start{};
@@ -50,6 +66,77 @@ TEST(RemainingTimeTest, FollowsTheSmoothedSpeed) {
     EXPECT_EQ(remaining.etaText(), "—");
     remaining.updateETA(0.5, start + milliseconds(70000));
     EXPECT_EQ(remaining.etaText(), "—") << "the speed is forgotten as well";
+}
+
+TEST(ByteCountTextTest, TakesTheUnitThatFits) {
+    const std::pair<std::uint64_t, const char*> cases[] = {
+        {1'049'000, "1.0 MB"},       {1'051'000, "1.1 MB"},
+        {999'949'999, "999.9 MB"},   {999'950'000, "1.0 GB"},
+        {2'500'000'000, "2.5 GB"},   {999'949'999'999, "999.9 GB"},
+        {999'950'000'000, "1.0 TB"}, {1'234'000'000'000'000, "1234.0 TB"},
+    };
+    for (const auto& [bytes, text] : cases)
+        EXPECT_EQ(byteCountText(bytes), text) << bytes;
+    EXPECT_EQ(megabytesText(2'500'000'000), "2500.0 MB");
+}
+
+TEST(ForecastTextTest, SaysSizeOrTroubleAndWhatWouldFit) {
+    SizeForecast forecast;
+    forecast.bytes = 12'300'000;
+    forecast.bytesPerSecond = 1'234'567;
+    EXPECT_EQ(forecastText(forecast), "Size of the movie: about 12.3 MB, 1.2 MB per second");
+    forecast.basis = ForecastBasis::bound;
+    EXPECT_EQ(forecastText(forecast), "Size of the movie: at most 12.3 MB, 1.2 MB per second");
+    forecast.isExact = true;
+    EXPECT_EQ(forecastText(forecast), "Size of the movie: 12.3 MB, 1.2 MB per second");
+
+    const std::string noSpace = "Not enough space: this movie would be about 12.3 MB, and ";
+    forecast.spaceEndsAt = 3;
+    EXPECT_EQ(forecastText(forecast), noSpace + byteCountText(0) + " are free.");
+    forecast.freeSpace = 5'000'000;
+    EXPECT_EQ(forecastText(forecast), noSpace + "5.0 MB are free.");
+    forecast.suggestion.fps = 7;
+    EXPECT_EQ(forecastText(forecast), noSpace + "5.0 MB are free. It fits at 7 fps.");
+    forecast.suggestion.size = FrameSize{320, 200};
+    EXPECT_EQ(forecastText(forecast), noSpace + "5.0 MB are free. It fits at 7 fps, or at 320 × 200.");
+    forecast.suggestion.fps.reset();
+    EXPECT_EQ(forecastText(forecast), noSpace + "5.0 MB are free. It fits at 320 × 200.");
+    forecast.formatEndsAt = 61;
+    forecast.suggestion = {};
+    EXPECT_EQ(forecastText(forecast),
+              "Too large: this movie would be about 12.3 MB, but a ZEB movie ends at "
+              "4 GiB, here after 1:01.");
+}
+
+TEST(TargetDescriptionTest, DescribesWhatTheRunMakes) {
+    const struct {
+        int requestedRate, sourceRate, fps;
+        bool includeAudio;
+        int channels;
+        const char* sound;
+    } cases[] = {
+        {0, 25, 1, true, 0, "no sound"},       {1, 25, 1, true, 1, "mono sound"},
+        {24, 25, 24, true, 2, "stereo sound"}, {26, 25, 25, false, 2, "no sound"},
+        {5, 0, 1, false, 1, "no sound"},
+    };
+    for (const auto& c : cases) {
+        Settings settings;
+        settings.fps = c.requestedRate;
+        settings.includeAudio = c.includeAudio;
+        settings.audioChannels = c.channels;
+        settings.qlModeNumber = 4;
+        const SourceInfo source{1920, 1080, c.sourceRate};
+        EXPECT_EQ(targetDescription(source, settings), (TargetDescription{{448, 256}, c.fps, 4, c.sound}));
+        EXPECT_EQ(sourceTargetText(source, settings), "Video: 1920 × 1080, " + std::to_string(c.sourceRate) +
+                                                          " fps   →   Movie: 448 × 256, " +
+                                                          std::to_string(c.fps) + " fps, Mode 4, " + c.sound);
+    }
+}
+
+TEST(VersionTextTest, LeavesOutWhatIsBlank) {
+    EXPECT_EQ(versionText("1.2", "7"), "v1.2 (7)");
+    EXPECT_EQ(versionText(" ", "7"), "v— (7)");
+    EXPECT_EQ(versionText("1.2", " "), "v1.2");
 }
 
 }  // namespace

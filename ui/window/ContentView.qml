@@ -375,7 +375,7 @@ FocusScope {
                     Button {
                         objectName: "cancel"
                         text: Texts.localizedText("cancel")
-                        enabled: view.vm.isRunning
+                        enabled: view.vm.isRunning || view.vm.isWaiting
                         onClicked: view.vm.cancel()
                     }
 
@@ -414,23 +414,4 @@ FocusScope {
     // Return starts, wherever the keyboard is.
     Keys.onReturnPressed: starting.start()
     Keys.onEnterPressed: starting.start()
-
-    DropArea {
-        anchors.fill: parent
-        keys: ["text/uri-list"]
-        onDropped: drop => {
-            drop.accept(Qt.CopyAction)
-            view.content.takeDroppedURLs(drop.urls)
-        }
-
-        Rectangle {
-            anchors.fill: parent
-            anchors.margins: 4
-            visible: parent.containsDrag
-            color: "transparent"
-            radius: 12
-            border.color: Theme.accent
-            border.width: 3
-        }
-    }
 }

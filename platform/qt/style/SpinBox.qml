@@ -53,7 +53,11 @@ T.SpinBox {
     }
     // Figures such as widths are written without separators.
     textFromValue: value => String(value)
-    valueFromText: text => parseInt(text.replace(/[^0-9-]/g, "")) || 0
+    // A field without a number keeps the old one.
+    valueFromText: text => {
+        const number = parseInt(text.replace(/[^0-9-]/g, ""))
+        return isNaN(number) ? control.value : number
+    }
 
     Accessible.name: label
 

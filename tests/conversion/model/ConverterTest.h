@@ -74,17 +74,17 @@ protected:
     std::function<void(const ConversionCallbacks&, const std::string& output)> run =
         [](const ConversionCallbacks&, const std::string&) {};
     std::vector<Settings> runs;
-    std::unique_ptr<ConverterViewModel> model = std::make_unique<ConverterViewModel>(
-        ConverterServices{films,
-                          [this](const std::string&, OutputPlace& output, const Settings& settings,
-                                 const ConversionCallbacks& callbacks) {
-                              runs.push_back(settings);
-                              output.setAside();
-                              output.create()->close();
-                              run(callbacks, output.path());
-                              output.commit();
-                          },
-                          defaults, panels, pasteboard, sounds, scope, mainActor, tasks, clock});
+    std::unique_ptr<ConverterViewModel> makeModel() {
+        return std::make_unique<ConverterViewModel>(
+            ConverterServices{films,
+                              [this](const std::string&, OutputPlace& output, const Settings& settings,
+                                     const ConversionCallbacks& callbacks) {
+                                  runs.push_back(settings);
+                                  run(callbacks, output);
+                              },
+                              defaults, panels, pasteboard, sounds, scope, mainActor, tasks, clock});
+    }
+    std::unique_ptr<ConverterViewModel> model = makeModel();
 };
 
 }  // namespace zeb::test

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <functional>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -74,7 +76,7 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     settle();
     EXPECT_EQ(model->sourceInfo(), (SourceInfo{1920, 1080, 25}));
     EXPECT_THAT(model->audioTrackLabels(),
-                ElementsAre("Spur 1 · Stereo · 48.0 kHz · aac ", "Spur 2 · 44.1 kHz · 0x00000001"));
+                ElementsAre("Track 1 · Stereo · 48.0 kHz · aac ", "Track 2 · 44.1 kHz · 0x00000001"));
     Settings expected{.title = "holiday", .width = 1920, .height = 1080, .fps = 25};
     EXPECT_EQ(model->settings()->value(), expected);
 
@@ -82,7 +84,7 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     model->settings()->setTitle("My film");
     model->settings()->setAudioTrackIndex(1);
     takeFilm("/films/silent.mov");
-    EXPECT_EQ(model->outputPath(), "/films/holiday.zeb");
+    EXPECT_EQ(model->outputPath(), "/films/silent.zeb");
     expected = {.title = "My film",
                 .width = 1280,
                 .height = 720,
@@ -95,6 +97,8 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     model->settings()->setFpsFromSource(false);
     takeFilm("/films/holiday.mov");
     expected.fpsFromSource = false;
+    expected.includeAudio = true;
+    expected.audioChannels = 2;
     expected.width = 640;  // both sides are proposed together or not at all
     EXPECT_EQ(model->settings()->value(), expected);
 }
@@ -106,21 +110,51 @@ TEST_F(ConverterViewModelTest, AnalysisThatFails) {
     EXPECT_THAT(log(), HasSubstr("No such film."));
     EXPECT_TRUE(model->sourceInfo()) << "what was known stays";
 
-    model->setInput(*URL::parse("https://example.org/film.mp4"));
-    settle();
-    EXPECT_TRUE(model->lastError()) << "nothing is fetched";
-
     takeFilm("/films/song.mp3");
     EXPECT_FALSE(model->sourceInfo());
     EXPECT_TRUE(model->availableAudioTracks().empty());
     EXPECT_FALSE(model->lastError());
 }
 
-TEST_F(ConverterViewModelTest, LaterAnalysisWinsAndAModelThatIsGoneGetsNothing) {
-    model->setInput(URL::forFile("/films/holiday.mov"));
-    takeFilm("/films/silent.mov");
-    EXPECT_EQ(model->sourceInfo()->width, 1280);
+TEST_F(ConverterViewModelTest, LatestInputCounts) {
+    const std::string sounding = "/films/holiday.mov", silent = "/films/silent.mov",
+                      missing = "/films/missing.mov";
+    const auto finishInOrder = [&](const std::string& first, const std::string& second) {
+        model->setInput(URL::forFile(first));
+        tasks.runNext();  // its result is on its way
+        model->setInput(URL::forFile(second));
+    };
+    const auto finishBackwards = [&](const std::string& first, const std::string& second) {
+        model->setInput(URL::forFile(first));
+        model->setInput(URL::forFile(second));
+        tasks.runNewest();
+        mainActor.run();
+        films.record().opened.clear();
+        tasks.runAll();
+        EXPECT_THAT(films.record().opened, testing::IsEmpty()) << "the older analysis is cancelled";
+    };
+    const std::function<void(const std::string&, const std::string&)> orders[] = {finishInOrder,
+                                                                                  finishBackwards};
+    for (const auto& order : orders) {
+        for (const auto& [first, second] :
+             {std::pair(sounding, silent), std::pair(missing, silent), std::pair(sounding, missing)}) {
+            SCOPED_TRACE(first + " then " + second);
+            model = makeModel();
+            order(first, second);
+            settle();
+            const bool isUsable = second == silent;
+            EXPECT_EQ(model->inputPath().toStdString(), second);
+            EXPECT_EQ(model->sourceInfo(),
+                      isUsable ? std::optional(SourceInfo{1280, 720, 30}) : std::nullopt);
+            EXPECT_EQ(model->settings()->width(), isUsable ? 1280 : Settings().width);
+            EXPECT_EQ(model->settings()->includeAudio(), !isUsable);
+            EXPECT_EQ(model->lastError().has_value(), !isUsable);
+            EXPECT_EQ(log().find("No such film.") != std::string::npos, !isUsable);
+        }
+    }
+}
 
+TEST_F(ConverterViewModelTest, ModelThatIsGoneGetsNothing) {
     model->setInput(URL::forFile("/films/holiday.mov"));
     tasks.runAll();
     model->chooseInput();
@@ -128,6 +162,185 @@ TEST_F(ConverterViewModelTest, LaterAnalysisWinsAndAModelThatIsGoneGetsNothing) 
     model.reset();
     mainActor.run();
     panels.answer("/films/silent.mov");
+}
+
+TEST_F(ConverterViewModelTest, SoundThatAnAnalysisSwitchedOffComesBack) {
+    const std::map<std::string, std::function<void()>> steps = {
+        {"silent", [this] { takeFilm("/films/silent.mov"); }},
+        {"sound", [this] { takeFilm("/films/holiday.mov"); }},
+        {"missing", [this] { takeFilm("/films/missing.mov"); }},
+        {"on", [this] { model->settings()->setIncludeAudio(true); }},
+        {"off", [this] { model->settings()->setIncludeAudio(false); }},
+        {"none", [this] { model->settings()->setAudioChannels(0); }},
+        {"mono", [this] { model->settings()->setAudioChannels(1); }},
+    };
+    const struct {
+        std::string steps;
+        bool includeAudio;
+        int channels;
+    } cases[] = {
+        {"silent", false, 0},
+        {"silent sound", true, 2},
+        {"silent silent missing sound", true, 2},
+        {"mono silent sound", true, 1},
+        {"silent mono sound", true, 1},
+        {"silent sound silent sound", true, 2},
+        // The person's own choice.
+        {"off silent sound", false, 2},
+        {"silent sound off silent sound", false, 2},
+        {"silent on off sound", false, 2},
+        {"silent on silent sound", true, 2},
+        {"off sound", false, 2},
+        // Switching on by hand.
+        {"silent on", true, 2},
+        {"none off on", true, 2},
+        {"mono off on", true, 1},
+    };
+    for (const auto& [names, includeAudio, channels] : cases) {
+        model = makeModel();
+        std::istringstream words(names);
+        for (std::string step; words >> step;)
+            steps.at(step)();
+        EXPECT_EQ(model->settings()->includeAudio(), includeAudio) << names;
+        EXPECT_EQ(model->settings()->audioChannels(), channels) << names;
+    }
+}
+
+TEST_F(ConverterViewModelTest, RateFromTheVideoReplacesATypedOne) {
+    const auto typeRate = [this] {
+        model->settings()->setFpsFromSource(false);
+        model->settings()->setFps(5);
+    };
+    takeFilm("/films/holiday.mov");
+    typeRate();
+    EXPECT_EQ(model->settings()->fps(), 5);
+    model->settings()->setFpsFromSource(true);
+    EXPECT_EQ(model->settings()->fps(), 25);
+    takeFilm("/films/silent.mov");
+    EXPECT_EQ(model->settings()->fps(), 30) << "and follows the next video";
+
+    model = makeModel();
+    typeRate();
+    model->settings()->setFpsFromSource(true);
+    takeFilm("/films/holiday.mov");
+    EXPECT_EQ(model->settings()->fps(), 25) << "also where no video was there";
+}
+
+TEST_F(ConverterViewModelTest, StartWaitsForTheAnalysis) {
+    enum Event { nothing, cancel, anotherVideo, sameVideo };
+    const struct {
+        std::string film;
+        Event event;
+        unsigned runs;
+        std::string error, statusKey;
+    } cases[] = {
+        {"/films/silent.mov", nothing, 1, "", "status_finished"},
+        {"/films/missing.mov", nothing, 0, "No such film.", "status_error"},
+        {"/films/song.mp3", nothing, 0, localizedText("error_no_video_track"), "status_error"},
+        {"/films/silent.mov", cancel, 0, "", "status_cancelled"},
+        {"/films/silent.mov", anotherVideo, 0, "", "status_ready"},
+        {"/films/silent.mov", sameVideo, 0, "", "status_ready"},
+    };
+    for (const auto& [film, event, count, error, statusKey] : cases) {
+        SCOPED_TRACE(film + ' ' + std::to_string(event));
+        model = makeModel();
+        runs.clear();
+        prepare();
+        model->setInput(URL::forFile(film));
+        model->start();
+        EXPECT_TRUE(model->isWaiting());
+        EXPECT_FALSE(model->canStart());
+        EXPECT_FALSE(model->isRunning());
+        EXPECT_EQ(status(), localizedText("status_waiting"));
+        model->start();
+        if (event == cancel) model->cancel();
+        if (event == anotherVideo) model->setInput(URL::forFile("/films/holiday.mov"));
+        if (event == sameVideo) model->setInput(URL::forFile(film));
+        settle();
+        EXPECT_FALSE(model->isWaiting());
+        EXPECT_EQ(runs.size(), count);
+        for (const Settings& settings : runs)
+            EXPECT_EQ(settings.width, 1280) << "the fresh numbers";
+        EXPECT_THAT(model->lastError().value_or(""), HasSubstr(error));
+        EXPECT_EQ(model->lastError().has_value(), !error.empty());
+        EXPECT_EQ(status(), localizedText(statusKey));
+        EXPECT_TRUE(model->canStart());
+    }
+}
+
+TEST_F(ConverterViewModelTest, AVideoThatComesDuringTheQuestionForAPlaceIsNotStarted) {
+    films.add(folder.file("nowhere/film.mov"), {});
+    for (const bool isSame : {true, false}) {
+        model = makeModel();
+        runs.clear();
+        takeFilm(folder.file("nowhere/film.mov"));
+        model->start();
+        model->setInput(URL::forFile(isSame ? folder.file("nowhere/film.mov") : "/films/silent.mov"));
+        panels.answer(output);
+        EXPECT_FALSE(model->isRunning());
+        EXPECT_EQ(model->isWaiting(), isSame);
+        settle();
+        EXPECT_EQ(runs.size(), isSame ? 1U : 0U);
+        EXPECT_EQ(model->outputPath().toStdString(), output);
+    }
+}
+
+TEST_F(ConverterViewModelTest, AnotherVideoGetsAnOutputOfItsOwn) {
+    const auto proposed = [this](const std::string& name) {
+        takeFilm(folder.file(name));
+        return fs::path(model->outputPath().toStdString()).filename().string();
+    };
+    for (const char* name : {"a.mkv", "a.mp4", "b.mkv"})
+        films.add(folder.file(name), {});
+    test::store(folder.file("a.zeb"), "an older movie");
+    EXPECT_EQ(proposed("a.mkv"), "a.zeb") << "the question before a run protects it";
+    EXPECT_EQ(proposed("b.mkv"), "b.zeb");
+    EXPECT_EQ(proposed("a.mp4"), "a 2.zeb");
+    run = [](const ConversionCallbacks&, const std::string& path) { test::store(path, "movie"); };
+    startAndSettle();
+    EXPECT_EQ(proposed("./a.mp4"), "a 2.zeb") << "the same video keeps it";
+    EXPECT_EQ(proposed("a.mkv"), "a 3.zeb");
+    run = [&](const ConversionCallbacks&, const std::string&) {
+        if (runs.size() > 2) return;
+        EXPECT_EQ(proposed("a.mp4"), "a 4.zeb") << "a run has yet to create its file";
+        model->cancel();
+        model->start();
+        EXPECT_EQ(proposed("a.mkv"), "a 5.zeb") << "and so has the one that begins when it has ended";
+    };
+    startAndSettle();
+
+    chooseOutput(output);
+    EXPECT_EQ(proposed("b.mkv"), "film.zeb") << "the person has chosen it";
+}
+
+TEST_F(ConverterViewModelTest, RefusesWhatIsNoFileOfThisComputer) {
+    prepare();
+    startAndSettle();
+    const Settings settings = model->settings()->value();
+    for (const std::string text :
+         {"http://example.org/films/silent.mov", "https:/films/silent.mov",
+          "file://otherhost/films/silent.mov", "file://user@10.0.0.1:80/films/silent.mov", "file://",
+          "file:///films/silent.mov%00", "silent.mov", "smb://server/films/silent.mov"}) {
+        SCOPED_TRACE(text);
+        model->setLastError({});
+        model->setInput(*URL::parse(text));
+        EXPECT_EQ(model->lastError(), localizedText("error_not_local_format", {text}));
+        EXPECT_THAT(model->logLines().back(), HasSubstr(text));
+        EXPECT_EQ(tasks.waiting(), 0U);
+        EXPECT_EQ(model->inputPath(), "/films/holiday.mov");
+        EXPECT_EQ(model->outputPath().toStdString(), output);
+        EXPECT_TRUE(model->playableOutputURL());
+        EXPECT_EQ(model->settings()->value(), settings);
+        EXPECT_EQ(defaults.text("ZEBMaker.lastInputDir"), "/films");
+    }
+    for (const char* text : {"file://localhost/films/silent.mov", "FILE://LocalHost/films/silent.mov",
+                             "file:/films/silent.mov"}) {
+        model->setInput(URL::forFile("/films/holiday.mov"));
+        model->setInput(*URL::parse(text));
+        EXPECT_EQ(model->inputPath(), "/films/silent.mov") << text;
+        EXPECT_FALSE(model->lastError());
+    }
+    settle();
 }
 
 TEST_F(ConverterViewModelTest, RunsToTheEnd) {
@@ -172,9 +385,9 @@ TEST_F(ConverterViewModelTest, RunThatFails) {
         throw ZEBConverterError::noVideoTrack();
     };
     startAndSettle();
-    EXPECT_EQ(model->lastError(), "Kein Video-Track gefunden.");
+    EXPECT_EQ(model->lastError(), "There is no video track.");
     EXPECT_EQ(status(), localizedText("status_error"));
-    EXPECT_THAT(log(), HasSubstr("Kein Video-Track gefunden."));
+    EXPECT_THAT(log(), HasSubstr("There is no video track."));
     EXPECT_FALSE(model->isRunning());
     EXPECT_FALSE(model->cancelledOutputPendingDeletion()) << "not even a second is there";
 

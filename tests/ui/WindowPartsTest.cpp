@@ -1,0 +1,190 @@
+#include <gmock/gmock.h>
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QImageReader>
+#include <QPainter>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Resources.h"
+#include "platform/fake/FakeUserDefaults.h"
+#include "ui/window/AnimatedGIFView.h"
+#include "ui/window/PresetSettingsModel.h"
+
+namespace zeb {
+namespace {
+
+using testing::ElementsAre;
+
+class PresetSettingsTest : public testing::Test {
+protected:
+    std::vector<std::string> rows() const {
+        std::vector<std::string> rows;
+        for (int row = 0; row < model.count(); ++row) {
+            const auto field = [&](int role) { return model.data(model.index(row), role); };
+            rows.push_back(field(PresetSettingsModel::nameRole).toString().toStdString() + " " +
+                           std::to_string(field(PresetSettingsModel::sideWidthRole).toInt()) + "x" +
+                           std::to_string(field(PresetSettingsModel::sideHeightRole).toInt()));
+        }
+        return rows;
+    }
+
+    NotificationCenter notifications;
+    fake::FakeUserDefaults defaults{notifications};
+    PresetSettingsModel model{defaults, notifications};
+};
+
+TEST_F(PresetSettingsTest, ShowsAndChangesTheUsersPresets) {
+    std::vector<std::string> seen;
+    QObject::connect(&model, &PresetSettingsModel::countChanged, [&] { seen.push_back("count"); });
+    QObject::connect(&model, &PresetSettingsModel::modelReset, [&] { seen.push_back("reset"); });
+    QObject::connect(&model, &PresetSettingsModel::dataChanged,
+                     [&](const QModelIndex& first, const QModelIndex& last) {
+                         EXPECT_EQ(first, last);
+                         seen.push_back("row " + std::to_string(first.row()));
+                     });
+    model.addEmptyPreset();
+    model.add4KPreset();
+    EXPECT_THAT(rows(), ElementsAre("New preset 1280x720", "4K 3840x2160"));
+    EXPECT_THAT(seen, ElementsAre("reset", "count", "reset", "count"));
+    seen.clear();
+    model.setName(1, "TV");
+    model.setPresetWidth(0, 64);
+    model.setPresetHeight(0, 72);
+    for (const int row : {-1, 2}) {
+        model.setName(row, "nowhere");
+        model.removePreset(row);
+    }
+    EXPECT_THAT(rows(), ElementsAre("New preset 64x72", "TV 3840x2160"));
+    EXPECT_THAT(seen, ElementsAre("row 1", "row 0", "row 0"));
+    EXPECT_EQ(model.data({}, PresetSettingsModel::nameRole), QVariant());
+    EXPECT_EQ(model.data(model.index(0), Qt::DisplayRole), QVariant());
+    EXPECT_EQ(model.rowCount(model.index(0)), 0);
+    // What another window stores is shown; what is stored survives this one.
+    PresetSettingsModel other(defaults, notifications);
+    other.appear();
+    EXPECT_EQ(other.count(), 2);
+    other.removePreset(0);
+    EXPECT_THAT(rows(), ElementsAre("TV 3840x2160"));
+}
+
+TEST_F(PresetSettingsTest, ShowsAndChangesTheBuiltInSizes) {
+    int changes = 0;
+    QObject::connect(&model, &PresetSettingsModel::settingsChanged, [&] { ++changes; });
+    model.setBuiltInWidth(1, 640);
+    model.setBuiltInHeight(2, 480);
+    for (const int place : {-1, 3}) {
+        model.setBuiltInWidth(place, 1);
+        model.setBuiltInHeight(place, 1);
+    }
+    EXPECT_THAT(model.builtInWidths(), ElementsAre(720, 640, 1920));
+    EXPECT_THAT(model.builtInHeights(), ElementsAre(576, 720, 480));
+    EXPECT_EQ(changes, 2);
+    EXPECT_TRUE(model.soundEffectsEnabled());
+    model.setSoundEffectsEnabled(false);
+    EXPECT_FALSE(model.soundEffectsEnabled());
+    EXPECT_EQ(changes, 3);
+}
+
+class AnimatedGIFViewTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        static int argc = 1;
+        static char name[] = "test";
+        static char* argv[] = {name, nullptr};
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        application = std::make_unique<QGuiApplication>(argc, argv);
+    }
+    static void TearDownTestSuite() { application.reset(); }
+
+    static QImage painted(AnimatedGIFView& view, double ratio = 1) {
+        QImage image((view.size() * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        view.paint(&painter);
+        return image;
+    }
+
+    inline static std::unique_ptr<QGuiApplication> application;
+};
+
+TEST_F(AnimatedGIFViewTest, CastsASoftShadowBelowThePicture) {
+    AnimatedGIFView view;
+    view.setSize({300, 260});
+    for (const int ratio : {1, 2}) {
+        const QImage image = painted(view, ratio);
+        const int width = image.width(), height = image.height();
+        double sum = 0, difference = 0, across = 0, down = 0;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const double alpha = image.pixelColor(x, y).alphaF();
+                sum += alpha;
+                across += alpha * (x + 0.5);
+                down += alpha * (y + 0.5);
+                difference += std::abs(alpha - image.pixelColor(width - 1 - x, y).alphaF());
+            }
+        // As dark as the picture is large, less what is rounded off; in its middle, 12 points lower.
+        const double area = (width - 90.0 * ratio) * (height - 90.0 * ratio);
+        EXPECT_NEAR(sum / area, 0.35, 0.03);
+        EXPECT_LT(difference / sum, 0.005);
+        EXPECT_NEAR(across / sum, width / 2.0, 1);
+        EXPECT_NEAR(down / sum, height / 2.0 + 12 * ratio, 1.5 * ratio);
+        EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
+        // It fades evenly from the middle to the edges, here below the picture.
+        const auto alphaAt = [&](double x, double y) {
+            return image.pixelColor(static_cast<int>(x * ratio), static_cast<int>(y * ratio)).alphaF();
+        };
+        EXPECT_GT(alphaAt(150, 140), 0.3);
+        for (int y = 217; y < 259; ++y)
+            EXPECT_LE(alphaAt(150, y + 1), alphaAt(150, y));
+        EXPECT_NEAR(alphaAt(150, 227), 0.35 / 2, 0.03) << "half at the shadow's own edge";
+        EXPECT_LT(alphaAt(150, 257), 0.02);
+    }
+    view.setSize({80, 260});
+    EXPECT_EQ(painted(view), [] {
+        QImage empty(80, 260, QImage::Format_ARGB32_Premultiplied);
+        empty.fill(Qt::transparent);
+        return empty;
+    }()) << "there is no room for a picture";
+}
+
+TEST_F(AnimatedGIFViewTest, ShowsThePictureInItsProportions) {
+    AnimatedGIFView view;
+    int changes = 0;
+    QObject::connect(&view, &AnimatedGIFView::resourceChanged, [&] { ++changes; });
+    view.setSize({600, 190});
+    view.setResourceName("QLANI");
+    view.setFileExtension("GIF");
+    view.setFileExtension("GIF");
+    EXPECT_EQ(changes, 2);
+    const QImage frame = QImageReader(QString::fromStdString(*resourcePath("artwork/QLANI", "GIF"))).read();
+    ASSERT_FALSE(frame.isNull());
+    const double width = 100.0 * frame.width() / frame.height();
+    const QImage image = painted(view);
+    int alike = 0, compared = 0;
+    for (int y = 10; y < 90; y += 5)
+        for (double x = 10; x < width - 10; x += 5) {
+            const QColor shown = image.pixelColor(static_cast<int>(300 - width / 2 + x), 45 + y);
+            const QColor stored = frame.pixelColor(static_cast<int>(x / width * frame.width()),
+                                                   static_cast<int>(y / 100.0 * frame.height()));
+            ++compared;
+            alike += std::abs(shown.red() - stored.red()) + std::abs(shown.green() - stored.green()) +
+                         std::abs(shown.blue() - stored.blue()) <
+                     60;
+            EXPECT_EQ(shown.alpha(), 255);
+        }
+    EXPECT_GT(alike, compared * 8 / 10);
+    EXPECT_LT(image.pixelColor(static_cast<int>(300 - width / 2 - 3), 95).alpha(), 128) << "beside it";
+    EXPECT_LT(image.pixelColor(static_cast<int>(300 - width / 2 + 0.5), 45).alpha(), 128)
+        << "its corner is round";
+    // Without a name there is no picture.
+    view.setResourceName("");
+    EXPECT_LT(painted(view).pixelColor(300, 95).alpha(), 128);
+}
+
+}  // namespace
+}  // namespace zeb
