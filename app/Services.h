@@ -42,7 +42,7 @@ struct Services {
     PlayerServices player() { return {makeFileMovieReader, audioOutput, mainActor, tasks, clock}; }
     ConverterServices converter() {
         return {*media,
-                [this](const std::string& input, const std::string& output, const Settings& settings,
+                [this](const std::string& input, OutputPlace& output, const Settings& settings,
                        const ConversionCallbacks& callbacks) {
                     conversion.convert(input, output, settings, callbacks);
                 },

@@ -23,10 +23,16 @@ ExitCode encode(const EncodeArguments& arguments, Console& console) {
                                                arguments.verbose ? Verbosity::verbose : Verbosity::quiet);
     ExitCode result = ExitCode::done;
     for (const EncodeJob& job : jobs) {
+        if (result == ExitCode::interrupted) {
+            reporter->began(job);
+            reporter->failed({"not begun because of the interrupt", result, 0});
+            continue;
+        }
         Encoding encoding(arguments, job, *library, *reporter);
         const ExitCode code = arguments.estimate ? encoding.estimate() : encoding.run();
-        if (code == ExitCode::interrupted) return code;
-        if (result == ExitCode::done) result = code;
+        if (result == ExitCode::done || code == ExitCode::interrupted) result = code;
+        // A forecast that cannot be shown is lost; a movie is there whoever reads about it.
+        if (arguments.estimate && !console.outIsGood()) return ExitCode::unwritableOutput;
     }
     return result;
 }

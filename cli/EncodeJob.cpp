@@ -6,35 +6,32 @@
 
 #include "cli/UsageError.h"
 #include "conversion/OutputName.h"
+#include "platform/OutputPlace.h"
 
 namespace zeb::cli {
 namespace {
 
 namespace fs = std::filesystem;
 
-bool namesFolder(const std::string& path) {
-    std::error_code ignored;
-    return path.back() == '/' || fs::is_directory(path, ignored);
-}
-
 std::string outputOf(const std::string& input, const EncodeArguments& arguments) {
     const fs::path besideInput = outputBeside(input);
     if (!arguments.output) return besideInput;
-    if (!namesFolder(*arguments.output)) return *arguments.output;
+    if (!OutputPlace::namesFolder(*arguments.output)) return *arguments.output;
     return fs::path(*arguments.output) / besideInput.filename();
 }
 
 // The path by which two spellings of one place are recognised, through links where they exist.
 fs::path identity(const std::string& path) {
     std::error_code error;
-    const fs::path result = fs::weakly_canonical(fs::absolute(path), error);
+    const fs::path whole = fs::absolute(path, error);
+    const fs::path result = error ? fs::path() : fs::weakly_canonical(whole, error);
     return error ? fs::path(path).lexically_normal() : result;
 }
 
 }  // namespace
 
 std::vector<EncodeJob> planJobs(const EncodeArguments& arguments) {
-    if (arguments.inputs.size() > 1 && arguments.output && !namesFolder(*arguments.output)) {
+    if (arguments.inputs.size() > 1 && arguments.output && !OutputPlace::namesFolder(*arguments.output)) {
         throw UsageError("--output: \"" + *arguments.output + "\" must be a folder for several inputs");
     }
     std::vector<EncodeJob> jobs;

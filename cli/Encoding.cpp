@@ -1,37 +1,27 @@
 #include "cli/Encoding.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
-#include <system_error>
 #include <thread>
 
 #include "cli/Failure.h"
 #include "cli/ForecastText.h"
 #include "cli/Interruption.h"
+#include "cli/PartialOutput.h"
 #include "cli/SpeedMeter.h"
-#include "cli/Text.h"
 #include "conversion/ConversionRun.h"
 #include "format/MovieFacts.h"
 #include "format/ZEBConverterError.h"
 #include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
+#include "platform/PathName.h"
 #include "platform/SystemErrorText.h"
 
 namespace zeb::cli {
 namespace {
 
-namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
-
-std::string folderOf(const fs::path& path) {
-    const fs::path parent = path.parent_path();
-    return parent.empty() ? "." : parent.string();
-}
 
 bool startsAsMovie(const std::string& path) {
     try {
@@ -50,7 +40,7 @@ ExitCode Encoding::run() {
         return ExitCode::done;
     } catch (...) {
         const Failure failure = describeCurrentFailure();
-        const auto outcome = failure.madeNoOutput ? PartialOutput::Outcome{} : m_partialOutput.settle();
+        const PartialOutcome outcome = settlePartialMovie(m_output);
         const std::string separator = outcome.text.empty() ? "" : "; ";
         m_reporter.failed({failure.text + separator + outcome.text, failure.exitCode, outcome.keptSeconds});
         return failure.exitCode;
@@ -60,11 +50,7 @@ ExitCode Encoding::run() {
 ExitCode Encoding::estimate() {
     m_reporter.began(m_job);
     try {
-        if (isInterrupted()) throw ZEBConverterError::cancelled();
-        // The run refuses that with the same text.
-        if (files::isSameFile(m_job.input, m_job.output)) {
-            throw ZEBConverterError::cannotCreateOutput(m_job.output);
-        }
+        checkFiles();
         const OpenedSource source = openSource();
         const Settings settings = proposeSettings(source.asset());
         const SizeForecast forecast = forecastAll(source.asset(), settings);
@@ -124,29 +110,21 @@ void Encoding::reportForecast(const Settings& settings, const SizeForecast& fore
 }
 
 void Encoding::convert() {
-    if (isInterrupted()) throw ZEBConverterError::cancelled();
-    // What is not there says more than where it would go.
-    if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, systemErrorText(ENOENT));
-    checkOutput();
+    checkFiles();
     const auto start = Clock::now();
     const OpenedSource source = openSource();
     const Settings settings = proposeSettings(source.asset());
     const std::optional<SizeForecast> forecast = forecastQuickly(source.asset(), settings);
 
     ConversionPlan plan;
+    std::uint64_t bytes = 0;
     SpeedMeter meter(start);
     ConversionCallbacks callbacks;
     callbacks.isCancelled = isInterrupted;
-    callbacks.progress = [&](const std::string& text, double) {
-        m_partialOutput.noteCreated();
-        m_reporter.logged(text);
-    };
+    callbacks.progress = [&](const std::string& text, double) { m_reporter.logged(text); };
     callbacks.warned = [&](const std::string& text) { m_reporter.warned(text); };
     callbacks.planned = [&](const ConversionPlan& made) {
         plan = made;
-        if (makesFolder() && ::mkdir(folderOf(m_job.output).c_str(), 0777) != 0 && errno != EEXIST)
-            throw FileError(folderOf(m_job.output), errno);
-        m_partialOutput.noteReplaced();
         m_reporter.planned(settings, plan);
         if (forecast) reportForecast(settings, *forecast);
     };
@@ -154,45 +132,31 @@ void Encoding::convert() {
         const auto now = Clock::now();
         // What came before the first frame, analysis and sound, says nothing about the frames to come.
         if (framesDone == 1) meter = SpeedMeter(now);
-        m_partialOutput.noteCreated();
+        bytes = bytesWritten;
         meter.note(now, framesDone);
         m_reporter.advanced({framesDone, plan.totalFrames, plan.fps, bytesWritten, meter.speed(),
                              meter.secondsFor(plan.totalFrames - framesDone)});
     };
-    ConversionRun(source, m_arguments.threads).convert(m_job.input, m_job.output, settings, callbacks);
+    ConversionRun(source, m_arguments.threads).convert(m_job.input, m_output, settings, callbacks);
 
     const std::chrono::duration<double> elapsed = Clock::now() - start;
-    const std::uint64_t bytes = openForReading(m_job.output)->size();
     m_reporter.finished({plan.size, plan.totalFrames, plan.seconds, bytes, elapsed.count()});
 }
 
-void Encoding::checkOutput() const {
-    const std::string& output = m_job.output;
-    // The run itself refuses that, with its own text.
-    if (files::isSameFile(m_job.input, output)) return;
-
-    std::error_code ignored;
-    const fs::file_status target = fs::status(output, ignored);
-    if (fs::is_directory(target)) throw FileError(output, EISDIR);
-    // Replacing a link to a device would remove the link.
-    if (fs::exists(target) && !fs::is_regular_file(target))
-        throw OutputRefused::because(output, {"error_not_ordinary_file"});
-    if (files::kindOf(output) && !m_arguments.force) {
-        throw OutputRefused::because(output, {"error_refused_exists"});
-    }
-    std::string folder = folderOf(output);
-    if (makesFolder() && !files::kindOf(folder)) folder = folderOf(folder);
-    if (!fs::is_directory(folder, ignored)) {
-        const char* key =
-            files::kindOf(folder) ? "error_refused_no_folder_format" : "error_refused_missing_folder_format";
-        throw OutputRefused::because(output, {key, {folder}});
-    }
-    if (access(folder.c_str(), W_OK | X_OK) != 0) throw FileError(output, errno);
+OutputTerms Encoding::termsOf(const EncodeArguments& arguments) {
+    OutputTerms terms;
+    if (arguments.force) terms.existing = OutputTerms::Existing::replace;
+    // A folder whose name ends in "/" is made when it is not there.
+    if (arguments.output && arguments.output->ends_with('/'))
+        terms.missingFolder = OutputTerms::MissingFolder::make;
+    return terms;
 }
 
-/// A folder whose name ends in "/" is made when it is not there.
-bool Encoding::makesFolder() const {
-    return m_arguments.output && m_arguments.output->ends_with('/');
+void Encoding::checkFiles() const {
+    if (isInterrupted()) throw ZEBConverterError::cancelled();
+    // What is not there says more than where it would go.
+    if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, systemErrorText(ENOENT));
+    m_output.check(m_job.input);
 }
 
 OpenedSource Encoding::openSource() const {

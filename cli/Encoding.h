@@ -7,11 +7,11 @@
 #include "cli/EncodeJob.h"
 #include "cli/ExitCode.h"
 #include "cli/OpenedSource.h"
-#include "cli/PartialOutput.h"
 #include "cli/ProgressReporter.h"
 #include "conversion/SamplePictures.h"
 #include "conversion/SizeForecast.h"
 #include "platform/Media.h"
+#include "platform/OutputPlace.h"
 
 namespace zeb::cli {
 
@@ -24,14 +24,15 @@ public:
           m_job(job),
           m_library(library),
           m_reporter(reporter),
-          m_partialOutput(job.output) {}
+          m_output(job.output, termsOf(arguments)) {}
 
     /// Converts and reports; throws nothing that a conversion throws. A movie that could not be completed is
     /// made a shorter one, or removed when it has no whole second.
     ExitCode run();
 
-    /// Reports how large the movie would be, and writes nothing. `conversionFailed` when it would pass the
-    /// format's limit, `unwritableOutput` when the space would not suffice: what `run` would end with.
+    /// Reports how large the movie would be, and writes nothing. Ends as `run` would: `conversionFailed` when
+    /// the movie would pass the format's limit, `unwritableOutput` when the space would not suffice or the
+    /// output is refused.
     ExitCode estimate();
 
 private:
@@ -41,9 +42,10 @@ private:
                                      SamplingEffort effort) const;
     void reportForecast(const Settings& settings, const SizeForecast& forecast);
     void convert();
-    // Refuses an output that must not be replaced or cannot be created, before long work is done for nothing.
-    void checkOutput() const;
-    bool makesFolder() const;
+    static OutputTerms termsOf(const EncodeArguments& arguments);
+    // Refuses what cannot become a movie, or an output that must not be made, before long work is done for
+    // nothing.
+    void checkFiles() const;
     OpenedSource openSource() const;
     Settings proposeSettings(const MediaAsset& asset);
 
@@ -51,7 +53,7 @@ private:
     const EncodeJob& m_job;
     const MediaLibrary& m_library;
     ProgressReporter& m_reporter;
-    PartialOutput m_partialOutput;
+    OutputPlace m_output;
 };
 
 }  // namespace zeb::cli

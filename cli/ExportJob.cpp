@@ -4,7 +4,6 @@
 #include <array>
 #include <cctype>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "cli/UsageError.h"
@@ -23,11 +22,6 @@ constexpr std::array endings = {
 };
 
 constexpr const char* numberedPictures = "frame-%05d.png";
-
-bool namesFolder(const std::string& path) {
-    std::error_code ignored;
-    return path.back() == '/' || fs::is_directory(path, ignored);
-}
 
 std::optional<ExportFormat> formatByEnding(const std::string& path) {
     std::string ending = fs::path(path).extension();
@@ -77,7 +71,7 @@ const char* const exportOutputHelp =
 ExportJob planExport(const ExportArguments& arguments) {
     if (arguments.input.empty()) throw UsageError("FILE: a file name is empty");
     const bool isSingle = arguments.frame || arguments.at;
-    const bool isFolder = namesFolder(arguments.output);
+    const bool isFolder = OutputPlace::namesFolder(arguments.output);
     if (!arguments.format && !isFolder && !formatByEnding(arguments.output)) {
         throw UsageError("--output: \"" + arguments.output +
                          "\" does not end in .png, .wav, .gif, .mp4, .mkv or .webm, and --format is missing");
@@ -96,7 +90,8 @@ ExportJob planExport(const ExportArguments& arguments) {
                                         .filename()
                                         .replace_extension(endingOf(isPNG ? ExportFormat::png : format));
         job.output = fs::path(arguments.output) / name;
-        job.mayMakeFolder = isPNG && !isSingle;
+        // The output's folder was named as one, for numbered pictures.
+        if (isPNG && !isSingle) job.settings.terms.missingFolder = OutputTerms::MissingFolder::make;
     }
 
     ExportSettings& settings = job.settings;
@@ -106,7 +101,7 @@ ExportJob planExport(const ExportArguments& arguments) {
     settings.to = arguments.to;
     settings.frame = arguments.frame;
     settings.at = arguments.at;
-    settings.replaces = arguments.force;
+    if (arguments.force) settings.terms.existing = OutputTerms::Existing::replace;
     if (settings.to && *settings.to <= settings.from) throw UsageError("--to does not lie after --from");
     if (isSingle && !isPNG) throw UsageError("--frame and --at make a PNG picture and nothing else");
     if (isPNG) {

@@ -12,7 +12,6 @@ struct ExportJob {
     std::string input;
     std::string output;  ///< a file, or the pattern for the names of many
     ExportSettings settings;
-    bool mayMakeFolder = false;  ///< the output's folder was named as one, for numbered pictures
 };
 
 /// Chooses format and output. Looks at the file system to tell folders from files, changes nothing. Throws

@@ -1,20 +1,16 @@
 #include "cli/Exporting.h"
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
-#include <system_error>
 
 #include "cli/Failure.h"
 #include "cli/Interruption.h"
 #include "cli/SpeedMeter.h"
 #include "conversion/NumberedName.h"
 #include "format/ZEBConverterError.h"
-#include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
+#include "platform/OutputPlace.h"
 
 namespace zeb::cli {
 namespace {
@@ -79,33 +75,12 @@ void Exporting::exportMovie() {
 }
 
 void Exporting::checkOutput() const {
-    const std::string& output = m_job.output;
-    if (m_job.settings.kind != Kind::pictures) checkFree(output);
-    const fs::path parent = fs::path(output).parent_path();
-    const std::string folder = parent.empty() ? "." : parent.string();
-    std::error_code ignored;
-    if (!fs::is_directory(folder, ignored)) {
-        if (fs::exists(folder, ignored)) throw FileError(output, ENOTDIR);
-        const fs::path above = parent.parent_path();
-        const bool canBeMade =
-            m_job.mayMakeFolder && fs::is_directory(above.empty() ? fs::path(".") : above, ignored);
-        if (!canBeMade) throw FileError(output, ENOENT);
-    } else if (access(folder.c_str(), W_OK | X_OK) != 0) {
-        throw FileError(output, errno);
+    const OutputPlace place(m_job.output, m_job.settings.terms);
+    if (m_job.settings.kind == Kind::pictures) {
+        place.checkFolder();  // the names of the files are known with the plan
+    } else {
+        place.check(m_job.input);
     }
-}
-
-void Exporting::checkFree(const std::string& path) const {
-    if (files::isSameFile(m_job.input, path))
-        throw OutputRefused::because(path, {"error_refused_movie_itself"});
-    std::error_code ignored;
-    const fs::file_status target = fs::status(path, ignored);
-    if (fs::is_directory(target)) throw FileError(path, EISDIR);
-    // Replacing a link to a device would remove the link.
-    if (fs::exists(target) && !fs::is_regular_file(target))
-        throw OutputRefused::because(path, {"error_not_ordinary_file"});
-    if (files::kindOf(path) && !m_job.settings.replaces)
-        throw OutputRefused::because(path, {"error_refused_exists"});
 }
 
 void Exporting::checkPictures(const ExportPlan& plan) const {
@@ -114,7 +89,8 @@ void Exporting::checkPictures(const ExportPlan& plan) const {
     const auto name = NumberedName::parse(pattern.filename());
     for (std::int64_t i = 0; name && i < plan.frames; ++i) {
         if (isInterrupted()) throw ZEBConverterError::cancelled();
-        checkFree(fs::path(pattern).replace_filename(name->with(plan.first + i)));
+        OutputPlace(fs::path(pattern).replace_filename(name->with(plan.first + i)), m_job.settings.terms)
+            .check(m_job.input);
     }
 }
 

@@ -20,7 +20,6 @@ private:
     void exportMovie();
     // Refuses an output that must not be replaced or cannot be created, before long work is done for nothing.
     void checkOutput() const;
-    void checkFree(const std::string& path) const;
     void checkPictures(const ExportPlan& plan) const;
     void reportPlan(const ExportPlan& plan);
 

@@ -5,7 +5,9 @@
 #include "format/ZEBFormatError.h"
 #include "platform/ErrorText.h"
 #include "platform/FileHandle.h"
+#include "platform/LocalizedText.h"
 #include "platform/Media.h"
+#include "platform/OutputError.h"
 
 namespace zeb::cli {
 namespace {
@@ -48,20 +50,24 @@ ExitCode currentExitCode() {
     } catch (const FileError&) {
         // Inputs are opened by the media layer, whose errors are its own.
         return ExitCode::unwritableOutput;
-    } catch (const OutputRefused&) {
+    } catch (const OutputError&) {
         return ExitCode::unwritableOutput;
     } catch (...) {
         return ExitCode::conversionFailed;
     }
 }
 
-bool isCannotCreate() {
+/// Returns the sentence about the exception that is being handled, with the option that would help.
+std::string currentText(ExitCode exitCode) {
+    if (exitCode == ExitCode::interrupted) return localizedText("error_interrupted");
     try {
         throw;
-    } catch (const ZEBConverterError& error) {
-        return error.errorCase() == ZEBConverterError::Case::cannotCreateOutput;
+    } catch (const OutputError& error) {
+        if (error.errorCase() != OutputError::Case::exists) return errorText(error);
+        return localizedText(
+            KeyedText{"error_file_format", {error.path(), KeyedText{"error_refused_exists"}}});
     } catch (...) {
-        return false;
+        return currentErrorText();
     }
 }
 
@@ -77,9 +83,7 @@ std::string textNaming(const std::string& file, const std::exception& error) {
 
 Failure describeCurrentFailure() {
     const ExitCode exitCode = currentExitCode();
-    Failure failure{
-        exitCode == ExitCode::interrupted ? localizedText("error_interrupted") : currentErrorText(), exitCode,
-        isCannotCreate()};
+    Failure failure{currentText(exitCode), exitCode};
     // The texts are joined with what became of the output.
     if (failure.text.ends_with('.')) failure.text.pop_back();
     return failure;

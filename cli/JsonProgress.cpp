@@ -13,6 +13,7 @@ using Json = nlohmann::ordered_json;
 void JsonProgress::began(const EncodeJob& job) {
     ProgressReporter::began(job);
     m_pacer = Pacer(std::chrono::milliseconds(100));
+    m_framesShown = 0;
 }
 
 void JsonProgress::planned(const Settings& settings, const ConversionPlan& plan) {
@@ -43,8 +44,9 @@ void JsonProgress::estimated(const Settings& settings, const SizeForecast& forec
 }
 
 void JsonProgress::advanced(const ProgressState& state) {
-    const bool isLast = state.framesDone == state.totalFrames;
+    const bool isLast = state.framesDone == state.totalFrames && m_framesShown != state.totalFrames;
     if (!m_pacer.isDue(Pacer::TimePoint::clock::now()) && !isLast) return;
+    m_framesShown = state.framesDone;
     console().write(jsonLine(Json{
         {"type", "progress"},
         {"input", job().input},

@@ -22,7 +22,7 @@ namespace zeb::cli {
 /// - "log" and "warning": message
 /// - "done": output, width, height, frames, seconds, bytes, elapsedSeconds
 /// - "error": output, message, exitCode, keptSeconds (of a shorter movie that the output was made into, 0 =
-/// none)
+/// none); after an interrupt also for every input that was not begun
 class JsonProgress final : public ProgressReporter {
 public:
     using ProgressReporter::ProgressReporter;
@@ -41,6 +41,7 @@ private:
     void writeMessage(const char* type, const std::string& line);
 
     Pacer m_pacer{std::chrono::milliseconds(100)};
+    std::int64_t m_framesShown = 0;  ///< in the latest "progress"
 };
 
 }  // namespace zeb::cli

@@ -1,10 +1,9 @@
 #include "cli/PartialOutput.h"
 
-#include <sys/stat.h>
+#include <vector>
 
 #include "cli/Text.h"
 #include "format/MovieDamageError.h"
-#include "format/MovieFacts.h"
 #include "format/PartialFile.h"
 #include "platform/ErrorText.h"
 #include "platform/FileManager.h"
@@ -13,55 +12,62 @@
 namespace zeb::cli {
 namespace {
 
-bool hasWholeSecond(const std::string& path) {
-    try {
-        return readMovieFacts(*openForReading(path)).wholeSeconds > 0;
-    } catch (const PlatformError&) {
-        return false;  // not even a header
-    }
+std::string joined(const std::vector<std::string>& texts) {
+    std::string result;
+    for (const std::string& text : texts)
+        result += (result.empty() ? "" : "; ") + text;
+    return result;
 }
 
 }  // namespace
 
-void PartialOutput::noteCreated() {
-    if (m_isReplaced && !m_created) m_created = identity();
-}
-
-PartialOutput::Outcome PartialOutput::settle() const {
-    if (!m_isReplaced || files::kindOf(m_path) != files::Kind::regular) return {};
-    // Someone else may have put a file of their own there meanwhile, another run of this program for
-    // instance.
-    if (m_created && identity() != m_created)
-        return {0, m_path + " was replaced meanwhile and is left alone"};
-    // A file that appeared unnoticed is the run's if it was stopped within its first second.
-    if (!m_created && hasWholeSecond(m_path)) return {};
-    std::int64_t seconds = 0;
+PartialOutcome settlePartialMovie(OutputPlace& output) {
+    const std::string& path = output.path();
+    const bool hadOwn = output.isOwn();
+    const bool hadCreated = output.hasCreated();
+    const bool hadPrevious = !output.previousPath().empty();
+    const auto wherePrevious = [&output] { return "the movie of before is now " + output.previousPath(); };
+    std::vector<std::string> texts;
+    const auto stayUnfinished = [&](const std::string& reason) {
+        output.keepBoth();
+        texts.push_back(path + " stays unfinished (" + reason + ")");
+        if (hadPrevious) texts.push_back(wherePrevious());
+        return PartialOutcome{0, joined(texts)};
+    };
+    if (hadOwn) {
+        try {
+            if (const std::int64_t seconds = finishPartialFile(path); seconds > 0) {
+                output.keepBoth();
+                texts.push_back(path + " was finished after " + countText(seconds, "second", "seconds") +
+                                " and plays as a shorter movie");
+                if (hadPrevious) texts.push_back(wherePrevious());
+                return {seconds, joined(texts)};
+            }
+        } catch (const FileError& error) {
+            return stayUnfinished(localizedText(error.reasonText()));
+        } catch (const MovieDamageError& error) {
+            return stayUnfinished(errorText(error));
+        } catch (const std::exception&) {
+            // Not even its header was written.
+        }
+    } else if (hadCreated && files::kindOf(path)) {
+        texts.push_back(path + " is another file by now and is left alone");
+    }
     try {
-        seconds = finishPartialFile(m_path);
+        output.putBack();
+        if (hadOwn) texts.push_back(path + " had no whole second yet and was removed");
+        if (!output.previousPath().empty()) {
+            texts.push_back(wherePrevious());
+        } else if (hadCreated && hadPrevious) {
+            texts.push_back("the movie of before is back in its place");
+        }
     } catch (const FileError& error) {
-        return {0, m_path + " stays unfinished (" + localizedText(error.reasonText()) + ")"};
-    } catch (const MovieDamageError& error) {
-        return {0, m_path + " stays unfinished (" + errorText(error) + ")"};
-    } catch (const std::exception&) {
-        // Not even its header was written.
+        if (hadOwn)
+            texts.push_back(path + " has no whole second and could not be removed (" +
+                            localizedText(error.reasonText()) + ")");
+        if (!output.previousPath().empty()) texts.push_back(wherePrevious());
     }
-    if (seconds > 0) {
-        return {seconds, m_path + " was finished after " + countText(seconds, "second", "seconds") +
-                             " and plays as a shorter movie"};
-    }
-    try {
-        files::removeFile(m_path);
-    } catch (const FileError& error) {
-        return {0, m_path + " has no whole second and could not be removed (" +
-                       localizedText(error.reasonText()) + ")"};
-    }
-    return {0, m_path + " had no whole second yet and was removed"};
-}
-
-std::optional<PartialOutput::Identity> PartialOutput::identity() const {
-    struct stat status {};
-    if (lstat(m_path.c_str(), &status) != 0) return std::nullopt;
-    return Identity{static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
+    return {0, joined(texts)};
 }
 
 }  // namespace zeb::cli

@@ -1,8 +1,6 @@
 #include "cli/RepairCommand.h"
 
 #include <CLI/App.hpp>
-#include <cerrno>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,7 +14,8 @@
 #include "format/MovieFacts.h"
 #include "format/PartialFile.h"
 #include "platform/ErrorText.h"
-#include "platform/FileManager.h"
+#include "platform/OutputPlace.h"
+#include "platform/PathName.h"
 #include "platform/StagedOutput.h"
 #include "platform/TextFormat.h"
 
@@ -48,20 +47,14 @@ void repairInPlace(PartialFile& movie, const std::string& path) {
 }
 
 void repairInto(PartialFile& movie, const std::string& path, const std::string& output, bool replaces) {
-    if (files::isSameFile(path, output))
-        throw OutputRefused::because(output, {"error_refused_repaired_movie"});
-    const auto standing = files::kindOf(output);
-    if (standing && !replaces) throw OutputRefused::because(output, {"error_refused_exists"});
-    if (standing && *standing != files::Kind::regular && *standing != files::Kind::symbolicLink)
-        throw OutputRefused::because(output, {"error_not_ordinary_file"});
-    const std::filesystem::path place(output);
-    if (!place.parent_path().empty() && !std::filesystem::is_directory(place.parent_path()))
-        throw FileError(output, ENOENT);
-    StagedOutput stage(place.parent_path());
-    const auto target = stage.create(place.filename());
+    OutputTerms terms;
+    if (replaces) terms.existing = OutputTerms::Existing::replace;
+    OutputPlace(output, terms).check(path);
+    StagedOutput stage(withoutLastPiece(output), terms);
+    const auto target = stage.create(lastPiece(output));
     movie.copyWholeSeconds(*target);
     target->close();
-    stage.commit(replaces ? StagedOutput::Existing::replace : StagedOutput::Existing::keep);
+    stage.commit();
 }
 
 /// What of the movie did not get into the repaired one.

@@ -2,7 +2,6 @@
 
 #include <CLI/App.hpp>
 #include <CLI/Validators.hpp>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,7 +13,8 @@
 #include "conversion/ReducedImage.h"
 #include "format/ZEBReader.h"
 #include "platform/ErrorText.h"
-#include "platform/FileManager.h"
+#include "platform/OutputPlace.h"
+#include "platform/PathName.h"
 #include "platform/StagedOutput.h"
 #include "platform/ffmpeg/FFmpegFilmLibrary.h"
 
@@ -23,6 +23,7 @@ namespace {
 
 constexpr int mostFramesTried = 50;
 constexpr int mostPixelsOfASide = 4096;
+constexpr OutputTerms replacing{OutputTerms::Existing::replace, OutputTerms::MissingFolder::refuse};
 
 struct ThumbnailArguments {
     std::string input;
@@ -43,12 +44,11 @@ FrameImage firstPicture(const std::string& path) {
 void writePicture(const FrameImage& image, const std::string& path) {
     const auto library = makeFFmpegFilmLibrary(MediaLogging::silent);
     const auto bytes = library->encodePNG(image.pixels, image.width, image.height);
-    const std::filesystem::path place(path);
-    StagedOutput output(place.parent_path().string());
-    const auto file = output.create(place.filename().string());
+    StagedOutput output(withoutLastPiece(path), replacing);
+    const auto file = output.create(lastPiece(path));
     file->write(bytes);
     file->close();
-    output.commit(StagedOutput::Existing::replace);
+    output.commit();
 }
 
 ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
@@ -57,8 +57,10 @@ ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
         console.complain(failure.text);
         return failure.exitCode;
     };
-    if (files::isSameFile(arguments.input, arguments.output)) {
-        console.complain(errorText(OutputRefused::because(arguments.output, {"error_refused_movie_itself"})));
+    try {
+        OutputPlace(arguments.output, replacing).check(arguments.input);
+    } catch (const PlatformError& error) {
+        console.complain(errorText(error));
         return ExitCode::unwritableOutput;
     }
     std::optional<FrameImage> image;
@@ -79,9 +81,10 @@ ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
 
 std::function<ExitCode()> declareThumbnail(CLI::App& parser, Console& console) {
     const auto arguments = std::make_shared<ThumbnailArguments>();
-    parser.add_option("INPUT", arguments->input, "A ZEB movie")->required();
+    parser.add_option("INPUT", arguments->input, "A ZEB movie")->required()->option_text(" ");
     parser.add_option("OUTPUT", arguments->output, "The PNG file to write; one that exists is replaced")
-        ->required();
+        ->required()
+        ->option_text(" ");
     parser.add_option("--size", arguments->size, "The most pixels of its longer side")
         ->option_text("N")
         ->check(CLI::Range(1, mostPixelsOfASide))

@@ -17,7 +17,7 @@
 #include "conversion/FramePipeline.h"
 #include "format/Layout.h"
 #include "format/ZEBConverterError.h"
-#include "platform/FileManager.h"
+#include "format/ZEBWriter.h"
 #include "platform/LocalizedText.h"
 
 namespace zeb {
@@ -64,7 +64,7 @@ public:
         if (m_callbacks.isCancelled) m_isCancelled = m_callbacks.isCancelled;
     }
 
-    void convert(const std::string& input, const std::string& output);
+    void convert(const std::string& input, OutputPlace& output);
 
 private:
     void report(const std::string& text, double fraction) const {
@@ -103,9 +103,8 @@ private:
     std::shared_ptr<const EncodedFrame> m_lastFrame;  ///< the latest that could be grabbed and encoded
 };
 
-void Run::convert(const std::string& input, const std::string& output) {
-    if (files::isSameFile(input, output)) throw ZEBConverterError::cannotCreateOutput(output);
-    files::removeFile(output);
+void Run::convert(const std::string& input, OutputPlace& output) {
+    output.setAside(input);
     m_asset = m_library.open(input, m_isCancelled);
     plan();
     reportPlan();
@@ -122,12 +121,16 @@ void Run::convert(const std::string& input, const std::string& output) {
     try {
         writeSeconds(*pipeline, writer);
         writer.finish();
+        // Before the file is closed: its identity is its own as long as it is open.
+        output.commit();
     } catch (...) {
         pipeline->stop();  // so that its threads end while the file is being closed
         closeQuietly(writer);
         throw;
     }
     closeQuietly(writer);
+    if (!output.previousPath().empty())
+        warn(localizedText("warning_previous_not_removed_format", {output.previousPath()}));
 }
 
 void Run::plan() {
@@ -215,7 +218,8 @@ void Run::writeSeconds(FramePipeline& pipeline, ZEBWriter& writer) {
         for (std::int64_t index = first; index < end; ++index) {
             frames.push_back(takeFrame(pipeline, index));
             records.emplace_back(frames.back()->record);
-            advanced(index + 1, writer);
+            // The last one counts when its second is written.
+            if (index + 1 < end) advanced(index + 1, writer);
         }
         writer.writeSecond(audioSlice(second, m_channels, bytesPerSecond, m_audio), records);
         advanced(end, writer);
@@ -249,7 +253,15 @@ ConversionRun::ConversionRun(const MediaLibrary& library, int threads, CreateFil
       m_threads(threads > 0 ? threads : std::max(1, static_cast<int>(std::thread::hardware_concurrency()))),
       m_createFile(std::move(createFile)) {}
 
-void ConversionRun::convert(const std::string& input, const std::string& output, const Settings& settings,
+std::unique_ptr<WritableFile> ConversionRun::createMovie(OutputPlace& output) {
+    try {
+        return output.create();
+    } catch (const FileError&) {
+        throw ZEBConverterError::cannotCreateOutput(output.path());
+    }
+}
+
+void ConversionRun::convert(const std::string& input, OutputPlace& output, const Settings& settings,
                             const ConversionCallbacks& callbacks) const {
     try {
         Run(m_library, m_threads, m_createFile, settings, callbacks).convert(input, output);

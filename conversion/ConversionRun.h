@@ -7,8 +7,9 @@
 
 #include "conversion/ConversionPlan.h"
 #include "conversion/Settings.h"
-#include "format/ZEBWriter.h"
+#include "platform/FileHandle.h"
 #include "platform/Media.h"
+#include "platform/OutputPlace.h"
 
 namespace zeb {
 
@@ -31,27 +32,31 @@ struct ConversionCallbacks {
 /// at once. The bytes of the file depend on the source and the settings only, not on `threads` or timing.
 ///
 /// The output must not be the input by any path or link: that is refused before anything is touched. A file
-/// or link at the output is removed first, even before the input is opened; anything else there is an error.
-/// Inside, pictures are grabbed and encoded on threads of their own, at most about two seconds ahead of what
-/// is written, from the moment the plan stands; they are all gone when `convert` returns.
+/// or link at the output is set aside first, even before the input is opened, and removed when the movie is
+/// complete; anything else there is an error. Inside, pictures are grabbed and encoded on threads of their
+/// own, at most about two seconds ahead of what is written, from the moment the plan stands; they are all
+/// gone when `convert` returns.
 ///
 /// The output exists from the moment the sound has been read. On failure or cancellation after that it stays
-/// as far as it was written: whole one-second blocks, header not completed.
+/// as far as it was written: whole one-second blocks, header not completed. After any failure the caller ends
+/// the work on `output` (`putBack`, `keepBoth`).
 ///
 /// Throws `ZEBConverterError` (cannot create the output, no video track, cancelled), `ZEBWriterError` (beyond
-/// the format's limits), `MediaError` (source), `FileError` (output), `PlatformError` (drawing the first
-/// frame).
+/// the format's limits), `MediaError` (source), `OutputError` and `FileError` (output), `PlatformError`
+/// (drawing the first frame).
 class ConversionRun {
 public:
-    using CreateFile = std::function<std::unique_ptr<WritableFile>(const std::string& path)>;
+    using CreateFile = std::function<std::unique_ptr<WritableFile>(OutputPlace& output)>;
 
     /// `threads`: how many the decoder and the encoders may each use; 0 = as many as the machine has cores.
     /// `createFile` makes the output.
-    explicit ConversionRun(const MediaLibrary& library, int threads = 0,
-                           CreateFile createFile = createMovieFile);
+    explicit ConversionRun(const MediaLibrary& library, int threads = 0, CreateFile createFile = createMovie);
 
-    void convert(const std::string& input, const std::string& output, const Settings& settings,
+    void convert(const std::string& input, OutputPlace& output, const Settings& settings,
                  const ConversionCallbacks& callbacks) const;
+
+    /// Creates the file at its place. Where the system refuses that: `ZEBConverterError::cannotCreateOutput`.
+    static std::unique_ptr<WritableFile> createMovie(OutputPlace& output);
 
 private:
     const MediaLibrary& m_library;

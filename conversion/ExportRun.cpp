@@ -17,6 +17,7 @@
 #include "format/SecondWalker.h"
 #include "format/ZEBConverterError.h"
 #include "platform/LocalizedText.h"
+#include "platform/PathName.h"
 #include "platform/StagedOutput.h"
 
 namespace zeb {
@@ -52,15 +53,6 @@ std::string timeText(std::int64_t microseconds) {
         text += "." + decimals;
     }
     return text + " s";
-}
-
-std::string folderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
-}
-
-std::string nameOf(const std::string& path) {
-    return path.substr(folderOf(path).size());
 }
 
 /// Rows of pixels, each repeated `scale` times in both directions.
@@ -341,25 +333,25 @@ void Run::noteGood(std::int64_t frame) {
 ExportResult Run::exportPictures() {
     findPictureSize();
     planned();
-    const auto name = NumberedName::parse(nameOf(m_output));
+    const auto name = NumberedName::parse(std::string(lastPiece(m_output)));
     const bool isNumbered = m_settings.kind == ExportSettings::Kind::pictures && name;
-    StagedOutput stage(folderOf(m_output));
+    StagedOutput stage(withoutLastPiece(m_output), m_settings.terms);
     ExportResult result;
     std::int64_t frame = m_plan.first;
-    result.files =
-        forEachFrame([](const Second&, int, int) {},
-                     [&](const FrameImage& image) {
-                         const auto bytes = m_library.encodePNG(image.pixels, image.width, image.height);
-                         const auto file = stage.create(isNumbered ? name->with(frame) : nameOf(m_output));
-                         file->write(bytes);
-                         // A single picture is one's own; of thousands each sync would take longer than the
-                         // picture.
-                         if (!isNumbered) file->synchronise();
-                         file->close();
-                         result.bytes += bytes.size();
-                         ++frame;
-                         advanced(frame - m_plan.first, result.bytes);
-                     });
+    result.files = forEachFrame(
+        [](const Second&, int, int) {},
+        [&](const FrameImage& image) {
+            const auto bytes = m_library.encodePNG(image.pixels, image.width, image.height);
+            const auto file = stage.create(isNumbered ? name->with(frame) : std::string(lastPiece(m_output)));
+            file->write(bytes);
+            // A single picture is one's own; of thousands each sync would take longer than the
+            // picture.
+            if (!isNumbered) file->synchronise();
+            file->close();
+            result.bytes += bytes.size();
+            ++frame;
+            advanced(frame - m_plan.first, result.bytes);
+        });
     commit(stage);
     return shown(result);
 }
@@ -376,8 +368,8 @@ ExportResult Run::exportFilm() {
     parameters.soundRate = m_facts.header.sampleRate;
     parameters.loops = m_facts.isLooping();
 
-    StagedOutput stage(folderOf(m_output));
-    const auto file = stage.create(nameOf(m_output));
+    StagedOutput stage(withoutLastPiece(m_output), m_settings.terms);
+    const auto file = stage.create(lastPiece(m_output));
     const auto film = m_library.beginFilm(*file, parameters);
     log(localizedText(film->description()));
     std::int64_t done = 0;
@@ -450,8 +442,8 @@ ExportResult Run::exportSound() {
     m_plan.width = header.width;
     m_plan.height = header.height;
     planned();
-    StagedOutput stage(folderOf(m_output));
-    const auto file = stage.create(nameOf(m_output));
+    StagedOutput stage(withoutLastPiece(m_output), m_settings.terms);
+    const auto file = stage.create(lastPiece(m_output));
     WAVFile wav(*file, header.audioChannels, header.sampleRate);
     const std::int64_t begin = scaled(m_settings.from, header.sampleRate, microsecond);
     const std::int64_t end = m_settings.to ? scaled(*m_settings.to, header.sampleRate, microsecond)
@@ -502,7 +494,7 @@ std::uint64_t Run::copySound(WAVFile& file, const Second& second, std::int64_t b
 
 void Run::commit(StagedOutput& stage) {
     poll();
-    stage.commit(m_settings.replaces ? StagedOutput::Existing::replace : StagedOutput::Existing::keep);
+    stage.commit();
 }
 
 }  // namespace

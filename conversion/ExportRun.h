@@ -9,6 +9,7 @@
 #include "format/ZEBHeader.h"
 #include "platform/FilmWriter.h"
 #include "platform/Media.h"
+#include "platform/OutputPlace.h"
 
 namespace zeb {
 
@@ -37,7 +38,7 @@ struct ExportSettings {
     std::optional<std::int64_t> frame;
     std::optional<std::int64_t> at;
 
-    bool replaces = false;  ///< files that exist; otherwise they are an error
+    OutputTerms terms;  ///< of the files that are made
 };
 
 /// What an export is going to do.
@@ -82,7 +83,7 @@ struct ExportCallbacks {
 /// failure or cancellation nothing is left. Whether it is the input is for the caller to find out.
 ///
 /// Throws `ZEBConverterError` (cancelled), `ZEBFormatError` (no movie), `ExportError`, `FilmError`,
-/// `FileError` (output).
+/// `OutputError` and `FileError` (output).
 class ExportRun {
 public:
     explicit ExportRun(const FilmLibrary& library) : m_library(library) {}

@@ -5,7 +5,6 @@
 #include <cassert>
 #include <cmath>
 #include <exception>
-#include <filesystem>
 #include <limits>
 #include <mutex>
 #include <numeric>
@@ -17,6 +16,7 @@
 #include "conversion/MovieSize.h"
 #include "format/Layout.h"
 #include "platform/FileManager.h"
+#include "platform/PathName.h"
 
 namespace zeb {
 
@@ -214,10 +214,10 @@ SoundOutlook certainSoundOutlook(const MediaAsset& asset, const Settings& settin
 }
 
 std::optional<std::uint64_t> spaceFor(const std::string& output) {
-    const std::filesystem::path folder = std::filesystem::path(output).parent_path();
-    std::optional<std::uint64_t> space = files::freeSpace(folder.empty() ? "." : folder.string());
-    if (space) *space += files::spaceFreedByRemoving(output);
-    return space;
+    std::string folder = folderOf(output);
+    while (!files::kindOf(folder) && folderOf(folder) != folder)
+        folder = folderOf(folder);
+    return files::freeSpace(folder);
 }
 
 RecordSamples::RecordSamples(std::vector<std::shared_ptr<const Picture>> pictures, int threads)

@@ -49,8 +49,7 @@ struct SizeForecast {
     /// The second of the movie, from 0, that no longer finds a place below the format's 4 GiB: where a run
     /// would end with `ZEBWriterError`. Nothing when all fit.
     std::optional<std::int64_t> formatEndsAt;
-    /// What may be written where the output goes, with what an existing output there gives way; nothing when
-    /// unknown.
+    /// What may be written where the output goes; nothing when unknown.
     std::optional<std::uint64_t> freeSpace;
     /// The second of the movie for which the space no longer suffices; nothing when it does, or is unknown.
     std::optional<std::int64_t> spaceEndsAt;
@@ -77,8 +76,8 @@ SoundOutlook soundOutlook(const MediaAsset& asset, const Settings& settings);
 SoundOutlook certainSoundOutlook(const MediaAsset& asset, const Settings& settings,
                                  const IsCancelled& isCancelled);
 
-/// What may be written to a file at `output`: the free space of its folder and what the file that is there
-/// gives way; nothing when unknown.
+/// Returns the free space of the folder of `output`, or of the nearest folder above it that exists; nothing
+/// when unknown. A file that stands at `output` counts as used: it stays until the new one is complete.
 std::optional<std::uint64_t> spaceFor(const std::string& output);
 
 /// What a forecast is about.

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -28,6 +29,14 @@ private:
     KeyedText m_reasonText;
 };
 
+/// Tells one file from every other one, whatever their names are.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+
+    bool operator==(const FileIdentity&) const = default;
+};
+
 /// Where bytes go: a file opened for writing, or a stand-in of a test. Used by one thread at a time.
 /// Every operation throws `FileError` on failure; interrupted calls and short writes are completed inside.
 ///
@@ -48,6 +57,8 @@ public:
     void write(std::span<const std::uint8_t> bytes) { write(std::span(&bytes, 1)); }
     /// Cuts or extends the file to `size` bytes. The write position stays.
     virtual void truncate(std::uint64_t size) = 0;
+    /// Returns which file it is; nothing for a stand-in that is no file.
+    virtual std::optional<FileIdentity> identity() const { return std::nullopt; }
     /// Asks the system to start writing cached bytes to the disk without waiting, so that a later
     /// `synchronise` is short. A hint: does nothing where the system has no such call, and never fails.
     virtual void startWriteback() noexcept {}

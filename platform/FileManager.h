@@ -44,9 +44,16 @@ void removeFile(const std::string& path);
 /// replaced. Throws `FileError`.
 void moveFile(const std::string& from, const std::string& to);
 
-/// Bytes of its file system that removing the file at `path` would free: 0 when nothing is there, and for
-/// what is no regular file (a link) or has other names.
-std::uint64_t spaceFreedByRemoving(const std::string& path);
+/// Gives the file or link `from` the name `to`, on the same file system, unless something stands there: returns
+/// false then. One step, except on file systems that cannot rename without replacing. Throws `FileError`.
+bool moveToFreePlace(const std::string& from, const std::string& to);
+
+/// Returns which file stands at `path` itself (a link is not followed); nothing when nothing does or it cannot
+/// be seen.
+std::optional<FileIdentity> identityOf(const std::string& path);
+
+/// Throws `FileError`, which names `path`, when the system would not let a file be made in `folder`.
+void requireWritableFolder(const std::string& folder, const std::string& path);
 
 /// Bytes that an unprivileged user may still write to the file system of the folder `folder`; nothing if
 /// unknown.

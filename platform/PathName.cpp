@@ -8,6 +8,20 @@ std::string_view lastPiece(std::string_view path) {
     return path.size() > 1 ? path.substr(path.rfind('/') + 1) : path;
 }
 
+std::string_view withoutLastPiece(std::string_view path) {
+    const std::size_t end = path.find_last_not_of('/');
+    const std::size_t slash = path.rfind('/', end);
+    return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash + 1);
+}
+
+std::string folderOf(const std::string& path) {
+    std::string_view folder = withoutLastPiece(path);
+    if (folder.empty()) return ".";
+    while (folder.size() > 1 && folder.back() == '/')
+        folder.remove_suffix(1);
+    return std::string(folder);
+}
+
 std::string_view pathExtension(std::string_view path) {
     const std::string_view name = lastPiece(path);
     const std::size_t dot = name.rfind('.');

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 /// Names in paths, byte by byte. An extension is what follows the last dot of a path's last piece (slashes at
@@ -9,6 +10,12 @@ namespace zeb {
 
 /// The last piece of `path`; "/" for the root.
 std::string_view lastPiece(std::string_view path);
+
+/// Returns the folder that holds the last piece of `path`; "." where `path` names none.
+std::string folderOf(const std::string& path);
+
+/// Returns `path` up to its last piece, slash included; empty where `path` names no folder.
+std::string_view withoutLastPiece(std::string_view path);
 
 /// Without its dot; empty where there is none.
 std::string_view pathExtension(std::string_view path);

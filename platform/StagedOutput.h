@@ -2,9 +2,11 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/FileHandle.h"
+#include "platform/OutputPlace.h"
 
 namespace zeb {
 
@@ -13,29 +15,27 @@ namespace zeb {
 /// left behind. Used by one thread.
 class StagedOutput {
 public:
-    enum class Existing { keep, replace };
-
-    /// For files in `folder` ("" = the current one), which is created if only itself is missing. Throws
-    /// `FileError`.
-    explicit StagedOutput(std::string folder);
+    /// For files in `folder` ("" = the current one), by these terms. Throws `FileError`.
+    StagedOutput(std::string_view folder, OutputTerms terms);
     ~StagedOutput();
     StagedOutput(const StagedOutput&) = delete;
     StagedOutput& operator=(const StagedOutput&) = delete;
 
     /// Begins the file that will be called `name`, without a folder. Its errors name its later place. Throws
-    /// `FileError`.
-    std::unique_ptr<WritableFile> create(const std::string& name);
+    /// what `OutputPlace::check` throws of it.
+    std::unique_ptr<WritableFile> create(std::string_view name);
 
-    /// Moves the files, which were closed, to their places, in the order of their creation. With
-    /// `Existing::keep` a file or link that stands there is an error (EEXIST). Throws `FileError`; what has
-    /// been moved by then stays.
-    void commit(Existing existing);
+    /// Moves the files, which were closed, to their places, in the order of their creation. What stands there
+    /// and must not be replaced is an error. Throws as `create` does; what has been moved by then stays.
+    void commit();
 
 private:
-    std::string placeOf(const std::string& name) const;
+    std::string pathOf(std::string_view name) const;
+    OutputPlace place(std::string_view name) const { return OutputPlace(pathOf(name), m_terms); }
     void remove() noexcept;
 
     std::string m_folder;
+    OutputTerms m_terms;
     bool m_hasMadeFolder = false;
     std::string m_stage;
     std::vector<std::string> m_names;

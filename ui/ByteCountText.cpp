@@ -21,6 +21,7 @@ std::string megabytesText(std::uint64_t bytes) {
 
 std::string byteCountText(std::uint64_t bytes) {
     // What would round up to 1000.0 of a unit is one of the next.
+    if (bytes < 999'950) return inUnit(bytes, 1e3, "kB");
     if (bytes < 999'950'000) return megabytesText(bytes);
     if (bytes < 999'950'000'000) return inUnit(bytes, 1e9, "GB");
     return inUnit(bytes, 1e12, "TB");

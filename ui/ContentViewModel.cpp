@@ -204,11 +204,11 @@ void ContentViewModel::dismissReplaceQuestion() {
 
 void ContentViewModel::startAnyway() {
     askAboutMisfit({});
-    m_mayReplace = sourceAndPlace();
     vm()->start();
 }
 
 void ContentViewModel::dismissMisfitQuestion() {
+    m_mayReplace.reset();
     askAboutMisfit({});
 }
 
@@ -245,6 +245,7 @@ void ContentViewModel::runBegan() {
 }
 
 void ContentViewModel::runEnded() {
+    m_mayReplace.reset();  // the next run is asked about again
     updateTargetSizeText();
     m_runStartedAt.reset();
     m_runSourceText.clear();
@@ -292,8 +293,14 @@ QString ContentViewModel::timesText() const {
 QString ContentViewModel::cancelledOutputQuestion() const {
     const auto& output = vm()->cancelledOutputPendingDeletion();
     if (!output) return {};
-    const std::string name = std::filesystem::path(output->path()).filename().string();
-    return QString::fromStdString(localizedText("cancelled_output_alert_message_format", {name}));
+    const std::string name(lastPiece(output->path()));
+    std::string question = vm()->pendingRunHasFailed()
+                               ? localizedText("failed_output_alert_message_format", {name})
+                               : localizedText("cancelled_output_alert_message_format", {name});
+    const std::string previous = vm()->pendingPreviousPath();
+    if (!previous.empty())
+        question += " " + localizedText("previous_output_alert_format", {std::string(lastPiece(previous))});
+    return QString::fromStdString(question);
 }
 
 void ContentViewModel::dismissCancelledOutputQuestion() {

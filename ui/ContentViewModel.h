@@ -96,7 +96,8 @@ public:
     /// Whether to start a run whose movie would pass the format's limit or the free space, and why not; empty
     /// when there is nothing to ask.
     QString misfitQuestion() const { return m_misfitQuestion; }
-    /// Whether to keep the unfinished movie of a cancelled run; empty when there is nothing to ask.
+    /// Whether to keep the unfinished movie of a run that was cancelled or has failed; empty when there is
+    /// nothing to ask.
     QString cancelledOutputQuestion() const;
 
     /// A window comes: reads the presets and carries the latest request out, also one that was carried out
@@ -163,8 +164,8 @@ private:
     bool m_forecastIsAwaited = false;  ///< the source has changed since the last one
     QString m_replaceQuestion;
     QString m_misfitQuestion;
-    /// A source and the place of its movie, where what stands may go: the file panel has asked, or the person
-    /// has started this before.
+    /// A source and the place of its movie, where what stands may go: the person has been asked, by the file
+    /// panel or before the start. Ends with the run.
     std::optional<std::pair<URL, URL>> m_mayReplace;
     AppActionRouter::Observation m_requests;
     std::string m_lastRequest;  ///< id of the last one that was carried out

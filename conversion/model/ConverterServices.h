@@ -10,6 +10,7 @@
 #include "platform/FilePanels.h"
 #include "platform/MainActor.h"
 #include "platform/Media.h"
+#include "platform/OutputPlace.h"
 #include "platform/Pasteboard.h"
 #include "platform/SecurityScope.h"
 #include "platform/Tasks.h"
@@ -21,7 +22,7 @@ namespace zeb {
 /// main actor) outlives `tasks`.
 struct ConverterServices {
     /// `ConversionRun::convert`, or a stand-in of a test. Called on a task's thread.
-    using Convert = std::function<void(const std::string& input, const std::string& output,
+    using Convert = std::function<void(const std::string& input, OutputPlace& output,
                                        const Settings& settings, const ConversionCallbacks& callbacks)>;
 
     const MediaLibrary& media;

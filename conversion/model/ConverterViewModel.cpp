@@ -11,20 +11,18 @@
 
 #include "conversion/OutputName.h"
 #include "conversion/WriteTest.h"
+#include "format/MovieFacts.h"
 #include "format/ZEBConverterError.h"
 #include "platform/ErrorText.h"
 #include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
+#include "platform/PathName.h"
 #include "platform/TextTrim.h"
 
 namespace zeb {
 namespace {
 
 constexpr const char* movieExtension = "zeb";
-
-std::string folderOf(const std::string& path) {
-    return std::filesystem::path(path).parent_path().string();
-}
 
 bool isCancellation(const std::exception_ptr& error) {
     try {
@@ -33,6 +31,28 @@ bool isCancellation(const std::exception_ptr& error) {
         return converterError.errorCase() == ZEBConverterError::Case::cancelled;
     } catch (...) {
         return false;
+    }
+}
+
+/// Whether an unfinished movie that stands at its place is worth a question. A run that was cancelled may
+/// have written less than a second; that is no reason to keep an older movie from its place.
+bool leavesMovie(const OutputPlace& output, bool wasCancelled) {
+    if (!output.isOwn()) return false;
+    try {
+        if (wasCancelled && output.previousPath().empty())
+            return files::sizeOf(output.path()).value_or(0) > 0;
+        return readMovieFacts(*openForReading(output.path())).wholeSeconds > 0;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// Gives an output up; an older movie that cannot be put back stays where it is.
+void putBackQuietly(OutputPlace& output) {
+    try {
+        output.putBack();
+    } catch (const FileError&) {
+        output.keepBoth();
     }
 }
 
@@ -438,7 +458,11 @@ void ConverterViewModel::startNow() {
 }
 
 void ConverterViewModel::beginRun() {
-    const Run run{++m_runNumber, *m_inputURL, *m_outputURL, m_settings.value()};
+    Run run{++m_runNumber, *m_inputURL, *m_outputURL, m_settings.value()};
+    // The window has asked about what stands there now. A job that still ends may have it set aside.
+    const bool inherits = m_activeRun && isSamePlace(m_activeRun->output, run.output) &&
+                          m_activeRun->existing == OutputTerms::Existing::replace;
+    if (inherits || files::kindOf(run.output.path())) run.existing = OutputTerms::Existing::replace;
     m_services.sounds.play(SoundEffect::programInProgress);
     setRunning(true);
     publish(m_playableOutputURL, {}, &ConverterViewModel::playableOutputURLChanged);
@@ -447,8 +471,8 @@ void ConverterViewModel::beginRun() {
     setLastError({});
     // An unfinished movie at this place is about to be replaced: there is nothing to decide any more.
     if (m_cancelledOutputPendingDeletion && isSamePlace(*m_cancelledOutputPendingDeletion, run.output)) {
-        publish(m_cancelledOutputPendingDeletion, {},
-                &ConverterViewModel::cancelledOutputPendingDeletionChanged);
+        logPrevious(*m_pendingOutput, true);
+        settlePendingOutput();
     }
     appendLog(localizedText("log_separator"));
     appendLog(localizedText("log_start_format", {dateText(m_services.clock.date())}));
@@ -463,12 +487,12 @@ void ConverterViewModel::launch(const Run& run) {
     m_activeRun = run;
     const auto reports = std::make_shared<RunReports>();
     auto taken = whileAlive([this, reports, number = run.number] { takeReports(number, *reports); });
-    auto ended = whileAlive([this, reports, run](const std::exception_ptr& error, const std::string& text) {
+    auto ended = whileAlive([this, reports, run](const std::optional<Failure>& failure) {
         takeReports(run.number, *reports);
-        if (!error) {
+        if (!failure) {
             runFinished(run);
         } else {
-            runFailed(run, isCancellation(error), text);
+            runFailed(run, *failure);
         }
         runEnded(run);
     });
@@ -487,17 +511,20 @@ void ConverterViewModel::launch(const Run& run) {
             callbacks.warned = [&](const std::string& text) {
                 if (reports->add(text)) mainActor.post(taken);
             };
-            std::exception_ptr error;
-            std::string text;
+            const auto output = std::make_shared<OutputPlace>(
+                run.output.path(), OutputTerms{run.existing, OutputTerms::MissingFolder::refuse});
+            std::optional<Failure> failure;
             try {
-                convert(run.input.path(), run.output.path(), run.settings, callbacks);
+                convert(run.input.path(), *output, run.settings, callbacks);
             } catch (...) {
-                error = std::current_exception();
-                text = currentErrorText();
+                failure = {isCancellation(std::current_exception()), currentErrorText(), output, false, {}};
+                failure->leavesMovie = leavesMovie(*output, failure->wasCancelled);
+                failure->replaced = output->previousPath();
+                if (!failure->leavesMovie) putBackQuietly(*output);
             }
             // The end is handled with access still, which goes with the last owner.
-            mainActor.post([ended, error, text, inputAccess = std::move(inputAccess),
-                            outputAccess = std::move(outputAccess)]() mutable { ended(error, text); });
+            mainActor.post([ended, failure, inputAccess = std::move(inputAccess),
+                            outputAccess = std::move(outputAccess)]() mutable { ended(failure); });
         });
 }
 
@@ -533,30 +560,48 @@ void ConverterViewModel::runFinished(const Run& run) {
     m_services.sounds.play(SoundEffect::transferComplete);
 }
 
-void ConverterViewModel::runFailed(const Run& run, bool wasCancelled, const std::string& text) {
+void ConverterViewModel::runFailed(const Run& run, const Failure& failure) {
     if (isCurrent(run.number)) {
-        if (wasCancelled) {
+        if (failure.wasCancelled) {
             setLastError({});
             setStatus("status_cancelled");
         } else {
-            setLastError(text);
+            setLastError(failure.text);
             setStatus("status_error");
         }
     }
-    if (!wasCancelled) appendLog(localizedText("log_error_format", {text}));
-    if (wasCancelled) offerPartialFile(run.output);
+    if (!failure.wasCancelled) appendLog(localizedText("log_error_format", {failure.text}));
+    offerPartialFile(run, failure);
     if (isCurrent(run.number)) {
         publish(m_playableOutputURL, {}, &ConverterViewModel::playableOutputURLChanged);
         setRunning(false);
     }
 }
 
-void ConverterViewModel::offerPartialFile(const URL& output) {
+void ConverterViewModel::offerPartialFile(const Run& run, const Failure& failure) {
+    const bool wasSetAside = !failure.replaced.empty();
     // `m_waitingRun` is the only later run that there can be: it begins when this one has ended.
-    if (m_waitingRun && isSamePlace(m_waitingRun->output, output)) return;
-    if (files::sizeOf(output.path()).value_or(0) == 0) return;
-    publish(m_cancelledOutputPendingDeletion, std::optional(output),
+    if (!failure.leavesMovie || (m_waitingRun && isSamePlace(m_waitingRun->output, run.output)))
+        return logPrevious(*failure.output, wasSetAside);
+    m_pendingOutput = failure.output;
+    m_pendingRunHasFailed = !failure.wasCancelled;
+    publish(m_cancelledOutputPendingDeletion, std::optional(run.output),
             &ConverterViewModel::cancelledOutputPendingDeletionChanged);
+}
+
+/// Says where the movie is that was to be replaced.
+void ConverterViewModel::logPrevious(const OutputPlace& output, bool wasSetAside) {
+    if (!output.previousPath().empty()) {
+        appendLog(localizedText("log_previous_kept_format", {output.previousPath()}));
+    } else if (wasSetAside) {
+        appendLog(localizedText("log_previous_restored_format", {output.path()}));
+    }
+}
+
+/// The question about an unfinished movie is over.
+void ConverterViewModel::settlePendingOutput() {
+    m_pendingOutput.reset();
+    publish(m_cancelledOutputPendingDeletion, {}, &ConverterViewModel::cancelledOutputPendingDeletionChanged);
 }
 
 /// The job of `run` is gone: the next may begin.
@@ -571,22 +616,28 @@ void ConverterViewModel::runEnded(const Run& run) {
 void ConverterViewModel::keepCancelledOutput() {
     if (!m_cancelledOutputPendingDeletion) return;
     appendLog(localizedText("log_cancelled_output_kept_format", {m_cancelledOutputPendingDeletion->path()}));
-    publish(m_cancelledOutputPendingDeletion, {}, &ConverterViewModel::cancelledOutputPendingDeletionChanged);
+    logPrevious(*m_pendingOutput, true);
+    settlePendingOutput();
 }
 
 void ConverterViewModel::deleteCancelledOutput() {
     if (!m_cancelledOutputPendingDeletion) return;
     const std::string path = m_cancelledOutputPendingDeletion->path();
-    publish(m_cancelledOutputPendingDeletion, {}, &ConverterViewModel::cancelledOutputPendingDeletionChanged);
-    if (!files::kindOf(path)) return;
+    const std::shared_ptr<OutputPlace> output = m_pendingOutput;
+    const bool wasSetAside = !output->previousPath().empty();
+    const bool isThere = files::kindOf(path).has_value();
+    settlePendingOutput();
     try {
-        files::removeFile(path);
-        appendLog(localizedText("log_cancelled_output_deleted_format", {path}));
+        const bool isOwn = output->isOwn();
+        output->putBack();
+        if (isThere && !isOwn) throw OutputError(OutputError::Case::replaced, path);
+        if (isThere) appendLog(localizedText("log_cancelled_output_deleted_format", {path}));
     } catch (const std::exception&) {
         const std::string text = localizedText("error_delete_cancelled_output_format", {currentErrorText()});
         setLastError(text);
         appendLog(localizedText("log_error_format", {text}));
     }
+    logPrevious(*output, wasSetAside);
 }
 
 }  // namespace zeb

@@ -16,6 +16,7 @@
 #include "conversion/model/ConverterServices.h"
 #include "conversion/model/RunReports.h"
 #include "conversion/model/SettingsModel.h"
+#include "platform/OutputPlace.h"
 #include "platform/URL.h"
 
 namespace zeb {
@@ -25,7 +26,8 @@ namespace zeb {
 ///
 /// One job runs at a time. After a cancel the job goes on until it notices; a run that is started meanwhile
 /// begins when it has ended, and already counts as running. What arrives late from an earlier run goes to the
-/// log only, but its unfinished file is offered for deletion unless a later run writes to the same place.
+/// log only, but its unfinished file is offered for deletion unless a later run writes to the same place. A
+/// movie that a run replaces stays until the new one is complete.
 ///
 /// The latest input counts: its analysis cancels the one before, whose result is ignored. A start during an
 /// analysis waits for the result.
@@ -65,10 +67,14 @@ public:
     double progress() const { return m_progress; }  ///< 0 ... 1
     QString statusText() const { return QString::fromStdString(m_statusText); }
     const std::optional<std::string>& lastError() const { return m_lastError; }
-    /// The unfinished movie of a cancelled run, while the user has to decide about it.
+    /// The unfinished movie of a run that was cancelled or has failed, while the user has to decide about it.
     const std::optional<URL>& cancelledOutputPendingDeletion() const {
         return m_cancelledOutputPendingDeletion;
     }
+    /// Whether that run has failed, and was not cancelled.
+    bool pendingRunHasFailed() const { return m_pendingRunHasFailed; }
+    /// The movie that the unfinished one was to replace, under the name that it has now; empty without one.
+    std::string pendingPreviousPath() const { return m_pendingOutput ? m_pendingOutput->previousPath() : ""; }
     const std::deque<std::string>& logLines() const { return m_logLines; }
 
     /// For windows: paths and texts that may be absent are empty then.
@@ -146,6 +152,16 @@ private:
         URL input;
         URL output;
         Settings settings;
+        /// A file that stood at the output when the run was asked for may be replaced.
+        OutputTerms::Existing existing = OutputTerms::Existing::keep;
+    };
+    /// How a run has ended that was not finished.
+    struct Failure {
+        bool wasCancelled = false;
+        std::string text;
+        std::shared_ptr<OutputPlace> output;
+        bool leavesMovie = false;  ///< an unfinished movie stands at the output
+        std::string replaced;      ///< where the movie was put that was to be replaced; empty without one
     };
 
     struct WaitingStart {
@@ -182,9 +198,11 @@ private:
     void launch(const Run& run);
     void takeReports(RunNumber number, RunReports& reports);
     void runFinished(const Run& run);
-    void runFailed(const Run& run, bool wasCancelled, const std::string& text);
+    void runFailed(const Run& run, const Failure& failure);
     void runEnded(const Run& run);
-    void offerPartialFile(const URL& output);
+    void offerPartialFile(const Run& run, const Failure& failure);
+    void settlePendingOutput();
+    void logPrevious(const OutputPlace& output, bool wasSetAside);
     bool isCurrent(RunNumber number) const { return number == m_runNumber; }
 
     ConverterServices m_services;
@@ -199,6 +217,8 @@ private:
     std::string m_statusText;
     std::optional<std::string> m_lastError;
     std::optional<URL> m_cancelledOutputPendingDeletion;
+    std::shared_ptr<OutputPlace> m_pendingOutput;  ///< of that movie
+    bool m_pendingRunHasFailed = false;
     std::deque<std::string> m_logLines;
 
     // What this model has proposed itself.

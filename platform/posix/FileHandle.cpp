@@ -180,6 +180,12 @@ public:
         }
     }
 
+    std::optional<FileIdentity> identity() const override {
+        const struct stat status = m_descriptor->status();
+        return FileIdentity{static_cast<std::uint64_t>(status.st_dev),
+                            static_cast<std::uint64_t>(status.st_ino)};
+    }
+
     void startWriteback() noexcept override {
         if (m_unsentBegin >= m_unsentEnd) return;
 #ifdef SYNC_FILE_RANGE_WRITE

@@ -1,5 +1,6 @@
 #include "platform/FileManager.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -82,11 +83,37 @@ void moveFile(const std::string& from, const std::string& to) {
     if (::rename(from.c_str(), to.c_str()) != 0) throw FileError(to, errno);
 }
 
-std::uint64_t spaceFreedByRemoving(const std::string& path) {
+bool moveToFreePlace(const std::string& from, const std::string& to) {
+#if defined(RENAME_NOREPLACE)
+    const int result = ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
+#elif defined(RENAME_EXCL)
+    const int result = ::renamex_np(from.c_str(), to.c_str(), RENAME_EXCL);
+#else
+    const int result = -1;
+    errno = ENOSYS;
+#endif
+    if (result == 0) return true;
+    if (errno == EEXIST) return false;
+    if (errno != ENOSYS && errno != EINVAL && errno != ENOTSUP) throw FileError(to, errno);
+    // A file system without that call. A second name replaces nothing either, where there are hard links.
+    if (::link(from.c_str(), to.c_str()) == 0) {
+        if (::unlink(from.c_str()) != 0) throw FileError(from, errno);
+        return true;
+    }
+    if (errno == EEXIST || kindOf(to)) return false;
+    moveFile(from, to);
+    return true;
+}
+
+std::optional<FileIdentity> identityOf(const std::string& path) {
     const auto status = statusOf(path, ::lstat);
-    if (!status || !S_ISREG(status->st_mode) || status->st_nlink != 1) return 0;
-    constexpr std::uint64_t block = 512;  // the unit of st_blocks, whatever the file system's own
-    return static_cast<std::uint64_t>(status->st_blocks) * block;
+    if (!status) return std::nullopt;
+    return FileIdentity{static_cast<std::uint64_t>(status->st_dev),
+                        static_cast<std::uint64_t>(status->st_ino)};
+}
+
+void requireWritableFolder(const std::string& folder, const std::string& path) {
+    if (::access(folder.c_str(), W_OK | X_OK) != 0) throw FileError(path, errno);
 }
 
 std::optional<std::uint64_t> freeSpace(const std::string& folder) {

@@ -5,31 +5,17 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <utility>
 
 #include "platform/FileManager.h"
 
 namespace zeb {
-namespace {
 
-/// Moves a file to a place where nothing stands yet; the error number otherwise.
-int moveToFreePlace(const std::string& from, const std::string& to) {
-    // A second name instead of a renaming, which would silently replace.
-    if (::link(from.c_str(), to.c_str()) == 0) return ::unlink(from.c_str()) == 0 ? 0 : errno;
-    if (errno == EEXIST) return errno;
-    // File systems without hard links.
-    if (files::kindOf(to)) return EEXIST;
-    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
-}  // namespace
-
-StagedOutput::StagedOutput(std::string folder) : m_folder(std::move(folder)) {
+StagedOutput::StagedOutput(std::string_view folder, OutputTerms terms) : m_folder(folder), m_terms(terms) {
     const std::string place = m_folder.empty() ? "." : m_folder;
     if (m_folder.find('\0') != std::string::npos) throw FileError(m_folder, EINVAL);
-    m_hasMadeFolder = ::mkdir(place.c_str(), 0777) == 0;
-    std::string pattern = placeOf(".zeb-XXXXXX");
+    if (m_terms.missingFolder == OutputTerms::MissingFolder::make)
+        m_hasMadeFolder = ::mkdir(place.c_str(), 0777) == 0;
+    std::string pattern = pathOf(".zeb-XXXXXX");
     if (::mkdtemp(pattern.data()) == nullptr) {
         const int error = errno;
         remove();
@@ -42,24 +28,28 @@ StagedOutput::~StagedOutput() {
     remove();
 }
 
-std::string StagedOutput::placeOf(const std::string& name) const {
-    return m_folder.empty() || m_folder.ends_with('/') ? m_folder + name : m_folder + "/" + name;
+std::string StagedOutput::pathOf(std::string_view name) const {
+    std::string path = m_folder;
+    if (!path.empty() && path.back() != '/') path += '/';
+    return path.append(name);
 }
 
-std::unique_ptr<WritableFile> StagedOutput::create(const std::string& name) {
-    auto file = createForWriting(m_stage + name, placeOf(name));
-    m_names.push_back(name);
+std::unique_ptr<WritableFile> StagedOutput::create(std::string_view name) {
+    place(name).check();
+    auto file = createForWriting(std::string(m_stage).append(name), pathOf(name));
+    m_names.emplace_back(name);
     return file;
 }
 
-void StagedOutput::commit(Existing existing) {
+void StagedOutput::commit() {
     for (const std::string& name : m_names) {
         const std::string from = m_stage + name;
-        const std::string to = placeOf(name);
-        if (existing == Existing::replace) {
+        const std::string to = pathOf(name);
+        if (m_terms.existing == OutputTerms::Existing::replace) {
+            place(name).check();
             files::moveFile(from, to);
-        } else if (const int error = moveToFreePlace(from, to); error != 0) {
-            throw FileError(to, error);
+        } else if (!files::moveToFreePlace(from, to)) {
+            throw OutputError(OutputError::Case::appeared, to);
         }
         m_hasMadeFolder = false;  // it holds something now
     }

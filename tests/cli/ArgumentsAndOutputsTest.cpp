@@ -5,6 +5,7 @@
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "cli/EncodeJob.h"
 #include "cli/ExportJob.h"
@@ -104,30 +105,55 @@ TEST(EncodeJobs, RefuseWhatWouldCollide) {
     EXPECT_EQ(plan({folder + "/old.zeb"}).size(), 1u);
 }
 
-TEST(PartialOutput, LeavesAloneWhatIsNotItsOwn) {
-    const test::TemporaryFolder folder;
-    const std::string path = folder.file("a.zeb");
-    PartialOutput output{path};
-    // An old movie that the run never came to replace.
-    test::store(path, golden::unfinishedMovie());
-    output.noteCreated();
-    EXPECT_EQ(output.settle().text, "");
-    EXPECT_EQ(test::contents<golden::Bytes>(path), golden::unfinishedMovie());
-
-    // A movie that someone else put there before the run created its own.
-    output.noteReplaced();
-    EXPECT_EQ(output.settle().text, "");
-    EXPECT_TRUE(std::filesystem::exists(path));
-
-    // One that someone else put there afterwards.
-    output.noteCreated();
-    std::filesystem::rename(path, folder.file("moved"));
-    test::store(path, "");
-    EXPECT_NE(output.settle().text, "");
-    EXPECT_TRUE(std::filesystem::remove(path));
-
-    // Nothing there any more.
-    EXPECT_EQ(output.settle().text, "");
+TEST(PartialOutput, SettlesOnlyWhatItsRunMade) {
+    const golden::Bytes unfinished = golden::unfinishedMovie();
+    const golden::Bytes header(unfinished.begin(), unfinished.begin() + 44);
+    const struct {
+        bool hasOld;
+        std::optional<golden::Bytes> written;  ///< nothing: the run came to no file
+        bool isReplaced;                       ///< by a file of others
+        std::int64_t keptSeconds;
+        bool oldIsBack;
+        std::string text;
+    } cases[] = {
+        {false, {}, false, 0, false, ""},
+        {true, {}, false, 0, true, ""},
+        {false, header, false, 0, false, "no whole second yet and was removed"},
+        {true, header, false, 0, true, "is back in its place"},
+        {true, golden::Bytes(), false, 0, true, "is back in its place"},
+        {false, unfinished, false, 2, false, "finished after 2 seconds"},
+        {true, unfinished, false, 2, false, "a.previous.zeb"},
+        {false, unfinished, true, 0, false, "is left alone"},
+        {true, unfinished, true, 0, false, "a.previous.zeb"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        const test::TemporaryFolder folder;
+        const std::string path = folder.file("a.zeb");
+        const std::string previous = folder.file("a.previous.zeb");
+        if (c.hasOld) test::store(path, "old");
+        OutputPlace output(path, {OutputTerms::Existing::replace, {}});
+        output.setAside();
+        if (c.written) {
+            output.create()->close();
+            test::store(path, *c.written);
+        }
+        if (c.isReplaced) {
+            std::filesystem::remove(path);
+            test::store(path, unfinished);
+        }
+        const PartialOutcome outcome = settlePartialMovie(output);
+        EXPECT_EQ(outcome.keptSeconds, c.keptSeconds);
+        EXPECT_NE(outcome.text.find(c.text), std::string::npos) << outcome.text;
+        EXPECT_EQ(outcome.text.empty(), c.text.empty());
+        if (c.isReplaced) {
+            EXPECT_EQ(test::contents<golden::Bytes>(path), unfinished);
+        } else if (c.keptSeconds == 0) {
+            EXPECT_EQ(test::contents(path), c.oldIsBack ? "old" : "");
+            EXPECT_EQ(std::filesystem::exists(path), c.oldIsBack);
+        }
+        EXPECT_EQ(test::contents(previous), c.hasOld && !c.oldIsBack ? "old" : "");
+    }
 }
 
 TEST(ExportTime, ReadsWhatPeopleWrite) {

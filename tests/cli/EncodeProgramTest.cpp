@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -56,14 +57,17 @@ TEST_F(EncodeProgram, DoesWhatTheOptionsSayAndTellsProgressInJson) {
     EXPECT_EQ(header.title, "QL");
     std::istringstream stream(result.out);
     std::int64_t frames = 0;
+    int complete = 0;
     nlohmann::json json;
     for (std::string line; std::getline(stream, line);) {
         json = nlohmann::json::parse(line);
         if (json["type"] != "progress") continue;
         EXPECT_GE(json["frames"], frames);
         frames = json["frames"];
+        complete += json["fraction"] == 1;
     }
     EXPECT_EQ(frames, 12);
+    EXPECT_EQ(complete, 1) << "one line says that all is done";
     EXPECT_EQ(json["type"], "done");
     EXPECT_EQ(json["bytes"], fs::file_size(m_folder.file("other.zeb")));
 }
@@ -100,8 +104,7 @@ TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
     const std::string before = contents(m_folder.file("a.mov"));
     fs::create_symlink("a.mov", m_folder.file("soft.zeb"));
     for (const std::string output : {"a.mov", "soft.zeb"}) {
-        expectFailure({"encode", "a.mov", "-o", output, "--force"}, 4,
-                      "a.mov: The output file cannot be created: " + output + "\n");
+        expectFailure({"encode", "a.mov", "-o", output, "--force"}, 4, output + ": is the input itself\n");
         EXPECT_EQ(contents(m_folder.file("a.mov")), before);
     }
 }
@@ -134,11 +137,49 @@ TEST_F(EncodeProgram, KeepsWholeSecondsOnAFullDisk) {
         m_options.fileSizeLimit = isLate ? fs::file_size(m_movie) * 9 / 10 : 1000;
         const auto result = zeb({"encode", "a.mov", "--force"});
         EXPECT_EQ(result.exitCode, 4);
-        const std::string outcome = isLate ? "was finished after 2 seconds and plays as a shorter movie\n"
-                                           : "had no whole second yet and was removed\n";
+        const std::string outcome = isLate ? "was finished after 2 seconds and plays as a shorter movie; "
+                                             "the movie of before is now a.previous.zeb\n"
+                                           : "had no whole second yet and was removed; "
+                                             "the movie of before is back in its place\n";
         EXPECT_EQ(result.error, "zeb: a.zeb: File too large; a.zeb " + outcome);
-        EXPECT_EQ(fs::exists(m_movie) ? rightMovie(m_movie).seconds : 0, isLate ? 2 : 0);
+        EXPECT_EQ(rightMovie(m_movie).seconds, 2);
+        EXPECT_EQ(rightMovie(m_folder.file("a.previous.zeb")).seconds, 3);
     }
+}
+
+TEST_F(EncodeProgram, KeepsTheMovieOfBeforeUntilTheNewOneIsComplete) {
+    makeLongClip(m_folder.file("long.mkv"), "1280x720", 30, 60);
+    store(m_folder.file("text.mp4"), "This is no video.\n");
+    store(m_movie, "precious");
+    expectFailure({"encode", "text.mp4", "-o", "a.zeb", "--force"}, 3, "text.mp4");
+    expectFailure({"encode", "text.mp4", "-o", "new/"}, 3, "text.mp4");
+    EXPECT_EQ(contents(m_movie), "precious");
+
+    // Something happens as soon as a second is written.
+    const auto during = [&](const std::function<void(ChildProcess&)>& happens) {
+        ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv", "-o", "a.zeb", "--force"}),
+                         m_options);
+        while (const auto line = zeb.readLine()) {
+            const auto json = nlohmann::json::parse(*line);
+            if (json["type"] == "progress" && json["frames"] > 30) break;
+        }
+        happens(zeb);
+        return zeb.finish();
+    };
+    const std::string previous = m_folder.file("a.previous.zeb");
+    EXPECT_EQ(during([](ChildProcess& zeb) { zeb.sendSignal(SIGKILL); }).exitCode, -SIGKILL);
+    EXPECT_EQ(contents(previous), "precious");
+    EXPECT_EQ(zeb({"repair", "a.zeb", "--force"}).exitCode, 0);
+
+    // Another run takes the place: its movie stays, and no success is said of the first one.
+    const auto first = during([&](ChildProcess& zeb) {
+        EXPECT_EQ(runZeb({"encode", "a.mov", "--force", "--progress", "none"}, m_options).exitCode, 0);
+        zeb.sendSignal(SIGINT);
+    });
+    EXPECT_EQ(first.exitCode, 130);
+    EXPECT_THAT(first.error, HasSubstr("a.zeb is another file by now and is left alone"));
+    EXPECT_EQ(rightMovie(m_movie).seconds, 3);
+    EXPECT_EQ(contents(previous), "precious");
 }
 
 TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
@@ -157,6 +198,7 @@ TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
     expectFailure({"encode", "a.mov", "-o", "text.mp4/new.zeb"}, 4, "zeb: text.mp4/new.zeb: ");
     expectFailure({"encode", "a.mov", "-o", "pipe.mp4", "--force"}, 4, "zeb: pipe.mp4: ");
     expectFailure({"encode", "folder", "--force"}, 4, "zeb: folder.zeb: ");
+    expectFailure({"encode", "a.mov", "-o", "missing/new.zeb", "--estimate"}, 4, "zeb: missing/new.zeb: ");
     for (const std::vector<std::string>& words :
          {std::vector<std::string>{}, {"info"}, {"encode", ""}, {"encode", "a.mov", "--mode", "\x1b[2J\n"}})
         expectFailure(words, 2, "");
@@ -213,10 +255,17 @@ TEST_F(EncodeProgram, MakesAShorterMovieWhenInterrupted) {
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
         EXPECT_EQ(result.exitCode, 130);
         EXPECT_THAT(result.error, HasSubstr("zeb: long.mkv: interrupted; long.zeb was finished after "));
-        const auto last =
-            nlohmann::json::parse(result.out.substr(result.out.rfind('\n', result.out.size() - 2) + 1));
-        EXPECT_EQ(last["exitCode"], 130);
-        EXPECT_EQ(last["keptSeconds"], rightMovie(m_folder.file("long.zeb")).seconds);
+        EXPECT_THAT(result.error, HasSubstr("zeb: a.mov: not begun because of the interrupt\n"));
+        std::istringstream lines(result.out.substr(result.out.find("{\"type\":\"error\"")));
+        for (const std::string input : {"long.mkv", "a.mov"}) {
+            std::string line;
+            std::getline(lines, line);
+            const auto end = nlohmann::json::parse(line);
+            EXPECT_EQ(end["input"], input);
+            EXPECT_EQ(end["exitCode"], 130);
+            EXPECT_EQ(end["keptSeconds"],
+                      input == "a.mov" ? 0 : rightMovie(m_folder.file("long.zeb")).seconds);
+        }
         // The interrupt ends everything: the next input is not even looked at.
         EXPECT_FALSE(fs::exists(m_movie));
         fs::remove(m_folder.file("long.zeb"));

@@ -67,9 +67,9 @@ TEST_F(ExportProgram, RefusesInOneLineAndLeavesNothing) {
         {{"text.zeb", "-o", "n.mp4"}, 3, "text.zeb: Not a ZEB1 file"},
         {{"a.zeb", "-o", "b.mp4"}, 4, "b.mp4: exists already (use --force to replace it)"},
         {{"a.zeb", "-o", "frame-%05d.png"}, 4, "frame-00007.png: exists already"},
-        {{"a.zeb", "-o", "link.mp4", "--force"}, 4, "link.mp4: is the movie itself"},
+        {{"a.zeb", "-o", "link.mp4", "--force"}, 4, "link.mp4: is the input itself"},
         {{"a.zeb", "-o", "pipe.mp4", "--force"}, 4, "pipe.mp4: not a regular file"},
-        {{"a.zeb", "-o", "missing/n.mp4"}, 4, "missing/n.mp4: No such file or directory"},
+        {{"a.zeb", "-o", "missing/n.mp4"}, 4, "missing/n.mp4: there is no folder \"missing\""},
         {{"a.zeb", "-o", "n.png", "--frame", "30"}, 2, "There is nothing at frame 30"},
         {{"a.zeb", "-o", "n.png"}, 2, "names one picture"},
     };

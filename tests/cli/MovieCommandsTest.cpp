@@ -81,8 +81,11 @@ TEST_F(InfoProgram, TellsWhatTheProgramCan) {
     EXPECT_THAT(zeb({"--help"}).out, HasSubstr("encode"));
     EXPECT_THAT(zeb({"--version"}).out, StartsWith("zeb "));
     if (std::ifstream("/dev/full")) {
-        EXPECT_EQ(ChildProcess({"sh", "-c", "exec " ZEB_PROGRAM " --help > /dev/full"}, {}).finish().exitCode,
-                  4);
+        store(m_folder.file("a.zeb"), golden::movie());
+        for (const std::string words : {"--help", "info a.zeb", "verify a.zeb"}) {
+            const std::string line = "exec " ZEB_PROGRAM " " + words + " > /dev/full";
+            EXPECT_EQ(ChildProcess({"sh", "-c", line}, m_options).finish().exitCode, 4) << words;
+        }
     }
 }
 
@@ -176,7 +179,7 @@ TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
         expectFailure({"thumbnail", wrong, "a.png"}, 3, wrong);
     expectFailure({"thumbnail", "a.zeb", "nowhere/picture/a.png"}, 4, "");
     expectFailure({"thumbnail", "a.zeb", "a.png", "--size", "0"}, 2, "");
-    expectFailure({"thumbnail", "a.zeb", "./a.zeb"}, 4, "is the movie itself");
+    expectFailure({"thumbnail", "a.zeb", "./a.zeb"}, 4, "is the input itself");
     EXPECT_EQ(contents(m_folder.file("a.png")), "old");
 
     EXPECT_EQ(zeb({"thumbnail", "a.zeb", "a.png", "--size", "48"}).exitCode, 0);

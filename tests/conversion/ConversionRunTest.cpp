@@ -126,7 +126,8 @@ protected:
     ConversionRunTest() { library.add(input, filmOf()); }
 
     void convert(const Settings& settings = settingsOf(), int threads = 2) {
-        ConversionRun(library, threads).convert(input, output, settings, callbacks);
+        OutputPlace place(output, {OutputTerms::Existing::replace, {}});
+        ConversionRun(library, threads).convert(input, place, settings, callbacks);
     }
 
     /// The case of the converter's error that converting ends with; nothing when it ends well.
@@ -269,9 +270,11 @@ TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
 
 TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
     std::vector<Bytes> stages = expectedMovie(settingsOf(), 2).begun;
-    stages.insert(stages.begin(), Bytes());
+    stages.insert(stages.begin(), {'o', 'l', 'd'});
+    const std::string previous = folder.file("film.previous.zeb");
     std::vector<bool> seen(stages.size());
     for (int patience = 0;; ++patience) {
+        fs::remove(output);
         test::store(output, "old");
         std::atomic<int> asked = 0;
         callbacks.isCancelled = [&] { return asked++ >= patience; };
@@ -282,7 +285,7 @@ TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
         EXPECT_LE(asked - patience, 3);
         const auto stage = std::find(stages.begin(), stages.end(), written());
         ASSERT_NE(stage, stages.end()) << "a torn file after " << patience;
-        EXPECT_EQ(stage == stages.begin(), !fs::exists(output));
+        EXPECT_EQ(stage != stages.begin(), fs::remove(previous)) << "back in its place, or beside it";
         seen[static_cast<std::size_t>(stage - stages.begin())] = true;
     }
     EXPECT_TRUE(seen[0]);  // before the file existed
@@ -316,10 +319,11 @@ TEST_F(ConversionRunTest, replacesFilesAndLinksButNoFolder) {
     convert();
     EXPECT_FALSE(fs::is_symlink(output));
     EXPECT_EQ(test::contents<Bytes>(target).size(), 8u);
+    EXPECT_THAT(folder.names(), testing::ElementsAre("film.zeb", "target"));
 
     output = folder.file("folder");
     fs::create_directory(output);
-    EXPECT_THROW(convert(), FileError);
+    EXPECT_THROW(convert(), OutputError);
     EXPECT_TRUE(fs::is_directory(output));
 
     output = folder.file("missing/film.zeb");
@@ -336,13 +340,16 @@ TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
             test::MemoryDisk disk;
             disk.failFrom = call;
             disk.failTo = forGood ? std::numeric_limits<int>::max() : call;
-            const auto create = [&](const std::string& path) -> std::unique_ptr<WritableFile> {
-                if (disk.countCall()) throw ZEBConverterError::cannotCreateOutput(path);
+            fs::remove(output);
+            OutputPlace place(output);
+            const auto create = [&](OutputPlace& there) -> std::unique_ptr<WritableFile> {
+                if (disk.countCall()) throw ZEBConverterError::cannotCreateOutput(there.path());
+                there.create();
                 return std::make_unique<test::MemoryWritableFile>(disk);
             };
             std::string error;
             try {
-                ConversionRun(library, 2, create).convert(input, output, settingsOf(), callbacks);
+                ConversionRun(library, 2, create).convert(input, place, settingsOf(), callbacks);
             } catch (const std::exception& failure) {
                 error = failure.what();
             }
@@ -374,6 +381,69 @@ TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
             }
         }
     }
+}
+
+/// Success is only said of the file that was made, and files of others stay.
+TEST_F(ConversionRunTest, leavesAloneWhatOthersDoToItsPlace) {
+    using Case = OutputError::Case;
+    const std::string other = folder.file("film.previous.zeb");
+    const struct {
+        std::string event;  ///< "create": before the file is made, "write": while it grows
+        std::function<void()> happens;
+        Case expected;
+        std::string left;  ///< at the place
+        std::string previous;
+    } cases[] = {
+        {"create", [&] { test::store(output, "theirs"); }, Case::appeared, "theirs", ""},
+        {"write", [&] { fs::remove(output); }, Case::removed, "", ""},
+        {"write", [&] { fs::rename(output, folder.file("moved")); }, Case::removed, "", ""},
+        {"write", [&] { fs::remove(output), test::store(output, "theirs"); }, Case::replaced, "theirs", ""},
+        {"old create", [&] { test::store(output, "theirs"); }, Case::appeared, "theirs", "old"},
+        {"old write", [&] { fs::remove(output); }, Case::removed, "old", ""},
+        {"old write", [&] { fs::remove(output), test::store(output, "theirs"); }, Case::replaced, "theirs",
+         "old"},
+    };
+    for (const auto& [event, happens, expected, left, previous] : cases) {
+        SCOPED_TRACE(event + " " + std::to_string(static_cast<int>(expected)));
+        fs::remove(other);
+        fs::remove(output);
+        if (event.starts_with("old")) test::store(output, "old");
+        bool hasHappened = false;
+        const auto once = [&, happens = happens] {
+            if (!std::exchange(hasHappened, true)) happens();
+        };
+        callbacks.planned = {};
+        callbacks.advanced = {};
+        if (event.ends_with("create")) {
+            callbacks.planned = [&](const ConversionPlan&) { once(); };
+        } else {
+            callbacks.advanced = [&](std::int64_t, std::uint64_t) { once(); };
+        }
+        OutputPlace place(
+            output,
+            {event.starts_with("old") ? OutputTerms::Existing::replace : OutputTerms::Existing::keep, {}});
+        std::optional<Case> error;
+        try {
+            ConversionRun(library, 2).convert(input, place, settingsOf(), callbacks);
+        } catch (const OutputError& failure) {
+            error = failure.errorCase();
+        }
+        EXPECT_EQ(error, expected);
+        place.putBack();
+        EXPECT_EQ(test::contents(output), left);
+        EXPECT_EQ(test::contents(other), previous);
+    }
+}
+
+TEST_F(ConversionRunTest, countsEveryFrameOnceAndTheLastOfASecondWhenItIsWritten) {
+    const ExpectedMovie expected = expectedMovie(settingsOf(), 2);
+    std::int64_t last = 0;
+    callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t bytes) {
+        EXPECT_EQ(framesDone, ++last);
+        EXPECT_EQ(bytes, expected.begun[static_cast<std::size_t>(framesDone / fps)].size());
+    };
+    convert();
+    EXPECT_EQ(last, frameCount);
 }
 
 TEST_F(ConversionRunTest, passesOnWhatTheFormatCannotHold) {

@@ -220,7 +220,11 @@ TEST_F(Export, WritesSoundByteByByte) {
 
 TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
     writeMovie({{6, {0, 2, 0, 1, 0, 0, 0, 0, 0, 0, 99, 255, 0, 0, 98, 255}}});  // 2 x 1 pixels
-    const ExportSettings settings{.kind = Kind::pictures, .scale = 3, .from = 1'250'000, .to = 2'000'000};
+    const ExportSettings settings{.kind = Kind::pictures,
+                                  .scale = 3,
+                                  .from = 1'250'000,
+                                  .to = 2'000'000,
+                                  .terms = {{}, OutputTerms::MissingFolder::make}};
     EXPECT_EQ(run(settings, "new/f%03d.png").files, 3);
     EXPECT_THAT(m_films.taken.reds, ElementsAre(5, 99, 7));
     EXPECT_THAT(m_films.taken.widths, ElementsAre(3, 6, 3));
@@ -238,7 +242,9 @@ TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
         for (int polls = 0;; ++polls) {
             m_polls = polls;
             try {
-                run({.kind = kind, .replaces = true}, output);
+                run({.kind = kind,
+                     .terms = {OutputTerms::Existing::replace, OutputTerms::MissingFolder::make}},
+                    output);
                 break;
             } catch (const ZEBConverterError& error) {
                 ASSERT_EQ(error.errorCase(), ZEBConverterError::Case::cancelled);

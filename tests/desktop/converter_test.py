@@ -331,6 +331,10 @@ class ConverterTest(DesktopTest):
         self.assertIn("640x480", self.zeb("info", movie))
         self.zeb("verify", movie)
         self.assertIn("1 frame per second", self.zeb("info", movie))
+        # The permission ended with the run.
+        self.desktop.keys("Return")
+        application.find("push button", "Replace")
+        self.zeb("verify", movie)
 
     def test_a_name_with_a_dot_still_becomes_a_movie_and_replaces_only_what_was_shown(self):
         application, movie = self.open_clip()

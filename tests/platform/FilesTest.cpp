@@ -10,7 +10,7 @@ namespace zeb {
 namespace {
 
 namespace fs = std::filesystem;
-using enum StagedOutput::Existing;
+using enum OutputTerms::Existing;
 using Bytes = std::vector<std::uint8_t>;
 
 /// What the `FileError` is about that `action` throws, and its number; 0 when it throws none.
@@ -160,32 +160,36 @@ TEST(StagedOutput, ShowsFilesOnlyWhenAllAreCompleteAndReplacesOnlyWhenTold) {
     const test::TemporaryFolder folder;
     const std::string place = folder.file("new/a");
     for (const auto& [text, existing] : {std::pair{"1", keep}, {"2", replace}}) {
+        const OutputTerms terms{existing, OutputTerms::MissingFolder::make};
         {
-            StagedOutput givenUp(folder.file("new/"));
+            StagedOutput givenUp(folder.file("new/"), terms);
             put(givenUp, "a", "0");
             put(givenUp, "b", "0");
         }
         EXPECT_EQ(fs::exists(folder.file("new")), existing == replace);
-        StagedOutput stage(folder.file("new"));
+        StagedOutput stage(folder.file("new"), terms);
         put(stage, "a", text);
         put(stage, "b", text);
         EXPECT_EQ(test::contents(place), existing == replace ? "1" : "");
-        stage.commit(existing);
+        stage.commit();
         EXPECT_EQ(test::contents(place), text);
     }
     EXPECT_EQ(folder.names(), std::vector<std::string>({"new", "new/a", "new/b"}));
-    StagedOutput stage(folder.file("new"));
-    put(stage, "a", "3");
-    EXPECT_EQ(errorOf([&] { stage.commit(keep); }), std::pair(place, EEXIST));
-    EXPECT_EQ(test::contents(place), "2");
+    StagedOutput stage(folder.file("new"), {});
+    EXPECT_THROW(stage.create("a"), OutputError);
+    put(stage, "c", "3");
+    test::store(folder.file("new/c"), "put there meanwhile");
+    EXPECT_THROW(stage.commit(), OutputError);
+    EXPECT_EQ(test::contents(folder.file("new/c")), "put there meanwhile");
 }
 
 TEST(StagedOutput, NamesTheLaterPlaceInErrors) {
     const test::TemporaryFolder folder;
     test::store(folder.file("file"), "");
-    for (const std::string& place : {folder.file("missing/deeper"), folder.file("file")})
-        EXPECT_EQ(errorOf([&] { StagedOutput stage(place); }).first, place);
-    StagedOutput stage(folder.path());
+    for (const std::string& place : {folder.file("missing"), folder.file("file")})
+        EXPECT_EQ(errorOf([&] { StagedOutput stage(place, {}); }).first, place);
+    EXPECT_FALSE(fs::exists(folder.file("missing")));
+    StagedOutput stage(folder.path(), {});
     const std::string tooLong(300, 'x');
     EXPECT_EQ(errorOf([&] { stage.create(tooLong); }), std::pair(folder.file(tooLong), ENAMETOOLONG));
 }

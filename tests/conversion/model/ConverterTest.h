@@ -70,14 +70,14 @@ protected:
     fake::HandDrivenMainActor mainActor;
     fake::HandDrivenTasks tasks;
     fake::HandDrivenClock clock;
-    /// What happens in place of a conversion, and the settings of each.
+    /// What happens in place of a conversion, once its file has been created, and the settings of each.
     std::function<void(const ConversionCallbacks&, const std::string& output)> run =
         [](const ConversionCallbacks&, const std::string&) {};
     std::vector<Settings> runs;
     std::unique_ptr<ConverterViewModel> makeModel() {
         return std::make_unique<ConverterViewModel>(
             ConverterServices{films,
-                              [this](const std::string&, const std::string& output, const Settings& settings,
+                              [this](const std::string&, OutputPlace& output, const Settings& settings,
                                      const ConversionCallbacks& callbacks) {
                                   runs.push_back(settings);
                                   run(callbacks, output);

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -13,6 +14,7 @@
 #include "format/ZEBConverterError.h"
 #include "platform/LocalizedText.h"
 #include "tests/conversion/model/ConverterTest.h"
+#include "tests/format/GoldenMovie.h"
 
 namespace zeb {
 namespace {
@@ -387,7 +389,7 @@ TEST_F(ConverterViewModelTest, RunThatFails) {
     EXPECT_EQ(status(), localizedText("status_error"));
     EXPECT_THAT(log(), HasSubstr("There is no video track."));
     EXPECT_FALSE(model->isRunning());
-    EXPECT_FALSE(model->cancelledOutputPendingDeletion()) << "only a cancelled run's file is asked about";
+    EXPECT_FALSE(model->cancelledOutputPendingDeletion()) << "not even a second is there";
 
     run = [](const ConversionCallbacks&, const std::string&) { throw std::bad_alloc(); };
     model->start();
@@ -446,13 +448,75 @@ TEST_F(ConverterViewModelTest, CancelKeepOrDelete) {
     EXPECT_FALSE(model->cancelledOutputPendingDeletion());
     EXPECT_FALSE(fs::exists(output));
 
-    // A file that cannot be removed: by now something else stands there.
+    // By now something else stands there.
     startAndSettle();
     fs::remove(output);
     fs::create_directory(output);
     model->deleteCancelledOutput();
     EXPECT_THAT(*model->lastError(), HasSubstr(output));
     EXPECT_TRUE(fs::exists(output));
+}
+
+/// Ends by a cancel or an error x with an older movie or without x what had been written by then.
+TEST_F(ConverterViewModelTest, UnfinishedMovieAndTheOneBefore) {
+    namespace golden = test::golden;
+    prepare();
+    const std::string previous = folder.file("film.previous.zeb");
+    const golden::Bytes header(golden::unfinishedMovie().begin(), golden::unfinishedMovie().begin() + 44);
+    for (const bool isCancelled : {true, false}) {
+        for (const bool hasOld : {true, false}) {
+            for (const bool hasSecond : {true, false}) {
+                SCOPED_TRACE(testing::Message() << isCancelled << hasOld << hasSecond);
+                fs::remove(output);
+                if (hasOld) test::store(output, "old");
+                run = [&](const ConversionCallbacks&, const std::string& path) {
+                    EXPECT_EQ(fs::exists(previous), hasOld);
+                    test::store(path, hasSecond ? golden::unfinishedMovie() : header);
+                    if (isCancelled) throw ZEBConverterError::cancelled();
+                    throw FileError(path, ENOSPC);
+                };
+                startAndSettle();
+                const bool asks = hasSecond || (isCancelled && !hasOld);
+                ASSERT_EQ(model->cancelledOutputPendingDeletion().has_value(), asks);
+                EXPECT_EQ(model->lastError().has_value(), !isCancelled);
+                if (!asks) {
+                    EXPECT_EQ(test::contents(output), hasOld ? "old" : "");
+                    EXPECT_FALSE(fs::exists(previous));
+                    continue;
+                }
+                EXPECT_EQ(model->pendingRunHasFailed(), !isCancelled);
+                EXPECT_EQ(model->pendingPreviousPath(), hasOld ? previous : "");
+                model->deleteCancelledOutput();
+                EXPECT_EQ(test::contents(output), hasOld ? "old" : "");
+                if (hasOld) {
+                    EXPECT_EQ(model->logLines().back(),
+                              localizedText("log_previous_restored_format", {output}));
+                }
+
+                startAndSettle();
+                model->keepCancelledOutput();
+                EXPECT_TRUE(fs::exists(output));
+                EXPECT_EQ(test::contents(previous), hasOld ? "old" : "");
+                if (hasOld) {
+                    EXPECT_EQ(model->logLines().back(),
+                              localizedText("log_previous_kept_format", {previous}));
+                }
+                fs::remove(previous);
+            }
+        }
+    }
+}
+
+TEST_F(ConverterViewModelTest, ReplacesOnlyWhatStoodThereAtTheStart) {
+    prepare();
+    model->start();
+    test::store(output, "theirs");  // before the job comes to it
+    settle();
+    EXPECT_EQ(test::contents(output), "theirs");
+    EXPECT_THAT(*model->lastError(), HasSubstr("exists already"));
+    startAndSettle();
+    EXPECT_EQ(test::contents(output), "");
+    EXPECT_EQ(model->playableOutputURL()->path(), output);
 }
 
 TEST_F(ConverterViewModelTest, StartAgainWhileTheCancelledJobStillEnds) {
@@ -501,8 +565,9 @@ TEST_F(ConverterViewModelTest, TheNextRunToTheSamePlaceKeepsItsFile) {
     EXPECT_FALSE(model->cancelledOutputPendingDeletion());
     EXPECT_EQ(model->playableOutputURL()->path(), output);
 
-    // A question that is still open goes when the next run starts, and comes back if that never begins.
-    run = [&](const ConversionCallbacks&, const std::string&) {
+    // A question that is still open goes when the next run starts; the movie comes back if that makes none.
+    run = [&](const ConversionCallbacks&, const std::string& path) {
+        if (runs.size() == 3) test::store(path, test::golden::unfinishedMovie());
         model->cancel();
         throw ZEBConverterError::cancelled();
     };
@@ -510,9 +575,9 @@ TEST_F(ConverterViewModelTest, TheNextRunToTheSamePlaceKeepsItsFile) {
     ASSERT_TRUE(model->cancelledOutputPendingDeletion());
     model->start();
     EXPECT_FALSE(model->cancelledOutputPendingDeletion());
-    model->cancel();
     settle();
-    EXPECT_TRUE(model->cancelledOutputPendingDeletion()) << "nobody writes there now";
+    EXPECT_FALSE(model->cancelledOutputPendingDeletion());
+    EXPECT_EQ(test::contents<test::golden::Bytes>(output), test::golden::unfinishedMovie());
 }
 
 TEST_F(ConverterViewModelTest, UnwritableFolderAsksForAnotherPlace) {

@@ -29,7 +29,7 @@ protected:
         threads = std::make_unique<ThreadTasks>();
         model = std::make_unique<ConverterViewModel>(ConverterServices{
             *media,
-            [this](const std::string& source, const std::string& movie, const Settings& settings,
+            [this](const std::string& source, OutputPlace& movie, const Settings& settings,
                    const ConversionCallbacks& callbacks) {
                 ConversionCallbacks held = callbacks;
                 held.progress = [this, &callbacks](const std::string& text, double fraction) {
