@@ -35,7 +35,7 @@ std::int32_t read32(Bytes bytes, std::size_t offset) {
                                      static_cast<std::uint32_t>(read16(bytes, offset + 2)));
 }
 
-// Exactly floor(x * 255 / 31) and floor(x * 255 / 63), in 16-bit steps that vectorise well.
+// Equal to floor(x * 255 / 31) and floor(x * 255 / 63), in 16-bit arithmetic that vectorises well.
 ZEB_ALWAYS_INLINE constexpr std::uint16_t expand5(std::uint16_t value) {
     return static_cast<std::uint16_t>(static_cast<std::uint16_t>(value * 2106) >> 8);
 }
@@ -48,7 +48,7 @@ constexpr std::uint32_t opaquePixel(std::uint32_t red, std::uint32_t green, std:
     return 0xFF000000 | red << 16 | green << 8 | blue;
 }
 
-/// The halves of a pixel: blue and green, red and alpha.
+/// The two halves of a pixel: blue and green, red and alpha.
 struct PixelHalves {
     std::uint16_t blueGreen, redAlpha;
 };
@@ -108,9 +108,9 @@ ZEB_FOR_AVX2 void convertMode32AVX2(Mode32Interpretation interpretation, const s
     convertMode32(interpretation, bytes, count, pixels);
 }
 
-/// Eight pixels of a group of bit planes: a byte of green bits and one of red bits, first pixel highest.
+/// Decodes a group of eight pixels: a byte of green bits and a byte of red bits, first pixel highest.
 void convertMode4Group(std::uint8_t greens, std::uint8_t reds, std::uint8_t* pixels) {
-    // The screen shows green and red together as white.
+    // The screen shows white where both bits are set.
     constexpr std::array<std::uint32_t, 4> palette = {opaquePixel(0, 0, 0), opaquePixel(255, 0, 0),
                                                       opaquePixel(0, 255, 0), opaquePixel(255, 255, 255)};
     for (int k = 0; k < 8; ++k) {
@@ -145,7 +145,7 @@ void convertMode64Row(const std::uint8_t* bytes, int count, std::uint8_t* pixels
     }
 }
 
-/// A picture of that size with bytes to be filled; nothing when memory does not suffice.
+/// Returns a picture of this size with uninitialised pixels; nothing if memory is short.
 std::optional<FrameImage> makeImage(int width, int height) {
     FrameImage image{width, height, {}};
     try {
@@ -157,7 +157,7 @@ std::optional<FrameImage> makeImage(int width, int height) {
     return image;
 }
 
-/// Pixels without a header: 32-bit ones as they are shown, or 16-bit ones of RGB 5-6-5, low byte first.
+/// Decodes raw pixels: 32-bit pixels as shown, or 16-bit RGB 5-6-5 pixels, low byte first.
 std::optional<FrameImage> decodeRaw(Bytes bytes, int width, int height) {
     if (width < 1 || height < 1) return std::nullopt;
     const std::uint64_t count = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
@@ -179,7 +179,7 @@ std::optional<FrameImage> decodeRaw(Bytes bytes, int width, int height) {
 
 }  // namespace
 
-/// The sprite header's fields and what follows from them.
+/// The fields of the sprite header and values derived from them.
 struct FrameDecoder::Sprite {
     int form, colourMode, control, width, height;
     std::int64_t patternOffset, maskOffset;  ///< relative to their fields
@@ -200,7 +200,7 @@ struct FrameDecoder::Sprite {
     std::int64_t patternStart() const { return std::int64_t{sprite::patternPointerAt} + patternOffset; }
     std::int64_t patternBytes() const { return rowStride * height; }
 
-    /// False for a colour mode that is not known.
+    /// False for an unknown colour mode.
     bool findGeometry() {
         if (isMode4()) {
             rowStride = sprite::mode4Row(width);
@@ -221,7 +221,7 @@ struct FrameDecoder::Sprite {
         return true;
     }
 
-    /// What `mask` says of the pixel at column `x` of a row whose mask bytes start at `row`.
+    /// The mask value of the pixel at column `x`; the mask bytes of its row start at `row`.
     std::uint32_t alphaAt(const std::uint8_t* row, int x) const {
         if (has(alphaChannel)) return row[x];
         if (bytesPerPixel == 0) {
@@ -350,7 +350,7 @@ std::optional<FrameImage> FrameDecoder::decodeSprite(Bytes record) {
     return image;
 }
 
-/// The mask's bytes, as many as the sprite needs; empty without a usable mask.
+/// Returns the mask bytes, exactly as many as the sprite needs; empty without a usable mask.
 std::span<const std::uint8_t> FrameDecoder::findMask(Bytes record, const Sprite& sprite) {
     const std::int64_t start = std::int64_t{zeb::sprite::maskPointerAt} + sprite.maskOffset;
     const auto recordSize = static_cast<std::int64_t>(record.size());
