@@ -6,10 +6,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ostream>
-#include <system_error>
 #include <utility>
 
 #include "cli/Text.h"
+#include "platform/LocalizedText.h"
+#include "platform/SystemErrorText.h"
 
 namespace zeb::cli {
 namespace {
@@ -60,7 +61,7 @@ void Console::put(std::string_view text) {
     errno = 0;
     m_out << text << std::flush;
     if (!m_out.good() && errno != EPIPE)
-        complain("standard output: " + std::generic_category().message(errno));
+        complain("standard output: " + localizedText(systemErrorText(errno)));
 }
 
 void Console::complain(std::string_view text, Colour colour) {

@@ -19,6 +19,8 @@
 #include "format/MovieFacts.h"
 #include "format/ZEBConverterError.h"
 #include "platform/FileManager.h"
+#include "platform/LocalizedText.h"
+#include "platform/SystemErrorText.h"
 
 namespace zeb::cli {
 namespace {
@@ -122,7 +124,7 @@ void Encoding::reportForecast(const Settings& settings, const SizeForecast& fore
 void Encoding::convert() {
     if (isInterrupted()) throw ZEBConverterError::cancelled();
     // What is not there says more than where it would go.
-    if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, "No such file or directory");
+    if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, systemErrorText(ENOENT));
     checkOutput();
     const auto start = Clock::now();
     const OpenedSource source = openSource();
@@ -172,16 +174,16 @@ void Encoding::checkOutput() const {
     if (fs::is_directory(target)) throw FileError(output, EISDIR);
     // Replacing a link to a device would remove the link.
     if (fs::exists(target) && !fs::is_regular_file(target))
-        throw OutputRefused(output + ": not a regular file");
+        throw OutputRefused::because(output, {"error_not_ordinary_file"});
     if (files::kindOf(output) && !m_arguments.force) {
-        throw OutputRefused(output + ": exists already (use --force to replace it)");
+        throw OutputRefused::because(output, {"error_output_exists"});
     }
     std::string folder = folderOf(output);
     if (makesFolder() && !files::kindOf(folder)) folder = folderOf(folder);
     if (!fs::is_directory(folder, ignored)) {
-        throw OutputRefused(output + ": " +
-                            (files::kindOf(folder) ? "\"" + folder + "\" is not a folder"
-                                                   : "there is no folder \"" + folder + "\""));
+        const char* key =
+            files::kindOf(folder) ? "error_output_no_folder_format" : "error_output_missing_folder_format";
+        throw OutputRefused::because(output, {key, {folder}});
     }
     if (access(folder.c_str(), W_OK | X_OK) != 0) throw FileError(output, errno);
 }
@@ -196,8 +198,7 @@ OpenedSource Encoding::openSource() const {
         return {m_library, m_job.input, isInterrupted};
     } catch (const MediaError& error) {
         if (error.code() == MediaError::cannotOpen && startsAsMovie(m_job.input))
-            throw MediaError(MediaError::cannotOpen,
-                             "This is a ZEB movie already (zeb export turns it back)");
+            throw MediaError(MediaError::cannotOpen, {"error_already_movie"});
         throw;
     }
 }
@@ -206,8 +207,8 @@ Settings Encoding::proposeSettings(const MediaAsset& asset) {
     if (asset.videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
     const auto soundTracks = static_cast<std::int64_t>(asset.soundTracks().size());
     if (m_arguments.audioChannels > 0 && soundTracks > 0 && m_arguments.track > soundTracks) {
-        m_reporter.warned("there is no sound track " + std::to_string(m_arguments.track) + "; track " +
-                          std::to_string(soundTracks) + ", the last one, is taken");
+        m_reporter.warned(
+            localizedText("warning_no_such_track_format", {std::int64_t{m_arguments.track}, soundTracks}));
     }
     return settingsFor(m_arguments, m_job.input, sourceInfo(asset.videoTracks().front()));
 }

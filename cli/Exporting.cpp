@@ -94,15 +94,15 @@ void Exporting::checkOutput() const {
 }
 
 void Exporting::checkFree(const std::string& path) const {
-    if (files::isSameFile(m_job.input, path)) throw OutputRefused(path + ": is the movie itself");
+    if (files::isSameFile(m_job.input, path)) throw OutputRefused::because(path, {"error_output_is_movie"});
     std::error_code ignored;
     const fs::file_status target = fs::status(path, ignored);
     if (fs::is_directory(target)) throw FileError(path, EISDIR);
     // Replacing a link to a device would remove the link.
     if (fs::exists(target) && !fs::is_regular_file(target))
-        throw OutputRefused(path + ": not a regular file");
+        throw OutputRefused::because(path, {"error_not_ordinary_file"});
     if (files::kindOf(path) && !m_job.settings.replaces)
-        throw OutputRefused(path + ": exists already (use --force to replace it)");
+        throw OutputRefused::because(path, {"error_output_exists"});
 }
 
 void Exporting::checkPictures(const ExportPlan& plan) const {

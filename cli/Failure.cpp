@@ -1,73 +1,82 @@
 #include "cli/Failure.h"
 
-#include <new>
-
 #include "conversion/ExportError.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
+#include "platform/ErrorText.h"
 #include "platform/FileHandle.h"
 #include "platform/Media.h"
 
 namespace zeb::cli {
 namespace {
 
-Failure describe(const ZEBConverterError& error) {
+ExitCode exitCodeOf(const ZEBConverterError& error) {
     switch (error.errorCase()) {
         case ZEBConverterError::Case::cancelled:
-            return {"interrupted", ExitCode::interrupted};
+            return ExitCode::interrupted;
         case ZEBConverterError::Case::noVideoTrack:
-            return {error.what(), ExitCode::unreadableInput};
+            return ExitCode::unreadableInput;
         case ZEBConverterError::Case::cannotCreateOutput:
-            return {error.what(), ExitCode::unwritableOutput, true};
+            return ExitCode::unwritableOutput;
     }
-    return {error.what(), ExitCode::conversionFailed};
+    return ExitCode::conversionFailed;
 }
 
-Failure describe(const MediaError& error) {
-    if (error.code() == MediaError::interrupted) return {"interrupted", ExitCode::interrupted};
-    return {error.what(), ExitCode::unreadableInput};
-}
-
-Failure describe(const ExportError& error) {
+ExitCode exitCodeOf(const ExportError& error) {
     switch (error.code()) {
         case ExportError::outsideMovie:
-            return {error.what(), ExitCode::wrongUsage};
+            return ExitCode::wrongUsage;
         case ExportError::tooLarge:
-            return {error.what(), ExitCode::conversionFailed};
+            return ExitCode::conversionFailed;
         default:
-            return {error.what(), ExitCode::unreadableInput};
+            return ExitCode::unreadableInput;
     }
 }
 
-Failure describeAny() {
+/// For the exception that is being handled.
+ExitCode currentExitCode() {
     try {
         throw;
     } catch (const ZEBConverterError& error) {
-        return describe(error);
+        return exitCodeOf(error);
     } catch (const MediaError& error) {
-        return describe(error);
+        return error.code() == MediaError::interrupted ? ExitCode::interrupted : ExitCode::unreadableInput;
     } catch (const ExportError& error) {
-        return describe(error);
-    } catch (const ZEBFormatError& error) {
-        return {error.what(), ExitCode::unreadableInput};
-    } catch (const FileError& error) {
+        return exitCodeOf(error);
+    } catch (const ZEBFormatError&) {
+        return ExitCode::unreadableInput;
+    } catch (const FileError&) {
         // Inputs are opened by the media layer, whose errors are its own.
-        return {error.what(), ExitCode::unwritableOutput};
-    } catch (const OutputRefused& error) {
-        return {error.what(), ExitCode::unwritableOutput};
-    } catch (const std::bad_alloc&) {
-        return {"out of memory", ExitCode::conversionFailed};
-    } catch (const std::exception& error) {
-        return {error.what(), ExitCode::conversionFailed};
+        return ExitCode::unwritableOutput;
+    } catch (const OutputRefused&) {
+        return ExitCode::unwritableOutput;
     } catch (...) {
-        return {"unknown error", ExitCode::conversionFailed};
+        return ExitCode::conversionFailed;
+    }
+}
+
+bool isCannotCreate() {
+    try {
+        throw;
+    } catch (const ZEBConverterError& error) {
+        return error.errorCase() == ZEBConverterError::Case::cannotCreateOutput;
+    } catch (...) {
+        return false;
     }
 }
 
 }  // namespace
 
+std::string textNaming(const std::string& file, const std::exception& error) {
+    const std::string text = errorText(error);
+    return text.starts_with(file + ": ") ? text : file + ": " + text;
+}
+
 Failure describeCurrentFailure() {
-    Failure failure = describeAny();
+    const ExitCode exitCode = currentExitCode();
+    Failure failure{
+        exitCode == ExitCode::interrupted ? localizedText("error_interrupted") : currentErrorText(), exitCode,
+        isCannotCreate()};
     // The texts are joined with what became of the output.
     if (failure.text.ends_with('.')) failure.text.pop_back();
     return failure;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/Failure.h"
 #include "cli/InfoText.h"
 #include "cli/Interruption.h"
 #include "format/MovieFacts.h"
@@ -28,8 +29,7 @@ ExitCode info(const InfoArguments& arguments, Console& console) {
             console.write(arguments.json ? infoJson(file, facts) : separator + infoText(file, facts));
             separator = "\n";
         } catch (const std::exception& error) {
-            const std::string text = error.what();
-            console.complain(text.starts_with(file + ": ") ? text : file + ": " + text);
+            console.complain(textNaming(file, error));
             result = ExitCode::unreadableInput;
         }
         // Nobody reads on: `zeb info *.zeb | head`, or the disk is full.

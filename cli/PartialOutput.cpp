@@ -6,6 +6,7 @@
 #include "format/MovieFacts.h"
 #include "format/PartialFile.h"
 #include "platform/FileManager.h"
+#include "platform/LocalizedText.h"
 
 namespace zeb::cli {
 namespace {
@@ -36,7 +37,7 @@ PartialOutput::Outcome PartialOutput::settle() const {
     try {
         seconds = finishPartialFile(m_path);
     } catch (const FileError& error) {
-        return {0, m_path + " stays unfinished (" + error.what() + ")"};
+        return {0, m_path + " stays unfinished (" + localizedText(error.reasonText()) + ")"};
     } catch (const std::exception&) {
         // Not even its header was written.
     }
@@ -47,7 +48,8 @@ PartialOutput::Outcome PartialOutput::settle() const {
     try {
         files::removeFile(m_path);
     } catch (const FileError& error) {
-        return {0, m_path + " has no whole second and could not be removed (" + error.what() + ")"};
+        return {0, m_path + " has no whole second and could not be removed (" +
+                       localizedText(error.reasonText()) + ")"};
     }
     return {0, m_path + " had no whole second yet and was removed"};
 }

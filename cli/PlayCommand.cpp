@@ -10,8 +10,12 @@
 #include <system_error>
 #include <vector>
 
+#include "cli/Failure.h"
 #include "format/MovieFacts.h"
+#include "format/ZEBFormatError.h"
 #include "platform/FileHandle.h"
+#include "platform/LocalizedText.h"
+#include "platform/SystemErrorText.h"
 
 namespace zeb::cli {
 namespace {
@@ -34,11 +38,11 @@ ExitCode play(const std::vector<std::string>& files, Console& console) {
     for (const std::string& file : files) {
         try {
             if (!isMovie(*openForReading(file))) {
-                console.complain(file + ": not a ZEB movie");
+                console.complain(textNaming(file, ZEBFormatError::notAMovie()));
                 return ExitCode::unreadableInput;
             }
         } catch (const std::exception& error) {
-            console.complain(error.what());
+            console.complain(textNaming(file, error));
             return ExitCode::unreadableInput;
         }
     }
@@ -53,7 +57,7 @@ ExitCode play(const std::vector<std::string>& files, Console& console) {
     arguments.push_back(nullptr);
     execvp(arguments.front(), arguments.data());
     console.complain("the application \"" + std::string(applicationName) +
-                     "\" cannot be started: " + std::generic_category().message(errno) +
+                     "\" cannot be started: " + localizedText(systemErrorText(errno)) +
                      "; it is installed beside this program or found in PATH");
     return ExitCode::conversionFailed;
 }

@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
-#include <new>
 #include <sstream>
 
 #include "cli/Parser.h"
 #include "cli/UsageError.h"
+#include "platform/ErrorText.h"
 
 namespace zeb::cli {
 namespace {
@@ -78,12 +78,8 @@ ExitCode runProgram(const std::vector<std::string>& arguments, Console& console)
     } catch (const UsageError& error) {
         console.complain(error.what());
         return ExitCode::wrongUsage;
-    } catch (const std::bad_alloc&) {
-        console.complain("out of memory");
-    } catch (const std::exception& error) {
-        console.complain(error.what());
     } catch (...) {
-        console.complain("unknown error");
+        console.complain(currentErrorText());
     }
     return ExitCode::conversionFailed;
 }

@@ -16,6 +16,7 @@
 #include "format/PartialFile.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
+#include "platform/ErrorText.h"
 #include "platform/FileManager.h"
 #include "platform/StagedOutput.h"
 
@@ -28,10 +29,15 @@ struct RepairArguments {
     bool force = false;
 };
 
-/// There is nothing to make a movie of.
-class UnusableInput : public std::runtime_error {
+/// There is nothing to make a movie of. The text names the file.
+class UnusableInput : public LocalizableError {
 public:
-    using std::runtime_error::runtime_error;
+    explicit UnusableInput(const LocalizableError& error) : LocalizableError(error) {}
+    UnusableInput(const std::string& path, const KeyedText& reason)
+        : UnusableInput(KeyedText{"error_file_format", {path, reason}}) {}
+
+private:
+    explicit UnusableInput(const KeyedText& text) : LocalizableError(englishText(text), text) {}
 };
 
 void copy(ReadableFile& from, WritableFile& to) {
@@ -51,11 +57,11 @@ void repairInPlace(const std::string& path) {
 
 void repairInto(const std::string& path, const std::string& output, bool replaces) {
     if (files::isSameFile(path, output))
-        throw OutputRefused(output + ": is the input itself (leave -o away to repair in place)");
+        throw OutputRefused::because(output, {"error_output_is_repaired_movie"});
     const auto standing = files::kindOf(output);
-    if (standing && !replaces) throw OutputRefused(output + ": exists already (use --force to replace it)");
+    if (standing && !replaces) throw OutputRefused::because(output, {"error_output_exists"});
     if (standing && *standing != files::Kind::regular && *standing != files::Kind::symbolicLink)
-        throw OutputRefused(output + ": not a regular file");
+        throw OutputRefused::because(output, {"error_not_ordinary_file"});
     const auto source = openForReading(path);
     const std::filesystem::path place(output);
     if (!place.parent_path().empty() && !std::filesystem::is_directory(place.parent_path()))
@@ -74,12 +80,11 @@ void run(const RepairArguments& arguments, Console& console) {
     try {
         before = readMovieFacts(*openForReading(file));
     } catch (const FileError& error) {
-        throw UnusableInput(error.what());
+        throw UnusableInput(error);
     } catch (const ZEBFormatError& error) {
-        throw UnusableInput(file + ": " + error.what());
+        throw UnusableInput(file, error.text());
     }
-    if (before.wholeSeconds == 0 && !before.isFinished)
-        throw UnusableInput(file + ": not one whole second is there");
+    if (before.wholeSeconds == 0 && !before.isFinished) throw UnusableInput(file, {"error_no_whole_second"});
     const std::string result = arguments.output.value_or(file);
     if (arguments.output) {
         repairInto(file, result, arguments.force);
@@ -102,7 +107,7 @@ ExitCode repair(const RepairArguments& arguments, Console& console) {
         run(arguments, console);
         return ExitCode::done;
     } catch (const UnusableInput& error) {
-        console.complain(error.what());
+        console.complain(errorText(error));
         return ExitCode::unreadableInput;
     } catch (...) {
         const Failure failure = describeCurrentFailure();

@@ -5,11 +5,13 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
+#include "cli/Failure.h"
+#include "conversion/ExportError.h"
 #include "conversion/ReducedImage.h"
 #include "format/ZEBReader.h"
+#include "platform/ErrorText.h"
 #include "platform/FileManager.h"
 #include "platform/StagedOutput.h"
 #include "platform/ffmpeg/FFmpegFilmLibrary.h"
@@ -33,7 +35,7 @@ FrameImage firstPicture(const std::string& path) {
     for (int i = 0; i < mostFramesTried; ++i) {
         if (auto image = reader.nextFrame(false)) return *std::move(image);
     }
-    throw std::runtime_error("No picture at the beginning of the movie can be decoded");
+    throw ExportError::withoutFirstPicture();
 }
 
 void writePicture(const FrameImage& image, const std::string& path) {
@@ -48,24 +50,21 @@ void writePicture(const FrameImage& image, const std::string& path) {
 }
 
 ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
-    const auto complain = [&console](const std::string& file, const std::string& text) {
-        console.complain(text.starts_with(file + ": ") ? text : file + ": " + text);
-    };
     if (files::isSameFile(arguments.input, arguments.output)) {
-        complain(arguments.output, "the picture would replace the movie");
+        console.complain(errorText(OutputRefused::because(arguments.output, {"error_output_is_movie"})));
         return ExitCode::unwritableOutput;
     }
     std::optional<FrameImage> image;
     try {
         image = reducedImage(firstPicture(arguments.input), arguments.size);
     } catch (const std::exception& error) {
-        complain(arguments.input, error.what());
+        console.complain(textNaming(arguments.input, error));
         return ExitCode::unreadableInput;
     }
     try {
         writePicture(*image, arguments.output);
     } catch (const std::exception& error) {
-        complain(arguments.output, error.what());
+        console.complain(textNaming(arguments.output, error));
         return ExitCode::unwritableOutput;
     }
     return ExitCode::done;

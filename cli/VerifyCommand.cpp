@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/Failure.h"
 #include "cli/Interruption.h"
 #include "cli/JsonText.h"
 #include "cli/Text.h"
@@ -50,8 +51,7 @@ ExitCode verify(const VerifyArguments& arguments, Console& console) {
             console.write(arguments.json ? verdictJson(file, check) : verdictText(file, check));
             if (check.fault) code = ExitCode::conversionFailed;
         } catch (const std::exception& error) {
-            const std::string text = error.what();
-            console.complain(text.starts_with(file + ": ") ? text : file + ": " + text);
+            console.complain(textNaming(file, error));
             code = ExitCode::unreadableInput;
         }
         if (result == ExitCode::done) result = code;

@@ -53,8 +53,10 @@ PlatformError bitmapError(DrawingColourSpace colourSpace) {
     const bool mode32 = colourSpace == DrawingColourSpace::sRGB;
     const std::string domain = mode32 ? "ZEBMaker" : "SpriteEncoder";
     const int code = mode32 ? -2 : 1;
-    return {domain, code,
-            "The operation couldn’t be completed. (" + domain + " error " + std::to_string(code) + ".)"};
+    return {domain,
+            code,
+            "The operation couldn’t be completed. (" + domain + " error " + std::to_string(code) + ".)",
+            {"error_bitmap"}};
 }
 
 /// Collects the lowest bits of eight bytes in one byte, the first byte's bit highest.

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "platform/LocalizedText.h"
 #include "platform/TextFormat.h"
 
 namespace zeb {
@@ -28,7 +29,7 @@ std::vector<AudioTrack> audioTracks(const std::vector<SoundTrack>& tracks) {
 }
 
 std::string audioTrackLabel(const SoundTrack& track, int index) {
-    std::string label = "Spur " + std::to_string(std::int64_t{index} + 1);
+    std::string label = localizedText("audio_track_format", {std::int64_t{index} + 1});
     for (const std::string& part : {channelText(track), sampleRateText(track.sampleRate),
                                     track.formatCode ? fourCCText(*track.formatCode) : std::string()}) {
         if (!part.empty()) label += " · " + part;

@@ -20,7 +20,7 @@ struct AudioTrack {
 /// The tracks of a source with their labels.
 std::vector<AudioTrack> audioTracks(const std::vector<SoundTrack>& tracks);
 
-/// What tells a track from others: "Spur 1 · Stereo · 48.0 kHz · aac ", without the parts that are unknown.
+/// What tells a track from others: "Track 1 · Stereo · 48.0 kHz · aac ", without the parts that are unknown.
 std::string audioTrackLabel(const SoundTrack& track, int index);
 
 /// A four-character code as its characters, or in hexadecimal when one of them cannot be printed (ASCII).

@@ -19,7 +19,7 @@ std::int64_t blockCount(double duration) {
     // Grab times count ticks of 1/600 s in 64 bits.
     constexpr double longest = 0x1p63 / 600 - 1024;
     if (!(duration < longest)) {
-        throw MediaError(MediaError::cannotDecode, "The duration of the video is not usable.");
+        throw MediaError(MediaError::cannotDecode, {"error_source_duration"});
     }
     return std::max<std::int64_t>(1, static_cast<std::int64_t>(std::ceil(duration)));
 }
@@ -64,7 +64,7 @@ ConversionPlan planConversion(const VideoTrack& track, double duration, const Se
     plan.duration = duration > 0 ? duration : 0;  // also for not-a-number
     plan.seconds = blockCount(plan.duration);
     if (plan.seconds > std::numeric_limits<std::int64_t>::max() / plan.fps) {
-        throw MediaError(MediaError::cannotDecode, "The video has more frames than can be counted.");
+        throw MediaError(MediaError::cannotDecode, {"error_source_many_frames"});
     }
     plan.totalFrames = plan.seconds * plan.fps;
     return plan;

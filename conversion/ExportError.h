@@ -3,12 +3,12 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/PlatformError.h"
+#include "platform/FileHandle.h"
+#include "platform/LocalizedText.h"
 
 namespace zeb {
 
-/// A movie that cannot give what an export asks for. Domain "Export"; the description is the text that a
-/// person sees.
+/// A movie that cannot give what an export asks for. Domain "Export"; the description is its text in English.
 class ExportError : public PlatformError {
 public:
     enum Code {
@@ -19,21 +19,23 @@ public:
         unreadable = 5,    ///< the system refuses to read the movie
     };
 
-    static ExportError withoutSound() { return {noSound, "The movie has no sound"}; }
-    static ExportError withoutPicture() { return {noPicture, "None of its pictures can be decoded"}; }
+    static ExportError withoutSound() { return {noSound, {"error_export_no_sound"}}; }
+    static ExportError withoutPicture() { return {noPicture, {"error_export_no_picture"}}; }
+    static ExportError withoutFirstPicture() { return {noPicture, {"error_export_no_first_picture"}}; }
     static ExportError undecodable(std::int64_t frame, const std::string& reason) {
-        return {noPicture, "Frame " + std::to_string(frame) + " cannot be decoded (" + reason + ")"};
+        return {noPicture, {"error_export_undecodable_format", {frame, reason}}};
     }
-    static ExportError outside(const std::string& what, std::int64_t frames, const std::string& duration) {
-        return {outsideMovie, "There is nothing at " + what + ": the movie has " + std::to_string(frames) +
-                                  (frames == 1 ? " frame" : " frames") + " (" + duration + ")"};
+    static ExportError outside(const TextArgument& place, std::int64_t frames, const std::string& duration) {
+        const char* key =
+            frames == 1 ? "error_export_outside_one_frame_format" : "error_export_outside_format";
+        return {outsideMovie, {key, {place, frames, duration}}};
     }
-    static ExportError soundTooLong() { return {tooLarge, "The sound is too long for a WAV file (4 GiB)"}; }
-    static ExportError pictureTooLarge() { return {tooLarge, "The enlarged pictures would be too large"}; }
-    static ExportError cannotRead(const std::string& systemText) { return {unreadable, systemText}; }
+    static ExportError soundTooLong() { return {tooLarge, {"error_export_long_sound"}}; }
+    static ExportError pictureTooLarge() { return {tooLarge, {"error_export_large_picture"}}; }
+    static ExportError cannotRead(const FileError& error) { return {unreadable, error.text()}; }
 
 private:
-    ExportError(Code code, const std::string& description) : PlatformError("Export", code, description) {}
+    ExportError(Code code, const KeyedText& text) : PlatformError("Export", code, englishText(text), text) {}
 };
 
 }  // namespace zeb

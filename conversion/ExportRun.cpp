@@ -15,6 +15,7 @@
 #include "format/MovieFacts.h"
 #include "format/SecondWalker.h"
 #include "format/ZEBConverterError.h"
+#include "platform/LocalizedText.h"
 #include "platform/StagedOutput.h"
 
 namespace zeb {
@@ -32,21 +33,21 @@ class InputFile final : public ReadableFile {
 public:
     explicit InputFile(const std::string& path) try : m_file(openForReading(path)) {
     } catch (const FileError& error) {
-        throw ExportError::cannotRead(error.what());
+        throw ExportError::cannotRead(error);
     }
 
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
         try {
             return m_file->readAt(offset, buffer);
         } catch (const FileError& error) {
-            throw ExportError::cannotRead(error.what());
+            throw ExportError::cannotRead(error);
         }
     }
     std::uint64_t size() override {
         try {
             return m_file->size();
         } catch (const FileError& error) {
-            throw ExportError::cannotRead(error.what());
+            throw ExportError::cannotRead(error);
         }
     }
 
@@ -232,19 +233,21 @@ void Run::countFrames() {
         poll();
         m_plan.allFrames += second->frameCount;
     }
-    log("The movie is not finished: " + std::to_string(m_plan.allFrames) + " frames are there");
+    log(localizedText("log_unfinished_movie_format", {m_plan.allFrames}));
 }
 
 void Run::resolveRange() {
     const std::int64_t all = m_plan.allFrames;
-    const auto refuse = [&](const std::string& what) {
-        throw ExportError::outside(what, all, timeText(scaled(all, microsecond, m_fps)));
+    const auto refuse = [&](const TextArgument& place) {
+        throw ExportError::outside(place, all, timeText(scaled(all, microsecond, m_fps)));
     };
     if (m_settings.frame || m_settings.at) {
         m_plan.first = m_settings.frame ? *m_settings.frame : scaled(*m_settings.at, m_fps, microsecond);
         m_plan.frames = 1;
-        if (m_plan.first >= all)
-            refuse(m_settings.frame ? "frame " + std::to_string(m_plan.first) : timeText(*m_settings.at));
+        if (m_plan.first >= all) {
+            if (m_settings.at) refuse(timeText(*m_settings.at));
+            refuse(KeyedText{"frame_format", {m_plan.first}});
+        }
         return;
     }
     const bool isSound = m_settings.kind == ExportSettings::Kind::sound;
@@ -303,7 +306,7 @@ std::int64_t Run::forEachFrame(const OnSecond& onSecond, const OnFrame& onFrame)
     noteGood(next);
     const std::int64_t done = next - m_plan.first;
     if (done < m_plan.frames) {
-        warn("the movie breaks off before frame " + std::to_string(next));
+        warn(localizedText("warning_movie_breaks_off_format", {next}));
         m_plan.frames = done;
     }
     return done;
@@ -321,7 +324,7 @@ const FrameImage& Run::imageOf(const Second& second, int index) {
     const std::int64_t frame = second.number * m_fps + index;
     std::optional<FrameImage> image = decode(second, index);
     if (!image) {
-        log("frame " + std::to_string(frame) + ": " + m_decoder.lastDecodeDebug());
+        log(localizedText("log_frame_diagnostic_format", {frame, m_decoder.lastDecodeDebug()}));
         if (!m_firstBad) m_firstBad = frame;
         return m_last;
     }
@@ -343,11 +346,10 @@ void Run::requireUsable(const FrameImage& image) const {
 void Run::noteGood(std::int64_t frame) {
     if (!m_firstBad) return;
     const std::int64_t first = *std::exchange(m_firstBad, std::nullopt);
-    const std::string which = frame - first == 1
-                                  ? "frame " + std::to_string(first)
-                                  : "frames " + std::to_string(first) + " to " + std::to_string(frame - 1);
-    warn(which + " cannot be decoded; " +
-         (first == m_plan.first ? "black is shown instead" : "the picture before is repeated"));
+    const KeyedText which = frame - first == 1 ? KeyedText{"frame_format", {first}}
+                                               : KeyedText{"frames_format", {first, frame - 1}};
+    const bool isBlack = first == m_plan.first;
+    warn(localizedText(isBlack ? "warning_frames_black_format" : "warning_frames_repeated_format", {which}));
 }
 
 ExportResult Run::exportPictures() {
@@ -408,11 +410,10 @@ ExportResult Run::exportFilm() {
             }
             advanced(++done, film->bytesWritten());
         });
-    if (hasOtherSizes) warn("not all pictures have the size of the first one; they are cut or filled up");
+    if (hasOtherSizes) warn(localizedText("warning_other_sizes"));
     if (m_oddSounds > 0) {
-        warn("the sound of " + std::to_string(m_oddSounds) +
-             (m_oddSounds == 1 ? " second is" : " seconds is") +
-             " not as long as it should be; it is cut or filled with silence");
+        const bool isOne = m_oddSounds == 1;
+        warn(localizedText(isOne ? "warning_odd_sound" : "warning_odd_sounds_format", {m_oddSounds}));
     }
     film->finish(m_callbacks.isCancelled);
     poll();
@@ -429,8 +430,8 @@ int Run::filmChannels() const {
     const ZEBHeader& header = m_facts.header;
     if (header.audioChannels < 1 || m_settings.format == FilmFormat::gif) return 0;
     if (header.audioChannels > 2 || header.sampleRate < 1) {
-        warn("sound of " + std::to_string(header.audioChannels) + " channels at " +
-             std::to_string(header.sampleRate) + " Hz is left out");
+        warn(localizedText("warning_sound_left_out_format",
+                           {std::int64_t{header.audioChannels}, std::int64_t{header.sampleRate}}));
         return 0;
     }
     return header.audioChannels;

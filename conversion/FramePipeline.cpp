@@ -80,7 +80,7 @@ void FramePipeline::grabAll(const std::stop_token& token) {
         std::exception_ptr error;
         try {
             picture = m_generator->copyImage(m_schedule.at(index));
-            if (!picture) throw MediaError(MediaError::cannotDecode, "No picture could be decoded.");
+            if (!picture) throw MediaError(MediaError::cannotDecode, {"error_media_no_picture"});
         } catch (const MediaError& mediaError) {
             isInterrupted = mediaError.code() == MediaError::interrupted;
             error = std::current_exception();

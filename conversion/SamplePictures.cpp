@@ -59,7 +59,7 @@ private:
     void replaceRepeats();
     PicturePointer grab(MediaTime time);
     void poll() const {
-        if (m_isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+        if (m_isCancelled()) throw MediaError::wasInterrupted();
     }
 
     std::vector<MediaTime> m_times;
@@ -124,7 +124,7 @@ std::vector<PicturePointer> Sampler::sample() {
     for (std::size_t i = 0; i < m_times.size() && pictures.empty(); ++i) {
         if (PicturePointer picture = grab(m_times[i])) pictures.push_back(std::move(picture));
     }
-    if (pictures.empty()) throw MediaError(MediaError::cannotDecode, "No picture can be decoded");
+    if (pictures.empty()) throw MediaError(MediaError::cannotDecode, {"error_media_no_picture"});
     return pictures;
 }
 

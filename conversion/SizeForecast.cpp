@@ -268,7 +268,7 @@ RecordSizes RecordSamples::encode(FrameSize size, const IsCancelled& isCancelled
             threads.emplace_back(work);
         work();
     }
-    if (isInterrupted) throw MediaError(MediaError::interrupted, "interrupted");
+    if (isInterrupted) throw MediaError::wasInterrupted();
     for (std::size_t index = 1; index < sizes.size(); ++index) {
         if (isRepeat(index)) sizes[index] = sizes[index - 1];
     }

@@ -10,6 +10,7 @@
 
 #include "conversion/SamplePictures.h"
 #include "format/ZEBConverterError.h"
+#include "platform/ErrorText.h"
 
 namespace zeb {
 
@@ -98,7 +99,7 @@ std::optional<ForecastOutcome> outcomeOf(Source& source, const MediaLibrary& lib
     } catch (const std::exception& error) {
         // Cancelled work ends in errors of several kinds.
         if (isCancelled()) return std::nullopt;
-        return ForecastOutcome{std::nullopt, error.what()};
+        return ForecastOutcome{std::nullopt, errorText(error)};
     }
 }
 

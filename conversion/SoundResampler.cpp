@@ -47,7 +47,7 @@ std::uint64_t SoundResampler::targetFrames(std::uint64_t sourceFrames, const Sou
                                            int targetRate) {
     const double frames = std::ceil(targetRate * static_cast<double>(sourceFrames) / source.sampleRate);
     if (!(frames < 0x1p62)) {
-        throw MediaError(MediaError::cannotDecode, "The length of the sound track is not usable.");
+        throw MediaError(MediaError::cannotDecode, {"error_source_sound_length"});
     }
     return static_cast<std::uint64_t>(frames);
 }

@@ -12,11 +12,10 @@ namespace zeb {
 namespace {
 
 /// Nearest integer, halves away from zero.
-int roundedToInt(double value, const char* what) {
+int roundedToInt(double value, const char* errorKey) {
     const double rounded = std::round(value);
     if (!(std::abs(rounded) <= std::numeric_limits<int>::max())) {
-        throw MediaError(MediaError::cannotDecode,
-                         std::string("The video track's ") + what + " is not usable.");
+        throw MediaError(MediaError::cannotDecode, {errorKey});
     }
     return static_cast<int>(rounded);
 }
@@ -27,9 +26,9 @@ SourceInfo sourceInfo(const VideoTrack& track) {
     constexpr int unknownRate = 25;
     const MediaSize upright = track.preferredTransform.apply(track.naturalSize);
     SourceInfo info;
-    info.width = roundedToInt(std::abs(upright.width), "width");
-    info.height = roundedToInt(std::abs(upright.height), "height");
-    info.fps = roundedToInt(track.nominalFrameRate, "frame rate");
+    info.width = roundedToInt(std::abs(upright.width), "error_source_width");
+    info.height = roundedToInt(std::abs(upright.height), "error_source_height");
+    info.fps = roundedToInt(track.nominalFrameRate, "error_source_rate");
     if (info.fps < 1) info.fps = unknownRate;
     return info;
 }

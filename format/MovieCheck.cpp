@@ -34,6 +34,15 @@ std::optional<std::uint32_t> readWord(FileCursor& cursor) {
     return bigEndian::load32(bytes);
 }
 
+/// What is wrong with a header that cannot be read, in the words of the other faults.
+std::string headerFault(const ZEBFormatError& error) {
+    const std::string& key = error.text().key;
+    if (key == ZEBFormatError::titleOutsideHeader().text().key)
+        return "the title passes the end of the header";
+    if (key == ZEBFormatError::headerTooShort().text().key) return "the header is too short";
+    return "the file ends within the header";
+}
+
 class Checker {
 public:
     Checker(const Open& open, const LocatedHeader& located, const std::function<bool()>& isCancelled)
@@ -231,7 +240,7 @@ MovieCheck checkMovie(const Open& open, const std::function<bool()>& isCancelled
         located = readHeader(*open());
     } catch (const ZEBFormatError& error) {
         if (error.code() == ZEBFormatError::wrongMagic) throw;
-        result.fault = MovieFault{layout::magic.size(), error.what()};
+        result.fault = MovieFault{layout::magic.size(), headerFault(error)};
         return result;
     }
     Checker checker(open, located, isCancelled);

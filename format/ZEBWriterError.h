@@ -1,14 +1,15 @@
 #pragma once
 
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "platform/LocalizableError.h"
+
 namespace zeb {
 
-/// A value that does not fit its field of the container. `what()` is the text that a person sees.
-class ZEBWriterError : public std::runtime_error {
+/// A value that does not fit its field of the container.
+class ZEBWriterError : public LocalizableError {
 public:
     static ZEBWriterError valueOutOfRange(const std::string& label, std::uint64_t value) {
         return {label, value};
@@ -24,11 +25,20 @@ public:
 
 private:
     ZEBWriterError(std::string label, std::uint64_t value)
-        : std::runtime_error("ZEBWriter: " + label +
-                             " is out of range for ZEB1 (32-bit limit). Value=" + std::to_string(value) +
-                             ". The resulting .zeb would exceed format limits (e.g., > 4 GB)."),
+        : LocalizableError("ZEBWriter: " + label +
+                               " is out of range for ZEB1 (32-bit limit). Value=" + std::to_string(value) +
+                               ". The resulting .zeb would exceed format limits (e.g., > 4 GB).",
+                           {"error_value_out_of_range_format", {fieldText(label), std::to_string(value)}}),
           m_label(std::move(label)),
           m_value(value) {}
+
+    /// The label's key: "field_" and the label with lines in place of spaces and hyphens.
+    static KeyedText fieldText(std::string label) {
+        for (char& character : label) {
+            if (character == ' ' || character == '-') character = '_';
+        }
+        return {"field_" + label};
+    }
 
     std::string m_label;
     std::uint64_t m_value;

@@ -1,20 +1,15 @@
 #pragma once
 
 #include <exception>
-#include <new>
 #include <string>
 
 namespace zeb {
 
-/// The error that is being handled, as it describes itself. Called in a `catch` block only.
-inline std::string currentErrorText() {
-    try {
-        throw;
-    } catch (const std::bad_alloc&) {
-        return "Not enough memory";
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-}
+/// Returns what a person reads about `error`, in the language in use (TextLocale.h): the text of a
+/// `LocalizableError`, of missing memory and of a system error; `what()` of any other error.
+std::string errorText(const std::exception& error);
+
+/// Returns the same for the exception that is being handled. Called in a `catch` block only.
+std::string currentErrorText();
 
 }  // namespace zeb

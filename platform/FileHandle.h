@@ -11,19 +11,21 @@
 namespace zeb {
 
 /// A file operation that the system refused, or that is refused here. `code()` is the system's error number
-/// (errno), the description is "PATH: " followed by the reason: the system's own text unless another is
-/// given. Domain "POSIX".
+/// (errno); description and text are "PATH: " followed by the reason: that of the error number unless another
+/// is given. Domain "POSIX".
 class FileError : public PlatformError {
 public:
     FileError(const std::string& path, int errorNumber);
-    FileError(const std::string& path, int errorNumber, const std::string& reason);
+    FileError(const std::string& path, int errorNumber, const std::string& reason,
+              const KeyedText& reasonText);
 
     const std::string& path() const noexcept { return m_path; }
-    const std::string& reason() const noexcept { return m_reason; }
+    /// The reason alone, for callers that name the file themselves.
+    const KeyedText& reasonText() const noexcept { return m_reasonText; }
 
 private:
     std::string m_path;
-    std::string m_reason;
+    KeyedText m_reasonText;
 };
 
 /// Where bytes go: a file opened for writing, or a stand-in of a test. Used by one thread at a time.

@@ -8,20 +8,22 @@
 #include <vector>
 
 #include "platform/FileHandle.h"
+#include "platform/LocalizedText.h"
 #include "platform/PlatformError.h"
 
 /// Writing of ordinary films and pictures. Colours are sRGB (IEC 61966-2-1); pixels are 4 bytes each, blue,
 /// green, red, alpha, rows from the top without padding.
 namespace zeb {
 
-/// A film or picture that cannot be encoded on this system. Domain "Film".
+/// A film or picture that cannot be encoded on this system. Domain "Film"; the description is its text in
+/// English.
 class FilmError : public PlatformError {
 public:
     enum Code {
         noEncoder = 1,     ///< the system has none of the encoders that the format could be made with
         cannotEncode = 2,  ///< the encoder refuses (the size, for instance)
     };
-    FilmError(Code code, const std::string& description) : PlatformError("Film", code, description) {}
+    FilmError(Code code, const KeyedText& text) : PlatformError("Film", code, englishText(text), text) {}
 };
 
 enum class FilmFormat {

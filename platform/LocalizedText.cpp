@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <span>
+#include <variant>
+#include <vector>
 
 #include "platform/StringTable.h"
 #include "platform/TextFormat.h"
@@ -42,6 +45,18 @@ Texts& texts() {
     return instance;
 }
 
+std::string textIn(const Texts& texts, std::string_view key, std::span<const TextArgument> arguments) {
+    const std::string* text = texts.table.find(key);
+    if (!text) return std::string(key);
+    if (arguments.empty()) return *text;
+    std::vector<TextArgument> plain(arguments.begin(), arguments.end());
+    for (TextArgument& argument : plain) {
+        if (const auto* keyed = std::get_if<KeyedText>(&argument))
+            argument = textIn(texts, keyed->key, keyed->arguments);
+    }
+    return formatText(*text, plain, texts.locale.decimalMark);
+}
+
 }  // namespace
 
 std::vector<std::string_view> textLanguages() {
@@ -60,6 +75,28 @@ std::string bestTextLanguage(const std::vector<std::string>& preferred) {
     return std::string(codes.front());
 }
 
+TextLocale environmentTextLocale() {
+    const auto valueOf = [](const char* name) {
+        const char* value = std::getenv(name);
+        return std::string_view(value != nullptr ? value : "");
+    };
+    std::string_view locale;
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (locale.empty()) locale = valueOf(name);
+    }
+    const std::string_view name = locale.substr(0, locale.find('.'));
+    if (name.empty() || name == "C" || name == "POSIX") return {};
+
+    std::vector<std::string> preferred;
+    std::string_view list = valueOf("LANGUAGE");
+    while (!list.empty()) {
+        preferred.emplace_back(list.substr(0, list.find(':')));
+        list.remove_prefix(std::min(preferred.back().size() + 1, list.size()));
+    }
+    preferred.emplace_back(locale);
+    return {.language = bestTextLanguage(preferred)};
+}
+
 void setTextLocale(const TextLocale& locale) {
     texts() = {locale, tableOf(locale.language)};
 }
@@ -73,10 +110,16 @@ std::string localizedText(std::string_view key, std::initializer_list<TextArgume
 }
 
 std::string localizedText(std::string_view key, std::span<const TextArgument> arguments) {
-    const std::string* text = texts().table.find(key);
-    if (!text) return std::string(key);
-    if (arguments.empty()) return *text;
-    return formatText(*text, arguments, textLocale().decimalMark);
+    return textIn(texts(), key, arguments);
+}
+
+std::string localizedText(const KeyedText& text) {
+    return textIn(texts(), text.key, text.arguments);
+}
+
+std::string englishText(const KeyedText& text) {
+    static const Texts english{};
+    return textIn(english, text.key, text.arguments);
 }
 
 }  // namespace zeb

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/LocalizedText.h"
 #include "platform/Picture.h"
 #include "platform/PlatformError.h"
 
@@ -16,7 +17,8 @@
 namespace zeb {
 
 /// A file that cannot be opened or decoded as a video. Domain "Media". The description says what is wrong,
-/// without the path of the file (the caller knows which file it asked for).
+/// without the path of the file (the caller knows which file it asked for). The description is its text in
+/// English.
 class MediaError : public PlatformError {
 public:
     enum Code {
@@ -24,7 +26,9 @@ public:
         cannotDecode = 2,  ///< a picture or sound that should be there could not be decoded
         interrupted = 3,   ///< the caller's `isCancelled` answered true while the file was being read
     };
-    MediaError(Code code, const std::string& description) : PlatformError("Media", code, description) {}
+    MediaError(Code code, const KeyedText& text) : PlatformError("Media", code, englishText(text), text) {}
+
+    static MediaError wasInterrupted() { return {interrupted, {"error_cancelled"}}; }
 };
 
 /// Asked between units of work, from any thread: true once the caller wants to stop.

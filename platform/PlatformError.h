@@ -1,16 +1,17 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "platform/LocalizableError.h"
+
 namespace zeb {
 
-/// An error object as platforms hand them out: a domain, a code within it, and the text that a person sees.
-class PlatformError : public std::runtime_error {
+/// An error object as platforms hand them out: a domain, a code within it, and a description.
+class PlatformError : public LocalizableError {
 public:
-    PlatformError(std::string domain, int code, const std::string& description)
-        : std::runtime_error(description), m_domain(std::move(domain)), m_code(code) {}
+    PlatformError(std::string domain, int code, const std::string& description, KeyedText text)
+        : LocalizableError(description, std::move(text)), m_domain(std::move(domain)), m_code(code) {}
 
     const std::string& domain() const noexcept { return m_domain; }
     int code() const noexcept { return m_code; }

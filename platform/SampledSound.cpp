@@ -8,9 +8,10 @@ namespace zeb {
 std::shared_ptr<const SampledSound> readSampledSound(const MediaLibrary& media, const std::string& path) {
     const IsCancelled never = [] { return false; };
     const auto asset = media.open(path, never);
-    if (asset->soundTracks().empty()) throw MediaError(MediaError::cannotDecode, "There is no sound.");
+    if (asset->soundTracks().empty()) throw MediaError(MediaError::cannotDecode, {"error_media_no_sound"});
     const auto reader = asset->makeSoundReader(0, never);
-    if (!reader->startReading()) throw MediaError(MediaError::cannotDecode, "The sound cannot be decoded.");
+    if (!reader->startReading())
+        throw MediaError(MediaError::cannotDecode, {"error_media_sound_undecodable"});
 
     SampledSound sound;
     while (const auto buffer = reader->copyNextSampleBuffer()) {
@@ -21,9 +22,9 @@ std::shared_ptr<const SampledSound> readSampledSound(const MediaLibrary& media, 
             sound.samples.push_back(buffer->samples[at + std::min<std::size_t>(channels - 1, 1)]);
         }
         if (sound.samples.size() / 2 / longestSampledSound > static_cast<std::size_t>(sound.sampleRate))
-            throw MediaError(MediaError::cannotDecode, "The sound is too long.");
+            throw MediaError(MediaError::cannotDecode, {"error_media_long_sound"});
     }
-    if (sound.samples.empty()) throw MediaError(MediaError::cannotDecode, "The sound is empty.");
+    if (sound.samples.empty()) throw MediaError(MediaError::cannotDecode, {"error_media_empty_sound"});
     return std::make_shared<const SampledSound>(std::move(sound));
 }
 

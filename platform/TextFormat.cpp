@@ -81,6 +81,7 @@ struct ArgumentText {
         return point == std::string::npos ? text : text.replace(point, 1, decimalMark);
     }
     std::string operator()(const std::string& text) const { return text; }
+    std::string operator()(const KeyedText& text) const { return text.key; }
 };
 
 }  // namespace

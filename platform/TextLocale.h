@@ -21,6 +21,11 @@ std::vector<std::string_view> textLanguages();
 /// "en_GB.UTF-8"; the fallback when none does.
 std::string bestTextLanguage(const std::vector<std::string>& preferred);
 
+/// The locale of messages that the environment names, as gettext does: the first of LC_ALL, LC_MESSAGES and
+/// LANG that is not empty, before which come the languages of LANGUAGE unless that is "C" or "POSIX". English
+/// when there is none. Numbers keep the dot, so that scripts and people read the same.
+TextLocale environmentTextLocale();
+
 /// What `localizedText` uses from now on; English until this is called. To be called before other threads ask
 /// for texts.
 void setTextLocale(const TextLocale& locale);

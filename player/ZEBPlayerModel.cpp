@@ -10,12 +10,11 @@
 #include <utility>
 
 #include "platform/ErrorText.h"
+#include "platform/LocalizedText.h"
 #include "player/PlaybackPeriod.h"
 
 namespace zeb {
 namespace {
-
-constexpr const char* undecodable = " • (kein Frame dekodierbar)";
 
 std::string headerLineOf(const ZEBHeader& header) {
     return header.title + " • " + std::to_string(header.width) + "x" + std::to_string(header.height) + " • " +
@@ -132,7 +131,8 @@ int ZEBPlayerModel::totalFramesForWindow() const {
 
 void ZEBPlayerModel::show(std::int64_t index, Image image) {
     m_currentFrameIndex = index + 1;
-    const std::string status = m_headerLine + (image ? "" : undecodable);
+    const std::string status =
+        image ? m_headerLine : localizedText("player_undecodable_format", {m_headerLine});
     publish(m_displayedFrameIndex,
             std::clamp<std::int64_t>(index, 0, std::max<std::int64_t>(m_totalFrames - 1, 0)),
             &ZEBPlayerModel::displayedFrameIndexChanged);
@@ -141,7 +141,8 @@ void ZEBPlayerModel::show(std::int64_t index, Image image) {
 }
 
 void ZEBPlayerModel::showError(const std::string& description) {
-    publish(m_statusText, "Fehler: " + description, &ZEBPlayerModel::statusTextChanged);
+    publish(m_statusText, localizedText("log_error_format", {description}),
+            &ZEBPlayerModel::statusTextChanged);
 }
 
 // MARK: Control

@@ -204,7 +204,7 @@ void ConverterViewModel::analyzeSource(const URL& url) {
             Analysis analysis;
             try {
                 if (!url.isFileURL() || url.path().empty()) {
-                    throw MediaError(MediaError::cannotOpen, "It is not a file of this computer");
+                    throw MediaError(MediaError::cannotOpen, {"error_source_not_local"});
                 }
                 const auto asset = media.open(url.path(), [token] { return token.stop_requested(); });
                 if (!asset->videoTracks().empty()) {

@@ -29,7 +29,7 @@ public:
 
     void draw(const BitmapContext& bitmap) const override {
         ++m_draws;
-        if (!m_canBeDrawn) throw PlatformError("Fake", 1, "The picture cannot be drawn.");
+        if (!m_canBeDrawn) throw PlatformError("Fake", 1, "The picture cannot be drawn.", {"fake_drawing"});
         std::size_t at = 0;
         for (int y = 0; y < bitmap.height; ++y) {
             for (int x = 0; x < bitmap.width; ++x) {

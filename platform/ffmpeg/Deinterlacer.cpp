@@ -12,7 +12,7 @@ namespace {
 constexpr int nanosecond = 1'000'000'000;
 
 void require(int result) {
-    if (result < 0) throw MediaError(MediaError::cannotDecode, "The interlaced pictures cannot be combined");
+    if (result < 0) throw MediaError(MediaError::cannotDecode, {"error_media_deinterlacing"});
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "platform/FileHandle.h"
+#include "platform/SystemErrorText.h"
 #include "platform/ffmpeg/Libraries.h"
 
 namespace zeb::ffmpeg {
@@ -41,10 +42,16 @@ bool isRefused(const AVInputFormat& format) {
     return (format.flags & AVFMT_NOFILE) != 0;
 }
 
-std::string errorText(int error) {
+KeyedText textOf(int error) {
+    if (error == AVERROR_INVALIDDATA || error == AVERROR_EOF || error == AVERROR_DEMUXER_NOT_FOUND)
+        return {"error_media_not_a_video"};
+    // The library's codes are the negative error numbers of the system, and large numbers made of letters.
+    constexpr int largestErrorNumber = 4095;
+    if (AVUNERROR(error) > 0 && AVUNERROR(error) <= largestErrorNumber)
+        return systemErrorText(AVUNERROR(error));
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(error, text.data(), text.size());
-    return text.data();
+    return {"error_media_library_format", {text.data()}};
 }
 
 /// Only the extension may help to recognise a format; the rest of a name could look like a pattern.
@@ -122,16 +129,12 @@ struct Demuxer::State {
     }
 
     void throwIfCancelled() const {
-        if (isCancelled && isCancelled())
-            throw MediaError(MediaError::interrupted, "Reading was interrupted");
+        if (isCancelled && isCancelled()) throw MediaError::wasInterrupted();
     }
 
     void throwCannotOpen(int error) const {
         throwIfCancelled();
-        if (error == AVERROR_INVALIDDATA || error == AVERROR_EOF) {
-            throw MediaError(MediaError::cannotOpen, "This is not a video file that can be read");
-        }
-        throw MediaError(MediaError::cannotOpen, errorText(error));
+        throw MediaError(MediaError::cannotOpen, textOf(error));
     }
 };
 
@@ -142,9 +145,9 @@ Demuxer::Demuxer(const std::string& path, IsCancelled isCancelled) : m_state(std
         state.file = openForReading(path);
         state.size = state.file->size();
     } catch (const FileError& error) {
-        throw MediaError(MediaError::cannotOpen, error.reason());
+        throw MediaError(MediaError::cannotOpen, error.reasonText());
     }
-    if (state.size == 0) throw MediaError(MediaError::cannotOpen, "The file is empty");
+    if (state.size == 0) throw MediaError(MediaError::cannotOpen, {"error_media_empty_file"});
 
     auto* buffer = static_cast<std::uint8_t*>(av_malloc(ioBufferSize));
     if (buffer == nullptr) throw std::bad_alloc();
@@ -161,9 +164,7 @@ Demuxer::Demuxer(const std::string& path, IsCancelled isCancelled) : m_state(std
         state.throwCannotOpen(error);
     }
     if (isRefused(*inputFormat)) {
-        throw MediaError(MediaError::cannotOpen, std::string("This is not a video file (") +
-                                                     inputFormat->name +
-                                                     "): lists, scripts and picture sequences are not read");
+        throw MediaError(MediaError::cannotOpen, {"error_media_refused_format", {inputFormat->name}});
     }
 
     state.format = avformat_alloc_context();

@@ -118,7 +118,7 @@ public:
         if (avcodec_send_frame(encoder.get(), frame.get()) < 0 ||
             avcodec_send_frame(encoder.get(), nullptr) < 0 ||
             avcodec_receive_packet(encoder.get(), packet.get()) < 0) {
-            throw FilmError(FilmError::cannotEncode, "The picture cannot be encoded as PNG");
+            throw FilmError(FilmError::cannotEncode, {"error_film_png"});
         }
         return {packet->data, packet->data + packet->size};
     }
@@ -128,7 +128,7 @@ private:
         const AVCodec* codec = avcodec_find_encoder_by_name("png");
         if (codec == nullptr) {
             throw FilmError(FilmError::noEncoder,
-                            "There is no encoder for PNG here (FFmpeg's libraries have none)");
+                            {"error_film_no_encoder_format", {std::string("PNG"), std::string("png")}});
         }
         CodecContext context(avcodec_alloc_context3(codec));
         if (!context) throw std::bad_alloc();
@@ -142,7 +142,7 @@ private:
         context = openEncoder(*codec, std::move(context), pngOptions);
         if (!context) {
             throw FilmError(FilmError::cannotEncode,
-                            "No PNG can be made of " + std::to_string(width) + "x" + std::to_string(height));
+                            {"error_film_png_size_format", {std::int64_t{width}, std::int64_t{height}}});
         }
         return context;
     }

@@ -52,9 +52,9 @@ std::shared_ptr<const Picture> FFmpegImageGenerator::copyImage(MediaTime time) {
     if (!m_current) advance();
     while (m_next && m_next->time <= target)
         advance();
-    if (!m_current) throw MediaError(MediaError::cannotDecode, "No picture can be decoded");
+    if (!m_current) throw MediaError(MediaError::cannotDecode, {"error_media_no_picture"});
     if (m_source->hasLostPicture(m_current->time, target)) {
-        throw MediaError(MediaError::cannotDecode, "The picture is damaged");
+        throw MediaError(MediaError::cannotDecode, {"error_media_damaged_picture"});
     }
     return m_current->picture;
 }
@@ -68,13 +68,13 @@ TimedPicture FFmpegImageGenerator::copyNearbyImage(MediaTime time, int pictures)
     m_isElsewhere = true;
     const double target = time.seconds() + m_source->tolerance();
     const std::optional<double> keyTime = m_source->findKey(target);
-    if (!keyTime) throw MediaError(MediaError::cannotDecode, "No picture can be decoded");
+    if (!keyTime) throw MediaError(MediaError::cannotDecode, {"error_media_no_picture"});
     const bool isKnown = m_nearby && m_nearby->keyTime == *keyTime && m_nearby->pictures == pictures &&
                          m_nearby->isLast && m_nearby->picture.time <= target;
     if (!isKnown) {
         m_nearby.reset();
         std::optional<FrameSource::NearbyFrame> found = m_source->decodeFromKey(target, pictures);
-        if (!found) throw MediaError(MediaError::cannotDecode, "The picture is damaged");
+        if (!found) throw MediaError(MediaError::cannotDecode, {"error_media_damaged_picture"});
         auto picture = std::make_shared<FramePicture>(std::move(found->frame), m_facts, m_tools);
         m_nearby = {*keyTime, pictures, found->isLast, {found->time, std::move(picture)}};
     }

@@ -13,8 +13,7 @@ class Loader {
 public:
     explicit Loader(const std::string& name) : m_library(dlopen(name.c_str(), RTLD_LAZY | RTLD_LOCAL)) {
         if (m_library == nullptr) {
-            throw MediaError(MediaError::cannotDecode,
-                             name + ", which interlaced pictures and GIF need, is not installed");
+            throw MediaError(MediaError::cannotDecode, {"error_media_no_filters_format", {name}});
         }
     }
 
@@ -22,7 +21,7 @@ public:
     void load(Function& function, const char* name) const {
         function = reinterpret_cast<Function>(dlsym(m_library, name));
         if (function == nullptr) {
-            throw MediaError(MediaError::cannotDecode, std::string("libavfilter does not know ") + name);
+            throw MediaError(MediaError::cannotDecode, {"error_media_no_filter_function_format", {name}});
         }
     }
 

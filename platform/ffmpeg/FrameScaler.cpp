@@ -9,7 +9,6 @@
 #include <new>
 #include <string>
 
-#include "platform/PlatformError.h"
 #include "platform/ffmpeg/Libraries.h"
 #include "platform/ffmpeg/PlanarFrame.h"
 
@@ -41,7 +40,7 @@ struct FreeGraph {
     std::array<char, 256> text{};
     zimg_get_last_error(text.data(), text.size());
     zimg_clear_last_error();
-    throw PlatformError("Media", 4, std::string("The picture cannot be drawn: ") + text.data());
+    throw cannotDraw(text.data());
 }
 
 zimg_image_format sourceFormat(const ScalingTask& task, const AVPixFmtDescriptor& pixels) {

@@ -83,8 +83,8 @@ void FrameSource::openDecoder(int threads) {
     const AVStream& stream = *m_demuxer->format()->streams[m_facts.stream];
     const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
     if (codec == nullptr) {
-        throw MediaError(MediaError::cannotDecode, std::string("There is no decoder for its pictures (") +
-                                                       avcodec_get_name(stream.codecpar->codec_id) + ")");
+        throw MediaError(MediaError::cannotDecode,
+                         {"error_media_no_decoder_format", {avcodec_get_name(stream.codecpar->codec_id)}});
     }
     m_decoder.reset(avcodec_alloc_context3(codec));
     if (!m_decoder) throw std::bad_alloc();
@@ -95,7 +95,7 @@ void FrameSource::openDecoder(int threads) {
     m_decoder->thread_count = threads > 1 ? threads + 2 : 1;
     watchForDamage(*m_decoder, m_sawDamage);
     if (avcodec_open2(m_decoder.get(), codec, nullptr) < 0) {
-        throw MediaError(MediaError::cannotDecode, "The decoder for its pictures cannot start");
+        throw MediaError(MediaError::cannotDecode, {"error_media_decoder_start"});
     }
 }
 

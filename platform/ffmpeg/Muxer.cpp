@@ -93,14 +93,14 @@ struct Muxer::State {
         if (failure) std::rethrow_exception(failure);
         if (result < 0)
             throw FilmError(FilmError::cannotEncode,
-                            std::string("The ") + format->oformat->name + " file cannot be written");
+                            {"error_film_cannot_write_format", {format->oformat->name}});
     }
 };
 
 Muxer::Muxer(WritableFile& file, const char* format) : m_state(std::make_unique<State>(file)) {
     State& state = *m_state;
     if (avformat_alloc_output_context2(&state.format, nullptr, format, nullptr) < 0) {
-        throw FilmError(FilmError::noEncoder, std::string("This system cannot write ") + format + " files");
+        throw FilmError(FilmError::noEncoder, {"error_film_no_muxer_format", {format}});
     }
     auto* buffer = static_cast<std::uint8_t*>(av_malloc(ioBufferSize));
     if (buffer == nullptr) throw std::bad_alloc();

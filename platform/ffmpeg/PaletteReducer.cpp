@@ -11,14 +11,14 @@ namespace zeb::ffmpeg {
 namespace {
 
 void require(int result) {
-    if (result < 0) throw FilmError(FilmError::cannotEncode, "The colours cannot be reduced to 256");
+    if (result < 0) throw FilmError(FilmError::cannotEncode, {"error_film_palette"});
 }
 
 const FilterLibrary& filterLibrary() {
     try {
         return FilterLibrary::get();
     } catch (const MediaError& error) {
-        throw FilmError(FilmError::noEncoder, error.what());
+        throw FilmError(FilmError::noEncoder, error.text());
     }
 }
 

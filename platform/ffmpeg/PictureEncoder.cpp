@@ -133,8 +133,8 @@ PictureEncoder::PictureEncoder(Muxer& muxer, const FilmParameters& parameters)
     : m_parameters(parameters),
       m_encoder(
           muxer,
-          std::string(nameOf(parameters.format)) + " films of " + std::to_string(parameters.width) + "x" +
-              std::to_string(parameters.height),
+          {"film_pictures_format",
+           {nameOf(parameters.format), std::int64_t{parameters.width}, std::int64_t{parameters.height}}},
           choicesFor(parameters.format),
           [&](AVCodecContext& context, const EncoderChoice& choice) { setUp(context, choice, parameters); }),
       m_converter(makeConverter(m_encoder.context())) {
@@ -194,7 +194,7 @@ Frame PictureEncoder::convert(const AVFrame& pixels) const {
     Frame frame = makeBuffer(encoder.pix_fmt, pixels.width, pixels.height);
     if (sws_scale(m_converter.get(), pixels.data, pixels.linesize, 0, pixels.height, frame->data,
                   frame->linesize) != pixels.height) {
-        throw FilmError(FilmError::cannotEncode, "The colours cannot be converted");
+        throw FilmError(FilmError::cannotEncode, {"error_film_colours"});
     }
     // An odd side ends in the middle of a chroma sample: it was made of whole pairs of pixels, not stretched.
     frame->width = encoder.width;

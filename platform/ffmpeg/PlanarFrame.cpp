@@ -6,7 +6,7 @@
 #include <new>
 #include <string>
 
-#include "platform/PlatformError.h"
+#include "platform/LocalizedText.h"
 #include "platform/ffmpeg/Libraries.h"
 
 namespace zeb::ffmpeg {
@@ -62,10 +62,6 @@ AVPixelFormat planarCounterpart(const AVPixFmtDescriptor& source) {
     return best != nullptr ? av_pix_fmt_desc_get_id(best) : AV_PIX_FMT_NONE;
 }
 
-PlatformError cannotDraw(const std::string& reason) {
-    return PlatformError("Media", 4, "The picture cannot be drawn: " + reason);
-}
-
 void allocate(AVFrame& frame, int format, int width, int height) {
     av_frame_unref(&frame);
     frame.format = format;
@@ -89,14 +85,20 @@ bool hasWholeChroma(const AVFrame& frame, const AVPixFmtDescriptor& format) {
 
 }  // namespace
 
+PlatformError cannotDraw(const TextArgument& reason) {
+    const KeyedText text{"error_media_cannot_draw_format", {reason}};
+    return {"Media", 4, englishText(text), text};
+}
+
 const AVFrame& PlanarForm::of(const AVFrame& frame) {
     const auto* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
     if (format == nullptr || (format->flags & AV_PIX_FMT_FLAG_HWACCEL) != 0)
-        throw cannotDraw("unknown pixel format");
+        throw cannotDraw(KeyedText{"error_media_unknown_pixels"});
     const AVFrame* result = &frame;
     if (!isPlanarForm(*format)) {
         const AVPixelFormat planar = planarCounterpart(*format);
-        if (planar == AV_PIX_FMT_NONE) throw cannotDraw(std::string("pixel format ") + format->name);
+        if (planar == AV_PIX_FMT_NONE)
+            throw cannotDraw(KeyedText{"error_media_pixels_format", {format->name}});
         result = &converted(frame, planar);
         format = av_pix_fmt_desc_get(planar);
     }
@@ -111,10 +113,10 @@ const AVFrame& PlanarForm::converted(const AVFrame& frame, int format) {
         frame.width, frame.height, static_cast<AVPixelFormat>(format),
         SWS_POINT | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP, nullptr, nullptr, nullptr);
     m_converter.reset(context);
-    if (context == nullptr) throw cannotDraw("its pixel format cannot be unpacked");
+    if (context == nullptr) throw cannotDraw(KeyedText{"error_media_packed_pixels"});
     const int rows = sws_scale(context, frame.data, frame.linesize, 0, frame.height, m_converted->data,
                                m_converted->linesize);
-    if (rows != frame.height) throw cannotDraw("its pixel format cannot be unpacked");
+    if (rows != frame.height) throw cannotDraw(KeyedText{"error_media_packed_pixels"});
     return *m_converted;
 }
 

@@ -1,8 +1,13 @@
 #pragma once
 
+#include "platform/KeyedText.h"
+#include "platform/PlatformError.h"
 #include "platform/ffmpeg/Handles.h"
 
 namespace zeb::ffmpeg {
+
+/// The error of a picture that cannot be drawn, with the reason.
+PlatformError cannotDraw(const TextArgument& reason);
 
 /// Brings decoded frames into the form that the scaler reads: one component per plane, native byte order,
 /// aligned, sides whole multiples of the chroma subsampling (by repeating the last column or row). Most

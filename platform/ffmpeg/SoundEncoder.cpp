@@ -56,8 +56,7 @@ Resampler makeResampler(AVCodecContext& encoder, const FilmParameters& parameter
                             &encoder.ch_layout, AV_SAMPLE_FMT_U8, parameters.soundRate, 0, nullptr);
     Resampler resampler(context);
     if (result < 0) throw std::bad_alloc();
-    if (swr_init(resampler.get()) < 0)
-        throw FilmError(FilmError::cannotEncode, "The sound cannot be converted");
+    if (swr_init(resampler.get()) < 0) throw FilmError(FilmError::cannotEncode, {"error_film_sound"});
     return resampler;
 }
 
@@ -66,7 +65,7 @@ Resampler makeResampler(AVCodecContext& encoder, const FilmParameters& parameter
 SoundEncoder::SoundEncoder(Muxer& muxer, const FilmParameters& parameters)
     : m_parameters(parameters),
       m_encoder(
-          muxer, "the film's sound", choicesFor(parameters.format),
+          muxer, {"film_sound"}, choicesFor(parameters.format),
           [&](AVCodecContext& context, const EncoderChoice& choice) { setUp(context, choice, parameters); }),
       m_resampler(makeResampler(m_encoder.context(), parameters)),
       m_queue(av_audio_fifo_alloc(m_encoder.context().sample_fmt, parameters.soundChannels, longestFrame)) {
@@ -95,7 +94,7 @@ void SoundEncoder::convert(std::span<const std::uint8_t> samples) {
     const std::uint8_t* input = samples.data();
     const int converted =
         swr_convert(m_resampler.get(), frame->extended_data, capacity, count > 0 ? &input : nullptr, count);
-    if (converted < 0) throw FilmError(FilmError::cannotEncode, "The sound cannot be converted");
+    if (converted < 0) throw FilmError(FilmError::cannotEncode, {"error_film_sound"});
     void** planes = reinterpret_cast<void**>(frame->extended_data);
     if (av_audio_fifo_write(m_queue.get(), planes, converted) < converted) throw std::bad_alloc();
 }

@@ -34,13 +34,12 @@ bool StreamEncoder::open(const EncoderChoice& choice) {
     return m_context != nullptr;
 }
 
-void StreamEncoder::fail(const std::string& what, std::span<const EncoderChoice> choices) const {
+void StreamEncoder::fail(const KeyedText& what, std::span<const EncoderChoice> choices) const {
     std::string names;
     for (const EncoderChoice& choice : choices)
         names += (names.empty() ? "" : ", ") + std::string(choice.name);
-    if (m_wasRefused) throw FilmError(FilmError::cannotEncode, "No encoder here takes " + what);
-    throw FilmError(FilmError::noEncoder, "There is no encoder for " + what +
-                                              " here (FFmpeg's libraries have none of " + names + ")");
+    if (m_wasRefused) throw FilmError(FilmError::cannotEncode, {"error_film_refused_format", {what}});
+    throw FilmError(FilmError::noEncoder, {"error_film_no_encoder_format", {what, names}});
 }
 
 void StreamEncoder::send(const AVFrame* frame, const std::function<bool()>& isCancelled) {
@@ -52,7 +51,7 @@ void StreamEncoder::send(const AVFrame* frame, const std::function<bool()>& isCa
         if (result < 0) break;
         m_muxer->write(*m_packet, *m_context, *m_stream);
     }
-    throw FilmError(FilmError::cannotEncode, m_name + " failed to encode");
+    throw FilmError(FilmError::cannotEncode, {"error_film_encoder_failed_format", {m_name}});
 }
 
 }  // namespace zeb::ffmpeg

@@ -24,9 +24,9 @@ struct EncoderChoice {
 class StreamEncoder {
 public:
     /// Opens the first of `choices` that this system has and that takes what `setUp` asks of it. Throws
-    /// `FilmError`: "There is no encoder for WHAT here (...)", or that none takes it.
+    /// `FilmError`: there is no encoder for `what`, or none takes it.
     template <typename SetUp>
-    StreamEncoder(Muxer& muxer, const std::string& what, std::span<const EncoderChoice> choices,
+    StreamEncoder(Muxer& muxer, const KeyedText& what, std::span<const EncoderChoice> choices,
                   const SetUp& setUp)
         : m_muxer(&muxer) {
         for (const EncoderChoice& choice : choices) {
@@ -51,7 +51,7 @@ private:
     bool allocate(const EncoderChoice& choice);
     bool open(const EncoderChoice& choice);
     void send(const AVFrame* frame, const std::function<bool()>& isCancelled);
-    [[noreturn]] void fail(const std::string& what, std::span<const EncoderChoice> choices) const;
+    [[noreturn]] void fail(const KeyedText& what, std::span<const EncoderChoice> choices) const;
 
     Muxer* m_muxer;
     CodecContext m_context;

@@ -13,22 +13,10 @@
 #include <utility>
 #include <vector>
 
+#include "platform/SystemErrorText.h"
+
 namespace zeb {
 namespace {
-
-/// The system hands out texts by one of two functions of the same name: one returns the text, the other an
-/// error number after filling the buffer. Overloads pick the one at hand; both are safe between threads.
-[[maybe_unused]] std::string errorText(const char* text, const char*) {
-    return text;
-}
-[[maybe_unused]] std::string errorText(int failure, const char* buffer) {
-    return failure == 0 ? buffer : "Unknown error";
-}
-
-std::string systemText(int errorNumber) {
-    std::array<char, 256> buffer{};
-    return errorText(strerror_r(errorNumber, buffer.data(), buffer.size()), buffer.data());
-}
 
 constexpr std::uint64_t largestOffset = std::numeric_limits<off_t>::max();
 /// Some systems refuse single transfers of 2 GiB and more.
@@ -69,7 +57,9 @@ private:
 
 void requireRegular(const struct stat& status, const std::string& path) {
     if (S_ISDIR(status.st_mode)) throw FileError(path, EISDIR);
-    if (!S_ISREG(status.st_mode)) throw FileError(path, EINVAL, "Not an ordinary file");
+    if (!S_ISREG(status.st_mode)) {
+        throw FileError(path, EINVAL, "Not an ordinary file", {"error_not_ordinary_file"});
+    }
 }
 
 int openDescriptor(const std::string& path, int flags) {
@@ -225,10 +215,13 @@ private:
 }  // namespace
 
 FileError::FileError(const std::string& path, int errorNumber)
-    : FileError(path, errorNumber, systemText(errorNumber)) {}
+    : FileError(path, errorNumber, systemErrorDescription(errorNumber), systemErrorText(errorNumber)) {}
 
-FileError::FileError(const std::string& path, int errorNumber, const std::string& reason)
-    : PlatformError("POSIX", errorNumber, path + ": " + reason), m_path(path), m_reason(reason) {}
+FileError::FileError(const std::string& path, int errorNumber, const std::string& reason,
+                     const KeyedText& reasonText)
+    : PlatformError("POSIX", errorNumber, path + ": " + reason, {"error_file_format", {path, reasonText}}),
+      m_path(path),
+      m_reasonText(reasonText) {}
 
 std::unique_ptr<ReadableFile> openForReading(const std::string& path) {
     return std::make_unique<PosixReadableFile>(openRegular(path, O_RDONLY));

@@ -63,8 +63,8 @@ TEST_F(ExportProgram, RefusesInOneLineAndLeavesNothing) {
     } cases[] = {
         {{"missing.zeb", "-o", "n.mp4"}, 3, "missing.zeb: No such file or directory"},
         {{".", "-o", "n.mp4"}, 3, "Is a directory"},
-        {{"pipe.mp4", "-o", "n.mp4"}, 3, "Not an ordinary file"},
-        {{"text.zeb", "-o", "n.mp4"}, 3, "text.zeb: Kein ZEB1-File"},
+        {{"pipe.mp4", "-o", "n.mp4"}, 3, "pipe.mp4: not a regular file"},
+        {{"text.zeb", "-o", "n.mp4"}, 3, "text.zeb: Not a ZEB1 file"},
         {{"a.zeb", "-o", "b.mp4"}, 4, "b.mp4: exists already (use --force to replace it)"},
         {{"a.zeb", "-o", "frame-%05d.png"}, 4, "frame-00007.png: exists already"},
         {{"a.zeb", "-o", "link.mp4", "--force"}, 4, "link.mp4: is the movie itself"},

@@ -39,7 +39,7 @@ TEST_F(InfoProgram, ShowsEveryFileAndGoesOnAfterAFailure) {
                                        "  Loop           yes\n"));
     EXPECT_THAT(result.out, HasSubstr("\n\ntorn.zeb\n"));
     EXPECT_EQ(std::ranges::count(result.error, '\n'), 3);
-    EXPECT_THAT(result.error, HasSubstr("zeb: text.zeb: Kein ZEB1-File\n"));
+    EXPECT_THAT(result.error, HasSubstr("zeb: text.zeb: Not a ZEB1 file\n"));
 }
 
 TEST_F(InfoProgram, SpeaksJson) {

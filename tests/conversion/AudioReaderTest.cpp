@@ -151,7 +151,7 @@ TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {
 TEST(AudioReader, keepsWhatCameBeforeDamage) {
     FakeFilm film;
     film.soundTracks = {[](std::size_t index, FakeSamples& buffer) {
-        if (index > 0) throw MediaError(MediaError::cannotDecode, "damaged");
+        if (index > 0) throw MediaError(MediaError::cannotDecode, {"damaged"});
         buffer = {20000, 1, {0.5F, 0.5F}};
         return true;
     }};
@@ -160,7 +160,7 @@ TEST(AudioReader, keepsWhatCameBeforeDamage) {
     EXPECT_EQ(readBuffers({{20000, 1, {std::numeric_limits<float>::quiet_NaN()}}}, 1).bytes, Bytes{128});
     film.soundStarts = false;
     EXPECT_EQ(read(film, 1).bytes, Bytes());
-    film.soundCannotBeOpened = MediaError(MediaError::cannotOpen, "no");
+    film.soundCannotBeOpened = MediaError(MediaError::cannotOpen, {"no"});
     EXPECT_THROW(read(film, 1), MediaError);
 }
 

@@ -156,7 +156,7 @@ protected:
             isGrabbing.notify_one();
             while (!isCancelled())
                 std::this_thread::yield();
-            throw MediaError(MediaError::interrupted, "interrupted");
+            throw MediaError::wasInterrupted();
         };
         return film;
     }
@@ -189,7 +189,7 @@ TEST_F(ConversionRunTest, bytesDependOnSourceAndSettingsOnly) {
 TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
     takeFilm([](double time, const IsCancelled&) -> std::shared_ptr<const Picture> {
         const std::uint32_t index = pictureAt(time);
-        if (index == 10 || index == 11) throw MediaError(MediaError::cannotDecode, "damaged");
+        if (index == 10 || index == 11) throw MediaError(MediaError::cannotDecode, {"damaged"});
         return std::make_shared<FakePicture>(index, index != 24);
     });
     std::vector<std::uint32_t> shown;
@@ -261,7 +261,7 @@ TEST_F(ConversionRunTest, failureOfTheSoundFreesABusyDecoder) {
     FakeFilm film = busyFrom(0);
     film.soundTracks = {[&](std::size_t, fake::FakeSamples&) -> bool {
         isGrabbing.wait(false);
-        throw MediaError(MediaError::cannotOpen, "no sound");
+        throw MediaError(MediaError::cannotOpen, {"no sound"});
     }};
     library.add(input, film);
     EXPECT_THROW(convert(), MediaError);

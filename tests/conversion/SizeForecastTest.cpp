@@ -241,12 +241,12 @@ TEST(SpaceFor, CountsWhatTheOldOutputGivesWay) {
 TEST(SamplePictures, LeaveOutWhatCannotBeDecodedOrDrawn) {
     FakeFilm film = filmOf(60);
     film.grab = [](double time, const IsCancelled&) {
-        if (time > 20 && time < 40) throw MediaError(MediaError::cannotDecode, "damaged");
+        if (time > 20 && time < 40) throw MediaError(MediaError::cannotDecode, {"damaged"});
         return std::make_shared<FakePicture>(static_cast<std::uint32_t>(time));
     };
     EXPECT_EQ(samplePictures(FakeAsset(film), {}, {}).size(), 8u);
     film.grab = [](double, const IsCancelled&) -> std::shared_ptr<const Picture> {
-        throw MediaError(MediaError::cannotDecode, "damaged");
+        throw MediaError(MediaError::cannotDecode, {"damaged"});
     };
     EXPECT_THROW(samplePictures(FakeAsset(film), {}, {}), MediaError);
     RecordSamples samples({std::make_shared<FakePicture>(1), std::make_shared<FakePicture>(2, false)});

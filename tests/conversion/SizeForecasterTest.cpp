@@ -26,7 +26,7 @@ protected:
         film.duration = 60;
         film.grab = [this](double time, const IsCancelled& isCancelled) {
             if (onGrab) onGrab();
-            if (isCancelled()) throw MediaError(MediaError::interrupted, "interrupted");
+            if (isCancelled()) throw MediaError::wasInterrupted();
             return std::make_shared<FakePicture>(static_cast<std::uint32_t>(time));
         };
         library.add("film", film);
