@@ -26,7 +26,7 @@ namespace zeb {
 struct Services {
     NotificationCenter notifications;
     QtMainActor mainActor;
-    PropertyListDefaults defaults{PropertyListDefaults::standardPath(), notifications, mainActor};
+    PropertyListDefaults defaults{PropertyListDefaults::standardPath(), notifications};
     SystemClock clock;
     std::unique_ptr<MediaLibrary> media = makeFFmpegMediaLibrary(MediaLogging::silent);
     ConversionRun conversion{*media};

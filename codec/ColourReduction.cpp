@@ -58,7 +58,7 @@ void packRGB565(std::span<const std::uint8_t> rgba, std::span<std::uint8_t> pixe
 
 namespace {
 
-/// What each channel adds to the luminance.
+/// Contribution of each channel value to the luminance.
 struct LuminanceTables {
     std::array<double, 256> red;
     std::array<double, 256> green;
@@ -84,7 +84,8 @@ ZEB_ALWAYS_INLINE double luminance(const LuminanceTables& tables, const std::uin
     return tables.red[pixel & 0xFF] + tables.green[(pixel >> 8) & 0xFF] + tables.blue[(pixel >> 16) & 0xFF];
 }
 
-/// `levels` thresholds; of its own so that a constant number of them makes a version without a loop.
+/// Compares with `levels` thresholds. A separate function, so that a constant `levels` compiles without a
+/// loop.
 ZEB_ALWAYS_INLINE void quantisePixels(const std::uint8_t* rgba, std::span<std::uint8_t> indices,
                                       const double* thresholds, std::size_t levels) {
     const LuminanceTables& tables = luminanceTables();
@@ -98,9 +99,10 @@ ZEB_ALWAYS_INLINE void quantisePixels(const std::uint8_t* rgba, std::span<std::u
 }
 
 constexpr std::size_t rowsInFlight = 8;
-constexpr std::size_t lag = 2;  ///< pixels between a row and the one above: its upper right neighbour is done
+/// Pixels that a row is behind the row above, whose upper right neighbour is then complete.
+constexpr std::size_t lag = 2;
 
-/// Vectors that every processor with floating-point vectors has.
+/// Vector types of the baseline instruction set of every supported processor.
 struct Pairs {
     typedef double Doubles __attribute__((vector_size(16)));
     typedef std::int64_t Integers __attribute__((vector_size(16)));
@@ -111,23 +113,23 @@ struct Quads {
     typedef std::int64_t Integers __attribute__((vector_size(32)));
 };
 
-/// Up to eight rows of a picture, and what is needed to dither them.
+/// Up to eight rows of a picture with the data to dither them.
 struct Strip {
     const std::uint8_t* rgba;
     std::uint8_t* indices;
     std::size_t width;
     std::size_t rows;
-    double* above;                   ///< errors of the row above the strip; becomes those of its last row
+    double* above;  ///< errors from the row above the strip; replaced by the errors of its last row
     const double* thresholds;        ///< of levels 1, 2 ...
-    const std::int64_t* valueSteps;  ///< what turns the bits of level n's value into those of n + 1
+    const std::int64_t* valueSteps;  ///< difference of the bit patterns of the values of levels n + 1 and n
 };
 
-/// Dithers the rows of a strip side by side: each is two pixels behind the row above, so that the errors from
-/// there are known and eight pixels do not wait for one another. A pixel still receives its errors in the
-/// order in which row after row would bring them, since floating-point sums depend on it: upper left, upper,
-/// upper right, left.
+/// Dithers the rows of a strip in parallel. Each row is two pixels behind the row above, so that the errors
+/// from there are complete and the eight pixels are independent. A pixel receives its errors in the order of
+/// row-by-row processing, because floating-point sums depend on the order: upper left, upper, upper right,
+/// left.
 ///
-/// The rows are spread over vectors, one lane each. At step t, row r is at column t - lag * r.
+/// Each row is one vector lane. At step t, row r is at column t - lag * r.
 template <typename Vectors>
 class StripDither {
 public:
@@ -156,7 +158,8 @@ private:
     static constexpr std::size_t lanes = sizeof(Doubles) / sizeof(double);
     static constexpr std::size_t groups = rowsInFlight / lanes;
 
-    /// `atEdge`: some of the rows may be left or right of the picture, or there are fewer than eight.
+    /// With `atEdge`, some rows may be outside the picture at the left or right, or the strip has fewer than
+    /// eight.
     template <bool atEdge>
     ZEB_ALWAYS_INLINE void step(std::size_t t, std::size_t levels) {
         for (std::size_t group = 0; group < groups; ++group) {
@@ -171,7 +174,7 @@ private:
             value += m_upperRight[group] * (3.0 / 16);
             value += m_left[group] * (7.0 / 16);
 
-            // The bits of index / levels, put together from their differences between levels.
+            // The bit pattern of index / levels, summed from the differences between levels.
             Integers quantised{};
             Integers index{};
             for (std::size_t level = 0; level < levels; ++level) {
@@ -196,7 +199,7 @@ private:
         passDown(t + lag < m_strip.width ? m_strip.above[t + lag] : 0);
     }
 
-    /// Every row's last error moves to the row below, `first` to the topmost row.
+    /// Moves the last error of each row to the row below, and `first` to the topmost row.
     ZEB_ALWAYS_INLINE void passDown(double first) {
         Doubles before{};
         before[lanes - 1] = first;
@@ -222,14 +225,14 @@ private:
 
     const Strip m_strip;
     const LuminanceTables& m_tables;
-    // Errors of each row's neighbours.
+    // Errors from the neighbours of each row.
     Doubles m_left[groups] = {};
     Doubles m_upperLeft[groups] = {};
     Doubles m_upper[groups] = {};
     Doubles m_upperRight[groups] = {};
 };
 
-constexpr std::size_t fourColours = 3;  ///< the highest index of what QL screens show
+constexpr std::size_t fourColours = 3;  ///< highest index of the four colours of QL screens
 
 ZEB_FOR_AVX2 void ditherFourColoursAVX2(const Strip& strip) {
     StripDither<Quads>(strip).dither(fourColours);

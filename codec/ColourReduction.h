@@ -7,30 +7,31 @@
 namespace zeb {
 
 /// Reduces `rgba` (R, G, B, A of 8 bits each; alpha is ignored) to 16-bit pixels (r5 << 11) | (g6 << 5) | b5,
-/// low byte first, each channel rounded to the nearest level. `pixels` holds half as many bytes.
+/// low byte first. Each channel is rounded to the nearest level. `pixels` has half the length of `rgba`.
 void packRGB565(std::span<const std::uint8_t> rgba, std::span<std::uint8_t> pixels);
 
 /// Reduces RGBA pixels to a few levels of brightness, 0 the darkest, by their luminance (ITU-R BT.709 weights
-/// on the stored values). Keeps working memory between frames: one thread at a time.
+/// on the stored values). Keeps working memory between frames. Used by one thread at a time.
 class LuminanceQuantiser {
 public:
-    /// `colours` levels; below 1 is taken as 1, above 256 as 256.
+    /// `colours` is the number of levels, limited to 1 ... 256.
     explicit LuminanceQuantiser(int colours);
 
     int colours() const noexcept { return m_colours; }
 
-    /// The nearest level of each pixel, halves upwards. `rgba` holds four bytes for each one of `indices`.
+    /// Writes the nearest level of each pixel to `indices`, halves rounded up. `rgba` has four bytes per
+    /// index.
     void quantise(std::span<const std::uint8_t> rgba, std::span<std::uint8_t> indices) const;
 
-    /// The same with error diffusion (Floyd and Steinberg, 1976): rows from the top, each from left to right.
-    /// `rgba` holds width x height pixels, `indices` as many bytes.
+    /// Quantises with error diffusion (Floyd and Steinberg, 1976): rows from the top, each from left to
+    /// right. `rgba` holds width x height pixels, `indices` one byte per pixel.
     void dither(std::span<const std::uint8_t> rgba, int width, int height, std::span<std::uint8_t> indices);
 
 private:
     int m_colours;
-    std::vector<double> m_thresholds;  ///< of levels 1, 2 ...: the smallest value that is rounded up to it
-    std::vector<std::int64_t> m_valueSteps;  ///< of level values' bits, from one to the next
-    std::vector<double> m_errors;            ///< of the row above the one that is dithered next
+    std::vector<double> m_thresholds;        ///< smallest value that is rounded to level 1, 2 ...
+    std::vector<std::int64_t> m_valueSteps;  ///< differences of the bit patterns of successive level values
+    std::vector<double> m_errors;            ///< errors from the row above the next dithered row
 };
 
 }  // namespace zeb

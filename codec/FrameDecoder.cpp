@@ -34,7 +34,7 @@ std::int32_t read32(Bytes bytes, std::size_t offset) {
                                      static_cast<std::uint32_t>(read16(bytes, offset + 2)));
 }
 
-// Exactly floor(x * 255 / 31) and floor(x * 255 / 63), in 16-bit steps that vectorise well.
+// Equal to floor(x * 255 / 31) and floor(x * 255 / 63), in 16-bit arithmetic that vectorises well.
 ZEB_ALWAYS_INLINE constexpr std::uint16_t expand5(std::uint16_t value) {
     return static_cast<std::uint16_t>(static_cast<std::uint16_t>(value * 2106) >> 8);
 }
@@ -47,7 +47,7 @@ constexpr std::uint32_t opaquePixel(std::uint32_t red, std::uint32_t green, std:
     return 0xFF000000 | red << 16 | green << 8 | blue;
 }
 
-/// The halves of a pixel: blue and green, red and alpha.
+/// The two halves of a pixel: blue and green, red and alpha.
 struct PixelHalves {
     std::uint16_t blueGreen, redAlpha;
 };
@@ -107,9 +107,9 @@ ZEB_FOR_AVX2 void convertMode32AVX2(Mode32Interpretation interpretation, const s
     convertMode32(interpretation, bytes, count, pixels);
 }
 
-/// Eight pixels of a group of bit planes: a byte of green bits and one of red bits, first pixel highest.
+/// Decodes a group of eight pixels: a byte of green bits and a byte of red bits, first pixel highest.
 void convertMode4Group(std::uint8_t greens, std::uint8_t reds, std::uint8_t* pixels) {
-    // The screen shows green and red together as white.
+    // The screen shows white where both bits are set.
     constexpr std::array<std::uint32_t, 4> palette = {opaquePixel(0, 0, 0), opaquePixel(255, 0, 0),
                                                       opaquePixel(0, 255, 0), opaquePixel(255, 255, 255)};
     for (int k = 0; k < 8; ++k) {
@@ -144,7 +144,7 @@ void convertMode64Row(const std::uint8_t* bytes, int count, std::uint8_t* pixels
     }
 }
 
-/// A picture of that size with bytes to be filled.
+/// Returns a picture of this size with uninitialised pixels.
 FrameImage makeImage(int width, int height) {
     FrameImage image{width, height, {}};
     image.pixels.resize(std::size_t{4} * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
@@ -155,14 +155,14 @@ bool isRawSide(int side) {
     return side >= 1 && side <= largestRawSide;
 }
 
-/// Whether so many bytes are the pixels of such a picture.
+/// True if `bytes` is the size of the raw pixels of such a picture.
 bool isRawSize(std::uint64_t bytes, int width, int height) {
     if (width < 1 || height < 1) return false;
     const std::uint64_t count = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
     return bytes == 4 * count || bytes == 2 * count;
 }
 
-/// Pixels without a header: 32-bit ones as they are shown, or 16-bit ones of RGB 5-6-5, low byte first.
+/// Decodes raw pixels: 32-bit pixels as shown, or 16-bit RGB 5-6-5 pixels, low byte first.
 std::optional<FrameImage> decodeRaw(Bytes bytes, int width, int height) {
     if (!isRawSize(bytes.size(), width, height)) return std::nullopt;
     FrameImage image = makeImage(width, height);
@@ -180,7 +180,7 @@ std::optional<FrameImage> decodeRaw(Bytes bytes, int width, int height) {
 
 }  // namespace
 
-/// The sprite header's fields and what follows from them.
+/// The fields of the sprite header and values derived from them.
 struct FrameDecoder::Sprite {
     int form, colourMode, control, width, height;
     std::int64_t patternOffset, maskOffset;  ///< relative to their fields
@@ -205,7 +205,7 @@ struct FrameDecoder::Sprite {
         return width >= 1 && width <= largestSide && height >= 1 && height <= largestSide;
     }
 
-    /// False for a colour mode that is not known.
+    /// False for an unknown colour mode.
     bool findGeometry() {
         if (isMode4()) {
             rowStride = sprite::mode4Row(width);
@@ -226,7 +226,7 @@ struct FrameDecoder::Sprite {
         return true;
     }
 
-    /// What `mask` says of the pixel at column `x` of a row whose mask bytes start at `row`.
+    /// The mask value of the pixel at column `x`; the mask bytes of its row start at `row`.
     std::uint32_t alphaAt(const std::uint8_t* row, int x) const {
         if (has(alphaChannel)) return row[x];
         if (bytesPerPixel == 0) {
@@ -366,7 +366,7 @@ std::optional<FrameImage> FrameDecoder::decodeSprite(Bytes record) {
     return image;
 }
 
-/// The mask's bytes, as many as the sprite needs; empty without a usable mask.
+/// Returns the mask bytes, exactly as many as the sprite needs; empty without a usable mask.
 std::span<const std::uint8_t> FrameDecoder::findMask(Bytes record, const Sprite& sprite) {
     const std::int64_t start = std::int64_t{zeb::sprite::maskPointerAt} + sprite.maskOffset;
     const auto recordSize = static_cast<std::int64_t>(record.size());

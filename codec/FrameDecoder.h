@@ -19,29 +19,28 @@ struct FrameImage {
     PixelBytes pixels;
 };
 
-/// Turns stored frame records back into pictures: sprites of Mode 4, 32, 33 or 64 with masks or alpha,
-/// compressed or not, and pixels without a sprite header. Any bytes may come in. Keeps its working memory
-/// between frames: one thread at a time.
+/// Decodes stored frame records into pictures: sprites of Mode 4, 32, 33 or 64 with masks or alpha,
+/// compressed or not, and pixels without a sprite header. Accepts arbitrary bytes. Keeps working memory
+/// between frames. Used by one thread at a time.
 class FrameDecoder {
 public:
-    /// How 16-bit Mode 32 pixels are read; the encoder's own layout unless said otherwise.
+    /// Byte order and layout of 16-bit Mode 32 pixels; the default is the encoder's layout.
     Mode32Interpretation mode32Interpretation = Mode32Interpretation::rgb565LE;
 
-    /// Decodes a record: a sprite (its layout: `codec/SpriteEncoder.h`) of at most 8192 x 8192 pixels, else
-    /// pixels behind a width and a height of 2 bytes each, big-endian, and 4 more bytes, else nothing but
-    /// pixels of the file header's `width` and `height`. Such pixels are 32-bit ones as in `FrameImage`, or
-    /// 16-bit ones of RGB 5-6-5, low byte first; their number tells which.
+    /// Decodes a record. Three forms are tried in this order: a sprite (see `codec/SpriteEncoder.h`) of at
+    /// most 8192 x 8192 pixels; raw pixels after a width and a height of 2 bytes each, big-endian, and 4 more
+    /// bytes; raw pixels of the size `width` x `height` from the file header. Raw pixels are 32-bit pixels as
+    /// in `FrameImage`, or 16-bit RGB 5-6-5 pixels, low byte first, depending on the number of bytes.
     ///
-    /// Nothing when the record is no picture; the reason is in `lastDecodeDebug`. Throws nothing but
-    /// `std::bad_alloc`: memory is taken only for what the record's bytes can fill.
+    /// Returns nothing for a record in none of these forms, with the reason in `lastDecodeDebug`. Throws only
+    /// `std::bad_alloc`. Memory is limited to the size that the record's bytes can fill.
     std::optional<FrameImage> decodeFrame(std::span<const std::uint8_t> record, int width, int height);
 
-    /// False when no record of `size` bytes that starts with `start`, its first 24 bytes or all of a shorter
-    /// one, is a picture worth its memory: it is far larger than what its own dimensions can fill. To be asked
-    /// before such a record is read.
+    /// Returns false for a record that is not worth reading: `size`, its length in bytes, is far larger than
+    /// its dimensions can fill. `start` is its first 24 bytes, or the whole of a shorter record.
     static bool canDecode(std::span<const std::uint8_t> start, std::uint64_t size, int width, int height);
 
-    /// One line about the last decoding.
+    /// A diagnostic line about the last call of `decodeFrame`.
     const std::string& lastDecodeDebug() const noexcept { return m_line; }
 
 private:

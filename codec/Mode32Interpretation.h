@@ -6,24 +6,23 @@
 
 namespace zeb {
 
-/// How the two bytes b0 (first) and b1 of a 16-bit high-colour pixel are read: several orders exist in the QL
-/// world. The RGB565 cases take red from the bits 15-11 of the value, green from 10-5, blue from 4-0; the QPC
-/// Packed cases take red from 7-3, green from 15-13 (its high bits) and 2-0 (its low bits), blue from 12-8.
-/// BE reads b0 as the high byte, LE b1.
+/// Layout of the two bytes b0 (first) and b1 of a 16-bit high-colour pixel; QL software uses several. BE: b0
+/// is the high byte of the value; LE: b1 is. RGB565: red in bits 15-11, green in 10-5, blue in 4-0. QPC
+/// Packed: red in bits 7-3, green in 15-13 (high bits) and 2-0 (low bits), blue in 12-8.
 enum class Mode32Interpretation { rgb565BE, rgb565LE, qpcPackedBE, qpcPackedLE };
 
-/// All cases in the order in which they are offered.
+/// All cases in the order of menus.
 inline constexpr std::array allMode32Interpretations = {
     Mode32Interpretation::rgb565BE, Mode32Interpretation::rgb565LE, Mode32Interpretation::qpcPackedBE,
     Mode32Interpretation::qpcPackedLE};
 
-/// The case's name, as stored in settings: "rgb565LE".
+/// Returns the name of the case as stored in settings: "rgb565LE".
 std::string_view storedValue(Mode32Interpretation interpretation);
 
-/// The case with that name; nothing for another text.
+/// Returns the case with this name; nothing for an unknown name.
 std::optional<Mode32Interpretation> mode32InterpretationFrom(std::string_view storedValue);
 
-/// The case's label for people: "RGB565 (LE)".
+/// Returns the label of the case in menus: "RGB565 (LE)".
 std::string_view label(Mode32Interpretation interpretation);
 
 }  // namespace zeb

@@ -7,7 +7,7 @@
 
 namespace zeb {
 
-/// Leaves new elements as they are: for buffers that are filled completely anyway.
+/// Does not initialise new elements. For buffers that are filled completely afterwards.
 template <typename Value>
 struct UninitialisedAllocator : std::allocator<Value> {
     template <typename Other>

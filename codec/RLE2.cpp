@@ -16,23 +16,24 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t itemBytes = 2;
-constexpr std::size_t longestPacket = 128;  ///< items that the compressor puts into one packet
+constexpr std::size_t longestPacket = 128;  ///< maximum number of items in a packet of the compressor
 
-/// Tells which words of a sequence equal their right neighbours, one bit for each, a stretch at a time.
-/// Beyond the last word stands one set bit, so that a search for the next run always ends.
+/// One bit per word of a sequence: set if the word equals its right neighbour. Computed in stretches. The bit
+/// after the last word is set, so that a search for the next run always ends.
 class EqualNeighbours {
 public:
     explicit EqualNeighbours(std::span<const std::uint8_t> raw)
         : m_raw(raw.data()), m_count(raw.size() / itemBytes) {}
 
-    /// Makes the bits from `position` on available, for at least `lookAhead` words. True when others went.
+    /// Makes the bits of at least `lookAhead` words from `position` on available. True if earlier bits were
+    /// dropped.
     bool advanceTo(std::size_t position) {
         if (position + lookAhead <= m_end) return false;
         refill(position);
         return true;
     }
 
-    /// The 64 bits from `position` on, the first one lowest.
+    /// Returns the 64 bits from `position` on, the first bit lowest.
     std::uint64_t bits(std::size_t position) const {
         const std::size_t index = (position - m_start) / 64;
         const unsigned shift = (position - m_start) % 64;
@@ -40,7 +41,7 @@ public:
     }
 
 private:
-    /// A literal and a run, each of the greatest length, and what the last `bits` reads beyond them.
+    /// Words of a literal and a run of maximum length, and of the last read of `bits` past them.
     static constexpr std::size_t lookAhead = 2 * longestPacket + 2 * 64;
     static constexpr std::size_t stretch = 64;  ///< entries of 64 bits
 
@@ -83,8 +84,8 @@ private:
     std::array<std::uint64_t, stretch + 1> m_bits{};  // one more: `bits` reads in pairs
 };
 
-/// The next bits of `EqualNeighbours`, taken from the front. What is fetched does not depend on what was
-/// taken last, so that the fetching need not be waited for.
+/// A queue of the next bits of `EqualNeighbours`. A fetch does not depend on the last bits taken, so that the
+/// processor can overlap both.
 class Window {
 public:
     void restart(std::size_t position) {
@@ -115,7 +116,7 @@ private:
     std::size_t m_next = 0;   ///< position of the bit after the valid ones
 };
 
-/// Literal words from `position` on: up to the next run or the end.
+/// Returns the number of literal words from `position` to the next run or the end.
 std::size_t literalLength(const EqualNeighbours& equal, std::size_t position) {
     std::size_t length = 0;
     while (length < longestPacket) {
@@ -127,7 +128,7 @@ std::size_t literalLength(const EqualNeighbours& equal, std::size_t position) {
     return longestPacket;
 }
 
-/// Words of the run that starts at `position`; 1 when there is none.
+/// Returns the length of the run at `position` in words; 1 if no run starts there.
 std::size_t runLength(const EqualNeighbours& equal, std::size_t position) {
     std::size_t neighbours = 0;
     while (neighbours < longestPacket) {
@@ -138,12 +139,12 @@ std::size_t runLength(const EqualNeighbours& equal, std::size_t position) {
     return std::min(longestPacket, neighbours + 1);
 }
 
-/// Room for copies in whole blocks, whose last one reaches beyond what is needed.
+/// Slack for copies in whole blocks: the last block may pass the end of the data.
 constexpr std::size_t copyBlock = 32;
 
-/// Copies `count` bytes in whole blocks: up to `copyBlock` - 1 bytes more are read and written, a single
-/// block at least. A fixed size is a few instructions, and a loop that ends at once most times is predicted
-/// well.
+/// Copies `count` bytes in whole blocks, at least one block: reads and writes up to `copyBlock` - 1 bytes
+/// more. A copy of fixed size is a few instructions, and the loop, which mostly ends after one block, is
+/// predicted well.
 inline void copyBlocks(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
     std::memcpy(to, from, copyBlock);
     for (std::size_t done = copyBlock; done < count; done += copyBlock) {
@@ -158,7 +159,7 @@ void compressRLE2(std::span<const std::uint8_t> raw, std::vector<std::uint8_t>& 
     const std::size_t count = raw.size() / itemBytes;
     EqualNeighbours equal(raw);
 
-    // Packets gather here and are appended many at a time: the vector grows rarely and is never filled twice.
+    // Packets are collected here and appended in bulk, so that the vector rarely grows and is filled once.
     constexpr std::size_t longestPair = 2 + longestPacket * itemBytes + 1 + itemBytes;
     std::array<std::uint8_t, 8192> gathered;
     std::size_t out = 0;
@@ -172,8 +173,8 @@ void compressRLE2(std::span<const std::uint8_t> raw, std::vector<std::uint8_t>& 
                            gathered.begin() + static_cast<std::ptrdiff_t>(out));
             out = 0;
         }
-        // A literal, perhaps empty, and then the run that ended it. Which of the two come is hard to predict
-        // in natural pictures: an empty literal is written as well and overwritten.
+        // A literal, possibly empty, and then the run that ends it. In natural pictures a branch on an empty
+        // literal is mispredicted often, so an empty literal is written too and overwritten.
         window.fill(equal);
         auto literal = static_cast<std::size_t>(std::countr_zero(window.bits()));
         std::size_t run = 1 + static_cast<std::size_t>(std::countr_one(window.bits() >> (literal % 64)));
@@ -182,7 +183,7 @@ void compressRLE2(std::span<const std::uint8_t> raw, std::vector<std::uint8_t>& 
         } else {
             literal = literalLength(equal, position);
             run = runLength(equal, position + literal);
-            if (run == 1) run = 0;  // after a literal of the greatest length
+            if (run == 1) run = 0;  // after a literal of maximum length
             window.restart(position + literal + run);
         }
 
@@ -217,11 +218,11 @@ std::uint64_t bigEndian32(const std::uint8_t* bytes) {
            (std::uint64_t{bytes[2]} << 8) | bytes[3];
 }
 
-/// Expands as far as `output` is known to take whole packets and `packets` to hold them.
+/// Expands while `output` has room for packets of maximum length and `packets` holds them entirely.
 ///
-/// A literal is nearly always followed by a repeat, while a repeat is followed by either. So each round takes
-/// a literal, perhaps an empty one, and a repeat: what came is decided by arithmetic, as branches on it would
-/// be mispredicted half the time.
+/// A literal is nearly always followed by a repeat; a repeat is followed by either. Each round therefore
+/// takes a literal, possibly empty, and a repeat. The kind of packet is handled by arithmetic, because a
+/// branch on it would be mispredicted half the time.
 template <typename Item>
 void expandWithoutChecks(std::span<const std::uint8_t> packets, std::span<std::uint8_t> output,
                          std::size_t& in, std::size_t& out) {
@@ -248,7 +249,7 @@ void expandWithoutChecks(std::span<const std::uint8_t> packets, std::span<std::u
         const std::size_t repeatBytes = (257 - control) * size;
         Item item;
         std::memcpy(&item, from + 1, size);
-        // All ones divided by the largest item is 1 in every place of an item.
+        // All ones divided by the largest item value is 1 in the lowest bit of each item.
         std::array<std::uint64_t, copyBlock / 8> block;
         block.fill(item * (std::numeric_limits<std::uint64_t>::max() / std::numeric_limits<Item>::max()));
         for (std::size_t done = 0; done < repeatBytes; done += copyBlock) {
@@ -261,7 +262,7 @@ void expandWithoutChecks(std::span<const std::uint8_t> packets, std::span<std::u
     out = static_cast<std::size_t>(to - output.data());
 }
 
-/// Expands `packets` into `output`, the first bytes of `capacity` bytes of which only these matter.
+/// Expands `packets` up to `capacity` bytes and stores the first ones in `output`; the rest is only counted.
 template <typename Item>
 bool expandItems(std::span<const std::uint8_t> packets, std::span<std::uint8_t> output,
                  std::uint64_t capacity) {
@@ -302,7 +303,7 @@ bool expandRLE2(std::span<const std::uint8_t> block, std::size_t expectedLength,
     const std::size_t size = block[3] - std::size_t{'0'};
     const auto packets = block.subspan(headerBytes);
 
-    // Nothing expands more than a repeat; what is too little even so needs no memory.
+    // A repeat packet expands most. Reject before allocating if even repeats could not fill `expectedLength`.
     const std::size_t mostPackets = packets.size() / (1 + size) + 1;
     if (expectedLength / (longestRepeat * size) > mostPackets) return fail();
 

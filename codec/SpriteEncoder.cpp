@@ -30,7 +30,7 @@ struct SpriteHeader {
     std::size_t patternAt;  ///< where the pattern begins
 };
 
-/// Writes the header into the beginning of `record`, which is 0.
+/// Writes the header to the start of `record`, whose bytes are 0.
 void storeHeader(const SpriteHeader& header, std::vector<std::uint8_t>& record) {
     assert(header.width <= 0xFFFF && header.height <= 0xFFFF);
     record[sprite::formAt] = header.form;
@@ -48,7 +48,7 @@ std::size_t pixelCount(int width, int height) {
     return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
 }
 
-/// The error of a bitmap that cannot be made; it has no further information.
+/// The error for a bitmap that cannot be allocated.
 PlatformError bitmapError(DrawingColourSpace colourSpace) {
     const bool mode32 = colourSpace == DrawingColourSpace::sRGB;
     const std::string domain = mode32 ? "ZEBMaker" : "SpriteEncoder";
@@ -59,14 +59,14 @@ PlatformError bitmapError(DrawingColourSpace colourSpace) {
             {"error_bitmap"}};
 }
 
-/// The lowest bits of eight bytes as one byte, the first one highest.
+/// Collects the lowest bits of eight bytes in one byte, the first byte's bit highest.
 std::uint8_t gatherBits(std::uint64_t bytes) {
-    // Each factor bit moves another byte's bit to the top byte; no two meet.
+    // Each bit of the factor moves the bit of one byte to the top byte, all to different places.
     constexpr std::uint64_t gather = 0x8040201008040201;
     return static_cast<std::uint8_t>(((bytes & 0x0101010101010101) * gather) >> 56);
 }
 
-/// Eight indices, the first one lowest.
+/// Eight indices in one word, the first one lowest.
 std::uint64_t loadIndices(const std::uint8_t* indices) {
     std::uint64_t eight;
     std::memcpy(&eight, indices, sizeof eight);
@@ -158,7 +158,7 @@ std::vector<std::uint8_t> SpriteEncoder::encodeMode32Sprite(const Picture& pictu
     const int columns = std::max(width, 1);
     const int rows = std::max(height, 1);
     const auto pixels = packRGB565(renderRGBA(picture, columns, rows), columns, rows);
-    // Compressed into a buffer that stays, so that the record is made once and at its size.
+    // Compress into a kept buffer first, so that the record is allocated once at its final size.
     m_packets.clear();
     compressRLE2(pixels, m_packets);
 

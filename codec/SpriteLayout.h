@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Where things stand in a sprite record, and how large they are; `codec/SpriteEncoder.h` describes it whole.
+/// Offsets and sizes in a sprite record, which `codec/SpriteEncoder.h` describes.
 namespace zeb::sprite {
 
 inline constexpr std::size_t headerSize = 24;
@@ -13,20 +13,20 @@ inline constexpr std::size_t colourModeAt = 1;
 inline constexpr std::size_t controlAt = 3;
 inline constexpr std::size_t widthAt = 4;
 inline constexpr std::size_t heightAt = 6;
-inline constexpr std::size_t patternPointerAt = 12;  ///< counts from its own place
-inline constexpr std::size_t maskPointerAt = 16;     ///< as well
+inline constexpr std::size_t patternPointerAt = 12;  ///< relative to this field
+inline constexpr std::size_t maskPointerAt = 16;     ///< relative to this field
 
 // Bits of the control byte.
 inline constexpr std::uint8_t maskCompressed = 0x80;
 inline constexpr std::uint8_t patternCompressed = 0x40;
 inline constexpr std::uint8_t alphaChannel = 0x20;
 
-/// Where the encoder puts a Mode 4 pattern: 8 zeros lie before it.
+/// Offset of the Mode 4 pattern in the encoder's records: 8 zero bytes follow the header.
 inline constexpr std::size_t mode4PatternAt = headerSize + 8;
-/// Narrower pictures are not made in Mode 4.
+/// Minimum width of a Mode 4 record.
 inline constexpr int smallestMode4Width = 8;
 
-/// Rows of patterns and masks are padded to whole long words.
+/// Rows of patterns and masks are padded to multiples of 4 bytes.
 constexpr std::int64_t paddedRow(std::int64_t bytes) {
     return (bytes + 3) / 4 * 4;
 }
@@ -36,15 +36,14 @@ constexpr std::int64_t mode4Row(std::int64_t width) {
     return paddedRow(2 * ((width + 7) / 8));
 }
 
-/// Bytes of the encoder's Mode 4 record of this size: they do not depend on the picture.
+/// Bytes of a Mode 4 record of the encoder; they do not depend on the picture.
 constexpr std::uint64_t mode4RecordBytes(int width, int height) {
     const std::int64_t rows = std::max(height, 1);
     return mode4PatternAt + static_cast<std::uint64_t>(mode4Row(std::max(width, smallestMode4Width)) * rows);
 }
 
-/// The most bytes that the encoder's Mode 32 record of this size can have. Run lengths take two bytes for
-/// each pixel and one for every literal of 128 pixels; a shorter literal ends before a repeat, which saves
-/// its byte again.
+/// Upper bound for the bytes of a Mode 32 record of the encoder: two bytes per pixel and one control byte per
+/// literal of 128 pixels. A shorter literal ends before a repeat, whose saving makes up for it.
 constexpr std::uint64_t mostMode32RecordBytes(int width, int height) {
     constexpr std::uint64_t blockHeader = 8;
     constexpr std::uint64_t literalItems = 128;

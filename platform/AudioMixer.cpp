@@ -92,7 +92,7 @@ bool AudioMixer::suspendIfSilentFor(std::int64_t frames) {
 void AudioMixer::start(std::shared_ptr<AudioSource> source, AudioOutput::Finished finished) {
     const std::lock_guard lock(m_mutex);
     m_voices.push_back(std::make_unique<Voice>(std::move(source), std::move(finished)));
-    // Making a converter may take milliseconds, which whoever resumes has and the caller here may not.
+    // Creating a converter takes milliseconds. While suspended, leave it to `resume`.
     if (!m_isSuspended) m_voices.back()->setSampleRate(m_rate);
     m_silentFrames = 0;
 }

@@ -11,11 +11,10 @@
 
 namespace zeb {
 
-/// The part of a sound output that needs no device: adds up all sources that play. Callable from any thread;
-/// the lock is held for as long as the mixing of one buffer takes.
+/// Mixes all playing sources, independent of a device. Callable from any thread; the lock is held while one
+/// buffer is mixed.
 ///
-/// A source alone passes unchanged but for values beyond -1 ... 1, which are cut off, as sums are. What is
-/// not a number becomes silence.
+/// A single source passes unchanged. Samples and sums are limited to -1 ... 1; NaN becomes silence.
 class AudioMixer {
 public:
     AudioMixer();
@@ -23,25 +22,25 @@ public:
     AudioMixer(const AudioMixer&) = delete;
     AudioMixer& operator=(const AudioMixer&) = delete;
 
-    /// From now on `render` makes sound, at `rate` frames per second; sources are converted to it. Until then
-    /// what is started waits.
+    /// Starts rendering at `rate` frames per second; sources are converted to this rate. Before this call,
+    /// started sources wait.
     void resume(int rate);
-    /// Goes back to waiting if nothing has played for `frames` frames; false otherwise.
+    /// Suspends rendering if nothing has played for `frames` frames; returns false otherwise.
     bool suspendIfSilentFor(std::int64_t frames);
 
     void start(std::shared_ptr<AudioSource> source, AudioOutput::Finished finished);
     void stop(const AudioSource& source);
-    /// Drops all sources and tells them `error`.
+    /// Removes all sources and reports `error` to them.
     void dropAll(const std::string& error);
-    /// Drops all sources without telling them.
+    /// Removes all sources without a report.
     void clear();
 
-    /// Fills `samples` (interleaved left and right) and tells the sources that ended in it.
+    /// Fills `samples` (interleaved left and right) and reports the end of sources that ended in it.
     void render(std::span<float> samples) noexcept;
 
-    /// Whether anything plays or waits.
+    /// Whether a source plays or waits.
     bool isPlaying() const;
-    /// Frames rendered since anything played.
+    /// Frames rendered since the last source ended.
     std::int64_t silentFrames() const;
 
 private:

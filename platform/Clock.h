@@ -5,7 +5,7 @@
 
 namespace zeb {
 
-/// What time it is. Callable from any thread.
+/// A source of time. Callable from any thread.
 class Clock {
 public:
     using Instant = std::chrono::steady_clock::time_point;
@@ -13,11 +13,11 @@ public:
 
     virtual ~Clock() = default;
 
-    /// Monotonic, for measuring and waiting.
+    /// Returns monotonic time, for measuring and waiting.
     virtual Instant now() const = 0;
-    /// Waits until `deadline`; false, early, when `token` asks to stop.
+    /// Waits until `deadline`. Returns false, early, if a stop of `token` is requested.
     virtual bool sleepUntil(Instant deadline, const std::stop_token& token) const = 0;
-    /// The calendar's time.
+    /// Returns the calendar time.
     virtual Date date() const = 0;
 };
 

@@ -7,7 +7,7 @@
 
 namespace zeb {
 
-/// What a panel offers to choose.
+/// A kind of files that a panel offers.
 struct ContentType {
     enum Kind {
         movie,              ///< films with sound
@@ -23,7 +23,7 @@ struct ContentType {
 
 struct OpenPanel {
     std::string title;
-    std::string folder;  ///< where it starts; empty: the system chooses
+    std::string folder;  ///< start folder; empty: the system chooses
     std::vector<ContentType> contentTypes;
 };
 
@@ -34,20 +34,19 @@ struct SavePanel {
     std::vector<ContentType> contentTypes;
 };
 
-/// The system's panels for choosing files. Used on the main thread; only one panel is open at a time, and a
-/// second request meanwhile is answered with nothing.
+/// The system's panels for choosing files. Used on the main thread. Only one panel is open at a time; a
+/// second request is answered with nothing.
 class FilePanels {
 public:
-    /// Called later on the main thread, once, with the path that was confirmed; nothing when the panel was
-    /// left.
+    /// Called once, later, on the main thread with the confirmed path; nothing if the panel was cancelled.
     using Answer = std::function<void(std::optional<std::string> path)>;
 
     virtual ~FilePanels() = default;
 
     /// Asks for one existing file.
     virtual void open(const OpenPanel& panel, Answer answer) = 0;
-    /// Asks for a place for a file; folders can be made there. The user has agreed to replace a file that
-    /// exists.
+    /// Asks for the place of a new file; the user can create folders. The panel has asked before it returns
+    /// an existing file.
     virtual void save(const SavePanel& panel, Answer answer) = 0;
 };
 

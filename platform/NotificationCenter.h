@@ -11,7 +11,7 @@
 
 namespace zeb {
 
-/// A message to whoever in the process listens for its name.
+/// A message to all observers of its name in the process.
 struct Notification {
     std::string name;
     PropertyDictionary userInfo;
@@ -22,7 +22,7 @@ class NotificationCenter {
 public:
     using Handler = std::function<void(const Notification&)>;
 
-    /// Ends an observation when it is destroyed; may outlive the centre.
+    /// Ends the observation when it is destroyed. May outlive the centre.
     class Observation {
     public:
         Observation() = default;
@@ -41,9 +41,9 @@ public:
     /// Calls `handler` for every notification called `name` until the observation is destroyed.
     [[nodiscard]] Observation observe(std::string_view name, Handler handler);
 
-    /// Calls the observers of `name` in the order in which they began, and returns when the last has
-    /// answered. They may post, and begin and end observations: one that begins meanwhile is not called, one
-    /// that has ended is not either.
+    /// Calls the observers of `name` in the order of registration, and returns after the last call. Observers
+    /// may post, and may begin and end observations: an observation that begins or ends during the call is
+    /// not called.
     void post(std::string_view name, PropertyDictionary userInfo = {});
 
 private:

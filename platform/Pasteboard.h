@@ -9,7 +9,7 @@ class Pasteboard {
 public:
     virtual ~Pasteboard() = default;
 
-    /// Replaces what it holds by `text` (UTF-8).
+    /// Replaces the contents by `text` (UTF-8).
     virtual void setText(const std::string& text) = 0;
 };
 

@@ -3,12 +3,12 @@
 #include <string>
 #include <string_view>
 
-/// Names in paths, byte by byte. An extension is what follows the last dot of a path's last piece (slashes at
-/// the end ignored). A dot in front hides a file, one at the end separates nothing, and what holds a blank is
-/// part of the name: none of these starts an extension. What is returned lies in `path`.
+/// Names in paths, byte by byte. The extension is the text after the last dot of the last piece of a path
+/// (slashes at the end are ignored). A dot at the start or the end of the piece, and a dot before a text with
+/// a blank, start no extension. The results are views into `path`.
 namespace zeb {
 
-/// The last piece of `path`; "/" for the root.
+/// Returns the last piece of `path`; "/" for the root.
 std::string_view lastPiece(std::string_view path);
 
 /// Returns the folder that holds the last piece of `path`; "." where `path` names none.
@@ -17,10 +17,10 @@ std::string folderOf(const std::string& path);
 /// Returns `path` up to its last piece, slash included; empty where `path` names no folder.
 std::string_view withoutLastPiece(std::string_view path);
 
-/// Without its dot; empty where there is none.
+/// Returns the extension without its dot; empty if there is none.
 std::string_view pathExtension(std::string_view path);
 
-/// The last piece of `path` without its extension and that dot.
+/// Returns the last piece of `path` without extension and dot.
 std::string_view nameWithoutExtension(std::string_view path);
 
 }  // namespace zeb

@@ -5,13 +5,13 @@
 
 namespace zeb {
 
-/// The colours that a picture is drawn in.
+/// The colour space of a drawn picture.
 enum class DrawingColourSpace {
     sRGB,       ///< colours are converted to sRGB (IEC 61966-2-1), as a colour-managed desktop shows them
     deviceRGB,  ///< the stream's own RGB values, not converted
 };
 
-/// A bitmap in memory to draw into.
+/// A bitmap in memory, the target of a drawing.
 ///
 /// `pixels` holds width x height x 4 bytes: R, G, B, A of 8 bits each, alpha premultiplied, top row first,
 /// rows not padded.
@@ -22,8 +22,8 @@ struct BitmapContext {
     DrawingColourSpace colourSpace;
 };
 
-/// A picture of any size and pixel format, as the media layer delivers it. Immutable; `draw` may be called
-/// from several threads at once.
+/// A picture of any size and pixel format from the media layer. Immutable; `draw` may be called from several
+/// threads at once.
 class Picture {
 public:
     Picture() = default;
@@ -35,9 +35,9 @@ public:
     virtual int width() const = 0;
     virtual int height() const = 0;
 
-    /// Draws the whole picture with high-quality interpolation, stretched to fill the bitmap exactly: sets
-    /// every pixel, transparent parts to black of that transparency. Throws `PlatformError` (or
-    /// `std::bad_alloc`) when that is not possible.
+    /// Draws the whole picture with high-quality interpolation, stretched to the size of the bitmap. Sets
+    /// every pixel; transparent parts become black with their transparency. Throws `PlatformError` or
+    /// `std::bad_alloc` on failure.
     virtual void draw(const BitmapContext& bitmap) const = 0;
 };
 

@@ -1,9 +1,10 @@
 #pragma once
 
-/// Kernels that are compiled twice: for any processor and, where that pays, for x86-64 with AVX2. The results
-/// are the same bits either way; `ZEB_NO_MULTIVERSIONING` leaves the general version only.
+/// Support for kernels that are compiled twice: for every processor, and for x86-64 with AVX2. Both versions
+/// give the same bits. `ZEB_NO_MULTIVERSIONING` disables the AVX2 version.
 
-/// Marks the parts that such a kernel's versions share, so that each compiles them for its own instructions.
+/// Marks functions that both versions of a kernel share, so that each version compiles them for its
+/// instruction set.
 #define ZEB_ALWAYS_INLINE inline __attribute__((always_inline))
 
 #if defined(__x86_64__) && !defined(ZEB_NO_MULTIVERSIONING)
@@ -14,7 +15,7 @@
 
 namespace zeb {
 
-/// True when functions marked `ZEB_FOR_AVX2` may be called and are worth calling.
+/// True if functions marked `ZEB_FOR_AVX2` may be called and are faster.
 inline bool processorHasAVX2() {
 #if defined(__x86_64__) && !defined(ZEB_NO_MULTIVERSIONING)
     return __builtin_cpu_supports("avx2");

@@ -6,15 +6,15 @@
 
 namespace zeb::propertyList {
 
-/// Looks over a list before the library, which trusts it more than it should, gets to see it: it builds every
-/// promised value at once and walks nested ones by calling itself. Both throw `PropertyListError` unless the
-/// list keeps to the bounds of `PropertyList.h`. What they let pass may still be no property list.
+/// Validates a property list before libplist parses it: libplist allocates all declared values at once and
+/// recurses without a limit. Both functions throw `PropertyListError` for a list beyond the limits of
+/// `PropertyList.h`. Bytes that pass may still be no property list.
 
-/// XML as property lists use it: their own elements, no attributes but those of <plist>, no declarations.
+/// Checks XML: elements of property lists only, no attributes except on <plist>, no declarations.
 void checkXML(std::string_view text);
 
-/// The binary form: every offset, count and reference that is reached from the top, each value as often as it
-/// would be built.
+/// Checks the binary form: every offset, count and reference that is reachable from the root, each value once
+/// per reference.
 void checkBinary(std::span<const std::uint8_t> bytes);
 
 }  // namespace zeb::propertyList

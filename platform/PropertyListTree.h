@@ -10,24 +10,24 @@
 
 namespace zeb {
 
-/// A property list as the library holds it, with the kinds of values that PropertyValue does not know, so
-/// that a list can be changed and written again with everything else in it as it was.
+/// A property list in the representation of libplist. It keeps the kinds of values that PropertyValue cannot
+/// hold, so that a list can be edited and written with all other values unchanged.
 class PropertyListTree {
 public:
-    /// An empty dictionary, to be written as XML.
+    /// Creates an empty dictionary, written as XML.
     PropertyListTree();
-    /// The list that `value` makes, to be written as XML. Texts are repaired as by `propertyList::writeXML`.
+    /// Creates the list for `value`, written as XML. Texts are repaired as in `propertyList::writeXML`.
     explicit PropertyListTree(const PropertyValue& value);
     PropertyListTree(const PropertyListTree& other);
     PropertyListTree(PropertyListTree&&) noexcept;
     PropertyListTree& operator=(PropertyListTree) noexcept;
     ~PropertyListTree();
 
-    /// Reads any form within the bounds of `PropertyList.h`. Throws `PropertyListError`.
+    /// Reads any form within the limits of `PropertyList.h`. Throws `PropertyListError`.
     static PropertyListTree parse(std::span<const std::uint8_t> bytes);
 
     bool isDictionary() const;
-    /// The whole list; nothing if its top is of a kind that PropertyValue does not know.
+    /// Returns the whole list; nothing if its root is of a kind that PropertyValue cannot hold.
     std::optional<PropertyValue> value() const;
 
     // For dictionaries only.
@@ -35,8 +35,8 @@ public:
     void set(const std::string& key, const PropertyValue& value);
     void remove(const std::string& key);
 
-    /// Binary if that is what the list was read from, else XML. Throws `PropertyListError` for a list that
-    /// `parse` would refuse.
+    /// Returns the list in binary form if it was read from binary form, else as XML. Throws
+    /// `PropertyListError` for a list that `parse` would reject.
     PropertyData bytes() const;
 
 private:

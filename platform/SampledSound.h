@@ -17,14 +17,15 @@ struct SampledSound {
     std::vector<float> samples;  ///< interleaved left and right
 };
 
-/// The longest sound that `readSampledSound` takes, in seconds.
+/// Maximum length for `readSampledSound`, in seconds.
 inline constexpr int longestSampledSound = 30;
 
-/// Reads the first sound track of the file at `path`. A single channel is heard on both sides; of more than
-/// two the first two are. Throws `MediaError` when there is none, it cannot be decoded, is empty or too long.
+/// Reads the first sound track of the file at `path`. Mono is played on both channels; of more than two
+/// channels the first two are used. Throws `MediaError` if there is no track, or if it is empty, too long or
+/// not decodable.
 std::shared_ptr<const SampledSound> readSampledSound(const MediaLibrary& media, const std::string& path);
 
-/// One playing of a sound, from its start to its end. Several may share the sound.
+/// Plays a sound once from start to end. Several sources may share one sound.
 class SampledSoundSource final : public AudioSource {
 public:
     explicit SampledSoundSource(std::shared_ptr<const SampledSound> sound) : m_sound(std::move(sound)) {}

@@ -4,18 +4,18 @@
 
 namespace zeb {
 
-/// Access to files that a sandbox grants for a while. Systems without such sandboxes answer false: nothing is
-/// to be done, and nothing to be ended. Callable from any thread.
+/// Temporary access to files, granted by a sandbox. On systems without sandboxes `startAccessing` returns
+/// false. Callable from any thread.
 class SecurityScope {
 public:
     virtual ~SecurityScope() = default;
 
-    /// True when access to `path` was granted and has to be ended by `stopAccessing`.
+    /// Returns true if access to `path` was granted; it must then be ended by `stopAccessing`.
     virtual bool startAccessing(const std::string& path) = 0;
     virtual void stopAccessing(const std::string& path) = 0;
 };
 
-/// The one for systems without a sandbox.
+/// The implementation for systems without sandboxes.
 class OpenSecurityScope final : public SecurityScope {
 public:
     bool startAccessing(const std::string&) override { return false; }

@@ -9,12 +9,12 @@ namespace zeb {
 /// Localised texts by key.
 class StringTable {
 public:
-    /// Reads the text form of a table: entries `"key" = "text";` with the escapes \" \\ and \n, comments from
-    /// `//` to the end of the line, UTF-8. Throws `std::invalid_argument` naming the line of the first
-    /// mistake, which a key that occurs twice is as well.
+    /// Reads a table in UTF-8: entries `"key" = "text";` with the escapes \" \\ and \n, and comments from
+    /// `//` to the end of the line. Throws `std::invalid_argument` with the line of the first mistake; a
+    /// repeated key is a mistake.
     static StringTable parse(std::string_view source);
 
-    /// The text of `key`; nullptr when the table has none.
+    /// Returns the text of `key`; nullptr if the table has none.
     const std::string* find(std::string_view key) const;
 
     const std::map<std::string, std::string, std::less<>>& entries() const noexcept { return m_entries; }

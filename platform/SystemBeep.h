@@ -2,7 +2,7 @@
 
 namespace zeb {
 
-/// The plain sound for "that did not work". Used on the main thread.
+/// The system's error sound. Used on the main thread.
 class SystemBeep {
 public:
     virtual ~SystemBeep() = default;

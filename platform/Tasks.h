@@ -6,16 +6,16 @@
 namespace zeb {
 
 enum class TaskPriority {
-    userInitiated,  ///< somebody waits for the result
-    utility,        ///< gives way to everything else
+    userInitiated,  ///< the user waits for the result
+    utility,        ///< lower than all other work
 };
 
-/// A piece of work in the background. Copies are handles to the same task; dropping them does not end it.
+/// Work in the background. Copies are handles of the same task; destroying them does not end the task.
 class Task {
 public:
     explicit Task(std::stop_source source) : m_source(std::move(source)) {}
 
-    /// Asks the work to stop; it ends when it next looks. Any thread.
+    /// Requests a stop; the work ends at its next check. Callable from any thread.
     void cancel() { m_source.request_stop(); }
     bool isCancelled() const { return m_source.stop_requested(); }
 
@@ -26,13 +26,13 @@ private:
 /// Runs work away from the main thread. Used on the main thread.
 class Tasks {
 public:
-    /// Must not throw. The token tells when the task has been cancelled.
+    /// Must not throw. The token reports cancellation.
     using Work = std::function<void(const std::stop_token&)>;
 
-    /// Cancels the tasks that still run and waits for them.
+    /// Cancels running tasks and waits for them.
     virtual ~Tasks() = default;
 
-    /// Begins `work` on a thread of its own.
+    /// Starts `work` on a new thread.
     virtual Task start(TaskPriority priority, Work work) = 0;
 };
 

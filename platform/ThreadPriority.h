@@ -2,8 +2,8 @@
 
 namespace zeb {
 
-/// From now on the calling thread gives way to the others of its process when they want the processor. Does
-/// nothing where the system does not offer that.
+/// Lowers the priority of the calling thread below the other threads of the process. Does nothing on systems
+/// without this.
 void giveWayToOtherThreads() noexcept;
 
 }  // namespace zeb

@@ -8,7 +8,7 @@
 
 namespace zeb {
 
-/// Tasks on threads of the system.
+/// Tasks on system threads.
 class ThreadTasks final : public Tasks {
 public:
     ThreadTasks() = default;
@@ -21,10 +21,10 @@ public:
 private:
     struct Running {
         std::atomic<bool> hasEnded = false;
-        std::jthread thread;  ///< last, so that it ends first
+        std::jthread thread;  ///< last member: joined first
     };
 
-    std::list<Running> m_running;  ///< and those that have ended since the last start
+    std::list<Running> m_running;  ///< also tasks that have ended since the last start
 };
 
 }  // namespace zeb

@@ -8,8 +8,7 @@
 
 namespace zeb {
 
-/// A short tone of our own. The bell of the desktop would be the natural choice, but many desktops have none
-/// or keep it silent.
+/// A short generated tone. Many desktops have no bell, or keep it silent.
 class ToneBeep final : public SystemBeep {
 public:
     explicit ToneBeep(AudioOutput& output);

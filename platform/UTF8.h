@@ -5,17 +5,17 @@
 
 namespace zeb {
 
-/// What stands in for anything that is no character: U+FFFD.
+/// Replacement for ill-formed sequences: U+FFFD.
 inline constexpr char32_t replacementCharacter = 0xFFFD;
 
-/// The characters of a UTF-8 text (Unicode 15, section 3.9). Each ill-formed sequence, as far as it could
-/// still have become a character, gives one U+FFFD.
+/// Decodes a UTF-8 text. Each maximal subpart of an ill-formed sequence gives one U+FFFD (Unicode 15, section
+/// 3.9).
 std::u32string decodeUTF8(std::string_view text);
 
-/// Appends one character; what is no character (a surrogate, beyond U+10FFFF) as U+FFFD.
+/// Appends one character; a surrogate or a value above U+10FFFF is appended as U+FFFD.
 void appendUTF8(std::string& text, char32_t character);
 
-/// `text` with U+FFFD for what is not UTF-8.
+/// Returns `text` with ill-formed sequences replaced by U+FFFD.
 std::string repairedUTF8(std::string text);
 
 }  // namespace zeb

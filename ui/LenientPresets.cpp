@@ -1,15 +1,14 @@
 #include "ui/LenientPresets.h"
 
+#include <QChar>
+#include <QString>
 #include <array>
 #include <charconv>
-#include <locale>
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
 #include "platform/TextTrim.h"
 #include "platform/UTF8.h"
-#include "ui/NumericCharacter.h"
 
 namespace zeb {
 namespace {
@@ -19,7 +18,7 @@ using Keys = std::array<std::string_view, 3>;
 std::optional<std::int64_t> integerIn(std::string_view text) {
     std::string digits;
     for (const char32_t character : decodeUTF8(text)) {
-        if (!isNumericCharacter(character)) continue;
+        if (!QChar::isNumber(character)) continue;
         if (character < '0' || character > '9') return std::nullopt;
         digits.push_back(static_cast<char>(character));
     }
@@ -47,30 +46,9 @@ std::int64_t firstInteger(const PropertyDictionary& record, const Keys& keys) {
     return 0;
 }
 
-/// The user's own locale may have rules of its own, by which one preset would have several ids.
-const std::ctype<wchar_t>* unicodeLetters() {
-    static const auto locale = []() -> std::optional<std::locale> {
-        try {
-            return std::locale("C.UTF-8");
-        } catch (const std::runtime_error&) {
-            return std::nullopt;
-        }
-    }();
-    return locale ? &std::use_facet<std::ctype<wchar_t>>(*locale) : nullptr;
-}
-
+/// Independent of the user's locale: case rules of a locale would change the ids of presets.
 std::string lowerCased(std::string_view text) {
-    static const std::ctype<wchar_t>* const letters = unicodeLetters();
-    std::string lower;
-    for (const char32_t character : decodeUTF8(text)) {
-        const bool isCapital = character >= 'A' && character <= 'Z';
-        if (character < 0x80 || letters == nullptr) {
-            appendUTF8(lower, isCapital ? character - 'A' + 'a' : character);
-        } else {
-            appendUTF8(lower, static_cast<char32_t>(letters->tolower(static_cast<wchar_t>(character))));
-        }
-    }
-    return lower;
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toLower().toStdString();
 }
 
 }  // namespace
@@ -78,7 +56,7 @@ std::string lowerCased(std::string_view text) {
 std::optional<std::int64_t> lenientInteger(const PropertyValue& value) {
     if (const auto* number = value.as<std::int64_t>()) return *number;
     if (const auto* number = value.as<double>()) {
-        // Written so that what is no number does not pass either.
+        // This form of the comparison also rejects NaN.
         if (!(*number >= -0x1p63 && *number < 0x1p63)) return std::nullopt;
         return static_cast<std::int64_t>(*number);
     }

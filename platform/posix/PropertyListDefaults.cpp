@@ -7,14 +7,10 @@
 #include <stdexcept>
 #include <utility>
 
-#include "platform/FolderWatch.h"
 #include "platform/posix/PropertyListFile.h"
 
 namespace zeb {
 namespace {
-
-/// Long enough for whoever writes several files or keys at once, too short to be noticed.
-constexpr std::chrono::milliseconds patience{100};
 
 void warnOnStandardError(const std::string& line) {
     std::fprintf(stderr, "%s\n", line.c_str());
@@ -28,24 +24,19 @@ PropertyDictionary dictionaryOf(const PropertyListTree& tree) {
 
 }  // namespace
 
-/// Shared with the work that waits on the main actor, which looks whether it is still there.
-class PropertyListDefaults::Store : public std::enable_shared_from_this<Store> {
+class PropertyListDefaults::Store {
 public:
-    Store(const std::string& path, NotificationCenter& notifications, MainActor& mainActor, Warn warn)
+    Store(const std::string& path, NotificationCenter& notifications, Warn warn)
         : m_notifications(notifications),
-          m_mainActor(mainActor),
           m_warn(warn ? std::move(warn) : warnOnStandardError),
-          m_file(path, m_warn) {}
-
-    void open() {
+          m_file(path, m_warn) {
         try {
             m_file.prepare();
-            if (auto tree = m_file.readIfChanged()) m_tree = *std::move(tree);
+            if (auto tree = m_file.read()) m_tree = *std::move(tree);
         } catch (const std::runtime_error& error) {
             m_warn(std::string("The settings cannot be read: ") + error.what());
         }
         m_values = dictionaryOf(m_tree);
-        watch();
     }
 
     const PropertyDictionary& values() const { return m_values; }
@@ -58,7 +49,7 @@ public:
         m_notifications.post(userDefaultsDidChangeNotification);
     }
 
-    /// Once more, after it has failed.
+    /// Tries again after saving has failed.
     void saveAgain() {
         if (m_unsaved.empty()) return;
         const PropertyDictionary former = m_values;
@@ -79,7 +70,6 @@ private:
                 m_warn(std::string("The settings cannot be saved: ") + error.what());
         }
         m_values = dictionaryOf(m_tree);
-        watch();
     }
 
     void applyUnsaved(PropertyListTree& tree) const {
@@ -92,67 +82,18 @@ private:
         }
     }
 
-    void reload() {
-        m_isReloading = false;
-        try {
-            auto tree = m_file.readIfChanged();
-            watch();
-            if (!tree) return;
-            m_tree = *std::move(tree);
-        } catch (const std::runtime_error&) {
-            return;  // what we have stays; the next saving tells what is wrong
-        }
-        applyUnsaved(m_tree);
-        PropertyDictionary values = dictionaryOf(m_tree);
-        if (values == m_values) return;
-        m_values = std::move(values);
-        m_notifications.post(userDefaultsDidChangeNotification);
-    }
-
-    void reloadSoon() {
-        if (std::exchange(m_isReloading, true)) return;
-        m_mainActor.postAfter(patience, [weak = weak_from_this()] {
-            if (const auto store = weak.lock()) store->reload();
-        });
-    }
-
-    /// The folder of the file and, where that is a link, of the file that it leads to.
-    void watch() {
-        std::vector<FolderWatch::Place> places;
-        for (const std::filesystem::path path : {m_file.path(), m_file.target()}) {
-            const auto folder = path.parent_path().empty() ? "." : path.parent_path().string();
-            const FolderWatch::Place place{folder, path.filename().string()};
-            if (places.empty() || places.front() != place) places.push_back(place);
-        }
-        if (m_watch && m_watch->isComplete() && m_watch->places() == places) return;
-        m_watch.reset();
-        const auto changed = [weak = weak_from_this(), &actor = m_mainActor] {
-            actor.post([weak] {
-                if (const auto store = weak.lock()) store->reloadSoon();
-            });
-        };
-        m_watch = std::make_unique<FolderWatch>(std::move(places), changed);
-        // What changed while nobody watched.
-        if (m_watch->isComplete()) changed();
-    }
-
     NotificationCenter& m_notifications;
-    MainActor& m_mainActor;
     Warn m_warn;
     PropertyListFile m_file;
     PropertyListTree m_tree;
     PropertyDictionary m_values;  ///< of the tree
     std::map<std::string, std::optional<PropertyValue>> m_unsaved;
     bool m_hasWarned = false;
-    bool m_isReloading = false;
-    std::unique_ptr<FolderWatch> m_watch;
 };
 
 PropertyListDefaults::PropertyListDefaults(const std::string& path, NotificationCenter& notifications,
-                                           MainActor& mainActor, Warn warn)
-    : m_store(std::make_shared<Store>(path, notifications, mainActor, std::move(warn))) {
-    m_store->open();
-}
+                                           Warn warn)
+    : m_store(std::make_unique<Store>(path, notifications, std::move(warn))) {}
 
 PropertyListDefaults::~PropertyListDefaults() = default;
 
@@ -188,7 +129,7 @@ void PropertyListDefaults::set(std::string_view key, const PropertyValue& value)
 }
 
 void PropertyListDefaults::remove(std::string_view key) {
-    // Also a value of a kind that is not shown.
+    // This also removes a value of a kind that `PropertyValue` cannot hold.
     if (m_store->contains(std::string(key))) m_store->change(std::string(key), std::nullopt);
 }
 

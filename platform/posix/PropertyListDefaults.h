@@ -4,36 +4,33 @@
 #include <memory>
 #include <string>
 
-#include "platform/MainActor.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 
 namespace zeb {
 
-/// The user's settings in a property-list file, which a preferences file from another machine may simply
-/// replace. Keys and values that this program does not know stay as they are.
+/// The user's settings in a property-list file, which a preferences file from another machine may replace.
+/// Unknown keys and values stay unchanged.
 ///
-/// Several instances may use one file: each change goes to the file before the next, and what other processes
-/// change is announced shortly afterwards (as far as `FolderWatch` sees it). Of two changes to one key the
-/// later one counts.
+/// Each change is saved before the next one. Saving reads the file first, so that changes of other processes
+/// are kept; they become visible here at that moment. Of two changes to one key the later one counts.
 ///
-/// A file that is no dictionary is set aside beside its place, as FILE.damaged, FILE.damaged-2 and so on, at
-/// the start or before a change is saved, with a warning. While saving fails, changes are kept in memory, and
-/// saved with the next one or when a value is set once more; the first failure is told.
+/// A file that is not a dictionary is renamed to FILE.damaged, FILE.damaged-2 and so on, at the start or
+/// before a change is saved, with a warning. If saving fails, the change is kept in memory and saved with the
+/// next change, or when a value is set again; only the first failure is reported.
 class PropertyListDefaults final : public UserDefaults {
 public:
-    /// Hears warnings, one line each without its end.
+    /// Called for each warning, one line without a line end.
     using Warn = std::function<void(const std::string& line)>;
 
-    /// `path` need not exist, nor its folder, which is created for its owner alone. The notification centre
-    /// and the actor must outlive this. Without `warn` warnings go to standard error.
-    PropertyListDefaults(const std::string& path, NotificationCenter& notifications, MainActor& mainActor,
-                         Warn warn = {});
+    /// `path` need not exist, nor its folder, which is created with access for the owner only. The
+    /// notification centre must outlive this. Without `warn`, warnings go to standard error.
+    PropertyListDefaults(const std::string& path, NotificationCenter& notifications, Warn warn = {});
     ~PropertyListDefaults() override;
 
-    /// Where this user's settings are: "zebmaker/preferences.plist" in $XDG_CONFIG_HOME or ~/.config (base
-    /// directory specification), on macOS in ~/Library/Preferences. Empty without a home folder: nothing is
-    /// kept then.
+    /// Returns the path of the user's settings: "zebmaker/preferences.plist" in $XDG_CONFIG_HOME or ~/.config
+    /// (base directory specification), on macOS in ~/Library/Preferences. Empty without a home folder:
+    /// settings are then not saved.
     static std::string standardPath();
 
     std::optional<PropertyValue> object(std::string_view key) const override;
@@ -43,7 +40,7 @@ public:
 
 private:
     class Store;
-    std::shared_ptr<Store> m_store;
+    std::unique_ptr<Store> m_store;
 };
 
 }  // namespace zeb

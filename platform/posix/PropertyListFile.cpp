@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/FileHandle.h"
+#include "platform/FileManager.h"
 #include "platform/PropertyList.h"
 
 namespace zeb {
@@ -36,16 +37,15 @@ private:
     int m_number;
 };
 
-/// Keeps the other instances of the program out as long as it lives.
+/// Excludes other processes while it exists.
 ///
-/// The file that carries the lock stays behind: were it removed, two processes could hold locks on two files
-/// of its name.
+/// The lock file is never removed: otherwise two processes could hold locks on two files of the same name.
 class Lock {
 public:
     explicit Lock(const std::string& path) : m_file(path, O_RDWR | O_CREAT | O_NOFOLLOW) {
         using namespace std::chrono_literals;
-        // An instance holds it for the time of one write. One that was stopped meanwhile must not stop us
-        // too.
+        // A process holds the lock for one write. The timeout covers a process that was stopped while holding
+        // it.
         const auto deadline = std::chrono::steady_clock::now() + 2s;
         while (::flock(m_file.number(), LOCK_EX | LOCK_NB) != 0) {
             if (errno == ENOLCK || errno == ENOTSUP || errno == EINVAL || errno == ENOSYS) {
@@ -58,7 +58,7 @@ public:
         }
     }
 
-    /// False on file systems that know no locks.
+    /// False on file systems without locks.
     bool isHeld() const { return m_isHeld; }
 
 private:
@@ -76,13 +76,13 @@ void makeFolder(const std::string& folder) {
     if (fs::is_directory(folder, error)) return;
     const std::string parent = folderOf(folder);
     if (parent != folder && parent != ".") makeFolder(parent);
-    // Settings are their owner's business.
+    // Settings are private to their owner.
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) throw FileError(folder, errno);
 }
 
 void synchroniseFolder(const std::string& folder) {
     const Descriptor descriptor(folder, O_RDONLY | O_DIRECTORY);
-    // Without the ability to do so the file system decides itself when names reach the disk.
+    // Not every file system supports this for folders; failure is no error.
     while (::fsync(descriptor.number()) != 0 && errno == EINTR) {
     }
 }
@@ -104,7 +104,7 @@ std::string PropertyListFile::target() const {
     return place.string();
 }
 
-PropertyListFile::Contents PropertyListFile::read(const std::string& path) {
+PropertyListFile::Contents PropertyListFile::contentsOf(const std::string& path) {
     std::unique_ptr<ReadableFile> file;
     try {
         file = openForReading(path);
@@ -126,37 +126,28 @@ PropertyListFile::Contents PropertyListFile::read(const std::string& path) {
     }
 }
 
-std::optional<PropertyListTree> PropertyListFile::readIfChanged() {
-    const std::string place = target();
-    // Looked up before reading: what is written in between will then be seen as another change.
-    const auto version = files::versionOf(place);
-    if (m_hasLooked && version == m_version) return std::nullopt;
-    auto contents = read(place);
-    if (contents.tree) {
-        m_hasLooked = true;
-        m_version = version;
-    }
-    return std::move(contents.tree);
+std::optional<PropertyListTree> PropertyListFile::read() const {
+    return contentsOf(target()).tree;
 }
 
 void PropertyListFile::prepare() {
     try {
         makeFolder(folderOf(m_path));
     } catch (const FileError&) {
-        // Reading gets along without it, and `update` tries again.
+        // Reading does not need the folder, and `update` tries again.
     }
-    if (read(target()).damage.empty()) return;
+    if (contentsOf(target()).damage.empty()) return;
     const Lock lock(m_path + ".lock");
-    // Somebody may have put it right, or aside, while we waited.
+    // Another process may have repaired or renamed the file while we waited for the lock.
     const std::string place = target();
-    const Contents contents = read(place);
+    const Contents contents = contentsOf(place);
     if (!contents.damage.empty()) setAside(place, contents.damage);
 }
 
 void PropertyListFile::setAside(const std::string& path, const std::string& damage) {
     for (int i = 1;; ++i) {
         const std::string name = path + ".damaged" + (i == 1 ? "" : "-" + std::to_string(i));
-        // A second name first, because a renaming would replace what stands there.
+        // Link before unlinking: a rename would replace an existing file.
         if (::link(path.c_str(), name.c_str()) == 0) {
             if (::unlink(path.c_str()) != 0) throw FileError(path, errno);
         } else if (errno == EEXIST) {
@@ -176,16 +167,14 @@ PropertyListTree PropertyListFile::update(const PropertyListTree& last,
     makeFolder(folderOf(m_path));
     const Lock lock(m_path + ".lock");
     const std::string place = target();
-    Contents contents = read(place);
+    Contents contents = contentsOf(place);
     PropertyListTree tree = contents.tree ? *std::move(contents.tree) : last;
     edit(tree);
     const PropertyData bytes = tree.bytes();
     if (!contents.damage.empty()) setAside(place, contents.damage);
     makeFolder(folderOf(place));
-    // Under the lock a leftover of that name can only be from somebody who was killed.
+    // With the lock held, an existing temporary file belongs to a killed process and may be removed.
     replace(place, lock.isHeld() ? ".new" : ".new-" + std::to_string(::getpid()), bytes);
-    m_hasLooked = true;
-    m_version = files::versionOf(place);
     return tree;
 }
 

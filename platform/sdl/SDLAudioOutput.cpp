@@ -23,7 +23,8 @@ constexpr std::chrono::seconds patienceAtEnd{1};
 
 void ignoreMessage(const char*, int, const char*, int, const char*, ...) {}
 
-/// ALSA writes its search for a device to standard error, several lines each time. Having none is no error.
+/// Silences ALSA, which writes several lines to standard error when it finds no device. A missing device is
+/// no error.
 void silenceALSA() {
     using Handler =
         void (*)(const char* file, int line, const char* function, int error, const char* format, ...);
@@ -34,8 +35,7 @@ void silenceALSA() {
     // The library stays loaded: a copy that is loaded later would be talkative again.
 }
 
-/// SDL's connection to the sound system with one open device, which asks `render` for samples on a thread of
-/// its own.
+/// SDL's connection to the sound system with one open device, which calls `render` on a separate thread.
 class Device {
 public:
     using Render = void (*)(void* owner, std::span<float> samples);
@@ -94,7 +94,7 @@ private:
 
 }  // namespace
 
-/// What the output and its thread share.
+/// The state that the output shares with its thread.
 class SDLAudioOutput::Engine {
 public:
     explicit Engine(Timing timing) : m_timing(timing) {}
@@ -150,7 +150,7 @@ private:
         return !m_isEnding;
     }
 
-    /// Keeps a device open until nothing is heard any more; returns the reason when there is none.
+    /// Keeps a device open until the silence is long enough; returns the reason if there is no device.
     std::string play() {
         Device device(&Engine::render, this);
         if (!device.isOpen()) return device.error();

@@ -7,13 +7,13 @@
 
 namespace zeb {
 
-/// The default sound device through SDL, which must be used for nothing else in the process meanwhile but
-/// from the thread that it is used on here.
+/// The default sound device, through SDL. Other uses of SDL in the process must be on the thread of this
+/// object.
 ///
-/// The device is opened when something is to be heard and closed, with the connection to the sound server,
-/// once nothing has been for `closeAfter`. Both may take long, so they happen on a thread of this object's.
-/// Where there is no device, sources finish at once with SDL's reason; another attempt is made when
-/// something starts `retryAfter` later.
+/// The device is opened when a source starts, and closed, with the connection to the sound server, after a
+/// silence of `closeAfter`. Both may take long, so they happen on a separate thread. Without a device,
+/// sources finish at once with SDL's reason; the next attempt is made when a source starts at least
+/// `retryAfter` later.
 class SDLAudioOutput final : public AudioOutput {
 public:
     struct Timing {
@@ -23,8 +23,8 @@ public:
 
     SDLAudioOutput();
     explicit SDLAudioOutput(Timing timing);
-    /// Ends what plays without telling it. Waits for the device to be closed, but not for a sound server that
-    /// does not answer.
+    /// Ends playing sources without a report. Waits until the device is closed, but not for a sound server
+    /// that does not respond.
     ~SDLAudioOutput() override;
     SDLAudioOutput(const SDLAudioOutput&) = delete;
     SDLAudioOutput& operator=(const SDLAudioOutput&) = delete;
@@ -37,7 +37,7 @@ public:
 
 private:
     class Engine;
-    std::shared_ptr<Engine> m_engine;  ///< shared with its thread, which may have to be left behind
+    std::shared_ptr<Engine> m_engine;  ///< shared with the thread, which may outlive this object
 };
 
 }  // namespace zeb
