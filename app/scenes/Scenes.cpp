@@ -58,7 +58,7 @@ void Scenes::showConverter() {
 }
 
 void Scenes::chooseVideo() {
-    showConverter();
+    bringForward(*converterWindow(false));
     const ContentViewModel& content = m_services.content;
     const bool isAsking = m_isAskingToQuit || !content.cancelledOutputQuestion().isEmpty() ||
                           !content.replaceQuestion().isEmpty() || !content.misfitQuestion().isEmpty();
