@@ -44,12 +44,13 @@ void removeFile(const std::string& path);
 /// replaced. Throws `FileError`.
 void moveFile(const std::string& from, const std::string& to);
 
-/// Gives the file or link `from` the name `to`, on the same file system, unless something stands there: returns
-/// false then. One step, except on file systems that cannot rename without replacing. Throws `FileError`.
+/// Gives the file or link `from` the name `to`, on the same file system, unless something stands there:
+/// returns false then. One step, except on file systems that cannot rename without replacing. Throws
+/// `FileError`.
 bool moveToFreePlace(const std::string& from, const std::string& to);
 
-/// Returns which file stands at `path` itself (a link is not followed); nothing when nothing does or it cannot
-/// be seen.
+/// Returns which file stands at `path` itself (a link is not followed); nothing when nothing does or it
+/// cannot be seen.
 std::optional<FileIdentity> identityOf(const std::string& path);
 
 /// Throws `FileError`, which names `path`, when the system would not let a file be made in `folder`.
