@@ -29,6 +29,7 @@ constexpr std::int64_t mostPixels = std::int64_t{1} << 28;
 constexpr std::uint8_t silence = 128;
 
 using Second = SecondWalker::Second;
+using State = BlockWalker::State;
 
 /// floor(value x factor / divisor) for values that are not negative, as large as fits.
 std::int64_t scaled(std::int64_t value, std::int64_t factor, std::int64_t divisor) {
@@ -160,6 +161,7 @@ private:
     void noteGood(std::int64_t frame);
 
     int filmChannels() const;
+    void warnOfOddSounds() const;
     void addSound(FilmWriter& film, const Second& second, int begin, int end);
     std::uint64_t copySound(WAVFile& file, const Second& second, std::int64_t begin, std::int64_t end);
 
@@ -206,7 +208,8 @@ void Run::countFrames() {
     while (const std::optional<Second> second = m_walker.next()) {
         poll();
         // Bytes behind the last second of a finished movie.
-        if (m_facts.wasFinished && second->isTorn && second->number * m_fps >= m_facts.header.frameCount)
+        if (m_facts.wasFinished && second->state == State::torn &&
+            second->number * m_fps >= m_facts.header.frameCount)
             break;
         m_plan.allFrames += second->frameCount;
         ++m_seconds;
@@ -388,10 +391,7 @@ ExportResult Run::exportFilm() {
             advanced(++done, film->bytesWritten());
         });
     if (hasOtherSizes) warn(localizedText("warning_other_sizes"));
-    if (m_oddSounds > 0) {
-        const bool isOne = m_oddSounds == 1;
-        warn(localizedText(isOne ? "warning_odd_sound" : "warning_odd_sounds_format", {m_oddSounds}));
-    }
+    warnOfOddSounds();
     film->finish(m_callbacks.isCancelled);
     poll();
     ExportResult result;
@@ -418,6 +418,12 @@ int Run::filmChannels() const {
         return 0;
     }
     return header.audioChannels;
+}
+
+void Run::warnOfOddSounds() const {
+    if (m_oddSounds == 0) return;
+    const bool isOne = m_oddSounds == 1;
+    warn(localizedText(isOne ? "warning_odd_sound" : "warning_odd_sounds_format", {m_oddSounds}));
 }
 
 /// The sound of a second's frames `begin` ... `end` - 1, as long as they are.
@@ -458,6 +464,7 @@ ExportResult Run::exportSound() {
         advanced(std::min(done, m_plan.frames), wav.bytesWritten());
     }
     if (copied == 0) throw ExportError::withoutSound();
+    warnOfOddSounds();
     wav.finish();
     file->synchronise();
     file->close();
@@ -469,23 +476,34 @@ ExportResult Run::exportSound() {
     return result;
 }
 
-/// Copies a second's samples as they are stored, `begin` ... `end` - 1 counted from its own first one.
+/// Copies a second's samples, `begin` ... `end` - 1 counted from its own first one: as they are stored, but a
+/// damaged second as long as it plays, with silence for what is lost.
 std::uint64_t Run::copySound(WAVFile& file, const Second& second, std::int64_t begin, std::int64_t end) {
     constexpr std::uint64_t pieceSize = 64 * 1024;
     const auto channels = static_cast<std::int64_t>(m_facts.header.audioChannels);
-    const std::int64_t stored = second.sound.size;
+    const std::uint64_t played = static_cast<std::uint64_t>(channels * m_facts.header.sampleRate);
+    std::uint64_t stored = second.sound.size;
+    if (second.state != State::whole) stored = std::min(stored, played);
+    const std::uint64_t length = second.state == State::damaged ? played : stored;
+    if (second.state == State::damaged && second.sound.size != played) ++m_oddSounds;
     const auto bytes = [&](std::int64_t samples) {
-        return static_cast<std::uint64_t>(std::clamp<std::int64_t>(samples, 0, stored / channels + 1) *
-                                          channels);
+        const auto most = static_cast<std::int64_t>(length) / channels + 1;
+        return std::min(static_cast<std::uint64_t>(std::clamp<std::int64_t>(samples, 0, most) * channels),
+                        length);
     };
-    const std::uint64_t stop = std::min<std::uint64_t>(bytes(end), second.sound.size);
-    std::uint64_t position = std::min<std::uint64_t>(bytes(begin), stop);
-    const std::uint64_t start = position;
+    const std::uint64_t start = bytes(begin);
+    const std::uint64_t stop = bytes(end);
+    std::uint64_t position = start;
     while (position < stop) {
         poll();
-        const std::uint64_t count = std::min(pieceSize, stop - position);
-        if (!m_walker.read({second.sound.offset + position, static_cast<std::uint32_t>(count)}, m_sound))
-            break;
+        std::uint64_t count = std::min(pieceSize, stop - position);
+        if (position < stored) {
+            count = std::min(count, stored - position);
+            if (!m_walker.read({second.sound.offset + position, static_cast<std::uint32_t>(count)}, m_sound))
+                break;
+        } else {
+            m_sound.assign(count, silence);
+        }
         file.add(m_sound);
         position += count;
     }

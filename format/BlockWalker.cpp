@@ -33,18 +33,17 @@ std::optional<BlockWalker::Block> BlockWalker::next() {
 BlockWalker::Block BlockWalker::passDamage() {
     Block block{m_second, m_position, m_fileSize, State::damaged};
     ++m_second;
-    const auto isWhole = [this](const std::optional<std::uint64_t>& place) {
-        return place && endOfWhole(*place).has_value();
-    };
     const std::optional<std::uint64_t> entry = indexEntry(m_second);
     const auto indexed = entry > block.offset && entry <= m_fileSize ? entry : std::nullopt;
     const std::optional<std::uint64_t> announced = announcedEnd(block.offset);
-    if (isWhole(indexed)) {
-        block.end = isWhole(announced) ? std::min(*indexed, *announced) : *indexed;
-    } else if (isWhole(announced)) {
-        block.end = *announced;
-    } else {
-        // The next block is damaged as well. Neither place may pass the next whole block.
+    bool leadsOn = false;
+    for (const auto& place : {indexed, announced, endOfParts(block.offset, m_fileSize)}) {
+        if (!place || *place >= block.end || !endOfWhole(*place)) continue;
+        block.end = *place;
+        leadsOn = true;
+    }
+    if (!leadsOn) {
+        // The next block is damaged as well. Its place cannot pass the next whole one.
         const bool hasLead = findLead(block.offset);
         if (hasLead) block.end = *indexEntry(m_lead);
         if (indexed && *indexed < block.end) {
@@ -66,13 +65,20 @@ BlockWalker::Block BlockWalker::passDamage() {
 bool BlockWalker::findLead(std::uint64_t offset) {
     // So many seconds have room behind; entries beyond mean nothing.
     const std::uint64_t room = (std::min(m_fileSize, layout::maxWord) - offset) / m_smallestBlock;
-    const auto last = m_second + static_cast<std::int64_t>(room);
-    for (m_lead = std::max(m_lead, m_second + 1); m_lead <= last; ++m_lead) {
-        if (static_cast<std::uint64_t>(m_lead) >= m_places.frameIndexCount) break;
-        const std::optional<std::uint64_t> place = indexEntry(m_lead);
-        if (place && *place > offset && endOfWhole(*place)) return true;
+    const std::uint64_t count =
+        std::min(m_places.frameIndexCount, static_cast<std::uint64_t>(m_second) + room + 1);
+    bool isFound = false;
+    auto entry = static_cast<std::uint64_t>(std::max(m_lead, m_second + 1));
+    for (; entry < count; ++entry) {
+        m_index.seek(m_places.frameIndex + entry * layout::wordSize);
+        m_index.skipZeroWords(m_places.frameIndex + count * layout::wordSize);
+        entry = (m_index.position() - m_places.frameIndex) / layout::wordSize;
+        const std::optional<std::uint64_t> place = indexEntry(static_cast<std::int64_t>(entry));
+        isFound = entry < count && place && *place > offset && endOfWhole(*place);
+        if (isFound) break;
     }
-    return false;
+    m_lead = static_cast<std::int64_t>(entry);
+    return isFound;
 }
 
 void BlockWalker::seekTo(std::int64_t second) {
@@ -97,9 +103,9 @@ void BlockWalker::restart() {
 /// Whether the lengths of the blocks before `second` lead from one to the next and on to `offset`.
 bool BlockWalker::lengthsLeadTo(std::int64_t second, std::uint64_t offset) {
     std::optional<std::uint64_t> position = m_places.data;
-    for (std::int64_t i = 0; i < second && position && *position < offset; ++i)
+    for (; second > 0 && position && *position < offset; --second)
         position = announcedEnd(*position);
-    return position == offset;
+    return second == 0 && position == offset;
 }
 
 std::optional<std::uint64_t> BlockWalker::indexedBlock(std::int64_t second) {
@@ -120,16 +126,21 @@ std::optional<std::uint64_t> BlockWalker::indexEntry(std::int64_t second) {
 std::optional<std::uint64_t> BlockWalker::endOfWhole(std::uint64_t offset) {
     const std::optional<std::uint64_t> end = announcedEnd(offset);
     if (!end || offset > layout::maxWord || *end - offset > layout::maxWord) return std::nullopt;
+    return endOfParts(offset, *end) == end ? end : std::nullopt;
+}
+
+/// The end of the block at `offset` as its sound and frames have it; nothing when they pass `limit`.
+std::optional<std::uint64_t> BlockWalker::endOfParts(std::uint64_t offset, std::uint64_t limit) {
     std::uint64_t position = offset + layout::wordSize;
     // The sound and each frame alike: a size and as many bytes.
     for (std::uint64_t part = 0; part < 1 + m_fps; ++part) {
-        if (*end - position < layout::wordSize) return std::nullopt;
+        if (limit - position < layout::wordSize) return std::nullopt;
         const std::optional<std::uint32_t> size = wordAt(position);
         position += layout::wordSize;
-        if (!size || *size > *end - position) return std::nullopt;
+        if (!size || *size > limit - position) return std::nullopt;
         position += *size;
     }
-    return position == *end ? end : std::nullopt;
+    return position;
 }
 
 /// The end of the block at `offset` as its length has it; nothing unless a block can be so long.

@@ -14,8 +14,8 @@ namespace zeb {
 ///
 /// A block is whole when it lies in the file, its sound and fps frames fill it exactly, and its start and
 /// size fit into 32 bits. A whole block tells where the next second begins. Behind any other one the walk
-/// goes on at the nearest whole block that an entry of the index or the block's length leads to; an entry of
-/// the index counts only when a whole block stands there.
+/// goes on at the nearest whole block that an entry of the index, the block's length or its parts lead to; an
+/// entry of the index counts only when a whole block stands there.
 class BlockWalker {
 public:
     enum class State {
@@ -26,7 +26,7 @@ public:
     struct Block {
         std::int64_t second = 0;   ///< number of the second, from 0
         std::uint64_t offset = 0;  ///< bytes from the start of the file to the block-length field
-        std::uint64_t end = 0;     ///< bytes from there to the next block; `offset` when nothing of it is left
+        std::uint64_t end = 0;  ///< bytes from there to the next block; `offset` when nothing of it is left
         State state = State::whole;
 
         bool isWhole() const { return state == State::whole; }
@@ -50,6 +50,7 @@ private:
     std::optional<std::uint32_t> wordAt(std::uint64_t offset);
     std::optional<std::uint64_t> indexEntry(std::int64_t second);
     std::optional<std::uint64_t> endOfWhole(std::uint64_t offset);
+    std::optional<std::uint64_t> endOfParts(std::uint64_t offset, std::uint64_t limit);
     std::optional<std::uint64_t> announcedEnd(std::uint64_t offset);
     Block passDamage();
     bool findLead(std::uint64_t offset);
@@ -65,7 +66,7 @@ private:
     std::int64_t m_second = 0;  ///< the next one
     std::uint64_t m_position;   ///< of its block
     std::int64_t m_lost = 0;    ///< seconds from `m_second` on of which nothing is left
-    std::int64_t m_lead = 0;    ///< no entry of the index before this one leads to a whole block behind damage
+    std::int64_t m_lead = 0;  ///< no entry of the index before this one leads to a whole block behind damage
 };
 
 }  // namespace zeb

@@ -29,10 +29,15 @@ public:
     std::size_t read(std::span<std::uint8_t> target);
     /// Reads 4 bytes, most significant first; nothing when the file ends before.
     std::optional<std::uint32_t> readWord();
+    /// Moves on to the first of the words from here that is not 0, at most to `end`, or to the end of the
+    /// file.
+    void skipZeroWords(std::uint64_t end);
     /// Moves on by `count` bytes; false, at the end of the file, when it has fewer.
     bool skip(std::uint64_t count);
 
 private:
+    bool loadPiece();
+
     std::unique_ptr<ReadableFile> m_owned;
     ReadableFile* m_file;
     std::uint64_t m_position = 0;

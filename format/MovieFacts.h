@@ -27,7 +27,8 @@ struct MovieFacts {
     /// It was, and every second that the header counts is whole. What follows the last one is not looked at.
     bool isFinished = false;
     std::optional<Damage> damage;
-    std::int64_t wholeSeconds = 0;   ///< whole one-second blocks (format/BlockWalker.h), as far as they are found
+    std::int64_t wholeSeconds =
+        0;  ///< whole one-second blocks (format/BlockWalker.h), as far as they are found
     std::int64_t wholeFrames = 0;    ///< wholeSeconds x fps
     std::uint64_t largestBlock = 0;  ///< of the whole ones, bytes with the length field
     std::uint64_t end = 0;           ///< bytes from the start of the file to the end of the last whole block
@@ -39,8 +40,8 @@ struct MovieFacts {
 /// Whether a file begins as every ZEB file does. Throws `FileError`.
 bool isMovie(ReadableFile& file);
 
-/// Reads a file's facts by walking its blocks: one word per frame. Safe for any bytes, in memory below 100 KB.
-/// Throws `ZEBFormatError` for a file that is no ZEB file, `FileError`.
+/// Reads a file's facts by walking its blocks: one word per frame. Safe for any bytes, in memory below 100
+/// KB. Throws `ZEBFormatError` for a file that is no ZEB file, `FileError`.
 MovieFacts readMovieFacts(ReadableFile& file);
 
 }  // namespace zeb

@@ -56,8 +56,8 @@ void copyRange(ReadableFile& source, std::uint64_t begin, std::uint64_t end, Wri
 PartialFile::PartialFile(ReadableFile& source)
     : m_source(source), m_located(readHeader(source)), m_facts(readMovieFacts(source)) {}
 
-/// Calls `visit(place, bytes)` for the index of a movie in which the whole seconds stand back to back, piece by
-/// piece. The blocks are walked instead of kept: a hostile file may have hundreds of millions.
+/// Calls `visit(place, bytes)` for the index of a movie in which the whole seconds stand back to back, piece
+/// by piece. The blocks are walked instead of kept: a hostile file may have hundreds of millions.
 template <typename Visit>
 void PartialFile::composeIndex(const Visit& visit) {
     const HeaderPlaces& places = m_located.places;

@@ -22,14 +22,14 @@ public:
 
     const MovieFacts& facts() const noexcept { return m_facts; }
 
-    /// Whether it is right already: frame count, largest block and index say what is there, and nothing stands
-    /// behind the last block.
+    /// Whether it is right already: frame count, largest block and index say what is there, and nothing
+    /// stands behind the last block.
     bool isComplete();
 
     /// Makes the file itself a finished movie: cuts it after the last whole second and writes frame count,
-    /// largest block and index. `target` is the same file. Does nothing to a file that is complete, or without
-    /// a whole second. The fields are written and flushed in an order that leaves a playable file at any
-    /// moment. Throws `MovieDamageError`, before anything is written, when whole seconds stand behind a
+    /// largest block and index. `target` is the same file. Does nothing to a file that is complete, or
+    /// without a whole second. The fields are written and flushed in an order that leaves a playable file at
+    /// any moment. Throws `MovieDamageError`, before anything is written, when whole seconds stand behind a
     /// damaged one.
     void finish(WritableFile& target);
 
@@ -46,8 +46,8 @@ private:
     MovieFacts m_facts;
 };
 
-/// Finishes the file as `PartialFile::finish` does and returns the number of whole seconds; with 0 the file is
-/// left as it is. Throws what it throws.
+/// Finishes the file as `PartialFile::finish` does and returns the number of whole seconds; with 0 the file
+/// is left as it is. Throws what it throws.
 std::int64_t finishPartialFile(const std::string& path);
 
 /// The same on one file opened twice. Closes neither.

@@ -18,10 +18,11 @@ std::optional<SecondWalker::Second> SecondWalker::next() {
     if (!block) return std::nullopt;
     Second second;
     second.number = block->second;
-    second.isTorn = block->state == BlockWalker::State::torn;
+    second.state = block->state;
+    const bool isTorn = block->state == BlockWalker::State::torn;
     if (block->size() > 0) collectParts(block->offset + layout::wordSize, block->end, second);
-    second.frameCount = second.isTorn ? static_cast<int>(second.frames.size()) : header().fps;
-    if (second.isTorn && second.frames.empty() && second.sound.size == 0) return std::nullopt;
+    second.frameCount = isTorn ? static_cast<int>(second.frames.size()) : header().fps;
+    if (isTorn && second.frames.empty() && second.sound.size == 0) return std::nullopt;
     return second;
 }
 

@@ -24,7 +24,7 @@ public:
         Piece sound;                ///< as far as it is there
         std::vector<Piece> frames;  ///< those that can be found, at most fps
         int frameCount = 0;         ///< that play: fps, but only the whole ones of a torn last second
-        bool isTorn = false;        ///< the file ends within it
+        BlockWalker::State state = BlockWalker::State::whole;
     };
 
     /// Reads the header. Throws `ZEBFormatError` for a file that is no movie, `FileError`, as the other
