@@ -359,13 +359,13 @@ def shown(mutant):
     return f"{mutant.path}:{mutant.line}: {before}  ->  {after}"
 
 
-def report(mutants, results, room):
+def report(mutants, sources, results, room):
     tried = [mutant for mutant in mutants if mutant.number in results]
     survivors = [mutant for mutant in tried if results[mutant.number].word == "survived"]
     if survivors:
         print("\nSurvivors:")
     for mutant in sorted(survivors, key=lambda mutant: (mutant.path, mutant.start)):
-        text = (ROOT / mutant.path).read_text("utf-8")
+        text = sources[mutant.path]
         first, last = text.rfind("\n", 0, mutant.start) + 1, text.find("\n", mutant.end)
         before = text[first:last]
         after = before[: mutant.start - first] + mutant.changed + before[mutant.end - first :]
@@ -419,7 +419,7 @@ def main():
         print("\ninterrupted", file=sys.stderr)
     finally:
         runner.stop()
-    report(mutants, results, arguments.room)
+    report(mutants, sources, results, arguments.room)
 
 
 def run_all(runner, mutants, tests, results, jobs):
