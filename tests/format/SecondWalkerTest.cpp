@@ -73,7 +73,8 @@ std::vector<std::string> walk(const Bytes& bytes, std::int64_t from = 0) {
     walker.seekTo(from);
     std::vector<std::string> found;
     while (const auto second = walker.next()) {
-        std::string text = std::to_string(second->number) + (second->isTorn ? " torn" : "");
+        const bool isTorn = second->state == BlockWalker::State::torn;
+        std::string text = std::to_string(second->number) + (isTorn ? " torn" : "");
         Bytes part;
         EXPECT_TRUE(walker.read(second->sound, part));
         text += " " + std::to_string(part.size());
@@ -84,7 +85,7 @@ std::vector<std::string> walk(const Bytes& bytes, std::int64_t from = 0) {
             EXPECT_TRUE(part.empty() ||
                         part.back() == 0x10 * (second->number + 1) + (&frame - second->frames.data()) + 1);
         }
-        EXPECT_EQ(second->frameCount, second->isTorn ? static_cast<int>(second->frames.size()) : int{fps});
+        EXPECT_EQ(second->frameCount, isTorn ? static_cast<int>(second->frames.size()) : int{fps});
         found.push_back(text);
     }
     EXPECT_FALSE(walker.next());

@@ -80,7 +80,10 @@ protected:
                               [this](const std::string&, OutputPlace& output, const Settings& settings,
                                      const ConversionCallbacks& callbacks) {
                                   runs.push_back(settings);
-                                  run(callbacks, output);
+                                  output.setAside();
+                                  output.create()->close();
+                                  run(callbacks, output.path());
+                                  output.commit();
                               },
                               defaults, panels, pasteboard, sounds, scope, mainActor, tasks, clock});
     }
