@@ -237,6 +237,7 @@ TEST_F(ConversionRunTest, endsWhereTheSourceCannotBeReadOn) {
         return true;
     }};
     library.add(input, film);
+    fs::remove(output);
     EXPECT_THROW(convert(), MediaError);
     EXPECT_FALSE(fs::exists(output)) << "the sound comes before the file";
 }
