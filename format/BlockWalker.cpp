@@ -110,7 +110,11 @@ bool BlockWalker::lengthsLeadTo(std::int64_t second, std::uint64_t offset) {
 
 std::optional<std::uint64_t> BlockWalker::indexedBlock(std::int64_t second) {
     const std::optional<std::uint64_t> place = indexEntry(second);
-    return place && endOfWhole(*place) ? place : std::nullopt;
+    if (!place || !endOfWhole(*place)) return std::nullopt;
+    if (second == 0) return *place == m_places.data ? place : std::nullopt;
+    const std::optional<std::uint64_t> before = indexEntry(second - 1);
+    const std::optional<std::uint64_t> end = before ? endOfWhole(*before) : std::nullopt;
+    return !end || end == place ? place : std::nullopt;
 }
 
 std::optional<std::uint64_t> BlockWalker::indexEntry(std::int64_t second) {

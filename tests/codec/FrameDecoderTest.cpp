@@ -190,6 +190,46 @@ TEST(FrameDecoder, FollowsPointersAsFarAsTheRecordReaches) {
     }
 }
 
+TEST(FrameDecoder, KnowsFromTheStartWhatIsTooLargeForAPicture) {
+    constexpr std::uint64_t always = 64 * 1024, gigabytes = 3'900'000'000;
+    const Bytes small = sprite(2, 32, 0x40, 16, 8, {}), mode4 = sprite(1, 0, 0, 16, 8, {});
+    const Bytes largest = sprite(2, 64, 0xC0, 8192, 8192, {});
+    const struct {
+        Bytes start;
+        std::uint64_t size;
+        int width, height;
+        bool expected;
+    } cases[] = {
+        {small, always, 1, 1, true},
+        {small, always + 4 * 256, 1, 1, true},
+        {small, always + 4 * 256 + 1, 1, 1, false},
+        {mode4, always + 4 * 128, 1, 1, true},
+        {mode4, always + 4 * 128 + 1, 1, 1, false},
+        {largest, 600'000'000, 1, 1, true},
+        {largest, gigabytes, 1, 1, false},
+        {sprite(0, 32, 0, 8192, 8192, {}), always + 1, 1, 1, false},
+        {sprite(2, 32, 0, 8193, 8192, {}), always + 1, 1, 1, false},
+        {sprite(2, 31, 0, 8192, 8192, {}), always + 1, 1, 1, false},
+        {Bytes(24), gigabytes, 1, 1, false},
+        // Pixels without a sprite, of the movie's size or one of their own.
+        {Bytes(24), 4 * 300 * 200, 300, 200, true},
+        {Bytes(24), 2 * 300 * 200, 300, 200, true},
+        {Bytes(24), 2 * 300 * 200 + 1, 300, 200, false},
+        {{1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+         8 + 4 * 256 * 256,
+         1,
+         1,
+         true},
+        {{1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+         9 + 4 * 256 * 256,
+         1,
+         1,
+         false},
+    };
+    for (const auto& [start, size, width, height, expected] : cases)
+        EXPECT_EQ(FrameDecoder::canDecode(start, size, width, height), expected) << size;
+}
+
 TEST(FrameDecoder, SaysWhyARecordIsNoPicture) {
     const Bytes hopeless{'R', 'L', 'E', '2', 255, 255, 255, 255, 0x81, 1, 2};
     const std::pair<Bytes, std::string> cases[] = {

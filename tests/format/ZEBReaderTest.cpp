@@ -130,6 +130,29 @@ TEST(ZEBReader, PlaysSeeksAndLoops) {
     EXPECT_EQ(shownFrame(reader), 5);
 }
 
+TEST(ZEBReader, FollowsAnIndexToWholeBlocksOnly) {
+    constexpr std::uint8_t first = 46, block = 27, index = 34;
+    const std::vector<std::uint8_t> indexes[] = {
+        {first, first + block, first + 2 * block},      // right
+        {first, 3, 7},                                  // into the header
+        {first, first + block + 1, first + block + 7},  // into blocks
+        {first, 250, 251},                              // behind the file
+        {first, first + 2 * block, first + block},      // exchanged
+        {first + block, first + block, first},
+    };
+    for (const auto& offsets : indexes) {
+        Bytes movie = countingMovie();
+        for (std::size_t second = 0; second < offsets.size(); ++second)
+            movie[index + 4 * second + 3] = offsets[second];
+        ZEBReader reader = readerOf(movie);
+        EXPECT_EQ(reader.readHeader().indexOffsets[1], offsets[1]);
+        for (const int target : {5, 3, 0, 2}) {
+            reader.seekToFrame(target);
+            EXPECT_EQ(shownFrame(reader), target) << testing::PrintToString(offsets);
+        }
+    }
+}
+
 /// Cut anywhere, it shows every frame that is whole and then says that the file ends; seeking leads back.
 TEST(ZEBReader, ShowsWhatACutMovieHolds) {
     const Bytes whole = countingMovie();

@@ -1,0 +1,229 @@
+// Damage to movies, by where it is and what it does: which seconds are found, and what is made of them.
+
+#include "format/MovieDamageError.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "format/BigEndian.h"
+#include "format/BlockWalker.h"
+#include "format/MovieCheck.h"
+#include "format/ZEBReader.h"
+#include "format/ZEBWriter.h"
+#include "tests/format/MemoryFile.h"
+
+namespace zeb {
+namespace {
+
+using namespace test;
+using Bytes = std::vector<std::uint8_t>;
+using State = BlockWalker::State;
+
+constexpr int fps = 2, seconds = 6;
+constexpr std::size_t index = 34, data = index + 4 * seconds;
+/// A block's sound stands at 4, its frames at 11 and 16.
+constexpr std::size_t blockBytes = 22;
+
+constexpr std::size_t block(int second) {
+    return data + static_cast<std::size_t>(second) * blockBytes;
+}
+constexpr std::size_t entry(int second) {
+    return index + 4 * static_cast<std::size_t>(second);
+}
+
+/// The seconds of that list as a writer leaves them, with room for six.
+Bytes movieOf(const std::vector<int>& numbers) {
+    MemoryDisk disk;
+    ZEBWriter writer(
+        std::make_unique<MemoryWritableFile>(disk),
+        {"", 16, 8, fps, 32, fps * static_cast<std::int64_t>(numbers.size()), seconds, 1, false});
+    for (const int number : numbers) {
+        const auto mark = static_cast<std::uint8_t>(number);
+        const Bytes sound(3, mark), first(1, mark), second(2, mark);
+        writer.writeSecond(sound, std::vector<std::span<const std::uint8_t>>{first, second});
+    }
+    writer.finish();
+    return disk.bytes;
+}
+
+using Change = std::function<void(Bytes&)>;
+
+Change set(std::size_t place, std::size_t value) {
+    return [=](Bytes& bytes) {
+        bigEndian::store32(std::span(bytes).subspan(place).first<4>(), static_cast<std::uint32_t>(value));
+    };
+}
+Change garbage(std::size_t begin, std::size_t end) {
+    return [=](Bytes& bytes) {
+        const auto at = [&](std::size_t place) { return bytes.begin() + static_cast<std::ptrdiff_t>(place); };
+        std::fill(at(begin), at(end), std::uint8_t{0xFE});
+    };
+}
+Change resize(std::size_t size) {
+    return [=](Bytes& bytes) { bytes.resize(size, 0xFE); };
+}
+void clearIndex(Bytes& bytes) {
+    for (int second = 0; second < seconds; ++second)
+        set(entry(second), 0)(bytes);
+}
+
+/// What a walker finds from `second` on: W for a whole block at its place, d for a damaged one, - for one of
+/// which nothing is left, t for a torn one, ! for what should not be.
+std::string walked(const Bytes& bytes, std::int64_t second) {
+    MemoryReadableFile file(bytes);
+    BlockWalker walker(file, readHeader(file));
+    walker.seekTo(second);
+    std::string text;
+    while (const auto found = walker.next()) {
+        if (found->second != second++) return text + "!";
+        const bool isInPlace = found->offset == block(static_cast<int>(found->second));
+        if (found->isWhole()) {
+            text += isInPlace && found->size() == blockBytes ? "W" : "!";
+        } else if (found->size() == 0) {
+            text += "-";
+        } else {
+            text += found->state == State::torn ? "t" : "d";
+        }
+    }
+    return text;
+}
+
+TEST(MovieDamage, EverySecondThatCanBeReachedIsFoundAndKept) {
+    constexpr std::size_t huge = 0xFFFFFFFF, end = block(seconds);
+    const auto frame = [](int second) { return block(second) + 11; };
+    const auto sound = [](int second) { return block(second) + 4; };
+    const struct {
+        const char* what;
+        std::vector<Change> damage;
+        std::string found;
+    } cases[] = {
+        {"nothing", {}, "WWWWWW"},
+        {"frame size, too large", {set(frame(2), huge)}, "WWdWWW"},
+        {"frame size, 1 more", {set(frame(2), 2)}, "WWdWWW"},
+        {"frame size, 1 less", {set(frame(2), 0)}, "WWdWWW"},
+        {"sound size", {set(sound(2), huge)}, "WWdWWW"},
+        {"length, too large", {set(block(2), huge)}, "WWdWWW"},
+        {"length 0", {set(block(2), 0)}, "WWdWWW"},
+        {"length of two blocks", {set(block(2), 2 * blockBytes - 4)}, "WWdWWW"},
+        {"first block", {set(frame(0), huge)}, "dWWWWW"},
+        {"frame size, index goes astray", {set(frame(2), huge), set(entry(3), block(3) + 1)}, "WWdWWW"},
+        {"frame size, index leads back", {set(frame(2), huge), set(entry(3), block(1))}, "WWdWWW"},
+        {"frame size, index leads too far", {set(frame(2), huge), set(entry(3), block(5))}, "WWdWWW"},
+        {"frame size, no index", {set(frame(2), huge), clearIndex}, "WWdWWW"},
+        {"length, no index", {set(block(2), huge), clearIndex}, "WWdWWW"},
+        {"two in a row", {set(frame(2), huge), set(frame(3), huge)}, "WWddWW"},
+        {"two in a row, no index", {set(frame(2), huge), set(frame(3), huge), clearIndex}, "WWddWW"},
+        {"two apart", {set(frame(1), huge), set(block(4), 7)}, "WdWWdW"},
+        {"three overwritten", {garbage(block(2) + 2, block(4) + 7)}, "WWdddW"},
+        {"two overwritten, entries lost", {garbage(block(2) + 2, block(3) + 7), set(entry(3), 0)}, "WWd-WW"},
+        {"three overwritten, entries astray",
+         {garbage(block(2), block(4) + 7), set(entry(3), block(1)), set(entry(4), huge)},
+         "WWd--W"},
+        {"entry in a frame", {set(entry(3), block(3) + 12)}, "WWWWWW"},
+        {"entry in the header", {set(entry(3), 4)}, "WWWWWW"},
+        {"entry behind the file", {set(entry(3), end)}, "WWWWWW"},
+        {"entry of another second", {set(entry(3), block(1))}, "WWWWWW"},
+        {"entry of a later second", {set(entry(0), block(1))}, "WWWWWW"},
+        {"entries exchanged", {set(entry(3), block(4)), set(entry(4), block(3))}, "WWWWWW"},
+        {"no index", {clearIndex}, "WWWWWW"},
+        {"last frame size", {set(frame(5), huge)}, "WWWWWd"},
+        {"last length", {set(block(5), huge)}, "WWWWWt"},
+        {"cut in the last", {resize(end - 1)}, "WWWWWt"},
+        {"cut in a length", {resize(block(4) + 3)}, "WWWW"},
+        {"cut between blocks", {resize(block(4))}, "WWWW"},
+        {"cut, and damaged before", {resize(end - 1), set(frame(1), huge)}, "WdWWWt"},
+        {"bytes behind", {resize(end + 3)}, "WWWWWW"},
+        {"more bytes behind", {resize(end + 40)}, "WWWWWWt"},
+    };
+    const Bytes movie = movieOf({0, 1, 2, 3, 4, 5});
+    ASSERT_EQ(movie.size(), end);
+    for (const auto& [what, damage, found] : cases) {
+        SCOPED_TRACE(what);
+        Bytes bytes = movie;
+        for (const Change& change : damage)
+            change(bytes);
+        for (std::size_t second = 0; second <= found.size(); ++second)
+            EXPECT_EQ(walked(bytes, static_cast<std::int64_t>(second)), found.substr(second)) << second;
+
+        std::vector<int> whole;
+        for (std::size_t second = 0; second < found.size(); ++second)
+            if (found[second] == 'W') whole.push_back(static_cast<int>(second));
+        const std::size_t first = found.find_first_not_of('W'), last = found.rfind('W');
+        const bool isInside = first < last;
+        const MovieFacts facts = factsOf(bytes);
+        EXPECT_EQ(facts.wholeSeconds, static_cast<std::int64_t>(whole.size()));
+        EXPECT_EQ(facts.isFinished, whole.size() == seconds);
+        EXPECT_EQ(facts.end, block(static_cast<int>(last) + 1));
+        EXPECT_EQ(facts.damage.has_value(), isInside);
+
+        MemoryDisk copy, disk;
+        copyWholeSeconds(bytes, copy);
+        EXPECT_EQ(copy.bytes, movieOf(whole));
+        disk.bytes = bytes;
+        if (!isInside) {
+            EXPECT_EQ(finish(disk), static_cast<std::int64_t>(whole.size()));
+            EXPECT_EQ(disk.bytes, movieOf(whole));
+            EXPECT_EQ(disk.journal.empty(), bytes == movie) << "a finished movie is not written to";
+            continue;
+        }
+        const auto damaged = [&](char state) { return std::count(found.begin(), found.end(), state); };
+        EXPECT_EQ(facts.damage->seconds, damaged('d') + damaged('-'));
+        try {
+            finish(disk);
+            ADD_FAILURE() << "seconds were cut off";
+        } catch (const MovieDamageError& error) {
+            EXPECT_EQ(error.second(), static_cast<std::int64_t>(first));
+            EXPECT_EQ(error.offset(), block(static_cast<int>(first)));
+            EXPECT_EQ(error.secondsBehind(), static_cast<std::int64_t>(whole.size() - first));
+        }
+        EXPECT_TRUE(disk.journal.empty());
+    }
+}
+
+/// A file of 4 GiB that is all zeros behind its first bytes. Notes how much is asked for at once.
+class Hole final : public ReadableFile {
+public:
+    Hole(Bytes start, std::uint64_t size, std::size_t& largestRead)
+        : m_start(std::move(start)), m_size(size), m_largestRead(largestRead) {}
+
+    std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) override {
+        m_largestRead = std::max(m_largestRead, buffer.size());
+        const std::size_t count = std::min<std::uint64_t>(buffer.size(), m_size - std::min(m_size, offset));
+        for (std::size_t i = 0; i < count; ++i)
+            buffer[i] = offset + i < m_start.size() ? m_start[offset + i] : 0;
+        return count;
+    }
+    std::uint64_t size() override { return m_size; }
+
+private:
+    Bytes m_start;
+    std::uint64_t m_size;
+    std::size_t& m_largestRead;
+};
+
+TEST(MovieDamage, PromisesOfGigabytesTakeNoMemory) {
+    constexpr std::uint64_t size = std::uint64_t{1} << 32;
+    constexpr std::size_t most = 1 << 20;
+    Bytes largeHeader = movieOf({0});
+    set(4, 0xFFFFFF00)(largeHeader);
+    Bytes largeRecord = movieOf({0});
+    set(block(0), size - block(0) - 4)(largeRecord);
+    set(block(0) + 11, size - block(0) - 19)(largeRecord);
+    for (const Bytes& start : {largeHeader, largeRecord}) {
+        std::size_t largestRead = 0;
+        const auto open = [&] { return std::make_unique<Hole>(start, size, largestRead); };
+        ZEBReader reader(open);
+        EXPECT_LE(reader.readHeader().indexOffsets.size(), ZEBReader::mostEntriesKept);
+        failure([&] { EXPECT_FALSE(reader.nextFrame(false)); });
+        reader.readAllAudio();
+        EXPECT_TRUE(checkMovie(open, {}).fault.has_value());
+        readMovieFacts(*open());
+        EXPECT_LT(largestRead, most);
+    }
+}
+
+}  // namespace
+}  // namespace zeb
