@@ -56,6 +56,11 @@ TEST(EncodeArguments, ReachTheSettings) {
         {{"--size", "512x256"}, [](Settings& s) { s.width = 512, s.height = 256; }},
         {{"--size=65535X1"}, [](Settings& s) { s.width = 65535, s.height = 1; }},
         {{"--preset", "dvd"}, [](Settings& s) { s.width = 720, s.height = 576; }},
+        {{"--preset", "hd"}, [](Settings& s) { s.width = 1280, s.height = 720; }},
+        {{"--preset", "fullhd"}, [](Settings& s) { s.width = 1920, s.height = 1080; }},
+        {{"--audio", "mono", "--fps", "65535"},
+         [](Settings& s) { s.audioChannels = 1, s.fps = 65535, s.fpsFromSource = false; }},
+        {{"--track", "1000000", "--threads", "256"}, [](Settings& s) { s.audioTrackIndex = 999'999; }},
         {{"--stretch"}, [](Settings& s) { s.preserveAspect = false; }},
         {{"--fps", "10", "--fps", "12"}, [](Settings& s) { s.fps = 12, s.fpsFromSource = false; }},
         {{"--mode", "4", "--dither"}, [](Settings& s) { s.qlModeNumber = 4, s.dither = true; }},
@@ -198,6 +203,19 @@ TEST(ExportJob, ChoosesFormatAndOutput) {
     EXPECT_EQ(settings.from, 1'000'000);
     EXPECT_EQ(settings.to, 2'500'000);
     EXPECT_EQ(settings.scale, 3);
+    const ExportSettings single =
+        planExport(parseExport({"a.zeb", "-o", "b.png", "--at", "1:00.5", "--interpretation", "QPCpackedBE"}))
+            .settings;
+    EXPECT_EQ(single.at, 60'500'000);
+    EXPECT_EQ(single.frame, std::nullopt);
+    EXPECT_EQ(single.interpretation, Mode32Interpretation::qpcPackedBE);
+    EXPECT_EQ(single.terms.existing, OutputTerms::Existing::keep);
+    const ExportSettings last =
+        planExport(parseExport({"a.zeb", "-o", "b.png", "--frame", "2147483647", "--scale", "64", "--force"}))
+            .settings;
+    EXPECT_EQ(last.frame, 2147483647);
+    EXPECT_EQ(last.scale, 64);
+    EXPECT_EQ(last.terms.existing, OutputTerms::Existing::replace);
 }
 
 TEST(Arguments, RefuseNonsense) {
@@ -206,12 +224,23 @@ TEST(Arguments, RefuseNonsense) {
                                {"a.mp4", "--size", "512x"},
                                {"a.mp4", "--size", "99999999999x8"},
                                {"a.mp4", "--size", "8x8", "--preset", "hd"},
+                               {"a.mp4", "--size", "0x8"},
+                               {"a.mp4", "--size", "8x0"},
+                               {"a.mp4", "--size", "65536x8"},
                                {"a.mp4", "--fps", "23.976"},
+                               {"a.mp4", "--fps", "0"},
+                               {"a.mp4", "--fps", "65536"},
+                               {"a.mp4", "--threads", "-1"},
+                               {"a.mp4", "--threads", "257"},
+                               {"a.mp4", "--track", "1000001"},
                                {"a.mp4", "--track", "0"}})
         EXPECT_THROW(parseEncode(words), CLI::ParseError) << PrintToString(words);
     for (const Words& words : {Words{"a.zeb"},
                                {"a.zeb", "-o", "b.png", "--frame", "1", "--at", "1"},
                                {"a.zeb", "-o", "b.png", "--frame", "1", "--to", "1"},
+                               {"a.zeb", "-o", "b.mp4", "--interpretation", "rgb565"},
+                               {"a.zeb", "-o", "b.png", "--frame", "2147483648"},
+                               {"a.zeb", "-o", "b.mp4", "--scale", "65"},
                                {"a.zeb", "-o", "b.mp4", "--scale", "0"}})
         EXPECT_THROW(parseExport(words), CLI::ParseError) << PrintToString(words);
     for (const Words& words : {Words{"a.zeb", "-o", "b"},

@@ -103,6 +103,26 @@ class ManualTest(unittest.TestCase):
                     result = run(ZEB, *shlex.split(example), cwd=folder)
                     self.assertEqual(result.returncode, 3, result.stderr)
 
+    def test_manual_and_completion_describe_arguments_in_whole_lines(self):
+        manual, zsh = (FOLDER / "zeb.1").read_text(), (FOLDER / "_zeb").read_text()
+        for lines in (
+            "\\fBzeb\\fR \\fBencode\\fR [\\fIoption\\fR ...] \\fIINPUT\\fR ...\n",
+            "\\fBzeb\\fR \\fBexport\\fR [\\fIoption\\fR ...] \\fB\\-o\\fR \\fIOUT\\fR \\fIFILE\\fR\n",
+            ".TP\n\\fB\\-h\\fR, \\fB\\-\\-help\\fR\nPrint this help and exit.\n",
+            ".TP\n\\fIINPUT\\fR ...\nVideo files; ",
+            "\n\\fIN\\fR is a whole number from 1 to 65535.\n",
+            "\nNot together with \\fB\\-\\-frame\\fR, \\fB\\-\\-at\\fR.\n",
+        ):
+            self.assertIn(lines, manual)
+        # Sentences end once; paragraphs and tables are opened and closed in turn.
+        self.assertIsNone(re.search(r"[^.]\.\.\n|\n\.PP\n\.(PP|SS|SH|TP)", manual))
+        self.assertEqual(re.findall(r"^\.E[EX]$", manual, re.MULTILINE),
+                         [".EX", ".EE"] * manual.count("\n.EX\n"))
+        for line in ("'1: :->command'", "'*:: :->arguments'", "'*:INPUT:_files'", "'1:INPUT:_files ",
+                     "'2:OUTPUT:_files'"):
+            self.assertIn(line, zsh)
+        self.assertEqual(len(re.findall(r"^ +'[*\d]:[A-Z]+:", zsh, re.MULTILINE)), len(commands()) + 1)
+
     def test_syntax(self):
         checks = ((("bash", "-n"), "zeb.bash"), (("zsh", "-n"), "_zeb"), (("fish", "--no-execute"), "zeb.fish"),
                   (("groff", "-man", "-Tutf8", "-ww"), "zeb.1"))
