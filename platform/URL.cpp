@@ -13,7 +13,7 @@ namespace {
 constexpr auto npos = std::string_view::npos;
 
 // Characters are judged as ASCII, whatever the locale says.
-bool isDigit(char c) {
+bool isDecimalDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
@@ -35,7 +35,7 @@ bool isEqualIgnoringCase(std::string_view first, std::string_view second) {
 }
 
 int hexadecimalValue(char c) {
-    if (isDigit(c)) return c - '0';
+    if (isDecimalDigit(c)) return c - '0';
     const char lower = lowercase(c);
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
@@ -46,7 +46,7 @@ bool isEscape(std::string_view text, std::size_t at) {
 }
 
 bool isUnreserved(char c) {
-    return isLetter(c) || isDigit(c) || std::string_view("-._~").find(c) != npos;
+    return isLetter(c) || isDecimalDigit(c) || std::string_view("-._~").find(c) != npos;
 }
 
 // What a part may hold besides unreserved characters and escapes.
@@ -148,7 +148,7 @@ std::string authorityText(const std::optional<std::string>& userInfo, std::strin
 
 bool isScheme(std::string_view text) {
     return !text.empty() && isLetter(text.front()) && std::ranges::all_of(text, [](char c) {
-        return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
+        return isLetter(c) || isDecimalDigit(c) || c == '+' || c == '-' || c == '.';
     });
 }
 
@@ -157,7 +157,7 @@ bool isIPv4(std::string_view text) {
     for (std::optional<std::string_view> rest = text; rest; ++numbers) {
         std::string_view number = *rest;
         rest = cutTail(number, '.');
-        if (number.empty() || number.size() > 3 || !std::ranges::all_of(number, isDigit)) return false;
+        if (number.empty() || number.size() > 3 || !std::ranges::all_of(number, isDecimalDigit)) return false;
         int value = 0;
         for (const char digit : number)
             value = value * 10 + (digit - '0');
@@ -254,7 +254,7 @@ std::optional<URL> URL::parse(std::string_view text) {
     const Parts parts = split(text);
     if (parts.scheme && !isScheme(*parts.scheme)) return std::nullopt;
     if (parts.host && !isHost(*parts.host)) return std::nullopt;
-    if (parts.port && !std::ranges::all_of(*parts.port, isDigit)) return std::nullopt;
+    if (parts.port && !std::ranges::all_of(*parts.port, isDecimalDigit)) return std::nullopt;
 
     const auto clean = [](std::string_view part, std::string_view allowed) {
         return escaped(part, allowed, PercentSigns::beginEscapes);

@@ -42,8 +42,14 @@ def drop(name, window_id, point, uris, patience=20):
     try:
         send("XdndEnter", 5 << 24, files)
         x, y = point
-        send("XdndPosition", 0, x << 16 | y, X.CurrentTime, atom("XdndActionCopy"))
-        if not answer("XdndStatus")[1] & 1:
+        # A pointer that moves over the window asks again and again.
+        end = time.monotonic() + 1
+        accepted = False
+        while not accepted and time.monotonic() < end:
+            send("XdndPosition", 0, x << 16 | y, X.CurrentTime, atom("XdndActionCopy"))
+            accepted = bool(answer("XdndStatus")[1] & 1)
+            time.sleep(0.05)
+        if not accepted:
             send("XdndLeave")
             return False
         send("XdndDrop", 0, X.CurrentTime)
