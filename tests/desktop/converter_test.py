@@ -255,6 +255,7 @@ class ConverterTest(DesktopTest):
                 application.find("push button", answer).click()
                 application.find("label", "Cancelled")
                 await_equal(movie.exists, answer == "Keep")
+                movie.unlink(missing_ok=True)
 
         # Whoever closes the window meanwhile is asked.
         application.find("push button", "Convert").click()
