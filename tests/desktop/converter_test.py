@@ -214,7 +214,8 @@ class ConverterTest(DesktopTest):
         await_equal(self.desktop.active_title, movie.stem)
         self.desktop.keys("End")
         application.find("label", "30/30", window=movie.stem)
-        # The converter comes back with the answer.
+        # A player comes forward again for a second after it was opened. The converter comes back with the answer.
+        time.sleep(1)
         application.activate("Choose a Video")
         self.fill(application.find("text", window="Choose a Video"), self.clip)
         self.desktop.keys("Return")
