@@ -20,7 +20,8 @@ std::optional<BlockWalker::Block> BlockWalker::next() {
         --m_lost;
         return Block{m_second++, m_position, m_position, State::damaged};
     }
-    if (m_position > layout::maxWord || !wordAt(m_position)) return std::nullopt;
+    const std::uint64_t left = m_fileSize - std::min(m_fileSize, m_position);
+    if (m_position > layout::maxWord || left < layout::wordSize || !wordAt(m_position)) return std::nullopt;
     const std::optional<std::uint64_t> end = endOfWhole(m_position);
     if (!end) return passDamage();
     const Block block{m_second, m_position, *end, State::whole};

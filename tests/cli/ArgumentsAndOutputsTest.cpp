@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -9,6 +11,7 @@
 
 #include "cli/EncodeJob.h"
 #include "cli/ExportJob.h"
+#include "cli/Interruption.h"
 #include "cli/PartialOutput.h"
 #include "cli/UsageError.h"
 #include "tests/format/GoldenMovie.h"
@@ -198,6 +201,11 @@ TEST(ExportJob, ChoosesFormatAndOutput) {
         EXPECT_EQ(job.output, output);
         EXPECT_EQ(job.settings.format, format) << output;
     }
+    // A movie's name is no pattern.
+    const ExportJob named =
+        planExport(parseExport({"a:b%5d.zeb", "-o", "./", "--format", "png", "--frame", "0"}));
+    EXPECT_EQ(named.settings.kind, Kind::picture);
+    EXPECT_EQ(named.output, "./a:b%5d.png");
     const Words words = {"a.zeb", "-o", "b.gif", "--from", "1", "--to", "2.5", "--scale", "3"};
     const ExportSettings settings = planExport(parseExport(words)).settings;
     EXPECT_EQ(settings.from, 1'000'000);
@@ -216,6 +224,22 @@ TEST(ExportJob, ChoosesFormatAndOutput) {
     EXPECT_EQ(last.frame, 2147483647);
     EXPECT_EQ(last.scale, 64);
     EXPECT_EQ(last.terms.existing, OutputTerms::Existing::replace);
+}
+
+TEST(Interruption, LeavesIgnoredSignalsIgnored) {
+    const auto answer = [](int ignored, int raised) {
+        signal(ignored, SIG_IGN);
+        stopOnSignals();
+        raise(raised);
+        _exit(isInterrupted() ? 1 : 0);
+    };
+    for (const int ignored : {SIGINT, SIGTERM, SIGHUP}) {
+        EXPECT_EXIT(answer(ignored, ignored), ::testing::ExitedWithCode(0), "") << ignored;
+        for (const int other : {SIGINT, SIGTERM, SIGHUP}) {
+            if (other == ignored) continue;
+            EXPECT_EXIT(answer(ignored, other), ::testing::ExitedWithCode(1), "") << ignored << other;
+        }
+    }
 }
 
 TEST(Arguments, RefuseNonsense) {

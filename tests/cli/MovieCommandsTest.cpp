@@ -1,11 +1,14 @@
 #include <gmock/gmock.h>
+#include <signal.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "conversion/ReducedImage.h"
+#include "format/ZEBWriter.h"
 #include "tests/cli/ZebProgram.h"
 #include "tests/format/GoldenMovie.h"
 
@@ -136,6 +139,31 @@ TEST_F(RepairProgram, RepairsIntoANewFileOrInPlace) {
     EXPECT_EQ(contents(m_movie), movie) << "a finished movie stays as it is";
 }
 
+TEST_F(RepairProgram, KeepsAFinishedMovieAndRescuesWhatFollowsDamage) {
+    const auto longAgo = fs::file_time_type::clock::now() - std::chrono::hours(24 * 365);
+    const std::string movie = contents(m_movie);
+    std::string damaged = movie;
+    const std::size_t header = 8 + 2 + 2 + 24 + 4 * 3, sound = 2 * 20000;
+    damaged[header + 4 + 4 + sound + 3] ^= 1;  // the first frame's size
+    for (const std::string& bytes : {movie, damaged}) {
+        const bool isWhole = bytes == movie;
+        store(m_movie, bytes);
+        fs::last_write_time(m_movie, longAgo);
+        const auto inPlace = zeb({"repair", "movie.zeb", "--force"});
+        EXPECT_EQ(inPlace.exitCode, isWhole ? 0 : 1);
+        EXPECT_EQ(inPlace.error, isWhole ? ""
+                                         : "zeb: movie.zeb: second 0 (at byte 48) is damaged; whole seconds "
+                                           "behind it: 2; to keep them, name a new movie with -o\n");
+        EXPECT_EQ(contents(m_movie), bytes);
+        EXPECT_EQ(fs::last_write_time(m_movie), longAgo);
+        const auto copied = zeb({"repair", "movie.zeb", "-o", "mended.zeb", "--force"});
+        EXPECT_EQ(copied.exitCode, 0) << copied.error;
+        EXPECT_EQ(copied.out.find("; second 0 left out\n") != std::string::npos, !isWhole) << copied.out;
+        EXPECT_EQ(rightMovie(m_mended).seconds, isWhole ? 3 : 2);
+        EXPECT_EQ(contents(m_mended) == movie, isWhole);
+    }
+}
+
 TEST_F(RepairProgram, LeavesNothingBehindWhenThereIsNothingToRepair) {
     store(m_folder.file("text.zeb"), "no movie");
     const std::string header = contents(m_torn).substr(0, 200);
@@ -147,6 +175,47 @@ TEST_F(RepairProgram, LeavesNothingBehindWhenThereIsNothingToRepair) {
     EXPECT_EQ(contents(m_folder.file("text.zeb")), "no movie");
     EXPECT_EQ(contents(m_folder.file("header.zeb")), header);
     expectFailure({"repair", "torn.zeb", "-o", "no/folder.zeb"}, 4, "");
+}
+
+/// One picture of 8192 x 8192 pixels, which a few packets fill: more than there is memory for.
+void storeLargePicture(const std::string& path) {
+    constexpr int side = 8192, longestRun = 129;
+    std::vector<std::uint8_t> record = {2, 32, 0, 0x40, 32, 0, 32, 0, 0,   0,   0,   0,   0, 0, 0, 12,
+                                        0, 0,  0, 0,    0,  0, 0,  0, 'R', 'L', 'E', '2', 8, 0, 0, 0};
+    for (int pixels = 0; pixels < side * side; pixels += longestRun)
+        record.insert(record.end(), {0x80, 1, 2});
+    ZEBWriter writer(path, {"", side, side, 1, 32, 1, 1, 0, false});
+    writer.writeSecond({}, std::vector<std::span<const std::uint8_t>>{record});
+    writer.finish();
+}
+
+TEST_F(InfoProgram, SaysThatMemoryRanOut) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(__clang__)
+    GTEST_SKIP() << "a sanitizer needs more memory than the limit leaves";
+#endif
+    storeLargePicture(m_folder.file("a.zeb"));
+    for (const std::string words :
+         {"verify a.zeb", "thumbnail a.zeb a.png", "export a.zeb -o a.png --frame 0"}) {
+        const std::string line = "ulimit -v 400000; exec " ZEB_PROGRAM " " + words;
+        const auto result = ChildProcess({"sh", "-c", line}, m_options).finish();
+        EXPECT_EQ(result.exitCode, 1) << words;
+        EXPECT_EQ(result.error, "zeb: a.zeb: Not enough memory\n") << words;
+    }
+    EXPECT_THAT(m_folder.names(), ElementsAre("a.zeb"));
+    EXPECT_EQ(zeb({"info", "a.zeb"}).exitCode, 0);
+}
+
+/// Interrupts a command between its first movie and a long second one.
+TEST_F(ClipTest, LongCommandsStopInOrderOnAnInterrupt) {
+    makeLongClip(m_folder.file("long.mkv"), "640x480", 30, 20);
+    ASSERT_EQ(zeb({"encode", "a.mov", "long.mkv", "--progress", "none"}).exitCode, 0);
+    ChildProcess verify(zebCommand({"verify", "a.zeb", "long.zeb"}), m_options);
+    EXPECT_THAT(verify.readLine().value_or(""), StartsWith("a.zeb: right"));
+    verify.sendSignal(SIGINT);
+    const auto result = verify.finish();
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_EQ(result.error, "zeb: long.zeb: interrupted\n");
+    EXPECT_EQ(result.out, "");
 }
 
 using ThumbnailProgram = ClipTest;
