@@ -121,7 +121,9 @@ std::function<ExitCode()> declareRepair(CLI::App& parser, Console& console) {
     parser.footer(
         std::string(
             "Makes a finished movie of one that a crash, a full disk or an interrupt cut short: it ends\n"
-            "after its last whole second. A movie that is finished stays as it is.\n\n") +
+            "after its last whole second. A movie that is finished stays as it is.\n"
+            "Where whole seconds follow damaged ones, nothing is cut off in place (exit code 1); with -o\n"
+            "the new movie has every whole second, and damaged ones are left out with their sound.\n\n") +
         exitCodeHelp);
     return [arguments, &console] { return repair(*arguments, console); };
 }

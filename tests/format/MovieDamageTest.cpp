@@ -75,6 +75,7 @@ void clearIndex(Bytes& bytes) {
 std::string walked(const Bytes& bytes, std::int64_t second) {
     MemoryReadableFile file(bytes);
     BlockWalker walker(file, readHeader(file));
+    walker.seekTo(seconds - 1);
     walker.seekTo(second);
     std::string text;
     while (const auto found = walker.next()) {
@@ -181,6 +182,28 @@ TEST(MovieDamage, EverySecondThatCanBeReachedIsFoundAndKept) {
         }
         EXPECT_TRUE(disk.journal.empty());
     }
+}
+
+/// An index of several pieces, the last of them empty, and the smallest blocks that there are.
+TEST(MovieDamage, LongMoviesAreFinishedAndCopiedPieceByPiece) {
+    constexpr int count = 16385, room = 40000;
+    MemoryDisk disk;
+    ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), {"", 16, 8, 1, 32, count, room, 0, false});
+    for (int second = 0; second < count; ++second)
+        writer.writeSecond({}, std::vector<std::span<const std::uint8_t>>(1));
+    MemoryDisk torn, copy;
+    torn.bytes = disk.bytes;
+    torn.bytes.insert(torn.bytes.end(), {0, 0, 0});
+    copyWholeSeconds(torn.bytes, copy);
+    EXPECT_EQ(finish(torn), count);
+    writer.finish();
+    EXPECT_TRUE(torn.bytes == disk.bytes);
+    EXPECT_TRUE(copy.bytes == disk.bytes);
+    EXPECT_TRUE(factsOf(disk.bytes).isFinished);
+    EXPECT_EQ(factsOf(disk.bytes).bytesPerSecond, 12);
+    const MovieFacts empty = factsOf(movieOf({}));
+    EXPECT_TRUE(empty.isFinished);
+    EXPECT_EQ(empty.bytesPerSecond, 0);
 }
 
 /// A file of 4 GiB that is all zeros behind its first bytes. Notes how much is asked for at once.

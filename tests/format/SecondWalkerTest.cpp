@@ -239,6 +239,19 @@ TEST(SecondWalker, GoesOnBehindDamage) {
     }
 }
 
+TEST(SecondWalker, TakesNoMoreFramesThanPlay) {
+    Bytes bytes = movieOf(allSeconds());
+    bytes[golden::totalFrames - 3] = 1;  // the rate
+    SecondWalker walker(std::make_unique<MemoryReadableFile>(bytes));
+    for (std::size_t second = 0; second < seconds; ++second) {
+        const auto found = walker.next();
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->frames.size(), 1U);
+        EXPECT_EQ(found->state, BlockWalker::State::damaged);
+    }
+    EXPECT_FALSE(walker.next());
+}
+
 TEST(MovieFacts, TellFinishedMoviesFromOthers) {
     const Bytes finished = movieOf(allSeconds());
     const MovieFacts facts = factsOf(finished);
