@@ -8,7 +8,7 @@ import subprocess
 import unittest
 import zlib
 
-from desktop import DesktopTest, await_equal, await_value
+from desktop import DesktopTest, PATIENCE, await_equal, await_value
 
 WIDTH, HEIGHT, FRAMES = 360, 200, 40
 PLAYER_CONTROLS = ["ZEB Maker", "Beginning", "One frame back", "Play", "Stop", "One frame forward", "End", "Reload",
@@ -279,9 +279,16 @@ class PlayerTest(DesktopTest):
         x, _, width, _ = application.find("push button", "Schließen", "third").extents
         self.assertLessEqual(x + width, window.extents[0] + 700 - 14)
         # From the whole screen it goes back to what it was.
-        left, top, *_ = window.extents
-        self.desktop.xdotool("mousemove", left + 300, top - 8, "click", 1, "click", 1)
-        await_value(lambda: window.extents[2], lambda width: width > 1300, "maximised")
+        # On a busy machine the window manager may take a double click for two single ones.
+        def maximised_by(patience):
+            left, top, *_ = window.extents
+            self.desktop.xdotool("mousemove", left + 300, top - 8, "click", 1, "click", 1)
+            return await_value(lambda: window.extents[2], lambda width: width > 1300, "maximised", patience)
+
+        try:
+            maximised_by(patience=5)
+        except AssertionError:
+            maximised_by(PATIENCE)
         maximised = window.extents
         self.desktop.keys("f")
         await_equal(lambda: window.extents[2:], (1400, 1000), "full screen")
