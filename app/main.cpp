@@ -113,7 +113,8 @@ int main(int argc, char** argv) {
                                    [&players](const zeb::URL& url, bool hideMaker) {
                                        if (players) players->openPlayer(url, hideMaker);
                                    },
-                                   [&scenes] {
+                                   [&players, &scenes] {
+                                       if (players) players->stopHidingMaker();
                                        // Without the welcome picture, which would cover it.
                                        if (scenes) zeb::bringForward(*scenes->makeConverterWindow());
                                    },

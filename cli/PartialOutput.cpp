@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "cli/Text.h"
 #include "format/MovieDamageError.h"
 #include "format/PartialFile.h"
 #include "platform/ErrorText.h"
@@ -26,11 +25,11 @@ PartialOutcome settlePartialMovie(OutputPlace& output) {
     const bool hadOwn = output.isOwn();
     const bool hadCreated = output.hasCreated();
     const bool hadPrevious = !output.previousPath().empty();
-    const auto wherePrevious = [&output] { return "the movie of before is now " + output.previousPath(); };
+    const auto wherePrevious = [&output] { return localizedText("partial_previous_format", {output.previousPath()}); };
     std::vector<std::string> texts;
     const auto stayUnfinished = [&](const std::string& reason) {
         output.keepBoth();
-        texts.push_back(path + " stays unfinished (" + reason + ")");
+        texts.push_back(localizedText("partial_unfinished_format", {path, reason}));
         if (hadPrevious) texts.push_back(wherePrevious());
         return PartialOutcome{0, joined(texts)};
     };
@@ -38,8 +37,8 @@ PartialOutcome settlePartialMovie(OutputPlace& output) {
         try {
             if (const std::int64_t seconds = finishPartialFile(path); seconds > 0) {
                 output.keepBoth();
-                texts.push_back(path + " was finished after " + countText(seconds, "second", "seconds") +
-                                " and plays as a shorter movie");
+                texts.push_back(seconds == 1 ? localizedText("partial_finished_one_format", {path})
+                                             : localizedText("partial_finished_format", {path, seconds}));
                 if (hadPrevious) texts.push_back(wherePrevious());
                 return {seconds, joined(texts)};
             }
@@ -51,20 +50,19 @@ PartialOutcome settlePartialMovie(OutputPlace& output) {
             // Not even its header was written.
         }
     } else if (hadCreated && files::kindOf(path)) {
-        texts.push_back(path + " is another file by now and is left alone");
+        texts.push_back(localizedText("partial_other_file_format", {path}));
     }
     try {
         output.putBack();
-        if (hadOwn) texts.push_back(path + " had no whole second yet and was removed");
+        if (hadOwn) texts.push_back(localizedText("partial_removed_format", {path}));
         if (!output.previousPath().empty()) {
             texts.push_back(wherePrevious());
         } else if (hadCreated && hadPrevious) {
-            texts.push_back("the movie of before is back in its place");
+            texts.push_back(localizedText("partial_previous_restored"));
         }
     } catch (const FileError& error) {
         if (hadOwn)
-            texts.push_back(path + " has no whole second and could not be removed (" +
-                            localizedText(error.reasonText()) + ")");
+            texts.push_back(localizedText("partial_not_removed_format", {path, error.reasonText()}));
         if (!output.previousPath().empty()) texts.push_back(wherePrevious());
     }
     return {0, joined(texts)};

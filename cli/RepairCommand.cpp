@@ -14,6 +14,7 @@
 #include "format/MovieFacts.h"
 #include "format/PartialFile.h"
 #include "platform/ErrorText.h"
+#include "platform/OutputError.h"
 #include "platform/OutputPlace.h"
 #include "platform/PathName.h"
 #include "platform/StagedOutput.h"
@@ -98,6 +99,11 @@ ExitCode repair(const RepairArguments& arguments, Console& console) {
     } catch (const UnusableInput& error) {
         console.complain(errorText(error));
         return ExitCode::unreadableInput;
+    } catch (const OutputError& error) {
+        const bool isInput = error.errorCase() == OutputError::Case::isInput;
+        console.complain(isInput ? localizedText("error_repair_into_input_format", {*arguments.output})
+                                 : errorText(error));
+        return ExitCode::unwritableOutput;
     } catch (const MovieDamageError& error) {
         console.complain(localizedText("error_repair_loses_seconds_format", {arguments.file, error.text()}));
         return ExitCode::conversionFailed;

@@ -2,6 +2,8 @@
 
 #include <CLI/App.hpp>
 #include <CLI/Validators.hpp>
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,8 +36,8 @@ struct ThumbnailArguments {
 /// The movie's first picture; of those that cannot be decoded at its beginning not many are passed over.
 FrameImage firstPicture(const std::string& path) {
     ZEBReader reader([&path] { return std::make_unique<MovieInput>(path, isInterrupted); });
-    reader.readHeader();
-    for (int i = 0; i < mostFramesTried; ++i) {
+    const std::int64_t frames = std::min<std::int64_t>(reader.readHeader().frameCount, mostFramesTried);
+    for (std::int64_t frame = 0; frame < frames; ++frame) {
         if (auto image = reader.nextFrame(false)) return *std::move(image);
     }
     throw ExportError::withoutFirstPicture();

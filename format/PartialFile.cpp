@@ -114,7 +114,6 @@ void PartialFile::finish(WritableFile& target) {
     target.synchronise();
 
     writeWordAt(target, m_located.places.maxSecondBlockSize, m_facts.largestBlock);
-    target.seekToEnd();
     target.synchronise();
 }
 

@@ -344,7 +344,10 @@ bool ContentViewModel::findsMovie(const URL& url) {
     // The player reports why an existing file cannot be read.
     std::error_code ignored;
     if (std::filesystem::status(path, ignored).type() != std::filesystem::file_type::not_found) return true;
-    vm()->setLastError(localizedText("error_zeb_missing_format", {path}));
+    // The window shows the last of several, the log has all of them.
+    const std::string text = localizedText("error_zeb_missing_format", {path});
+    vm()->setLastError(text);
+    vm()->appendLog(localizedText("log_error_format", {text}));
     m_services.showConverter();
     return false;
 }

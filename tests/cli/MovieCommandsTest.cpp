@@ -131,7 +131,7 @@ TEST_F(RepairProgram, RepairsIntoANewFileOrInPlace) {
     EXPECT_THAT(result.out, EndsWith(" behind the last whole second cut off\n"));
     EXPECT_EQ(rightMovie(m_mended).seconds, 2);
     EXPECT_EQ(zeb({"repair", "torn.zeb", "-o", "mended.zeb"}).exitCode, 4) << "exists already";
-    EXPECT_EQ(zeb({"repair", "torn.zeb", "-o", "torn.zeb", "--force"}).exitCode, 4) << "the input itself";
+    expectFailure({"repair", "torn.zeb", "-o", "torn.zeb", "--force"}, 4, "leave -o away to repair it in place");
     EXPECT_EQ(contents(m_torn), torn);
     EXPECT_EQ(zeb({"repair", "torn.zeb", "--force"}).exitCode, 0);
     EXPECT_EQ(contents(m_torn), contents(m_mended));
@@ -249,6 +249,11 @@ TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
     expectFailure({"thumbnail", "a.zeb", "nowhere/picture/a.png"}, 4, "");
     expectFailure({"thumbnail", "a.zeb", "a.png", "--size", "0"}, 2, "");
     expectFailure({"thumbnail", "a.zeb", "./a.zeb"}, 4, "is the input itself");
+    const auto frames = test::golden::movie();  // that are no pictures
+    store(m_folder.file("frames.zeb"), std::string(frames.begin(), frames.end()));
+    const auto result = zeb({"thumbnail", "frames.zeb", "a.png"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.error, HasSubstr("No picture at the beginning"));
     EXPECT_EQ(contents(m_folder.file("a.png")), "old");
 
     EXPECT_EQ(zeb({"thumbnail", "a.zeb", "a.png", "--size", "48"}).exitCode, 0);

@@ -250,6 +250,11 @@ TEST_F(Export, GoesAsFarAsATornMovieGoes) {
     fs::resize_file(m_movie, blockOffset(2) + 8 + 5);
     EXPECT_EQ(run({.kind = Kind::sound}).bytes, 44U + 2 * soundBytes + 5);
     fs::remove(m_folder.file("out"));
+    fs::resize_file(m_movie, blockOffset(0) + 8 + 5);
+    EXPECT_EQ(run({.kind = Kind::sound}).bytes, 44U + 5) << "sound without a frame";
+    fs::remove(m_folder.file("out"));
+    EXPECT_THROW(run({.kind = Kind::sound, .from = 1}), ExportError);
+    EXPECT_THROW(run({}), ExportError);
     fs::resize_file(m_movie, blockOffset(0));
     EXPECT_THROW(run({}), ExportError);
     fs::resize_file(m_movie, 20);

@@ -320,6 +320,12 @@ TEST(SamplePictures, LeaveOutWhatCannotBeDecodedOrDrawn) {
     EXPECT_THROW(samplePictures(FakeAsset(film), {}, {}), MediaError);
     RecordSamples samples({std::make_shared<FakePicture>(1), std::make_shared<FakePicture>(2, false)});
     EXPECT_EQ(samples.at({64, 64}, {}).size(), 1u);
+    const auto blank = std::make_shared<BusyPicture>(0), busy = std::make_shared<BusyPicture>(9000);
+    RecordSamples repeated({blank, blank, busy, busy, busy});
+    const std::vector<std::uint64_t>& sizes = repeated.at({64, 64}, {});
+    EXPECT_LT(sizes[0], sizes[2]);
+    EXPECT_EQ(sizes, (std::vector<std::uint64_t>{sizes[0], sizes[0], sizes[2], sizes[2], sizes[2]}));
+    EXPECT_EQ(repeated.distinctPictures(), 2);
     RecordSamples undrawable({std::make_shared<FakePicture>(1, false)});
     EXPECT_THROW(undrawable.at({64, 64}, {}), PlatformError);
 }

@@ -24,6 +24,7 @@ protected:
     SizeForecasterTest() {
         FakeFilm film;
         film.duration = 60;
+        film.soundTracks = {fake::soundOf({{20000, 1, std::vector<float>(20000)}})};
         film.grab = [this](double time, const IsCancelled& isCancelled) {
             if (onGrab) onGrab();
             if (isCancelled()) throw MediaError::wasInterrupted();
@@ -91,6 +92,22 @@ TEST_F(SizeForecasterTest, ReadsASourceOnce) {
     ASSERT_EQ(outcomes.size(), 2u);
     EXPECT_LT(outcomes[1].forecast->bytes, outcomes[0].forecast->bytes);
     EXPECT_EQ(picturesRead(), read);
+    // Whether a track has sound is looked up once as well.
+    settings.includeAudio = true;
+    std::vector<std::uint64_t> bytes;
+    for (int round = 0; round < 2; ++round) {
+        for (const int channels : {0, 1, 2}) {
+            settings.audioChannels = channels;
+            update();
+            settle();
+            bytes.push_back(outcomes.back().forecast->bytes);
+        }
+    }
+    EXPECT_EQ(bytes[1] - bytes[0], 60U * 20000);
+    EXPECT_EQ(bytes[2] - bytes[0], 60U * 40000);
+    EXPECT_EQ(bytes[4], bytes[1]);
+    EXPECT_EQ(bytes[5], bytes[2]);
+    EXPECT_THAT(library.record().soundReaders, ElementsAre(0u));
     forecaster->clear();
     update();
     settle();

@@ -123,6 +123,9 @@ TEST(MovieDamage, EverySecondThatCanBeReachedIsFoundAndKept) {
         {"three overwritten, entries astray",
          {garbage(block(2), block(4) + 7), set(entry(3), block(1)), set(entry(4), huge)},
          "WWd--W"},
+        {"three overwritten, entries lead back",
+         {garbage(block(2), block(4) + 7), set(entry(3), block(1)), set(entry(4), block(0))},
+         "WWd--W"},
         {"entry in a frame", {set(entry(3), block(3) + 12)}, "WWWWWW"},
         {"entry in the header", {set(entry(3), 4)}, "WWWWWW"},
         {"entry behind the file", {set(entry(3), end)}, "WWWWWW"},
@@ -226,6 +229,27 @@ private:
     std::uint64_t m_size;
     std::size_t& m_largestRead;
 };
+
+TEST(MovieDamage, BlocksStartAndEndWithinFourGibibytes) {
+    constexpr std::uint64_t most = 0xFFFFFFFF;
+    for (const auto& [length, found] :
+         {std::pair{most - 4 - data, "Wt"},  // behind the largest place comes no block
+          {most - 3 - data, "W"},
+          {most - 4, "W"},
+          {most - 3, "d"}}) {  // larger than its field for the size can tell
+        Bytes start = movieOf({0});
+        set(block(0), length)(start);
+        set(block(0) + 4, length - 4 - 4 * fps)(start);
+        start.resize(block(0) + 8);
+        std::size_t largestRead = 0;
+        Hole file(start, 2 * most, largestRead);
+        BlockWalker walker(file, readHeader(file));
+        std::string states;
+        while (const auto next = walker.next())
+            states += next->isWhole() ? 'W' : next->state == State::torn ? 't' : 'd';
+        EXPECT_EQ(states, found) << length;
+    }
+}
 
 TEST(MovieDamage, PromisesOfGigabytesTakeNoMemory) {
     constexpr std::uint64_t size = std::uint64_t{1} << 32;

@@ -239,6 +239,21 @@ TEST(SecondWalker, GoesOnBehindDamage) {
     }
 }
 
+TEST(SecondWalker, ReadsRecordsThatCanBePictures) {
+    std::vector<golden::Second> parts = allSeconds();
+    parts[1].frames[1].assign(100'000, 0x5A);  // too large for 16 x 8 pixels
+    const Bytes bytes = movieOf(parts);
+    SecondWalker walker(std::make_unique<MemoryReadableFile>(bytes));
+    while (const auto second = walker.next()) {
+        for (std::size_t frame = 0; frame < fps; ++frame) {
+            const auto number = static_cast<std::size_t>(second->number);
+            Bytes record{1};
+            walker.readFrame(second->frames[frame], record);
+            EXPECT_EQ(record, number == 1 && frame == 1 ? Bytes() : parts[number].frames[frame]);
+        }
+    }
+}
+
 TEST(SecondWalker, TakesNoMoreFramesThanPlay) {
     Bytes bytes = movieOf(allSeconds());
     bytes[golden::totalFrames - 3] = 1;  // the rate

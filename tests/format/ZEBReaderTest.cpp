@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "format/TitleText.h"
+#include "format/ZEBFormatError.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 
@@ -75,6 +76,13 @@ TEST(ZEBHeaderTest, BelievesSizesAsFarAsTheFileReaches) {
         MemoryReadableFile file(bytes);
         EXPECT_EQ(failure([&] { readHeader(file); }), "ZEB " + error) << testing::PrintToString(bytes);
     }
+    // Behind the longest title nothing of the header is read; it must be there all the same.
+    Bytes cut = changed(4, {0, 2, 0, 0});
+    cut.resize(8 + 0x20000);
+    MemoryReadableFile cutFile(cut);
+    EXPECT_EQ(readHeader(cutFile).places.data, cut.size());
+    cut.pop_back();
+    EXPECT_EQ(failure([&] { readHeader(cutFile); }), "ZEB 999 Unerwartetes EOF");
     // What does not fill an index entry is none.
     for (const std::uint8_t size : {std::uint8_t{30}, std::uint8_t{33}, std::uint8_t{34}}) {
         const Bytes bytes = changed(7, {size});
@@ -104,6 +112,10 @@ Bytes countingMovie() {
     return bytes;
 }
 
+std::size_t frameAt(std::size_t frame) {
+    return 46 + frame / fps * 27 + 15 + frame % fps * 8;
+}
+
 int shownFrame(ZEBReader& reader, bool loop = false) {
     const std::optional<FrameImage> image = reader.nextFrame(loop);
     return image ? image->pixels[2] : -1;
@@ -128,6 +140,28 @@ TEST(ZEBReader, PlaysSeeksAndLoops) {
     EXPECT_EQ(shownFrame(reader), 0);
     reader.seekToFrame(100);
     EXPECT_EQ(shownFrame(reader), 5);
+}
+
+TEST(ZEBReader, TellsOnceThatFramesCannotBeDecoded) {
+    Bytes movie = countingMovie();
+    for (const std::size_t frame : {4U, 2U, 1U}) {
+        const std::size_t place = frameAt(frame);
+        movie[place - 1] = 3;  // bytes: too few for a pixel
+        movie.erase(movie.begin() + static_cast<std::ptrdiff_t>(place));
+    }
+    ZEBReader reader = readerOf(movie);
+    reader.readHeader();
+    testing::internal::CaptureStdout();
+    for (const int shown : {0, -1, -1, 3, -1, 5})
+        EXPECT_EQ(shownFrame(reader), shown);
+    EXPECT_THAT(testing::internal::GetCapturedStdout(),
+                testing::MatchesRegex("ZEB decode failed: [^\n]+\nZEB decode failed: [^\n]+\n"));
+    // A file that is no movie has no frames.
+    movie[0] = 'z';
+    ZEBReader none = readerOf(movie);
+    EXPECT_THROW(none.readHeader(), ZEBFormatError);
+    EXPECT_NO_THROW(none.seekToFrame(0));
+    EXPECT_EQ(shownFrame(none), -1);
 }
 
 TEST(ZEBReader, FollowsAnIndexToWholeBlocksOnly) {

@@ -79,11 +79,18 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
                 ElementsAre("Track 1 · Stereo · 48.0 kHz · aac ", "Track 2 · 44.1 kHz · 0x00000001"));
     Settings expected{.title = "holiday", .width = 1920, .height = 1080, .fps = 25};
     EXPECT_EQ(model->settings()->value(), expected);
+    EXPECT_EQ(log(), localizedText("log_input_format", {"/films/holiday.mov"}) + '\n' +
+                         localizedText("log_source_format", {1920, 1080, 25}) + '\n' +
+                         localizedText("log_audio_tracks_format", {2}));
+    model->showNotice("a notice");
+    EXPECT_TRUE(log().ends_with("\na notice"));
+    EXPECT_EQ(status(), "a notice");
 
     // Another source: what was proposed follows, what was edited stays, sound that is not there goes.
     model->settings()->setTitle("My film");
     model->settings()->setAudioTrackIndex(1);
     takeFilm("/films/silent.mov");
+    EXPECT_TRUE(log().ends_with(localizedText("log_source_format", {1280, 720, 30}))) << "no tracks, no line";
     EXPECT_EQ(model->outputPath(), "/films/silent.zeb");
     expected = {.title = "My film",
                 .width = 1280,
@@ -247,7 +254,11 @@ TEST_F(ConverterViewModelTest, StartWaitsForTheAnalysis) {
         runs.clear();
         prepare();
         model->setInput(URL::forFile(film));
+        bool couldStart = true;  // as the window was told last
+        QObject::connect(model.get(), &ConverterViewModel::canStartChanged,
+                         [&] { couldStart = model->canStart(); });
         model->start();
+        EXPECT_FALSE(couldStart);
         EXPECT_TRUE(model->isWaiting());
         EXPECT_FALSE(model->canStart());
         EXPECT_FALSE(model->isRunning());
@@ -265,6 +276,7 @@ TEST_F(ConverterViewModelTest, StartWaitsForTheAnalysis) {
         EXPECT_EQ(model->lastError().has_value(), !error.empty());
         EXPECT_EQ(status(), localizedText(statusKey));
         EXPECT_TRUE(model->canStart());
+        EXPECT_TRUE(couldStart);
     }
 }
 
