@@ -155,6 +155,7 @@ OutputTerms Encoding::termsOf(const EncodeArguments& arguments) {
 void Encoding::checkFiles() const {
     if (isInterrupted()) throw ZEBConverterError::cancelled();
     // What is not there says more than where it would go.
+    if (isRemoteAddress(m_job.input)) throw MediaError(MediaError::cannotOpen, {"error_not_local"});
     if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, systemErrorText(ENOENT));
     m_output.check(m_job.input);
 }

@@ -10,6 +10,7 @@
 #include "conversion/NumberedName.h"
 #include "format/ZEBConverterError.h"
 #include "platform/LocalizedText.h"
+#include "platform/Media.h"
 #include "platform/OutputPlace.h"
 
 namespace zeb::cli {
@@ -39,6 +40,7 @@ ExitCode Exporting::run() {
 
 void Exporting::exportMovie() {
     if (isInterrupted()) throw ZEBConverterError::cancelled();
+    if (isRemoteAddress(m_job.input)) throw MediaError(MediaError::cannotOpen, {"error_not_local"});
     checkOutput();
     const auto start = Clock::now();
     SpeedMeter meter(start);

@@ -5,6 +5,7 @@
 #include "format/ZEBFormatError.h"
 #include "platform/ErrorText.h"
 #include "platform/FileHandle.h"
+#include "platform/FileManager.h"
 #include "platform/LocalizedText.h"
 #include "platform/Media.h"
 #include "platform/OutputError.h"
@@ -77,8 +78,12 @@ std::string naming(const std::string& file, const std::string& text) {
 
 }  // namespace
 
+bool isRemoteAddress(const std::string& path) {
+    return path.find("://") != std::string::npos && !files::kindOf(path);
+}
+
 std::string textNaming(const std::string& file, const std::exception& error) {
-    return naming(file, errorText(error));
+    return naming(file, isRemoteAddress(file) ? localizedText("error_not_local") : errorText(error));
 }
 
 Failure describeCurrentFailure() {
@@ -91,7 +96,7 @@ Failure describeCurrentFailure() {
 
 Failure describeFailureOf(const std::string& file) {
     Failure failure = describeCurrentFailure();
-    failure.text = naming(file, failure.text);
+    failure.text = naming(file, isRemoteAddress(file) ? localizedText("error_not_local") : failure.text);
     return failure;
 }
 

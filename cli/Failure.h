@@ -14,6 +14,10 @@ struct Failure {
     ExitCode exitCode;
 };
 
+/// Whether `path` is the address of something that is no file of this computer ("http://..."), and no file
+/// has it as its name.
+bool isRemoteAddress(const std::string& path);
+
 /// Returns what a person reads about an error of `file`: the text names it, whether the error does or not.
 std::string textNaming(const std::string& file, const std::exception& error);
 

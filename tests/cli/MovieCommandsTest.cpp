@@ -72,6 +72,20 @@ TEST_F(InfoProgram, FollowsTheLanguageOfTheEnvironment) {
     }
 }
 
+TEST_F(InfoProgram, RefusesWhatIsNotOnThisComputer) {
+    const std::string address = "http://host/a.mov";
+    const std::vector<std::string> cases[] = {{"encode", address},
+                                              {"encode", address, "--estimate"},
+                                              {"export", address, "-o", "a.wav"},
+                                              {"info", address},
+                                              {"verify", address},
+                                              {"repair", address, "--force"},
+                                              {"thumbnail", address, "a.png"},
+                                              {"play", address}};
+    for (const auto& arguments : cases)
+        expectFailure(arguments, 3, address + ": Only files on this computer can be opened\n");
+}
+
 TEST_F(InfoProgram, SpeaksJson) {
     store(m_folder.file("torn.zeb"), golden::unfinishedMovie());
     EXPECT_EQ(nlohmann::json::parse(zeb({"info", "--json", "torn.zeb"}).out), nlohmann::json::parse(R"({
@@ -131,7 +145,8 @@ TEST_F(RepairProgram, RepairsIntoANewFileOrInPlace) {
     EXPECT_THAT(result.out, EndsWith(" behind the last whole second cut off\n"));
     EXPECT_EQ(rightMovie(m_mended).seconds, 2);
     EXPECT_EQ(zeb({"repair", "torn.zeb", "-o", "mended.zeb"}).exitCode, 4) << "exists already";
-    expectFailure({"repair", "torn.zeb", "-o", "torn.zeb", "--force"}, 4, "leave -o away to repair it in place");
+    expectFailure({"repair", "torn.zeb", "-o", "torn.zeb", "--force"}, 4,
+                  "leave -o away to repair it in place");
     EXPECT_EQ(contents(m_torn), torn);
     EXPECT_EQ(zeb({"repair", "torn.zeb", "--force"}).exitCode, 0);
     EXPECT_EQ(contents(m_torn), contents(m_mended));
