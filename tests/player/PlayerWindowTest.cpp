@@ -24,6 +24,7 @@
 #include "platform/fake/FakeMedia.h"
 #include "platform/fake/FakeUserDefaults.h"
 #include "platform/qt/QtMainActor.h"
+#include "player/window/FrameItem.h"
 #include "player/window/PlayerSheetModel.h"
 #include "player/window/ZEBPlayerWindowManager.h"
 #include "tests/platform/TemporaryFolder.h"
@@ -210,6 +211,157 @@ TEST_F(PlayerWindowTest, TimeAndCounterTellWhereTheSliderIs) {
     }
     sheet.setScrubbing(false);
     EXPECT_EQ(sheet.model()->displayedFrameIndex(), 39);
+}
+
+TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
+    std::vector<std::string> called;
+    const auto note = [&called](const char* what) { return [&called, what] { called.emplace_back(what); }; };
+    const PlayerCommands commands{note("choose"),
+                                  note("play"),
+                                  note("settings"),
+                                  note("help"),
+                                  [](const URL& url) { return url.text().ends_with(".zeb"); },
+                                  [&called](const URL& url) { called.push_back(url.text()); }};
+    PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
+                           notifications, {note("close"), note("maker"), commands});
+    EXPECT_TRUE(sheet.handleKey(Qt::Key_R, Qt::NoModifier)) << "opens it";
+    const struct {
+        int key, modifiers, frame;
+    } keys[] = {{Qt::Key_Left, 0, 0},
+                {Qt::Key_Right, 0, 1},
+                {Qt::Key_Period, Qt::KeypadModifier, 2},
+                {Qt::Key_Left, Qt::ShiftModifier, 1},
+                {Qt::Key_End, 0, 39},
+                {Qt::Key_Right, 0, 39},
+                {Qt::Key_Comma, 0, 38},
+                {Qt::Key_Home, 0, 0},
+                {Qt::Key_End, 0, 39},
+                {Qt::Key_R, 0, 0}};
+    for (const auto& [key, modifiers, frame] : keys) {
+        EXPECT_FALSE(sheet.handleKey(key, modifiers | Qt::ControlModifier));
+        EXPECT_TRUE(sheet.handleKey(key, modifiers));
+        EXPECT_EQ(sheet.model()->displayedFrameIndex(), frame) << key;
+    }
+    EXPECT_FALSE(sheet.handleKey(Qt::Key_A, 0));
+    EXPECT_FALSE(sheet.handleKey(Qt::Key_Space, Qt::ShiftModifier));
+    EXPECT_TRUE(sheet.handleKey(Qt::Key_Space, 0));
+    EXPECT_TRUE(sheet.model()->isPlaying());
+    sheet.stop();
+    EXPECT_FALSE(sheet.model()->isPlaying());
+
+    sheet.close();
+    sheet.openMaker();
+    sheet.chooseVideo();
+    sheet.playMovie();
+    sheet.showSettings();
+    sheet.showHelp();
+    const QList<QUrl> dropped{QUrl("file:///a.zeb"), QUrl("file:///a.mov"), QUrl("file:///b.zeb")};
+    EXPECT_TRUE(sheet.takesURLs(dropped));
+    EXPECT_FALSE(sheet.takesURLs({dropped[1]}));
+    sheet.takeDroppedURLs(dropped);
+    EXPECT_THAT(called, testing::ElementsAre("close", "maker", "choose", "play", "settings", "help",
+                                             "file:///a.zeb", "file:///b.zeb"));
+    EXPECT_EQ(oneLine("a\nb\u2029c"), "a b c");
+
+    QWindow window;
+    window.setWindowStates(Qt::WindowMaximized);
+    sheet.toggleFullScreen(&window);
+    EXPECT_EQ(window.windowStates(), Qt::WindowMaximized | Qt::WindowFullScreen);
+    sheet.toggleFullScreen(&window);
+    EXPECT_EQ(window.windowStates(), Qt::WindowMaximized);
+}
+
+TEST_F(PlayerWindowTest, LoopAndColoursAreKeptForAllWindows) {
+    PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
+                           notifications, {});
+    std::vector<int> readings;
+    std::vector<bool> loops;
+    QObject::connect(&sheet, &PlayerSheetModel::storedMode32Changed,
+                     [&] { readings.push_back(sheet.storedMode32()); });
+    QObject::connect(&sheet, &PlayerSheetModel::storedLoopChanged,
+                     [&] { loops.push_back(sheet.storedLoop()); });
+    EXPECT_TRUE(sheet.storedLoop()) << "unless something else was chosen";
+    const int usual = sheet.storedMode32(), last = static_cast<int>(sheet.mode32Labels().size()) - 1;
+    for (const int wrong : {-1, last + 1})
+        sheet.setStoredMode32(wrong);
+    EXPECT_TRUE(readings.empty());
+    for (const int reading : {0, last}) {
+        sheet.setStoredMode32(reading);
+        EXPECT_EQ(sheet.storedMode32(), reading);
+        EXPECT_EQ(readings.back(), reading);
+    }
+    EXPECT_TRUE(sheet.handleKey(Qt::Key_L, 0));
+    EXPECT_FALSE(loops.back() || sheet.storedLoop());
+    EXPECT_TRUE(sheet.handleKey(Qt::Key_L, 0));
+    EXPECT_TRUE(loops.back() && sheet.storedLoop());
+    defaults.set(PlayerSheetModel::mode32Key, std::string("nonsense"));
+    EXPECT_EQ(sheet.storedMode32(), usual);
+}
+
+TEST_F(PlayerWindowTest, TheFrameIsAsLargeAsItFits) {
+    const struct {
+        QSizeF frame, area;
+        double ratio;
+        QRectF place;
+    } cases[] = {
+        {{100, 50}, {100, 50}, 1, {0, 0, 100, 50}},
+        {{100, 50}, {250, 250}, 1, {0, 62, 250, 125}},
+        {{100, 50}, {201, 101}, 1, {0, 0, 200, 100}},      // twice, within a pixel
+        {{100, 50}, {199.5, 120}, 1, {-1, 10, 200, 100}},  // and a little more than there is
+        {{100, 50}, {202, 101}, 1, {0, 0, 202, 101}},      // not within a pixel
+        {{100, 50}, {60, 90}, 1, {0, 30, 60, 30}},
+        {{100, 50}, {150.4, 90}, 2, {0, 7.5, 150, 75}},  // three device pixels each
+    };
+    for (const auto& [frame, area, ratio, place] : cases)
+        EXPECT_EQ(FrameItem::placeOf(frame, area, ratio), place)
+            << testing::PrintToString(area.width()) << " " << testing::PrintToString(frame.width());
+}
+
+TEST_F(PlayerWindowTest, TheFrameIsDrawnPixelByPixel) {
+    PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
+                           notifications, {});
+    QQuickWindow window;
+    window.setColor(Qt::white);
+    window.resize(768, 420);
+    auto* frame = new FrameItem(window.contentItem());
+    frame->setSize(window.size());
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    const auto isDrawn = [&] {
+        const ZEBPlayerModel::Image& image = sheet.model()->image();
+        const QImage grabbed = window.grabWindow();
+        if (!image) return grabbed.pixel(400, 200) != qRgb(255, 255, 255);
+        const QRectF area =
+            FrameItem::placeOf(QSizeF(image->width, image->height), frame->size(), window.devicePixelRatio());
+        const double scale = area.width() / image->width;
+        for (int y = 0; y < image->height; ++y) {
+            for (int x = 0; x < image->width; ++x) {
+                const std::uint8_t* pixel =
+                    &image->pixels[static_cast<std::size_t>(y * image->width + x) * 4];
+                const QPointF middle = area.topLeft() + QPointF(x + 0.5, y + 0.5) * scale;
+                const QPoint place(static_cast<int>(middle.x()), static_cast<int>(middle.y()));
+                if (grabbed.pixel(place) != qRgb(pixel[2], pixel[1], pixel[0])) return false;
+            }
+        }
+        return true;
+    };
+    int changes = 0;
+    QObject::connect(frame, &FrameItem::playerChanged, [&] { ++changes; });
+    EXPECT_FALSE(isDrawn());
+    frame->setPlayer(sheet.model());
+    frame->setPlayer(sheet.model());
+    EXPECT_EQ(changes, 1);
+    sheet.appear();
+    EXPECT_TRUE(isDrawn());
+    frame->setSize({384, 300});
+    EXPECT_TRUE(isDrawn());
+    // Another player's pictures, or none's, take their place.
+    PlayerSheetModel other(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
+                           notifications, {});
+    frame->setPlayer(other.model());
+    EXPECT_EQ(window.grabWindow().pixel(190, 150), qRgb(255, 255, 255));
+    frame->setPlayer(nullptr);
+    EXPECT_EQ(changes, 3);
 }
 
 }  // namespace
