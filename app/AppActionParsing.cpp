@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "ui/MovieName.h"
+#include "ui/model/MovieName.h"
 
 namespace zeb {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "ui/AppAction.h"
+#include "ui/model/AppAction.h"
 
 namespace zeb {
 

@@ -8,7 +8,7 @@
 
 #include "app/AppActionParsing.h"
 #include "app/OpenedURLs.h"
-#include "ui/MovieName.h"
+#include "ui/model/MovieName.h"
 
 namespace zeb {
 

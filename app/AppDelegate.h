@@ -5,9 +5,9 @@
 
 #include "app/LaunchArguments.h"
 #include "app/scenes/Scenes.h"
-#include "platform/MainActor.h"
+#include "platform/tasks/MainActor.h"
 #include "player/window/ZEBPlayerWindowManager.h"
-#include "ui/AppActionRouter.h"
+#include "ui/model/AppActionRouter.h"
 
 namespace zeb {
 

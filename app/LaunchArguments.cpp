@@ -5,7 +5,7 @@
 #include <QFileInfo>
 #include <utility>
 
-#include "platform/URL.h"
+#include "platform/text/URL.h"
 
 namespace zeb {
 namespace {

@@ -1,6 +1,6 @@
 #include "app/OpenedURLs.h"
 
-#include "ui/MovieName.h"
+#include "ui/model/MovieName.h"
 
 namespace zeb {
 

@@ -3,9 +3,9 @@
 #include <functional>
 #include <vector>
 
-#include "platform/MainActor.h"
-#include "platform/URL.h"
-#include "ui/AppActionRouter.h"
+#include "platform/tasks/MainActor.h"
+#include "platform/text/URL.h"
+#include "ui/model/AppActionRouter.h"
 
 namespace zeb {
 

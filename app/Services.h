@@ -2,22 +2,21 @@
 
 #include <memory>
 
-#include "conversion/ConversionRun.h"
 #include "conversion/model/ConverterServices.h"
-#include "platform/NotificationCenter.h"
-#include "platform/SecurityScope.h"
-#include "platform/SystemClock.h"
-#include "platform/ThreadTasks.h"
-#include "platform/ToneBeep.h"
-#include "platform/ffmpeg/FFmpegMediaLibrary.h"
-#include "platform/posix/PropertyListDefaults.h"
-#include "platform/qt/QtDockTile.h"
-#include "platform/qt/QtFilePanels.h"
-#include "platform/qt/QtMainActor.h"
-#include "platform/qt/QtPasteboard.h"
-#include "platform/sdl/SDLAudioOutput.h"
+#include "conversion/run/ConversionRun.h"
+#include "media/reading/FFmpegMediaLibrary.h"
+#include "platform/desktop/QtDockTile.h"
+#include "platform/desktop/QtFilePanels.h"
+#include "platform/desktop/QtMainActor.h"
+#include "platform/desktop/QtPasteboard.h"
+#include "platform/files/SecurityScope.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/settings/posix/PropertyListDefaults.h"
+#include "platform/sound/sdl/SDLAudioOutput.h"
+#include "platform/tasks/SystemClock.h"
+#include "platform/tasks/ThreadTasks.h"
 #include "player/ZEBPlayerModel.h"
-#include "ui/AppSoundPlayer.h"
+#include "ui/feedback/AppSoundPlayer.h"
 
 namespace zeb {
 
@@ -31,8 +30,7 @@ struct Services {
     std::unique_ptr<MediaLibrary> media = makeFFmpegMediaLibrary(MediaLogging::silent);
     ConversionRun conversion{*media};
     SDLAudioOutput audioOutput;
-    ToneBeep beep{audioOutput};
-    AppSoundPlayer sounds{{defaults, *media, audioOutput, beep, mainActor}};
+    AppSoundPlayer sounds{{defaults, *media, audioOutput, mainActor}};
     QtPasteboard pasteboard;
     OpenSecurityScope scope;
     QtDockTile dockTile;

@@ -1,6 +1,6 @@
 #include "app/SharedInbox.h"
 
-#include "platform/OpenFolder.h"
+#include "platform/files/OpenFolder.h"
 
 namespace zeb {
 

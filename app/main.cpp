@@ -16,15 +16,15 @@
 #include "app/LaunchArguments.h"
 #include "app/Services.h"
 #include "app/SharedInbox.h"
-#include "platform/ApplicationGroupContainer.h"
-#include "platform/TextLocale.h"
-#include "platform/qt/QtTextLocale.h"
-#include "platform/qt/Renderer.h"
-#include "platform/qt/SingleInstance.h"
-#include "platform/qt/style/ThemeColours.h"
+#include "platform/desktop/QtTextLocale.h"
+#include "platform/desktop/Renderer.h"
+#include "platform/desktop/SingleInstance.h"
+#include "platform/desktop/style/ThemeColours.h"
+#include "platform/files/ApplicationGroupContainer.h"
+#include "platform/text/TextLocale.h"
 #include "player/window/BringForward.h"
-#include "ui/DockProgressController.h"
-#include "ui/MovieName.h"
+#include "ui/feedback/DockProgressController.h"
+#include "ui/model/MovieName.h"
 
 Q_IMPORT_QML_PLUGIN(ZEBStylePlugin)
 Q_IMPORT_QML_PLUGIN(ZEBPlayerPlugin)

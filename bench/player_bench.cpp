@@ -21,15 +21,15 @@
 
 #include "codec/SpriteEncoder.h"
 #include "format/ZEBWriter.h"
-#include "platform/NotificationCenter.h"
-#include "platform/SystemClock.h"
-#include "platform/ThreadTasks.h"
-#include "platform/fake/FakeUserDefaults.h"
-#include "platform/qt/QtMainActor.h"
+#include "platform/desktop/QtMainActor.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/tasks/SystemClock.h"
+#include "platform/tasks/ThreadTasks.h"
 #include "player/PlaybackPeriod.h"
 #include "player/window/PlayerSheetModel.h"
 #include "player/window/ZEBPlayerWindowManager.h"
 #include "tests/codec/SyntheticPictures.h"
+#include "tests/doubles/FakeUserDefaults.h"
 
 Q_IMPORT_QML_PLUGIN(ZEBStylePlugin)
 Q_IMPORT_QML_PLUGIN(ZEBPlayerPlugin)

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "cli/Text.h"
-#include "platform/LocalizedText.h"
-#include "platform/SystemErrorText.h"
+#include "platform/text/LocalizedText.h"
+#include "platform/text/SystemErrorText.h"
 
 namespace zeb::cli {
 namespace {

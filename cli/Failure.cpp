@@ -1,14 +1,14 @@
 #include "cli/Failure.h"
 
-#include "conversion/ExportError.h"
+#include "conversion/export/ExportError.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
-#include "platform/ErrorText.h"
-#include "platform/FileHandle.h"
-#include "platform/FileManager.h"
-#include "platform/LocalizedText.h"
-#include "platform/Media.h"
-#include "platform/OutputError.h"
+#include "media/Media.h"
+#include "platform/files/FileHandle.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/OutputError.h"
+#include "platform/text/ErrorText.h"
+#include "platform/text/LocalizedText.h"
 
 namespace zeb::cli {
 namespace {

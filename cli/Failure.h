@@ -3,8 +3,8 @@
 #include <string>
 
 #include "cli/ExitCode.h"
-#include "platform/LocalizableError.h"
-#include "platform/LocalizedText.h"
+#include "platform/base/LocalizableError.h"
+#include "platform/text/LocalizedText.h"
 
 namespace zeb::cli {
 

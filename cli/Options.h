@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "cli/OptionNotes.h"
-#include "cli/ProgressStyle.h"
 #include "cli/Text.h"
+#include "cli/progress/ProgressStyle.h"
 
 /// How commands declare their options. Only for .cpp files: it brings the parser along.
 namespace zeb::cli {

@@ -8,7 +8,7 @@
 
 #include "cli/Parser.h"
 #include "cli/UsageError.h"
-#include "platform/ErrorText.h"
+#include "platform/text/ErrorText.h"
 
 namespace zeb::cli {
 namespace {

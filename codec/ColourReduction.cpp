@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "platform/ProcessorVersions.h"
+#include "platform/base/ProcessorVersions.h"
 
 namespace zeb {
 

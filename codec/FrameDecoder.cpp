@@ -9,7 +9,7 @@
 
 #include "codec/RLE2.h"
 #include "codec/SpriteLayout.h"
-#include "platform/ProcessorVersions.h"
+#include "platform/base/ProcessorVersions.h"
 
 namespace zeb {
 namespace {

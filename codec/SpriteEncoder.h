@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "codec/ColourReduction.h"
-#include "platform/Picture.h"
+#include "platform/base/Picture.h"
 
 namespace zeb {
 

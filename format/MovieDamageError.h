@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/LocalizableError.h"
+#include "platform/base/LocalizableError.h"
 
 namespace zeb {
 

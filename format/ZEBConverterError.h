@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/LocalizableError.h"
+#include "platform/base/LocalizableError.h"
 
 namespace zeb {
 

@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "format/BigEndian.h"
-#include "format/BlockWalker.h"
-#include "format/FrameRecord.h"
 #include "format/Layout.h"
 #include "format/ZEBFormatError.h"
 #include "format/ZEBReaderError.h"
+#include "format/walk/BlockWalker.h"
+#include "format/walk/FrameRecord.h"
 
 namespace zeb {
 namespace {

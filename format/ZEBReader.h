@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "codec/FrameDecoder.h"
-#include "format/FileCursor.h"
 #include "format/ZEBHeader.h"
-#include "platform/FileHandle.h"
+#include "format/walk/FileCursor.h"
+#include "platform/files/FileHandle.h"
 
 namespace zeb {
 
@@ -50,8 +50,8 @@ public:
     std::optional<FrameImage> nextFrame(bool loop);
 
     /// Makes frame `k` the next one; below 0 it is the first, beyond the end the last. Through the index
-    /// where it leads to a whole block (format/BlockWalker.h), else by the lengths of the blocks before. Does
-    /// nothing before the header has been read.
+    /// where it leads to a whole block (format/walk/BlockWalker.h), else by the lengths of the blocks before.
+    /// Does nothing before the header has been read.
     void seekToFrame(std::int64_t k);
 
     /// The sound of all blocks. A movie that ends within a block's frames gives the sound up to there.

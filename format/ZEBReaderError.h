@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/PlatformError.h"
+#include "platform/base/PlatformError.h"
 
 namespace zeb {
 

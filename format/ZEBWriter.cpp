@@ -11,7 +11,7 @@
 #include "format/TitleText.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBWriterError.h"
-#include "platform/FileManager.h"
+#include "platform/files/FileManager.h"
 
 namespace zeb {
 namespace {

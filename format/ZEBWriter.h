@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/FileHandle.h"
+#include "platform/files/FileHandle.h"
 
 namespace zeb {
 

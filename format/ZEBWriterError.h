@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/LocalizableError.h"
+#include "platform/base/LocalizableError.h"
 
 namespace zeb {
 

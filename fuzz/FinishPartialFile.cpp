@@ -1,11 +1,11 @@
 // A file of any bytes made a finished movie, or copied into one: it then holds every whole second.
 
-#include "format/BlockWalker.h"
 #include "format/MovieDamageError.h"
-#include "format/MovieFacts.h"
-#include "format/PartialFile.h"
 #include "format/ZEBFormatError.h"
 #include "format/ZEBReader.h"
+#include "format/check/MovieFacts.h"
+#include "format/check/PartialFile.h"
+#include "format/walk/BlockWalker.h"
 #include "fuzz/FuzzInput.h"
 #include "tests/format/MemoryFile.h"
 

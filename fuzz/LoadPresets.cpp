@@ -4,12 +4,12 @@
 #include <set>
 
 #include "fuzz/FuzzInput.h"
-#include "platform/PropertyList.h"
-#include "platform/fake/FakeUserDefaults.h"
-#include "ui/PresetEditor.h"
-#include "ui/PresetLoader.h"
-#include "ui/PresetMenu.h"
-#include "ui/UserPresetJSON.h"
+#include "platform/settings/PropertyList.h"
+#include "tests/doubles/FakeUserDefaults.h"
+#include "ui/presets/PresetEditor.h"
+#include "ui/presets/PresetLoader.h"
+#include "ui/presets/PresetMenu.h"
+#include "ui/presets/UserPresetJSON.h"
 
 using namespace zeb;
 

@@ -2,8 +2,8 @@
 // again.
 
 #include "fuzz/FuzzInput.h"
-#include "platform/PropertyList.h"
-#include "platform/PropertyListTree.h"
+#include "platform/settings/PropertyList.h"
+#include "platform/settings/PropertyListTree.h"
 
 using namespace zeb;
 

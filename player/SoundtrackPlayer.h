@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "format/ZEBReader.h"
-#include "platform/AudioOutput.h"
-#include "platform/Clock.h"
+#include "platform/sound/AudioOutput.h"
+#include "platform/tasks/Clock.h"
 #include "player/SoundtrackSource.h"
 
 namespace zeb {

@@ -7,8 +7,8 @@
 #include <optional>
 
 #include "format/ZEBReader.h"
-#include "platform/AudioSource.h"
-#include "platform/Clock.h"
+#include "platform/sound/AudioSource.h"
+#include "platform/tasks/Clock.h"
 
 namespace zeb {
 

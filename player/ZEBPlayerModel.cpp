@@ -10,9 +10,9 @@
 #include <mutex>
 #include <utility>
 
-#include "platform/ErrorText.h"
-#include "platform/FileHandle.h"
-#include "platform/LocalizedText.h"
+#include "platform/files/FileHandle.h"
+#include "platform/text/ErrorText.h"
+#include "platform/text/LocalizedText.h"
 #include "player/PlaybackPeriod.h"
 
 namespace zeb {

@@ -10,9 +10,9 @@
 
 #include "codec/FrameDecoder.h"
 #include "codec/Mode32Interpretation.h"
-#include "platform/Clock.h"
-#include "platform/MainActor.h"
-#include "platform/Tasks.h"
+#include "platform/tasks/Clock.h"
+#include "platform/tasks/MainActor.h"
+#include "platform/tasks/Tasks.h"
 #include "player/MovieReader.h"
 #include "player/SoundtrackPlayer.h"
 

@@ -5,7 +5,8 @@
 
 Reads the #include lines of every C++ file below ROOT (default: this repository) and prints one line per fault:
 
-- a room that includes another one which its row in ROOMS does not name;
+- a room or sub-room that includes another one which its row in ROOMS does not name;
+- a C++ file in a folder of the rooms that no row covers;
 - a header from outside at a place that FOREIGN does not list, directly or through a header of ours;
 - a header that neither the standard library, the repository nor FOREIGN knows, so that a new library is a decision;
 - an include between rooms' files that is not written as a path from the root.
@@ -18,33 +19,48 @@ import pathlib
 import re
 import sys
 
-# Each room and those that it may include besides itself. The other folders (tests, benchmarks) may include all.
+ENGINE = ("conversion", "media", "format", "codec", "platform/base", "platform/files", "platform/text", "platform/tasks")
+
+# Each room or sub-room and those that it may include besides itself; "platform" stands for all of its sub-rooms. A file
+# belongs to the longest row that its path begins with. The other folders (tests, benchmarks) may include all.
 ROOMS = {
-    "platform": (),
-    "codec": ("platform",),
-    "format": ("codec", "platform"),
-    "conversion": ("format", "codec", "platform"),
-    "player": ("format", "codec", "platform"),
-    "ui": ("conversion", "player", "platform"),
-    "cli": ("conversion", "format", "codec", "platform"),
-    "app": ("platform", "codec", "format", "conversion", "player", "ui"),
+    "platform/base": (),
+    "platform/files": ("platform/base", "platform/text"),
+    "platform/text": ("platform/base",),
+    "platform/tasks": ("platform/base",),
+    "platform/sound": ("platform/base",),
+    "platform/settings": ("platform/base", "platform/files", "platform/text", "platform/tasks"),
+    "platform/desktop": ("platform",),
+    "media": ("platform/base", "platform/files", "platform/text", "platform/tasks"),
+    "codec": ("platform/base",),
+    "format": ("codec", "platform/base", "platform/files"),
+    "conversion": ENGINE[1:],
+    "conversion/model": (*ENGINE, "platform"),
+    "player": ("format", "codec", "platform/base", "platform/files", "platform/text", "platform/tasks", "platform/sound",
+               "platform/settings"),
+    "player/window": ("player", "format", "codec", "platform"),
+    "ui": ("conversion", "conversion/model", "player", "media", "platform"),
+    "cli": ENGINE,
+    "app": ("platform", "media", "codec", "format", "conversion", "conversion/model", "player", "player/window", "ui"),
 }
+TOPS = sorted({room.split("/")[0] for room in ROOMS})
 OTHERS = ("tests", "fuzz", "bench")
+MEDIA = ("media/ffmpeg/", "media/reading/", "media/drawing/", "media/writing/")
 
 # Headers from outside: name, pattern, the places that may use them, and whether the ban goes through headers of ours
 # (a header that shows a library's types is as good as the library itself).
 FOREIGN = (
-    ("FFmpeg", r"lib(av|sw)\w+/", ("platform/ffmpeg/", *OTHERS), True),
-    ("zimg", r"zimg", ("platform/ffmpeg/", *OTHERS), True),
-    ("libplist", r"plist/", ("platform/", *OTHERS), True),
-    ("SDL", r"SDL", ("platform/", *OTHERS), True),
-    ("Qt", r"Q[A-Z]|Qt[A-Z]\w*/", ("platform/qt/", "conversion/model/", "player/", "ui/", "app/", *OTHERS), True),
+    ("FFmpeg", r"lib(av|sw)\w+/", (*MEDIA, *OTHERS), True),
+    ("zimg", r"zimg", (*MEDIA, *OTHERS), True),
+    ("libplist", r"plist/", ("platform/settings/", *OTHERS), True),
+    ("SDL", r"SDL", ("platform/sound/sdl/", *OTHERS), True),
+    ("Qt", r"Q[A-Z]|Qt[A-Z]\w*/", ("platform/desktop/", "conversion/model/", "player/", "ui/", "app/", *OTHERS), True),
     ("CLI11", r"CLI/", ("cli/", *OTHERS), True),
     ("nlohmann_json", r"nlohmann/", ("cli/", "ui/", *OTHERS), True),
     ("GoogleTest", r"g(test|mock)/", OTHERS, True),
     ("Google Benchmark", r"benchmark/", OTHERS, True),
     ("the operating system", r"(sys/\w+|unistd|fcntl|spawn|signal|dirent|dlfcn|poll|stdlib|termios|pthread|sched)\.h$",
-     ("platform/", "cli/", "app/", *OTHERS), False),
+     ("platform/", "media/", "cli/", "app/", *OTHERS), False),
     ("the processor", r"\w*intrin\.h$|arm_neon\.h$", ("platform/", "codec/", *OTHERS), False),
 )
 
@@ -73,13 +89,23 @@ def isAt(path, places):
     return any(path.startswith(place.rstrip("/") + "/") for place in places)
 
 
+def roomOf(path):
+    """The row of ROOMS that `path` belongs to; None when there is none."""
+    return max((room for room in ROOMS if isAt(path, (room,))), key=len, default=None)
+
+
+def mayInclude(room, other):
+    """Whether a row allows another one: by its name, or by that of the room around it."""
+    return other == room or any(other == named or named == "platform" and isAt(other, (named,)) for named in ROOMS[room])
+
+
 class Tree:
     """The C++ files below a folder, by path from there, each with its includes as (line, name, isQuoted)."""
 
     def __init__(self, root):
         self.root = pathlib.Path(root).resolve()
         self.includes = {}
-        for top in (*ROOMS, *OTHERS):
+        for top in (*TOPS, *OTHERS):
             for file in sorted((self.root / top).rglob("*")):
                 if file.suffix in SUFFIXES and file.is_file():
                     text = blankComments(file.read_text(encoding="utf-8", errors="replace"))
@@ -111,15 +137,17 @@ class Tree:
 
     def faults(self):
         for path, lines in self.includes.items():
+            if not isAt(path, OTHERS) and not roomOf(path):
+                yield f"{path}:1: no row of ROOMS covers its folder"
             for line, name, isQuoted in lines:
                 for text in self.faultsOf(path, name, isQuoted):
                     yield f"{path}:{line}: {text}"
 
     def faultsOf(self, path, name, isQuoted):
-        room = path.split("/")[0]
+        room = roomOf(path)
         if name in self.includes:
-            other = name.split("/")[0]
-            if room in ROOMS and other != room and other not in ROOMS[room]:
+            other = roomOf(name) or name.split("/")[0]
+            if room and not mayInclude(room, other):
                 yield f"{room}/ may not include {name}"
             for library, _, places, _ in sorted(self.foreignBehind(name)):
                 if not isAt(path, places):

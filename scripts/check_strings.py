@@ -20,7 +20,7 @@ ENTRY = re.compile(r'^"((?:[^"\\]|\\.)*)"\s*=\s*"((?:[^"\\]|\\.)*)";', re.MULTIL
 SPECIFIER = re.compile(r"%(?:(%)|(?:(\d+)\$)?(?:\.\d+)?(lld|f|@))")
 USE = re.compile(r'\blocalizedText\(\s*"((?:[^"\\]|\\.)*)"')
 HANDED_ON = re.compile(r'"((?:error|warning)_[a-z0-9_]+)"')
-ROOMS = ("platform", "codec", "format", "conversion", "player", "ui", "app", "cli")
+ROOMS = ("platform", "media", "codec", "format", "conversion", "player", "ui", "app", "cli")
 FIRST = "en"
 
 

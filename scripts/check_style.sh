@@ -4,7 +4,7 @@ set -euo pipefail
 
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 mapfile -d '' files < <(
-    find platform codec format conversion player ui app cli tests fuzz bench examples \
+    find platform media codec format conversion player ui app cli tests fuzz bench examples \
         \( -name '*.h' -o -name '*.cpp' \) -print0 2> /dev/null | sort -z)
 if [[ ${#files[@]} -eq 0 ]]; then
     echo "no sources found" >&2

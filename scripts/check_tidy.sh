@@ -17,7 +17,7 @@ fi
 if [[ $# -gt 0 ]]; then
     files=("$@")
 else
-    rooms='platform|codec|format|conversion|player|ui|app|cli'
+    rooms='platform|media|codec|format|conversion|player|ui|app|cli'
     mapfile -t files < <(sed -nE 's/^ *"file": "(.*)",?$/\1/p' "$commands/compile_commands.json" |
         grep -E "^$root/($rooms)/|^$root/$commands/($rooms)/.*/Unity/" | sort -u)
 fi

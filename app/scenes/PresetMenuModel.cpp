@@ -1,7 +1,7 @@
 #include "app/scenes/PresetMenuModel.h"
 
-#include "ui/BuiltInPreset.h"
-#include "ui/PresetMenu.h"
+#include "ui/presets/BuiltInPreset.h"
+#include "ui/presets/PresetMenu.h"
 
 namespace zeb {
 

@@ -4,8 +4,8 @@
 #include <QObject>
 #include <QStringList>
 
-#include "platform/NotificationCenter.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/settings/UserDefaults.h"
 
 namespace zeb {
 

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/Resources.h"
-#include "platform/qt/WindowPlace.h"
+#include "platform/desktop/WindowPlace.h"
+#include "platform/files/Resources.h"
 #include "player/window/BringForward.h"
 
 namespace zeb {

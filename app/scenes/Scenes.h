@@ -10,8 +10,8 @@
 #include <functional>
 
 #include "app/scenes/PresetMenuModel.h"
-#include "ui/ContentViewModel.h"
-#include "ui/window/PresetSettingsModel.h"
+#include "ui/model/ContentViewModel.h"
+#include "ui/presets/PresetSettingsModel.h"
 
 class QQmlEngine;
 

@@ -3,18 +3,18 @@
 #include <functional>
 #include <string>
 
-#include "conversion/ConversionRun.h"
-#include "conversion/Settings.h"
-#include "conversion/SoundEffects.h"
-#include "platform/Clock.h"
-#include "platform/FilePanels.h"
-#include "platform/MainActor.h"
-#include "platform/Media.h"
-#include "platform/OutputPlace.h"
-#include "platform/Pasteboard.h"
-#include "platform/SecurityScope.h"
-#include "platform/Tasks.h"
-#include "platform/UserDefaults.h"
+#include "conversion/model/SoundEffects.h"
+#include "conversion/plan/Settings.h"
+#include "conversion/run/ConversionRun.h"
+#include "media/Media.h"
+#include "platform/desktop/FilePanels.h"
+#include "platform/desktop/Pasteboard.h"
+#include "platform/files/OutputPlace.h"
+#include "platform/files/SecurityScope.h"
+#include "platform/settings/UserDefaults.h"
+#include "platform/tasks/Clock.h"
+#include "platform/tasks/MainActor.h"
+#include "platform/tasks/Tasks.h"
 
 namespace zeb {
 

@@ -9,15 +9,15 @@
 #include <new>
 #include <utility>
 
-#include "conversion/OutputName.h"
-#include "conversion/WriteTest.h"
-#include "format/MovieFacts.h"
+#include "conversion/plan/OutputName.h"
+#include "conversion/plan/WriteTest.h"
 #include "format/ZEBConverterError.h"
-#include "platform/ErrorText.h"
-#include "platform/FileManager.h"
-#include "platform/LocalizedText.h"
-#include "platform/PathName.h"
-#include "platform/TextTrim.h"
+#include "format/check/MovieFacts.h"
+#include "platform/files/FileManager.h"
+#include "platform/text/ErrorText.h"
+#include "platform/text/LocalizedText.h"
+#include "platform/text/PathName.h"
+#include "platform/text/TextTrim.h"
 
 namespace zeb {
 namespace {

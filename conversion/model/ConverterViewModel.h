@@ -11,13 +11,13 @@
 #include <string>
 #include <vector>
 
-#include "conversion/AudioTrack.h"
-#include "conversion/SourceAnalysis.h"
 #include "conversion/model/ConverterServices.h"
 #include "conversion/model/RunReports.h"
 #include "conversion/model/SettingsModel.h"
-#include "platform/OutputPlace.h"
-#include "platform/URL.h"
+#include "conversion/plan/AudioTrack.h"
+#include "conversion/plan/SourceAnalysis.h"
+#include "platform/files/OutputPlace.h"
+#include "platform/text/URL.h"
 
 namespace zeb {
 

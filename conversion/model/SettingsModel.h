@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QString>
 
-#include "conversion/Settings.h"
+#include "conversion/plan/Settings.h"
 
 namespace zeb {
 

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "platform/URL.h"
+#include "platform/text/URL.h"
 
 namespace zeb {
 

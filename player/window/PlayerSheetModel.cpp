@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "codec/Mode32Interpretation.h"
-#include "platform/LocalizedText.h"
+#include "platform/text/LocalizedText.h"
 #include "player/TimeText.h"
 
 namespace zeb {

@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/FileManager.h"
-#include "platform/NotificationCenter.h"
-#include "platform/UserDefaults.h"
+#include "platform/files/FileManager.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/settings/UserDefaults.h"
 #include "player/ZEBPlayerModel.h"
 #include "player/window/PlayerCommands.h"
 

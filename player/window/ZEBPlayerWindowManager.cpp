@@ -8,7 +8,7 @@
 #include <chrono>
 #include <utility>
 
-#include "platform/PathName.h"
+#include "platform/text/PathName.h"
 #include "player/window/BringForward.h"
 
 namespace zeb {

@@ -7,9 +7,9 @@
 #include <memory>
 #include <string>
 
-#include "platform/NotificationCenter.h"
-#include "platform/URL.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/settings/UserDefaults.h"
+#include "platform/text/URL.h"
 #include "player/ZEBPlayerModel.h"
 #include "player/window/PlayerCommands.h"
 #include "player/window/PlayerSheetModel.h"

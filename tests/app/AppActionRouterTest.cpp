@@ -1,4 +1,4 @@
-#include "ui/AppActionRouter.h"
+#include "ui/model/AppActionRouter.h"
 
 #include <gmock/gmock.h>
 
@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "app/OpenedURLs.h"
-#include "platform/fake/HandDrivenMainActor.h"
+#include "tests/doubles/HandDrivenMainActor.h"
 
 namespace zeb {
 namespace {

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/ApplicationGroupContainer.h"
+#include "platform/files/ApplicationGroupContainer.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb {

@@ -9,11 +9,11 @@
 #include <filesystem>
 #include <optional>
 
-#include "cli/EncodeJob.h"
-#include "cli/ExportJob.h"
 #include "cli/Interruption.h"
-#include "cli/PartialOutput.h"
 #include "cli/UsageError.h"
+#include "cli/encode/EncodeJob.h"
+#include "cli/encode/PartialOutput.h"
+#include "cli/export/ExportJob.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/platform/TemporaryFolder.h"
 

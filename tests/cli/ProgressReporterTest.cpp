@@ -1,4 +1,4 @@
-#include "cli/ProgressReporter.h"
+#include "cli/progress/ProgressReporter.h"
 
 #include <gmock/gmock.h>
 
@@ -6,8 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "cli/ProgressLines.h"
-#include "cli/SpeedMeter.h"
+#include "cli/progress/ProgressLines.h"
+#include "cli/progress/SpeedMeter.h"
 
 namespace zeb::cli {
 namespace {

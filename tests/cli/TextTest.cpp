@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <limits>
 
-#include "cli/ForecastText.h"
-#include "cli/InfoText.h"
-#include "platform/TextFormat.h"
-#include "platform/UTF8.h"
+#include "cli/commands/InfoText.h"
+#include "cli/encode/ForecastText.h"
+#include "platform/text/TextFormat.h"
+#include "platform/text/UTF8.h"
 
 namespace zeb::cli {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "format/MovieCheck.h"
+#include "format/check/MovieCheck.h"
 #include "tests/cli/ChildProcess.h"
 #include "tests/platform/TemporaryFolder.h"
 

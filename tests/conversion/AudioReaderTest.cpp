@@ -1,4 +1,4 @@
-#include "conversion/AudioReader.h"
+#include "conversion/sound/AudioReader.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "format/ZEBConverterError.h"
-#include "platform/fake/FakeMedia.h"
+#include "tests/doubles/FakeMedia.h"
 
 namespace zeb {
 namespace {

@@ -1,11 +1,11 @@
-#include "conversion/ConversionPlan.h"
+#include "conversion/plan/ConversionPlan.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <vector>
 
-#include "platform/fake/FakeMedia.h"
+#include "tests/doubles/FakeMedia.h"
 
 namespace zeb {
 namespace {

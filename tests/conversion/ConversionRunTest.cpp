@@ -1,4 +1,4 @@
-#include "conversion/ConversionRun.h"
+#include "conversion/run/ConversionRun.h"
 
 #include <gmock/gmock.h>
 
@@ -9,12 +9,12 @@
 #include <optional>
 
 #include "codec/SpriteEncoder.h"
-#include "format/PartialFile.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBWriter.h"
 #include "format/ZEBWriterError.h"
-#include "platform/FileHandle.h"
-#include "platform/fake/FakeMedia.h"
+#include "format/check/PartialFile.h"
+#include "platform/files/FileHandle.h"
+#include "tests/doubles/FakeMedia.h"
 #include "tests/format/MemoryFile.h"
 #include "tests/platform/TemporaryFolder.h"
 

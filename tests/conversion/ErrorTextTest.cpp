@@ -1,4 +1,4 @@
-#include "platform/ErrorText.h"
+#include "platform/text/ErrorText.h"
 
 #include <gmock/gmock.h>
 
@@ -11,16 +11,16 @@
 #include <system_error>
 #include <vector>
 
-#include "conversion/AudioTrack.h"
-#include "conversion/ExportError.h"
+#include "conversion/export/ExportError.h"
+#include "conversion/plan/AudioTrack.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
 #include "format/ZEBReaderError.h"
 #include "format/ZEBWriterError.h"
-#include "platform/FileHandle.h"
-#include "platform/Media.h"
-#include "platform/SystemErrorText.h"
-#include "platform/TextLocale.h"
+#include "media/Media.h"
+#include "platform/files/FileHandle.h"
+#include "platform/text/SystemErrorText.h"
+#include "platform/text/TextLocale.h"
 
 namespace zeb {
 namespace {

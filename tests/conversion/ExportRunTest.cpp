@@ -1,4 +1,4 @@
-#include "conversion/ExportRun.h"
+#include "conversion/export/ExportRun.h"
 
 #include <gmock/gmock.h>
 
@@ -6,8 +6,8 @@
 #include <fstream>
 #include <limits>
 
-#include "conversion/ExportError.h"
-#include "conversion/NumberedName.h"
+#include "conversion/export/ExportError.h"
+#include "conversion/plan/NumberedName.h"
 #include "format/ZEBConverterError.h"
 #include "format/ZEBFormatError.h"
 #include "format/ZEBWriter.h"

@@ -1,4 +1,4 @@
-#include "conversion/FramePipeline.h"
+#include "conversion/run/FramePipeline.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cmath>
 
-#include "platform/fake/FakeMedia.h"
+#include "tests/doubles/FakeMedia.h"
 
 namespace zeb {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/OutputPlace.h"
+#include "platform/files/OutputPlace.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

@@ -4,11 +4,11 @@
 #include <utility>
 #include <vector>
 
-#include "conversion/AudioSlice.h"
-#include "conversion/AudioTrack.h"
-#include "conversion/ExportError.h"
-#include "conversion/ReducedImage.h"
-#include "conversion/WAVFile.h"
+#include "conversion/export/ExportError.h"
+#include "conversion/export/ReducedImage.h"
+#include "conversion/plan/AudioTrack.h"
+#include "conversion/sound/AudioSlice.h"
+#include "conversion/sound/WAVFile.h"
 #include "tests/format/MemoryFile.h"
 
 namespace zeb {

@@ -1,4 +1,4 @@
-#include "conversion/SizeForecast.h"
+#include "conversion/forecast/SizeForecast.h"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +8,13 @@
 #include "codec/RLE2.h"
 #include "codec/SpriteEncoder.h"
 #include "codec/SpriteLayout.h"
-#include "conversion/ConversionRun.h"
-#include "conversion/MovieSize.h"
-#include "conversion/SamplePictures.h"
+#include "conversion/forecast/MovieSize.h"
+#include "conversion/forecast/SamplePictures.h"
+#include "conversion/run/ConversionRun.h"
 #include "format/ZEBWriter.h"
 #include "format/ZEBWriterError.h"
-#include "platform/FileManager.h"
-#include "platform/fake/FakeMedia.h"
+#include "platform/files/FileManager.h"
+#include "tests/doubles/FakeMedia.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb {

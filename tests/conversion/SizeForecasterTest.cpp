@@ -1,4 +1,4 @@
-#include "conversion/SizeForecaster.h"
+#include "conversion/forecast/SizeForecaster.h"
 
 #include <gmock/gmock.h>
 
@@ -6,10 +6,10 @@
 #include <functional>
 #include <thread>
 
-#include "platform/ThreadTasks.h"
-#include "platform/fake/FakeMedia.h"
-#include "platform/fake/HandDrivenMainActor.h"
-#include "platform/fake/HandDrivenTasks.h"
+#include "platform/tasks/ThreadTasks.h"
+#include "tests/doubles/FakeMedia.h"
+#include "tests/doubles/HandDrivenMainActor.h"
+#include "tests/doubles/HandDrivenTasks.h"
 
 namespace zeb {
 namespace {

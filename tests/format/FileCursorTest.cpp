@@ -1,4 +1,4 @@
-#include "format/FileCursor.h"
+#include "format/walk/FileCursor.h"
 
 #include <gtest/gtest.h>
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "format/MovieFacts.h"
-#include "format/PartialFile.h"
-#include "platform/FileHandle.h"
+#include "format/check/MovieFacts.h"
+#include "format/check/PartialFile.h"
+#include "platform/files/FileHandle.h"
 
 namespace zeb::test {
 

@@ -1,10 +1,10 @@
-#include "format/MovieCheck.h"
+#include "format/check/MovieCheck.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
-#include "platform/PlatformError.h"
+#include "platform/base/PlatformError.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 

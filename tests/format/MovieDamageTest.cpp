@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "format/BigEndian.h"
-#include "format/BlockWalker.h"
-#include "format/MovieCheck.h"
 #include "format/ZEBReader.h"
 #include "format/ZEBWriter.h"
+#include "format/check/MovieCheck.h"
+#include "format/walk/BlockWalker.h"
 #include "tests/format/MemoryFile.h"
 
 namespace zeb {

@@ -1,4 +1,4 @@
-#include "format/PartialFile.h"
+#include "format/check/PartialFile.h"
 
 #include <gmock/gmock.h>
 

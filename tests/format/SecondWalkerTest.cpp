@@ -1,4 +1,4 @@
-#include "format/SecondWalker.h"
+#include "format/walk/SecondWalker.h"
 
 #include <gmock/gmock.h>
 

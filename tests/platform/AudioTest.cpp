@@ -8,10 +8,10 @@
 #include <numbers>
 #include <thread>
 
-#include "platform/AudioMixer.h"
-#include "platform/RateConverter.h"
-#include "platform/SampledSound.h"
-#include "platform/sdl/SDLAudioOutput.h"
+#include "platform/sound/AudioMixer.h"
+#include "platform/sound/RateConverter.h"
+#include "platform/sound/SampledSound.h"
+#include "platform/sound/sdl/SDLAudioOutput.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb {

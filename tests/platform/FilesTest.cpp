@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/FileHandle.h"
-#include "platform/FileManager.h"
-#include "platform/StagedOutput.h"
+#include "platform/files/FileHandle.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/StagedOutput.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb {

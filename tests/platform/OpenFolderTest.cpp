@@ -1,4 +1,4 @@
-#include "platform/OpenFolder.h"
+#include "platform/files/OpenFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

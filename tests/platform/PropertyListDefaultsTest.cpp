@@ -1,4 +1,4 @@
-#include "platform/posix/PropertyListDefaults.h"
+#include "platform/settings/posix/PropertyListDefaults.h"
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -7,8 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/PropertyList.h"
-#include "platform/posix/PropertyListFile.h"
+#include "platform/settings/PropertyList.h"
+#include "platform/settings/posix/PropertyListFile.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb {

@@ -1,8 +1,8 @@
-#include "platform/PropertyList.h"
+#include "platform/settings/PropertyList.h"
 
 #include <gmock/gmock.h>
 
-#include "platform/PropertyListTree.h"
+#include "platform/settings/PropertyListTree.h"
 
 namespace zeb::propertyList {
 namespace {

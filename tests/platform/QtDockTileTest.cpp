@@ -1,4 +1,4 @@
-#include "platform/qt/QtDockTile.h"
+#include "platform/desktop/QtDockTile.h"
 
 #include <gtest/gtest.h>
 

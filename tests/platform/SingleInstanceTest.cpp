@@ -1,4 +1,4 @@
-#include "platform/qt/SingleInstance.h"
+#include "platform/desktop/SingleInstance.h"
 
 #include <gmock/gmock.h>
 #include <signal.h>

@@ -1,4 +1,4 @@
-#include "platform/TextFormat.h"
+#include "platform/text/TextFormat.h"
 
 #include <gmock/gmock.h>
 
@@ -6,9 +6,9 @@
 #include <limits>
 #include <optional>
 
-#include "platform/LocalizedText.h"
-#include "platform/StringTable.h"
-#include "platform/TextLocale.h"
+#include "platform/text/LocalizedText.h"
+#include "platform/text/StringTable.h"
+#include "platform/text/TextLocale.h"
 
 namespace zeb {
 namespace {

@@ -1,10 +1,10 @@
-#include "platform/UserDefaults.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "platform/fake/FakeUserDefaults.h"
+#include "tests/doubles/FakeUserDefaults.h"
 
 namespace zeb {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/qt/WindowPlace.h"
+#include "platform/desktop/WindowPlace.h"
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/AudioMixer.h"
-#include "platform/AudioOutput.h"
+#include "platform/sound/AudioMixer.h"
+#include "platform/sound/AudioOutput.h"
 
 namespace zeb::test {
 

@@ -14,10 +14,10 @@
 #include <vector>
 
 #include "format/ZEBWriter.h"
-#include "platform/SystemClock.h"
-#include "platform/ThreadTasks.h"
-#include "platform/qt/QtMainActor.h"
-#include "platform/sdl/SDLAudioOutput.h"
+#include "platform/desktop/QtMainActor.h"
+#include "platform/sound/sdl/SDLAudioOutput.h"
+#include "platform/tasks/SystemClock.h"
+#include "platform/tasks/ThreadTasks.h"
 #include "player/ZEBPlayerModel.h"
 #include "tests/platform/TemporaryFolder.h"
 #include "tests/player/SoundRecording.h"

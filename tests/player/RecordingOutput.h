@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/AudioOutput.h"
+#include "platform/sound/AudioOutput.h"
 
 namespace zeb::test {
 

@@ -8,11 +8,11 @@
 #include <optional>
 #include <vector>
 
-#include "platform/fake/HandDrivenClock.h"
 #include "player/PlaybackPeriod.h"
 #include "player/SoundtrackPlayer.h"
 #include "player/SoundtrackSource.h"
 #include "player/TimeText.h"
+#include "tests/doubles/HandDrivenClock.h"
 #include "tests/player/HandDrivenDevice.h"
 
 namespace zeb {

@@ -13,11 +13,11 @@
 #include <vector>
 
 #include "format/ZEBFormatError.h"
-#include "platform/FileHandle.h"
-#include "platform/LocalizedText.h"
-#include "platform/fake/HandDrivenClock.h"
-#include "platform/fake/HandDrivenMainActor.h"
-#include "platform/fake/HandDrivenTasks.h"
+#include "platform/files/FileHandle.h"
+#include "platform/text/LocalizedText.h"
+#include "tests/doubles/HandDrivenClock.h"
+#include "tests/doubles/HandDrivenMainActor.h"
+#include "tests/doubles/HandDrivenTasks.h"
 #include "tests/player/HandDrivenDevice.h"
 #include "tests/player/RecordingOutput.h"
 

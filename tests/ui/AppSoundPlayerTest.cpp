@@ -1,16 +1,17 @@
-#include "ui/AppSoundPlayer.h"
+#include "ui/feedback/AppSoundPlayer.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 
-#include "platform/fake/FakeMedia.h"
-#include "platform/fake/FakeUserDefaults.h"
-#include "platform/fake/HandDrivenMainActor.h"
-#include "platform/ffmpeg/FFmpegMediaLibrary.h"
+#include "media/reading/FFmpegMediaLibrary.h"
+#include "tests/doubles/FakeMedia.h"
+#include "tests/doubles/FakeUserDefaults.h"
+#include "tests/doubles/HandDrivenMainActor.h"
 #include "tests/platform/TemporaryFolder.h"
 #include "tests/player/RecordingOutput.h"
-#include "ui/SoundEffectsEnabled.h"
+#include "ui/presets/SoundEffectsEnabled.h"
 
 namespace zeb {
 namespace {
@@ -18,12 +19,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-class CountingBeep final : public SystemBeep {
-public:
-    void beep() override { ++count; }
-    int count = 0;
-};
 
 class AppSoundPlayerTest : public testing::Test {
 protected:
@@ -37,15 +32,22 @@ protected:
         m_media.add(path, film);
     }
 
+    /// How often the error tone was started.
+    long tones() const {
+        const SampledSound tone = errorTone();
+        return std::ranges::count_if(m_output.started, [&tone](const auto& started) {
+            return started.source->sampleRate() == tone.sampleRate;
+        });
+    }
+
     test::TemporaryFolder m_folder;
     NotificationCenter m_notifications;
     fake::FakeUserDefaults m_defaults{m_notifications};
     fake::FakeLibrary m_media;
     test::RecordingOutput m_output;
-    CountingBeep m_beep;
     fake::HandDrivenMainActor m_mainActor;
     std::optional<AppSoundPlayer> m_player{
-        std::in_place, AppSoundPlayer::Services{m_defaults, m_media, m_output, m_beep, m_mainActor},
+        std::in_place, AppSoundPlayer::Services{m_defaults, m_media, m_output, m_mainActor},
         std::vector<std::string>{"/nowhere", m_folder.path()}};
 };
 
@@ -74,35 +76,36 @@ TEST_F(AppSoundPlayerTest, HoldsEachSoundUntilThisVeryOneHasFinished) {
     m_player.reset();
     first.finished("the device is gone");
     EXPECT_EQ(m_mainActor.run(), 1U);
-    EXPECT_EQ(m_beep.count, 0);
+    EXPECT_EQ(tones(), 0);
 }
 
 TEST_F(AppSoundPlayerTest, BeepsForWhatIsMissingOrCannotBeRead) {
     m_player->play(SoundEffect::transferComplete);
-    EXPECT_EQ(m_beep.count, 1);
+    EXPECT_EQ(tones(), 1);
     test::store(m_folder.file("sounds/Transfer Complete.aiff"), "unknown to the fake");
     m_player->play(SoundEffect::transferComplete);
-    EXPECT_EQ(m_beep.count, 2);
-    EXPECT_THAT(m_output.started, IsEmpty());
+    EXPECT_EQ(tones(), 2);
+    EXPECT_THAT(m_output.started, SizeIs(2));
+    EXPECT_THAT(m_player->activeSounds(), IsEmpty());
     addSound("Transfer Complete");  // a failure is not remembered
     m_player->play(SoundEffect::transferComplete);
-    EXPECT_EQ(m_beep.count, 2);
-    EXPECT_THAT(m_output.started, SizeIs(1));
+    EXPECT_EQ(tones(), 2);
+    EXPECT_THAT(m_output.started, SizeIs(3));
 
     m_defaults.set(soundEffectsEnabledKey, false);
     m_player->play(SoundEffect::transferComplete);
     m_player->play(SoundEffect::accessingFile);  // missing
-    EXPECT_EQ(m_beep.count, 2);
-    EXPECT_THAT(m_output.started, SizeIs(1));
+    EXPECT_EQ(tones(), 2);
+    EXPECT_THAT(m_output.started, SizeIs(3));
 }
 
 TEST_F(AppSoundPlayerTest, EveryEffectComesWithAFileThatCanBePlayed) {
     const auto media = makeFFmpegMediaLibrary(MediaLogging::silent);
-    AppSoundPlayer player({m_defaults, *media, m_output, m_beep, m_mainActor}, {ZEB_RESOURCE_FOLDER});
+    AppSoundPlayer player({m_defaults, *media, m_output, m_mainActor}, {ZEB_RESOURCE_FOLDER});
     for (int effect = 0; effect <= static_cast<int>(SoundEffect::nowEstablishingDatalink); ++effect)
         player.play(static_cast<SoundEffect>(effect));
     EXPECT_THAT(m_output.started, SizeIs(7));
-    EXPECT_EQ(m_beep.count, 0);
+    EXPECT_EQ(tones(), 0);
 }
 
 }  // namespace

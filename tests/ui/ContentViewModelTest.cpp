@@ -1,4 +1,4 @@
-#include "ui/ContentViewModel.h"
+#include "ui/model/ContentViewModel.h"
 
 #include <gmock/gmock.h>
 
@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/LocalizedText.h"
+#include "platform/text/LocalizedText.h"
 #include "tests/conversion/model/ConverterTest.h"
-#include "ui/PresetMenu.h"
+#include "ui/presets/PresetMenu.h"
 
 namespace zeb {
 namespace {

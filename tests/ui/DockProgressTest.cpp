@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/fake/HandDrivenMainActor.h"
-#include "ui/DockProgressController.h"
+#include "tests/doubles/HandDrivenMainActor.h"
+#include "ui/feedback/DockProgressController.h"
 
 namespace zeb {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/qt/style/Texts.h"
+#include "platform/desktop/style/Texts.h"
 
 namespace zeb {
 namespace {

@@ -2,12 +2,12 @@
 
 #include <limits>
 
-#include "platform/PropertyList.h"
-#include "platform/fake/FakeUserDefaults.h"
-#include "ui/LenientPresets.h"
-#include "ui/PresetEditor.h"
-#include "ui/PresetLoader.h"
-#include "ui/UserPresetJSON.h"
+#include "platform/settings/PropertyList.h"
+#include "tests/doubles/FakeUserDefaults.h"
+#include "ui/presets/LenientPresets.h"
+#include "ui/presets/PresetEditor.h"
+#include "ui/presets/PresetLoader.h"
+#include "ui/presets/UserPresetJSON.h"
 
 namespace zeb {
 

@@ -4,12 +4,12 @@
 #include <limits>
 #include <utility>
 
-#include "ui/ByteCountText.h"
-#include "ui/DurationText.h"
-#include "ui/ForecastText.h"
-#include "ui/RemainingTime.h"
-#include "ui/TargetDescription.h"
-#include "ui/VersionText.h"
+#include "ui/model/ByteCountText.h"
+#include "ui/model/DurationText.h"
+#include "ui/model/ForecastText.h"
+#include "ui/model/RemainingTime.h"
+#include "ui/model/TargetDescription.h"
+#include "ui/model/VersionText.h"
 
 namespace zeb {
 namespace {

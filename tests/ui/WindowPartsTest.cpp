@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/Resources.h"
-#include "platform/fake/FakeUserDefaults.h"
+#include "platform/files/Resources.h"
+#include "tests/doubles/FakeUserDefaults.h"
 #include "tests/platform/OffscreenApplication.h"
+#include "ui/presets/PresetSettingsModel.h"
 #include "ui/window/AnimatedGIFView.h"
-#include "ui/window/PresetSettingsModel.h"
 
 namespace zeb {
 namespace {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <vector>
 
-#include "platform/Resources.h"
+#include "platform/files/Resources.h"
 
 namespace zeb {
 namespace {

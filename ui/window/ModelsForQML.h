@@ -4,7 +4,7 @@
 #include <QtQml/qqmlregistration.h>
 
 #include "conversion/model/ConverterViewModel.h"
-#include "ui/ContentViewModel.h"
+#include "ui/model/ContentViewModel.h"
 
 namespace zeb {
 

@@ -9,12 +9,12 @@
 #include <vector>
 
 #include "conversion/model/ConverterViewModel.h"
-#include "platform/fake/FakeMedia.h"
-#include "platform/fake/FakePanels.h"
-#include "platform/fake/FakeUserDefaults.h"
-#include "platform/fake/HandDrivenClock.h"
-#include "platform/fake/HandDrivenMainActor.h"
-#include "platform/fake/HandDrivenTasks.h"
+#include "tests/doubles/FakeMedia.h"
+#include "tests/doubles/FakePanels.h"
+#include "tests/doubles/FakeUserDefaults.h"
+#include "tests/doubles/HandDrivenClock.h"
+#include "tests/doubles/HandDrivenMainActor.h"
+#include "tests/doubles/HandDrivenTasks.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb::test {

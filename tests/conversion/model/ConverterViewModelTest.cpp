@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "conversion/OutputName.h"
+#include "conversion/plan/OutputName.h"
 #include "format/ZEBConverterError.h"
-#include "platform/LocalizedText.h"
+#include "platform/text/LocalizedText.h"
 #include "tests/conversion/model/ConverterTest.h"
 #include "tests/format/GoldenMovie.h"
 

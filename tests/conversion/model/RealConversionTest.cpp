@@ -5,12 +5,12 @@
 #include <memory>
 #include <string>
 
-#include "conversion/ConversionRun.h"
-#include "format/MovieCheck.h"
-#include "platform/FileHandle.h"
-#include "platform/ThreadTasks.h"
-#include "platform/ffmpeg/FFmpegMediaLibrary.h"
-#include "platform/qt/QtMainActor.h"
+#include "conversion/run/ConversionRun.h"
+#include "format/check/MovieCheck.h"
+#include "media/reading/FFmpegMediaLibrary.h"
+#include "platform/desktop/QtMainActor.h"
+#include "platform/files/FileHandle.h"
+#include "platform/tasks/ThreadTasks.h"
 #include "tests/conversion/model/ConverterTest.h"
 
 namespace zeb {

@@ -1,0 +1,56 @@
+#include "cli/commands/InfoCommand.h"
+
+#include <CLI/App.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/Failure.h"
+#include "cli/Interruption.h"
+#include "cli/commands/InfoText.h"
+#include "conversion/export/MovieInput.h"
+#include "format/check/MovieFacts.h"
+
+namespace zeb::cli {
+namespace {
+
+struct InfoArguments {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+ExitCode info(const InfoArguments& arguments, Console& console) {
+    ExitCode result = ExitCode::done;
+    const char* separator = "";
+    for (const std::string& file : arguments.files) {
+        try {
+            MovieInput input(file, isInterrupted);
+            const MovieFacts facts = readMovieFacts(input);
+            console.write(arguments.json ? infoJson(file, facts) : separator + infoText(file, facts));
+            separator = "\n";
+        } catch (...) {
+            const Failure failure = describeFailureOf(file);
+            console.complain(failure.text);
+            if (failure.exitCode == ExitCode::interrupted) return failure.exitCode;
+            if (result == ExitCode::done) result = failure.exitCode;
+        }
+        // Nobody reads on: `zeb info *.zeb | head`, or the disk is full.
+        if (!console.outIsGood()) return ExitCode::unwritableOutput;
+    }
+    return result;
+}
+
+}  // namespace
+
+std::function<ExitCode()> declareInfo(CLI::App& parser, Console& console) {
+    const auto arguments = std::make_shared<InfoArguments>();
+    parser.add_option("FILE", arguments->files, "ZEB movies")
+        ->required()
+        ->option_text("...")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    parser.add_flag("--json", arguments->json, "One JSON object per line instead of text");
+    parser.footer(exitCodeHelp);
+    return [arguments, &console] { return info(*arguments, console); };
+}
+
+}  // namespace zeb::cli

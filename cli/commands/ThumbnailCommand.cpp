@@ -1,0 +1,98 @@
+#include "cli/commands/ThumbnailCommand.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Validators.hpp>
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "cli/Failure.h"
+#include "cli/Interruption.h"
+#include "conversion/export/ExportError.h"
+#include "conversion/export/MovieInput.h"
+#include "conversion/export/ReducedImage.h"
+#include "format/ZEBReader.h"
+#include "media/writing/FFmpegFilmLibrary.h"
+#include "platform/files/OutputPlace.h"
+#include "platform/files/StagedOutput.h"
+#include "platform/text/ErrorText.h"
+#include "platform/text/PathName.h"
+
+namespace zeb::cli {
+namespace {
+
+constexpr int mostFramesTried = 50;
+constexpr int mostPixelsOfASide = 4096;
+constexpr OutputTerms replacing{OutputTerms::Existing::replace, OutputTerms::MissingFolder::refuse};
+
+struct ThumbnailArguments {
+    std::string input;
+    std::string output;
+    int size = 256;
+};
+
+/// The movie's first picture; of those that cannot be decoded at its beginning not many are passed over.
+FrameImage firstPicture(const std::string& path) {
+    ZEBReader reader([&path] { return std::make_unique<MovieInput>(path, isInterrupted); });
+    const std::int64_t frames = std::min<std::int64_t>(reader.readHeader().frameCount, mostFramesTried);
+    for (std::int64_t frame = 0; frame < frames; ++frame) {
+        if (auto image = reader.nextFrame(false)) return *std::move(image);
+    }
+    throw ExportError::withoutFirstPicture();
+}
+
+void writePicture(const FrameImage& image, const std::string& path) {
+    const auto library = makeFFmpegFilmLibrary(MediaLogging::silent);
+    const auto bytes = library->encodePNG(image.pixels, image.width, image.height);
+    StagedOutput output(withoutLastPiece(path), replacing);
+    const auto file = output.create(lastPiece(path));
+    file->write(bytes);
+    file->close();
+    output.commit();
+}
+
+ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
+    const auto complainAbout = [&console](const std::string& file) {
+        const Failure failure = describeFailureOf(file);
+        console.complain(failure.text);
+        return failure.exitCode;
+    };
+    try {
+        OutputPlace(arguments.output, replacing).check(arguments.input);
+    } catch (const PlatformError& error) {
+        console.complain(errorText(error));
+        return ExitCode::unwritableOutput;
+    }
+    std::optional<FrameImage> image;
+    try {
+        image = reducedImage(firstPicture(arguments.input), arguments.size);
+    } catch (...) {
+        return complainAbout(arguments.input);
+    }
+    try {
+        writePicture(*image, arguments.output);
+    } catch (...) {
+        return complainAbout(arguments.output);
+    }
+    return ExitCode::done;
+}
+
+}  // namespace
+
+std::function<ExitCode()> declareThumbnail(CLI::App& parser, Console& console) {
+    const auto arguments = std::make_shared<ThumbnailArguments>();
+    parser.add_option("INPUT", arguments->input, "A ZEB movie")->required()->option_text(" ");
+    parser.add_option("OUTPUT", arguments->output, "The PNG file to write; one that exists is replaced")
+        ->required()
+        ->option_text(" ");
+    parser.add_option("--size", arguments->size, "The most pixels of its longer side")
+        ->option_text("N")
+        ->check(CLI::Range(1, mostPixelsOfASide))
+        ->capture_default_str();
+    parser.footer(exitCodeHelp);
+    return [arguments, &console] { return makeThumbnail(*arguments, console); };
+}
+
+}  // namespace zeb::cli

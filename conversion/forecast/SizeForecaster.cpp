@@ -1,0 +1,186 @@
+#include "conversion/forecast/SizeForecaster.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "conversion/forecast/SamplePictures.h"
+#include "format/ZEBConverterError.h"
+#include "platform/text/ErrorText.h"
+
+namespace zeb {
+
+namespace {
+
+struct Request {
+    std::string input;
+    std::string output;
+    Settings settings;
+};
+
+/// A file as it stands on disk: another time or size means that what was read of it no longer holds.
+struct SourceIdentity {
+    std::string path;
+    std::filesystem::file_time_type time;
+    std::uintmax_t size = 0;
+
+    bool operator==(const SourceIdentity&) const = default;
+};
+
+SourceIdentity identityOf(const std::string& path) {
+    std::error_code ignored;
+    return {path, std::filesystem::last_write_time(path, ignored), std::filesystem::file_size(path, ignored)};
+}
+
+/// What has been read of the latest source. Belongs to the task that runs.
+class Source {
+public:
+    SizeForecast forecast(const MediaLibrary& library, const Request& request,
+                          const IsCancelled& isCancelled);
+
+private:
+    void open(const MediaLibrary& library, const std::string& path, const IsCancelled& isCancelled);
+    SoundOutlook sound(const Settings& settings, const IsCancelled& isCancelled);
+
+    std::optional<SourceIdentity> m_identity;
+    std::shared_ptr<const MediaAsset> m_asset;
+    std::optional<RecordSamples> m_samples;
+    double m_sampledSeconds = 0;     ///< the movie's length that the samples stand for
+    std::map<int, bool> m_hasSound;  ///< by track
+};
+
+void Source::open(const MediaLibrary& library, const std::string& path, const IsCancelled& isCancelled) {
+    const SourceIdentity identity = identityOf(path);
+    if (m_asset && m_identity == identity) return;
+    m_asset.reset();
+    m_samples.reset();
+    m_hasSound.clear();
+    m_asset = library.open(path, isCancelled);
+    m_identity = identity;
+}
+
+SoundOutlook Source::sound(const Settings& settings, const IsCancelled& isCancelled) {
+    const SoundOutlook possible = soundOutlook(*m_asset, settings);
+    if (possible.isCertain) return possible;
+    const auto known = m_hasSound.find(settings.audioTrackIndex);
+    if (known != m_hasSound.end()) return known->second ? SoundOutlook{possible.channels} : SoundOutlook{};
+    const SoundOutlook outlook = certainSoundOutlook(*m_asset, settings, isCancelled);
+    m_hasSound[settings.audioTrackIndex] = outlook.channels > 0;
+    return outlook;
+}
+
+SizeForecast Source::forecast(const MediaLibrary& library, const Request& request,
+                              const IsCancelled& isCancelled) {
+    open(library, request.input, isCancelled);
+    if (m_asset->videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
+    const Settings& settings = request.settings;
+    const ConversionPlan plan = planConversion(*m_asset, settings);
+    const ForecastCase about{settings, plan, sound(settings, isCancelled), spaceFor(request.output)};
+    if (settings.qlModeNumber != 32) return forecastUpperBound(about);
+    if (!m_samples || m_sampledSeconds != plan.duration) {
+        const int threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+        SamplingEffort effort;
+        effort.threads = threads;
+        effort.movieSeconds = m_sampledSeconds = plan.duration;
+        m_samples.reset();
+        m_samples.emplace(samplePictures(*m_asset, effort, isCancelled), threads);
+    }
+    return forecastSize(about, *m_samples, isCancelled);
+}
+
+/// Nothing when it was cancelled.
+std::optional<ForecastOutcome> outcomeOf(Source& source, const MediaLibrary& library, const Request& request,
+                                         const std::stop_token& token) {
+    const IsCancelled isCancelled = [token] { return token.stop_requested(); };
+    if (isCancelled()) return std::nullopt;
+    try {
+        return ForecastOutcome{source.forecast(library, request, isCancelled), ""};
+    } catch (const std::exception& error) {
+        // Cancelled work ends in errors of several kinds.
+        if (isCancelled()) return std::nullopt;
+        return ForecastOutcome{std::nullopt, errorText(error)};
+    }
+}
+
+}  // namespace
+
+/// All but the source belongs to the main thread. Closures hold it weakly.
+class SizeForecaster::State : public std::enable_shared_from_this<State> {
+public:
+    State(const MediaLibrary& library, Tasks& tasks, MainActor& mainActor, Publish publish)
+        : m_library(library), m_tasks(tasks), m_mainActor(mainActor), m_publish(std::move(publish)) {}
+
+    void update(Request request) {
+        stop();
+        m_wanted = std::move(request);
+        m_mainActor.postAfter(patience, [weak = weak_from_this(), version = m_version] {
+            const auto state = weak.lock();
+            if (state && state->m_version == version) state->begin();
+        });
+    }
+
+    /// What runs and what waits is no longer wanted.
+    void stop() {
+        ++m_version;
+        m_wanted.reset();
+        m_isDue = false;
+        if (m_task) m_task->cancel();
+    }
+
+    /// The task that runs may still use the source that it has.
+    void forgetSource() { m_source = std::make_shared<Source>(); }
+
+private:
+    void begin() {
+        // One at a time: the cancelled one still holds the source, and ends soon.
+        m_isDue = m_task.has_value();
+        if (m_isDue || !m_wanted) return;
+        auto work = [weak = weak_from_this(), source = m_source, request = *m_wanted, version = m_version,
+                     &library = m_library, &mainActor = m_mainActor](const std::stop_token& token) {
+            auto outcome = outcomeOf(*source, library, request, token);
+            mainActor.post([weak, version, outcome = std::move(outcome)] {
+                if (const auto state = weak.lock()) state->ended(version, outcome);
+            });
+        };
+        m_task = m_tasks.start(TaskPriority::utility, std::move(work));
+    }
+
+    void ended(std::uint64_t version, const std::optional<ForecastOutcome>& outcome) {
+        m_task.reset();
+        if (m_isDue) begin();
+        if (version == m_version && outcome && m_publish) m_publish(*outcome);
+    }
+
+    const MediaLibrary& m_library;
+    Tasks& m_tasks;
+    MainActor& m_mainActor;
+    const Publish m_publish;
+    std::shared_ptr<Source> m_source = std::make_shared<Source>();
+    std::optional<Request> m_wanted;
+    std::optional<Task> m_task;   ///< that runs
+    bool m_isDue = false;         ///< the patience is over, but another task runs
+    std::uint64_t m_version = 0;  ///< of what is wanted
+};
+
+SizeForecaster::SizeForecaster(const MediaLibrary& library, Tasks& tasks, MainActor& mainActor,
+                               Publish publish)
+    : m_state(std::make_shared<State>(library, tasks, mainActor, std::move(publish))) {}
+
+SizeForecaster::~SizeForecaster() {
+    m_state->stop();
+}
+
+void SizeForecaster::update(const std::string& input, const std::string& output, const Settings& settings) {
+    m_state->update({input, output, settings});
+}
+
+void SizeForecaster::clear() {
+    m_state->stop();
+    m_state->forgetSource();
+}
+
+}  // namespace zeb

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "media/drawing/ColourConversion.h"
+#include "media/drawing/FrameScaler.h"
+#include "media/ffmpeg/Handles.h"
+#include "media/reading/StreamFacts.h"
+#include "platform/base/Picture.h"
+
+namespace zeb::ffmpeg {
+
+/// What drawing needs and what is costly to make: scalers and colour tables, lent to one drawing at a time
+/// and used again for the next picture of the same kind. Usable from several threads.
+class DrawingTools {
+public:
+    std::unique_ptr<FrameScaler> borrowScaler(const ScalingTask& task);
+    void giveBack(std::unique_ptr<FrameScaler> scaler);
+    std::shared_ptr<const ColourConversion> conversion(const ColourDescription& colour);
+
+private:
+    std::mutex m_mutex;
+    std::vector<std::unique_ptr<FrameScaler>> m_scalers;
+    ColourDescription m_colour;
+    std::shared_ptr<const ColourConversion> m_conversion;
+};
+
+/// A decoded frame as a picture.
+class FramePicture final : public Picture {
+public:
+    FramePicture(Frame frame, const VideoStreamFacts& facts, std::shared_ptr<DrawingTools> tools);
+
+    int width() const override { return m_width; }
+    int height() const override { return m_height; }
+    void draw(const BitmapContext& bitmap) const override;
+
+private:
+    Frame m_frame;
+    Orientation m_orientation;
+    std::shared_ptr<DrawingTools> m_tools;
+    int m_width;
+    int m_height;
+};
+
+}  // namespace zeb::ffmpeg

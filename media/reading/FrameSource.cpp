@@ -1,0 +1,543 @@
+#include "media/reading/FrameSource.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <span>
+#include <utility>
+
+#include "media/ffmpeg/Libraries.h"
+#include "media/reading/DamageWatch.h"
+
+namespace zeb::ffmpeg {
+namespace {
+
+constexpr double nanosecondsPerSecond = 1e9;
+
+double toleranceOf(const VideoStreamFacts& facts) {
+    constexpr double leastTolerance = 0.001;
+    const double tick = facts.timeBase.value();
+    // A clock that ticks about once a picture rounds nothing.
+    return tick < facts.frameDuration() / 2 ? std::max(leastTolerance, tick) : leastTolerance;
+}
+
+bool isIntraOnly(AVCodecID id) {
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(id);
+    return descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
+}
+
+/// The type of the first NAL unit that carries a picture, with `typeOf` reading it from the unit's first byte
+/// and `isPicture` telling such types; -1 when there is none.
+template <typename TypeOf, typename IsPicture>
+int firstPictureUnit(std::span<const std::uint8_t> packet, int lengthSize, TypeOf typeOf,
+                     IsPicture isPicture) {
+    std::size_t position = 0;
+    while (position < packet.size()) {
+        std::size_t unit = 0, following = 0;
+        if (lengthSize > 0) {
+            if (packet.size() - position < static_cast<std::size_t>(lengthSize)) return -1;
+            std::size_t length = 0;
+            for (int i = 0; i < lengthSize; ++i)
+                length = length << 8 | packet[position++];
+            unit = position;
+            following = length > packet.size() - position ? packet.size() : position + length;
+        } else {
+            while (position + 3 < packet.size() &&
+                   !(packet[position] == 0 && packet[position + 1] == 0 && packet[position + 2] == 1)) {
+                ++position;
+            }
+            unit = position + 3;
+            following = unit;
+        }
+        if (unit >= packet.size()) return -1;
+        const int type = typeOf(packet[unit]);
+        if (isPicture(type)) return type;
+        position = following;
+    }
+    return -1;
+}
+
+}  // namespace
+
+FrameSource::FrameSource(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
+                         double origin, int threads)
+    : m_reopen(std::move(reopen)),
+      m_facts(facts),
+      m_origin(origin),
+      m_tolerance(toleranceOf(facts)),
+      m_threads(threads),
+      m_packet(makePacket()) {
+    useDemuxer(std::move(demuxer));
+    openDecoder(threads);
+}
+
+void FrameSource::useDemuxer(std::unique_ptr<Demuxer> demuxer) {
+    m_demuxer = std::move(demuxer);
+    AVFormatContext& format = *m_demuxer->format();
+    for (unsigned i = 0; i < format.nb_streams; ++i) {
+        if (static_cast<int>(i) != m_facts.stream) format.streams[i]->discard = AVDISCARD_ALL;
+    }
+}
+
+void FrameSource::openDecoder(int threads) {
+    const AVStream& stream = *m_demuxer->format()->streams[m_facts.stream];
+    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
+    if (codec == nullptr) {
+        throw MediaError(MediaError::cannotDecode,
+                         {"error_media_no_decoder_format", {avcodec_get_name(stream.codecpar->codec_id)}});
+    }
+    m_decoder.reset(avcodec_alloc_context3(codec));
+    if (!m_decoder) throw std::bad_alloc();
+    if (avcodec_parameters_to_context(m_decoder.get(), stream.codecpar) < 0) throw std::bad_alloc();
+    m_decoder->pkt_timebase = stream.time_base;
+    // Pictures wait for the ones that they are predicted from: two more threads than cores keep all cores
+    // busy.
+    m_decoder->thread_count = threads > 1 ? threads + 2 : 1;
+    watchForDamage(*m_decoder, m_sawDamage);
+    if (avcodec_open2(m_decoder.get(), codec, nullptr) < 0) {
+        throw MediaError(MediaError::cannotDecode, {"error_media_decoder_start"});
+    }
+}
+
+void FrameSource::reset() {
+    m_planner.reset();
+    if (m_schedule) m_planner.emplace(*m_schedule, m_tolerance);
+    m_planned.clear();
+    m_packetsEnded = m_framesEnded = false;
+    m_awaitsKey = false;
+    m_entryTime.reset();
+    m_counted = 0;
+    m_decodingTimes = {};
+    m_hasLastTime = false;
+    m_awaited.clear();
+    m_groupStarts.clear();
+    m_deinterlacer.reset();
+    m_ready.clear();
+}
+
+/// Everything handed out so far was sound. Starts again from the last packet before it that depends on
+/// nothing, or from the beginning. Planning goes on: a damaged packet that was passed over must be passed
+/// over again, or the pictures would depend on how early the damage was seen.
+void FrameSource::decodeCarefully() {
+    m_isCareful = true;
+    m_known = m_lastHandedOut;
+    std::optional<std::int64_t> group;
+    for (const std::int64_t start : m_groupStarts) {
+        if (m_known && seconds(start) <= *m_known) group = start;
+    }
+    openDecoder(1);
+    reset();
+    if (!group || !seekToGroup(*group)) {
+        useDemuxer(m_reopen());
+        reset();
+    }
+    m_sawDamage = false;
+}
+
+/// Decoders patch damaged pictures with what earlier ones left behind in their tables. A group that starts
+/// with a new decoder looks the same wherever decoding began.
+void FrameSource::renewDecoder() {
+    const AVDiscard skipped = m_decoder->skip_frame;
+    avcodec_send_packet(m_decoder.get(), nullptr);
+    receiveFrames();
+    openDecoder(1);
+    m_decoder->skip_frame = skipped;
+}
+
+bool FrameSource::seekToGroup(std::int64_t timestamp) {
+    if (!m_demuxer->seek(m_facts.stream, timestamp) || !readPacket()) return false;
+    const bool isFound = m_packet->pts == timestamp;
+    holdPacket();
+    return isFound;
+}
+
+void FrameSource::expect(const GrabSchedule& schedule) {
+    if (!canPlan()) return;
+    m_schedule = schedule;
+    m_planner.emplace(schedule, m_tolerance);
+}
+
+void FrameSource::endPlanning() {
+    m_schedule.reset();
+    m_planner.reset();
+}
+
+/// Where every packet is one picture with a time of its own, and pictures do not need their neighbours to
+/// become whole.
+bool FrameSource::canPlan() const {
+    const AVCodecParameters& parameters = *m_demuxer->format()->streams[m_facts.stream]->codecpar;
+    if (parameters.field_order != AV_FIELD_PROGRESSIVE && parameters.field_order != AV_FIELD_UNKNOWN)
+        return false;
+    if (!m_facts.hasTimestamps || m_timing.has_value() || m_isCareful) return false;
+    switch (parameters.codec_id) {
+        case AV_CODEC_ID_H264:
+        case AV_CODEC_ID_HEVC:
+        case AV_CODEC_ID_MPEG1VIDEO:
+        case AV_CODEC_ID_MPEG2VIDEO:
+        case AV_CODEC_ID_MPEG4:
+            return true;
+        default:
+            return isIntraOnly(parameters.codec_id);
+    }
+}
+
+double FrameSource::seconds(std::int64_t timestamp) const {
+    return static_cast<double>(timestamp) * m_facts.timeBase.value() - m_origin;
+}
+
+/// The container's key flag is not enough: H.264 and HEVC also mark pictures after which others still refer
+/// back.
+bool FrameSource::startsGroup(const AVPacket& packet) const {
+    if ((packet.flags & AV_PKT_FLAG_KEY) == 0) return false;
+    if (isIntraOnly(m_decoder->codec_id)) return true;
+    const std::span<const std::uint8_t> extra(
+        m_decoder->extradata, static_cast<std::size_t>(std::max(m_decoder->extradata_size, 0)));
+    const std::span<const std::uint8_t> data(packet.data, static_cast<std::size_t>(std::max(packet.size, 0)));
+    // With a configuration record units are preceded by their length, else by start codes.
+    const bool hasRecord = extra.size() > 22 && extra[0] == 1;
+    const bool hasShortRecord = extra.size() > 6 && extra[0] == 1;
+    if (m_decoder->codec_id == AV_CODEC_ID_H264) {
+        const auto typeOf = [](std::uint8_t first) { return first & 0x1F; };
+        const auto isPicture = [](int type) { return type >= 1 && type <= 5; };
+        return firstPictureUnit(data, hasShortRecord ? (extra[4] & 3) + 1 : 0, typeOf, isPicture) == 5;
+    }
+    if (m_decoder->codec_id == AV_CODEC_ID_HEVC) {
+        const auto typeOf = [](std::uint8_t first) { return first >> 1 & 0x3F; };
+        const auto isPicture = [](int type) { return type < 32; };
+        const int type = firstPictureUnit(data, hasRecord ? (extra[21] & 3) + 1 : 0, typeOf, isPicture);
+        return type == 19 || type == 20;
+    }
+    return false;
+}
+
+/// Whether the packet leads to a picture of its own.
+bool FrameSource::isShown(const AVPacket& packet) const {
+    if ((packet.flags & AV_PKT_FLAG_DISCARD) != 0) return false;
+    // VP8 has pictures that only serve for prediction; a bit of the frame tag tells (RFC 6386, section 9.1).
+    return m_decoder->codec_id != AV_CODEC_ID_VP8 || packet.size == 0 || (packet.data[0] & 0x10) != 0;
+}
+
+/// After a seek: whether the packet can be decoded. Those before a key frame, and those behind it that are
+/// displayed before it, may be predicted from packets that were not read; decoders would take that for
+/// damage.
+bool FrameSource::isUsable(const AVPacket& packet) {
+    if (m_awaitsKey) {
+        const bool mustStartGroup = m_timing != Timing::byPresentation && m_decoder->has_b_frames > 0;
+        if ((packet.flags & AV_PKT_FLAG_KEY) == 0 || (mustStartGroup && !startsGroup(packet))) return false;
+        m_awaitsKey = false;
+        if (packet.pts != AV_NOPTS_VALUE) m_entryTime = packet.pts;
+    }
+    return !m_entryTime || packet.pts == AV_NOPTS_VALUE || packet.pts >= *m_entryTime;
+}
+
+bool FrameSource::readPacket() {
+    while (!m_packetsEnded) {
+        if (!m_demuxer->read(*m_packet)) {
+            m_packetsEnded = true;
+            break;
+        }
+        if (m_packet->stream_index == m_facts.stream && m_packet->size > 0 && isUsable(*m_packet)) {
+            if (!m_timing) {
+                if (!m_facts.hasTimestamps ||
+                    (m_packet->pts == AV_NOPTS_VALUE && m_packet->dts == AV_NOPTS_VALUE)) {
+                    m_timing = Timing::byCounting;
+                } else {
+                    m_timing = m_packet->pts == AV_NOPTS_VALUE ? Timing::byDecoding : Timing::byPresentation;
+                }
+                if (*m_timing != Timing::byPresentation) endPlanning();
+            }
+            // Decoders hand the stamp on to the picture: with decoding times it tells which packet it came
+            // from.
+            if (m_timing == Timing::byDecoding) m_packet->pts = m_packet->dts;
+            return true;
+        }
+        av_packet_unref(m_packet.get());
+    }
+    return false;
+}
+
+/// Keeps the packet just read until its turn comes, and plans with it.
+void FrameSource::holdPacket() {
+    if (m_packet->pts == AV_NOPTS_VALUE) endPlanning();
+    if (m_planner) {
+        PlannedPacket planned;
+        planned.displayTime = seconds(m_packet->pts);
+        if (m_packet->dts != AV_NOPTS_VALUE) {
+            planned.decodeTime = seconds(std::min(m_packet->dts, m_packet->pts));
+        }
+        planned.startsGroup = startsGroup(*m_packet);
+        planned.isShown = isShown(*m_packet);
+        planned.size = static_cast<std::size_t>(m_packet->size);
+        m_planner->add(planned);
+    }
+    m_planned.push_back(std::exchange(m_packet, makePacket()));
+}
+
+void FrameSource::sendNextPacket() {
+    while (m_planner && !m_packetsEnded && !m_planner->isReady()) {
+        if (!readPacket()) {
+            m_planner->end();
+            break;
+        }
+        holdPacket();
+    }
+    if (m_planned.empty()) {
+        if (!m_packetsEnded && readPacket()) {
+            m_decoder->skip_frame = AVDISCARD_DEFAULT;
+            send(m_packet.get());
+            av_packet_unref(m_packet.get());
+        } else {
+            send(nullptr);
+        }
+        return;
+    }
+    const PacketUse use = m_planner ? m_planner->take() : PacketUse::decode;
+    const Packet packet = std::move(m_planned.front());
+    m_planned.pop_front();
+    if (use == PacketUse::drop) return;
+    m_decoder->skip_frame = use == PacketUse::decode ? AVDISCARD_DEFAULT : AVDISCARD_NONREF;
+    send(packet.get());
+}
+
+/// Hands a packet to the decoder (none: the end) and collects what comes out, so that a setting made for this
+/// packet is not seen by the next.
+void FrameSource::send(const AVPacket* packet) {
+    const bool hasPicture = packet != nullptr && isShown(*packet);
+    if (hasPicture && m_timing == Timing::byDecoding && packet->dts != AV_NOPTS_VALUE) {
+        m_decodingTimes.push(packet->dts);
+        // Times of pictures that never came out must not hold back the others.
+        const std::size_t most =
+            static_cast<std::size_t>(m_decoder->has_b_frames + (m_isCareful ? 1 : m_threads) + 2);
+        while (m_decodingTimes.size() > most)
+            m_decodingTimes.pop();
+    }
+    if (hasPicture && m_timing == Timing::byPresentation && packet->pts != AV_NOPTS_VALUE &&
+        m_decoder->skip_frame == AVDISCARD_DEFAULT) {
+        constexpr std::size_t mostAwaited = 1024;
+        if (m_awaited.size() >= mostAwaited) m_awaited.erase(m_awaited.begin());
+        m_awaited.insert(packet->pts);
+    }
+    if (hasPicture && m_timing != Timing::byCounting && startsGroup(*packet)) {
+        if (m_isCareful && !isIntraOnly(m_decoder->codec_id)) renewDecoder();
+        constexpr std::size_t mostGroups = 64;
+        if (m_groupStarts.size() >= mostGroups) m_groupStarts.pop_front();
+        m_groupStarts.push_back(packet->pts);
+    }
+    const int result = avcodec_send_packet(m_decoder.get(), packet);
+    if (result < 0 && result != AVERROR_EOF) m_sawDamage = true;
+    receiveFrames();
+}
+
+void FrameSource::receiveFrames() {
+    // A decoder that reports one error after the other without taking anything in must not hold us here.
+    int errorsInARow = 0;
+    constexpr int mostErrorsInARow = 64;
+    for (;;) {
+        Frame frame = makeFrame();
+        const int result = avcodec_receive_frame(m_decoder.get(), frame.get());
+        if (result == AVERROR(EAGAIN)) return;
+        if (result == AVERROR_EOF || (result < 0 && ++errorsInARow > mostErrorsInARow)) {
+            if (m_packetsEnded && m_planned.empty()) {
+                m_framesEnded = true;
+                if (m_deinterlacer) {
+                    m_deinterlacer->push(nullptr);
+                    pullDeinterlaced();
+                }
+            }
+            return;
+        }
+        if (result < 0) {
+            m_sawDamage = true;
+            continue;
+        }
+        errorsInARow = 0;
+        accept(std::move(frame));
+    }
+}
+
+double FrameSource::timeOf(const AVFrame& frame) {
+    const double following = m_hasLastTime ? m_lastTime + m_facts.frameDuration() : 0;
+    switch (m_timing.value_or(Timing::byPresentation)) {
+        case Timing::byCounting:
+            return static_cast<double>(m_counted++) * m_facts.frameDuration();
+        case Timing::byDecoding: {
+            // What is left of before a packet that depends on none before it belonged to pictures that were
+            // lost.
+            if (std::find(m_groupStarts.begin(), m_groupStarts.end(), frame.pts) != m_groupStarts.end()) {
+                while (!m_decodingTimes.empty() && m_decodingTimes.top() < frame.pts)
+                    m_decodingTimes.pop();
+            }
+            if (m_decodingTimes.empty()) return following;
+            const std::int64_t time = m_decodingTimes.top();
+            m_decodingTimes.pop();
+            return seconds(time);
+        }
+        case Timing::byPresentation:
+            break;
+    }
+    const std::int64_t time = frame.pts != AV_NOPTS_VALUE ? frame.pts : frame.best_effort_timestamp;
+    return time == AV_NOPTS_VALUE ? following : seconds(time);
+}
+
+void FrameSource::accept(Frame frame) {
+    if (frame->decode_error_flags != 0) m_sawDamage = true;
+    m_awaited.erase(frame->pts);
+    // Times never run backwards; where a damaged stream claims so, the picture follows the one before.
+    const double time = m_hasLastTime ? std::max(timeOf(*frame), m_lastTime) : timeOf(*frame);
+    m_lastTime = time;
+    m_hasLastTime = true;
+    if (!m_deinterlacer && frame->interlaced_frame == 0) {
+        deliver(time, std::move(frame));
+        return;
+    }
+    if (m_deinterlacer && !m_deinterlacer->takes(*frame)) {
+        m_deinterlacer->push(nullptr);
+        pullDeinterlaced();
+        m_deinterlacer.reset();
+    }
+    if (!m_deinterlacer) m_deinterlacer = std::make_unique<Deinterlacer>(*frame, m_threads);
+    frame->pts = std::llround(time * nanosecondsPerSecond);
+    m_deinterlacer->push(frame.get());
+    pullDeinterlaced();
+}
+
+void FrameSource::pullDeinterlaced() {
+    while (Frame frame = m_deinterlacer->pull()) {
+        const double time = static_cast<double>(frame->pts) / nanosecondsPerSecond;
+        deliver(time, std::move(frame));
+    }
+}
+
+void FrameSource::deliver(double time, Frame frame) {
+    if (m_known && time <= *m_known) return;
+    m_ready.push_back({time, std::move(frame)});
+}
+
+std::optional<TimedFrame> FrameSource::next() {
+    for (;;) {
+        // A frame is handed out only after all packets up to its own have been decoded: no sign of damage
+        // until now means that it is sound.
+        if (m_sawDamage && !m_isCareful) decodeCarefully();
+        if (!m_ready.empty()) break;
+        if (m_framesEnded) return std::nullopt;
+        sendNextPacket();
+    }
+    TimedFrame frame = std::move(m_ready.front());
+    m_ready.pop_front();
+    m_lastHandedOut = frame.time;
+    return frame;
+}
+
+bool FrameSource::hasLostPicture(double after, double upTo) const {
+    if (!m_isCareful) return false;
+    return std::any_of(m_awaited.begin(), m_awaited.end(), [&](std::int64_t timestamp) {
+        const double time = seconds(timestamp);
+        return time > after + m_tolerance / 2 && time <= upTo;
+    });
+}
+
+bool FrameSource::canSeek() const noexcept {
+    if (!m_facts.hasTimestamps || !m_demuxer->canSeek()) return false;
+    // Times in decoding order are dealt out in display order, which goes wrong where pictures after a key
+    // frame are predicted from before it and cannot be decoded. Only these codings mark key frames that
+    // nothing reaches past.
+    const bool marksEntries =
+        m_decoder->codec_id == AV_CODEC_ID_H264 || m_decoder->codec_id == AV_CODEC_ID_HEVC;
+    return m_timing == Timing::byPresentation || m_decoder->has_b_frames == 0 || marksEntries;
+}
+
+bool FrameSource::seek(double time) {
+    if (!canSeek()) return false;
+    const auto timestamp =
+        static_cast<std::int64_t>(std::floor((time + m_origin) / m_facts.timeBase.value()));
+    if (!m_demuxer->seek(m_facts.stream, timestamp)) return false;
+    avcodec_flush_buffers(m_decoder.get());
+    m_decoder->skip_frame = AVDISCARD_DEFAULT;
+    m_schedule.reset();
+    reset();
+    m_awaitsKey = true;
+    m_lastHandedOut.reset();
+    m_known.reset();
+    return true;
+}
+
+/// Takes the packet just read for one that the search has passed, or keeps it; its time.
+double FrameSource::passPacket() {
+    const std::int64_t stamp = m_packet->pts;
+    const double time = m_timing == Timing::byCounting || stamp == AV_NOPTS_VALUE
+                            ? static_cast<double>(m_passed) * m_facts.frameDuration()
+                            : seconds(stamp);
+    ++m_passed;
+    if ((m_packet->flags & AV_PKT_FLAG_KEY) != 0) {
+        m_key = std::exchange(m_packet, makePacket());
+        m_keyTime = time;
+    } else {
+        av_packet_unref(m_packet.get());
+    }
+    return time;
+}
+
+void FrameSource::readUpToKey(double time) {
+    while (m_passedUpTo < time && readPacket())
+        m_passedUpTo = passPacket();
+}
+
+std::optional<double> FrameSource::findKey(double time) {
+    // Only the first packet tells how the stream is timed, and so whether it can seek.
+    if (!m_timing && readPacket()) m_passedUpTo = passPacket();
+    if (!canSeek()) {
+        readUpToKey(time);
+        return m_key ? std::optional(m_keyTime) : std::nullopt;
+    }
+    m_key.reset();
+    // Some containers lead to a key packet behind the time, or to none near the end.
+    constexpr std::array stepsBack = {0.0, 1.0, 10.0};
+    for (const double stepBack : stepsBack) {
+        const double from = std::max(time - stepBack, 0.0);
+        if (!seek(from)) break;
+        if (readPacket()) passPacket();
+        if (from <= 0 || (m_key && m_keyTime <= time)) break;
+    }
+    return m_key ? std::optional(m_keyTime) : std::nullopt;
+}
+
+std::optional<FrameSource::NearbyFrame> FrameSource::decodeFromKey(double time, int packets) {
+    if (!m_key) return std::nullopt;
+    avcodec_flush_buffers(m_decoder.get());
+    m_decoder->skip_frame = AVDISCARD_DEFAULT;
+    m_deinterlacer.reset();
+    m_ready.clear();
+    m_hasLastTime = false;
+    m_framesEnded = false;
+    m_known.reset();
+    m_sawDamage = false;
+    send(m_key.get());
+    // The second field of a picture may come in a packet of its own.
+    const AVFieldOrder order = m_demuxer->format()->streams[m_facts.stream]->codecpar->field_order;
+    const int least = order == AV_FIELD_PROGRESSIVE || order == AV_FIELD_UNKNOWN ? 1 : 2;
+    const int most = canSeek() ? std::max(packets, least) : 1;
+    int sent = 1;
+    const auto hasArrived = [&] { return !m_ready.empty() && m_ready.back().time > time; };
+    for (; sent < most && (sent < least || !hasArrived()) && readPacket(); ++sent) {
+        send(m_packet.get());
+        av_packet_unref(m_packet.get());
+    }
+    send(nullptr);
+    if (m_deinterlacer && !m_framesEnded) {
+        m_deinterlacer->push(nullptr);
+        pullDeinterlaced();
+    }
+    m_deinterlacer.reset();
+    if (m_sawDamage.exchange(false) || m_ready.empty()) return std::nullopt;
+
+    std::size_t found = 0;
+    while (found + 1 < m_ready.size() && m_ready[found + 1].time <= time)
+        ++found;
+    const bool isLast = sent == most && found + 1 == m_ready.size();
+    NearbyFrame nearby{m_timing == Timing::byCounting ? m_keyTime : m_ready[found].time,
+                       std::move(m_ready[found].frame), isLast};
+    m_ready.clear();
+    return nearby;
+}
+
+}  // namespace zeb::ffmpeg

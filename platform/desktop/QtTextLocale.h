@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/text/TextLocale.h"
+
+namespace zeb {
+
+/// What the user has chosen for this system.
+TextLocale systemTextLocale();
+
+}  // namespace zeb

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "platform/sound/AudioSource.h"
+
+namespace zeb {
+
+/// A short sound in memory.
+struct SampledSound {
+    int sampleRate = 0;          ///< frames per second
+    std::vector<float> samples;  ///< interleaved left and right
+};
+
+/// Returns the tone that tells of an error: a note with a little of its third harmonic that swells within a
+/// few milliseconds and dies away. Many desktops have no bell, or keep it silent.
+SampledSound errorTone();
+
+/// Plays a sound once from start to end. Several sources may share one sound.
+class SampledSoundSource final : public AudioSource {
+public:
+    explicit SampledSoundSource(std::shared_ptr<const SampledSound> sound) : m_sound(std::move(sound)) {}
+
+    int sampleRate() const noexcept override { return m_sound->sampleRate; }
+    std::size_t render(std::span<float> samples) noexcept override;
+
+private:
+    std::shared_ptr<const SampledSound> m_sound;
+    std::size_t m_position = 0;  ///< in samples
+};
+
+}  // namespace zeb

@@ -1,0 +1,28 @@
+#include "platform/tasks/ThreadTasks.h"
+
+#include <utility>
+
+#include "platform/tasks/ThreadPriority.h"
+
+namespace zeb {
+
+ThreadTasks::~ThreadTasks() {
+    // All are asked before the first is waited for.
+    for (Running& task : m_running)
+        task.thread.request_stop();
+}
+
+Task ThreadTasks::start(TaskPriority priority, Work work) {
+    m_running.remove_if([](const Running& task) { return task.hasEnded.load(); });
+    Running& task = m_running.emplace_back();
+    task.thread =
+        std::jthread([&task, priority, work = std::move(work)](const std::stop_token& token) mutable {
+            if (priority == TaskPriority::utility) giveWayToOtherThreads();
+            work(token);
+            work = nullptr;  // what it holds is gone before the task counts as ended
+            task.hasEnded = true;
+        });
+    return Task(task.thread.get_stop_source());
+}
+
+}  // namespace zeb

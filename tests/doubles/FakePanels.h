@@ -1,0 +1,53 @@
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "platform/desktop/FilePanels.h"
+#include "platform/desktop/Pasteboard.h"
+
+namespace zeb::fake {
+
+/// Panels that stay open until a test answers them.
+class FakePanels final : public FilePanels {
+public:
+    void open(const OpenPanel& panel, Answer answer) override {
+        m_open.push_back({panel, std::move(answer)});
+    }
+    void save(const SavePanel& panel, Answer answer) override {
+        m_open.push_back({panel, std::move(answer)});
+    }
+
+    std::size_t count() const { return m_open.size(); }
+    const OpenPanel& openPanel() const { return std::get<OpenPanel>(m_open.at(0).panel); }
+    const SavePanel& savePanel() const { return std::get<SavePanel>(m_open.at(0).panel); }
+
+    /// Closes the panel that has been open the longest.
+    void answer(const std::optional<std::string>& path) {
+        const Open panel = std::move(m_open.at(0));
+        m_open.pop_front();
+        panel.answer(path);
+    }
+
+private:
+    struct Open {
+        std::variant<OpenPanel, SavePanel> panel;
+        Answer answer;
+    };
+    std::deque<Open> m_open;
+};
+
+/// A clipboard in memory.
+class FakePasteboard final : public Pasteboard {
+public:
+    void setText(const std::string& text) override { m_text = text; }
+    const std::string& text() const { return m_text; }
+
+private:
+    std::string m_text;
+};
+
+}  // namespace zeb::fake

@@ -1,0 +1,38 @@
+#include "ui/model/AppActionRouter.h"
+
+#include <string_view>
+#include <utility>
+
+#include "platform/files/UUID.h"
+
+namespace zeb {
+namespace {
+
+constexpr std::string_view requestChanged = "request";
+
+}  // namespace
+
+AppActionRouter& AppActionRouter::shared() {
+    static AppActionRouter router;
+    return router;
+}
+
+void AppActionRouter::post(AppAction action) {
+    m_request = AppActionRequest{makeUUID(), std::move(action)};
+    m_unannounced.push_back(*m_request);
+    // An observer that posts, or that lets events in while it asks something, must not have the observers
+    // behind it hear of the newer request first.
+    if (m_unannounced.size() > 1) return;
+    while (!m_unannounced.empty()) {
+        m_changes.post(requestChanged);
+        m_unannounced.pop_front();
+    }
+}
+
+AppActionRouter::Observation AppActionRouter::observe(Observer observer) {
+    return m_changes.observe(requestChanged, [this, observer = std::move(observer)](const Notification&) {
+        observer(m_unannounced.front());
+    });
+}
+
+}  // namespace zeb
