@@ -6,9 +6,7 @@
 #include <iterator>
 #include <variant>
 
-#include "app/AppActionParsing.h"
-#include "app/OpenedURLs.h"
-#include "ui/model/MovieName.h"
+#include "app/Requests.h"
 
 namespace zeb {
 
@@ -45,8 +43,9 @@ void AppDelegate::open(const LaunchArguments& arguments) {
 
 void AppDelegate::applicationOpenURLs(std::vector<URL> urls, Maker maker) {
     // The converter's window tells of a movie that is not there, and stays in sight then.
-    const auto missing = std::erase_if(
-        urls, [this](const URL& url) { return namesMovie(url) && !m_services.content.findsMovie(url); });
+    const auto missing = std::erase_if(urls, [this](const URL& url) {
+        return url.hasExtension("zeb") && !m_services.content.findsMovie(url);
+    });
     if (missing > 0) maker = Maker::shown;
     routeOpenedURLs(
         urls, m_services.mainActor,
@@ -56,7 +55,7 @@ void AppDelegate::applicationOpenURLs(std::vector<URL> urls, Maker maker) {
         m_services.appActions, [this] { showConverter(); });
     std::vector<URL> videos;
     std::ranges::copy_if(urls, std::back_inserter(videos),
-                         [](const URL& url) { return url.isLocalFile() && !namesMovie(url); });
+                         [](const URL& url) { return url.isLocalFile() && !url.hasExtension("zeb"); });
     if (videos.size() < 2) return;
     m_services.mainActor.post(
         [&content = m_services.content, taken = videos.back()] { content.sayOneVideoIsTaken(taken); });

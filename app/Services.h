@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <memory>
 
 #include "conversion/model/ConverterServices.h"
@@ -8,12 +10,11 @@
 #include "platform/desktop/QtDockTile.h"
 #include "platform/desktop/QtFilePanels.h"
 #include "platform/desktop/QtMainActor.h"
-#include "platform/desktop/QtPasteboard.h"
 #include "platform/files/SecurityScope.h"
 #include "platform/settings/NotificationCenter.h"
 #include "platform/settings/posix/PropertyListDefaults.h"
 #include "platform/sound/sdl/SDLAudioOutput.h"
-#include "platform/tasks/SystemClock.h"
+#include "platform/tasks/Clock.h"
 #include "platform/tasks/ThreadTasks.h"
 #include "player/ZEBPlayerModel.h"
 #include "ui/feedback/AppSoundPlayer.h"
@@ -31,7 +32,6 @@ struct Services {
     ConversionRun conversion{*media};
     SDLAudioOutput audioOutput;
     AppSoundPlayer sounds{{defaults, *media, audioOutput, mainActor}};
-    QtPasteboard pasteboard;
     OpenSecurityScope scope;
     QtDockTile dockTile;
     QtFilePanels panels;
@@ -46,7 +46,9 @@ struct Services {
                 },
                 defaults,
                 panels,
-                pasteboard,
+                [](const std::string& text) {
+                    QGuiApplication::clipboard()->setText(QString::fromStdString(text));
+                },
                 sounds,
                 scope,
                 mainActor,

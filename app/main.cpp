@@ -16,15 +16,13 @@
 #include "app/LaunchArguments.h"
 #include "app/Services.h"
 #include "app/SharedInbox.h"
-#include "platform/desktop/QtTextLocale.h"
-#include "platform/desktop/Renderer.h"
+#include "app/Startup.h"
 #include "platform/desktop/SingleInstance.h"
+#include "platform/desktop/Windows.h"
 #include "platform/desktop/style/ThemeColours.h"
-#include "platform/files/ApplicationGroupContainer.h"
-#include "platform/text/TextLocale.h"
-#include "player/window/BringForward.h"
+#include "platform/files/StandardFolders.h"
+#include "platform/text/LocalizedText.h"
 #include "ui/feedback/DockProgressController.h"
-#include "ui/model/MovieName.h"
 
 Q_IMPORT_QML_PLUGIN(ZEBStylePlugin)
 Q_IMPORT_QML_PLUGIN(ZEBPlayerPlugin)
@@ -132,7 +130,7 @@ int main(int argc, char** argv) {
          services.notifications,
          [&windows] { return windows.makeConverterWindow(); },
          {[&windows] { windows.chooseVideo(); }, [&content] { content.playMovie(); },
-          [&windows] { windows.showSettings(); }, [&windows] { windows.showHelp(); }, &zeb::namesMovie,
+          [&windows] { windows.showSettings(); }, [&windows] { windows.showHelp(); },
           [&content](const zeb::URL& movie) { content.openZEBFile(movie, false); }}});
     players = &playerWindows;
     services.panels.setSurroundings([&windows] { return windows.windowForPanels(); },

@@ -23,7 +23,7 @@
 #include "format/ZEBWriter.h"
 #include "platform/desktop/QtMainActor.h"
 #include "platform/settings/NotificationCenter.h"
-#include "platform/tasks/SystemClock.h"
+#include "platform/tasks/Clock.h"
 #include "platform/tasks/ThreadTasks.h"
 #include "player/PlaybackPeriod.h"
 #include "player/window/PlayerSheetModel.h"

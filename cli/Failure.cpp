@@ -1,8 +1,7 @@
 #include "cli/Failure.h"
 
 #include "conversion/export/ExportError.h"
-#include "format/ZEBConverterError.h"
-#include "format/ZEBFormatError.h"
+#include "format/ZEBErrors.h"
 #include "media/Media.h"
 #include "platform/files/FileHandle.h"
 #include "platform/files/FileManager.h"

@@ -1,19 +1,20 @@
 #include "cli/Program.h"
 
 #include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <sstream>
 
-#include "cli/Parser.h"
-#include "cli/UsageError.h"
+#include "cli/Interruption.h"
+#include "cli/commands/Commands.h"
 #include "platform/text/ErrorText.h"
 
 namespace zeb::cli {
 namespace {
 
-// The parser's messages may span lines; a person gets one.
+/// The parser's messages may span lines; the program's errors are one line.
 std::string oneLine(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
     while (!text.empty() && (text.back() == ' ' || text.back() == '.'))
@@ -21,8 +22,73 @@ std::string oneLine(std::string text) {
     return text;
 }
 
-// The parser takes a file named "[a,b]" for a list of two. Written as "./[a,b]" it is a file again; values of
-// options stay as they are.
+void take(const Option& option, void* arguments, const std::string& text) {
+    if (option.take(arguments, text)) return;
+    const std::string error = std::string(option.names) + ": \"" + text + "\" is not " + option.expected;
+    throw CLI::ValidationError(error, CLI::ExitCodes::ValidationError);
+}
+
+void declare(CLI::App& parser, const Option& option, void* arguments) {
+    CLI::Option* declared = nullptr;
+    if (option.flag != nullptr) {
+        declared = parser.add_flag(option.names, option.flag(arguments), option.help);
+    } else if (option.isRepeatable) {
+        const auto takeAll = [&option, arguments](const std::vector<std::string>& texts) {
+            for (const std::string& text : texts)
+                take(option, arguments, text);
+        };
+        declared = parser.add_option_function<std::vector<std::string>>(option.names, takeAll, option.help)
+                       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    } else {
+        const auto takeOne = [&option, arguments](const std::string& text) { take(option, arguments, text); };
+        declared = parser.add_option_function<std::string>(option.names, takeOne, option.help);
+    }
+    if (option.takesValue()) declared->option_text(option.placeholder);
+    if (option.takesValue() && !option.isPositional()) declared->type_name(option.placeholder);
+    declared->required(option.isRequired);
+    for (const std::string& other : splitList(option.excludes, ","))
+        declared->excludes(parser.get_option(other));
+}
+
+void prepare(CLI::App& parser) {
+    parser.set_help_flag(helpOption.names, helpOption.help);
+    // A later option overrides an earlier one, so that an alias can carry defaults.
+    parser.option_defaults()->take_last();
+}
+
+void declareAll(CLI::App& parser, const Command& command, void* arguments) {
+    for (const Option& option : command.options)
+        declare(parser, option, arguments);
+    const std::string notes = command.notes;
+    parser.footer(notes + (notes.empty() ? "" : "\n\n") + exitCodeHelp);
+}
+
+/// The parser of the whole program, and what it has read.
+struct Program {
+    CLI::App parser{programSummary, programName};
+    const Command* chosen = nullptr;
+    std::shared_ptr<void> arguments;  ///< of the chosen command
+
+    Program() {
+        parser.set_version_flag(versionOption.names, "zeb " ZEB_VERSION, versionOption.help);
+        prepare(parser);
+        parser.footer(exitCodeHelp);
+        parser.require_subcommand(1);
+        parser.get_formatter()->column_width(28);
+        for (const Command* command : commands) {
+            const std::shared_ptr<void> taken = command->makeArguments();
+            CLI::App* subcommand = parser.add_subcommand(command->name, command->summary);
+            declareAll(*subcommand, *command, taken.get());
+            subcommand->callback([this, command, taken] {
+                chosen = command;
+                arguments = taken;
+            });
+        }
+    }
+};
+
+/// The parser takes a file named "[a,b]" for a list of two. Written as "./[a,b]" it is a file again; values
+/// of options stay as they are.
 std::vector<std::string> withBracketsProtected(std::vector<std::string> words, const CLI::App& parser) {
     bool isValue = false;
     bool namesOnly = false;
@@ -36,35 +102,38 @@ std::vector<std::string> withBracketsProtected(std::vector<std::string> words, c
     return words;
 }
 
-ExitCode parseAndRun(const std::vector<std::string>& arguments, Console& console) {
-    std::function<ExitCode()> run;
-    const std::unique_ptr<CLI::App> parser = makeParser(console, run);
-    CLI::App& program = *parser;
+void parse(CLI::App& parser, std::vector<std::string> words) {
+    // The parser takes them last one first.
+    std::reverse(words.begin(), words.end());
+    parser.parse(words);
+}
+
+ExitCode parseAndRun(const std::vector<std::string>& words, Console& console) {
+    Program program;
     const auto withHint = [&program](const std::string& text) {
-        const std::vector<CLI::App*> chosen = program.get_subcommands();
+        const std::vector<CLI::App*> chosen = program.parser.get_subcommands();
         const std::string name = chosen.empty() ? "" : chosen.front()->get_name() + " ";
         return UsageError(text + " (see \"zeb " + name + "--help\")");
     };
     try {
-        std::vector<std::string> words = arguments;
-        for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; })) {
+        std::vector<std::string> protectedWords = words;
+        for (const CLI::App* command : program.parser.get_subcommands([](const CLI::App*) { return true; })) {
             if (!words.empty() && words[0] == command->get_name())
-                words = withBracketsProtected(words, *command);
+                protectedWords = withBracketsProtected(words, *command);
         }
-        // The parser takes them last one first.
-        std::reverse(words.begin(), words.end());
-        program.parse(words);
-        return run();
+        parse(program.parser, protectedWords);
+        if (program.chosen->onInterrupt == OnInterrupt::poll) stopOnSignals();
+        return program.chosen->run(program.arguments.get(), console);
     } catch (const UsageError& error) {
         throw withHint(error.what());
     } catch (const CLI::Success& request) {
         std::ostringstream text;
-        program.exit(request, text, text);
+        program.parser.exit(request, text, text);
         console.write(text.str());
         return console.outIsGood() ? ExitCode::done : ExitCode::unwritableOutput;
     } catch (const CLI::ParseError& error) {
-        // What nobody took explains more than what is missing because of it.
-        const std::vector<std::string> unknown = program.remaining(true);
+        // An unknown argument explains more than the missing one it causes.
+        const std::vector<std::string> unknown = program.parser.remaining(true);
         if (!unknown.empty()) throw withHint("unexpected argument \"" + unknown.front() + "\"");
         throw withHint(oneLine(error.what()));
     }
@@ -82,6 +151,17 @@ ExitCode runProgram(const std::vector<std::string>& arguments, Console& console)
         console.complain(currentErrorText());
     }
     return ExitCode::conversionFailed;
+}
+
+void readArguments(const Command& command, const std::vector<std::string>& words, void* arguments) {
+    CLI::App parser;
+    prepare(parser);
+    declareAll(parser, command, arguments);
+    try {
+        parse(parser, words);
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(oneLine(error.what()));
+    }
 }
 
 }  // namespace zeb::cli

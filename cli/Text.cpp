@@ -82,19 +82,6 @@ std::string_view leadingCharacters(std::string_view text, std::size_t count) {
     return text.substr(0, end);
 }
 
-std::string byteText(std::uint64_t bytes) {
-    if (bytes < 1000) return countText(static_cast<std::int64_t>(bytes), "byte", "bytes");
-    static constexpr std::array units = {"kB", "MB", "GB", "TB"};
-    double value = static_cast<double>(bytes) / 1000;
-    std::size_t unit = 0;
-    // 999.95 would be printed as 1000.0.
-    while (value >= 999.95 && unit + 1 < units.size()) {
-        value /= 1000;
-        ++unit;
-    }
-    return decimalText(value, 1) + " " + units[unit];
-}
-
 std::string countText(std::int64_t count, const char* singular, const char* plural) {
     return std::to_string(count) + " " + (count == 1 ? singular : plural);
 }

@@ -19,9 +19,6 @@ std::size_t characterCount(std::string_view text);
 /// The first `count` code points of UTF-8 text.
 std::string_view leadingCharacters(std::string_view text, std::size_t count);
 
-/// A size with a decimal unit: "999 bytes", "1.0 kB", "12.3 MB", "4.3 GB".
-std::string byteText(std::uint64_t bytes);
-
 /// "1 frame", "2 frames".
 std::string countText(std::int64_t count, const char* singular, const char* plural);
 

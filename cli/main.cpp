@@ -7,7 +7,7 @@
 #include "cli/Console.h"
 #include "cli/Interruption.h"
 #include "cli/Program.h"
-#include "platform/text/TextLocale.h"
+#include "platform/text/LocalizedText.h"
 
 int main(int argc, char** argv) {
     zeb::cli::prepareProcess();

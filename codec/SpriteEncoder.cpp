@@ -12,7 +12,7 @@
 
 #include "codec/RLE2.h"
 #include "codec/SpriteLayout.h"
-#include "platform/base/PlatformError.h"
+#include "platform/base/Error.h"
 
 namespace zeb {
 

@@ -7,8 +7,7 @@
 
 #include "format/BigEndian.h"
 #include "format/Layout.h"
-#include "format/ZEBFormatError.h"
-#include "format/ZEBReaderError.h"
+#include "format/ZEBErrors.h"
 #include "format/walk/BlockWalker.h"
 #include "format/walk/FrameRecord.h"
 

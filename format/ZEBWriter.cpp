@@ -8,9 +8,8 @@
 
 #include "format/BigEndian.h"
 #include "format/Layout.h"
-#include "format/TitleText.h"
-#include "format/ZEBConverterError.h"
-#include "format/ZEBWriterError.h"
+#include "format/ZEBErrors.h"
+#include "format/ZEBHeader.h"
 #include "platform/files/FileManager.h"
 
 namespace zeb {

@@ -1,7 +1,6 @@
 // A file of any bytes made a finished movie, or copied into one: it then holds every whole second.
 
-#include "format/MovieDamageError.h"
-#include "format/ZEBFormatError.h"
+#include "format/ZEBErrors.h"
 #include "format/ZEBReader.h"
 #include "format/check/MovieFacts.h"
 #include "format/check/PartialFile.h"

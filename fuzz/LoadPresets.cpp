@@ -7,9 +7,7 @@
 #include "platform/settings/PropertyList.h"
 #include "tests/doubles/FakeUserDefaults.h"
 #include "ui/presets/PresetEditor.h"
-#include "ui/presets/PresetLoader.h"
-#include "ui/presets/PresetMenu.h"
-#include "ui/presets/UserPresetJSON.h"
+#include "ui/presets/StoredPresets.h"
 
 using namespace zeb;
 

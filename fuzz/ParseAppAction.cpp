@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "app/AppActionParsing.h"
+#include "app/Requests.h"
 #include "fuzz/FuzzInput.h"
 
 using namespace zeb;

@@ -3,7 +3,7 @@
 #include <tuple>
 
 #include "format/Layout.h"
-#include "format/TitleText.h"
+#include "format/ZEBHeader.h"
 #include "format/ZEBReader.h"
 #include "fuzz/FuzzInput.h"
 #include "tests/format/MemoryFile.h"

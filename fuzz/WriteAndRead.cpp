@@ -1,6 +1,6 @@
 // What the writer writes, finished or left early and then finished, comes back byte by byte.
 
-#include "format/TitleText.h"
+#include "format/ZEBHeader.h"
 #include "format/ZEBReader.h"
 #include "format/ZEBWriter.h"
 #include "fuzz/FuzzInput.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/base/PlatformError.h"
+#include "platform/base/Error.h"
 #include "platform/files/FileHandle.h"
 #include "platform/text/LocalizedText.h"
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/Error.h"
 #include "platform/base/Picture.h"
-#include "platform/base/PlatformError.h"
 #include "platform/text/LocalizedText.h"
 
 /// Reading of video files: what an asset is, the pictures of its video track and the samples of its sound

@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "format/ZEBReader.h"
-#include "platform/sound/AudioSource.h"
+#include "platform/sound/AudioOutput.h"
 #include "platform/tasks/Clock.h"
 
 namespace zeb {

@@ -55,8 +55,8 @@ FOREIGN = (
     ("libplist", r"plist/", ("platform/settings/", *OTHERS), True),
     ("SDL", r"SDL", ("platform/sound/sdl/", *OTHERS), True),
     ("Qt", r"Q[A-Z]|Qt[A-Z]\w*/", ("platform/desktop/", "conversion/model/", "player/", "ui/", "app/", *OTHERS), True),
-    ("CLI11", r"CLI/", ("cli/", *OTHERS), True),
-    ("nlohmann_json", r"nlohmann/", ("cli/", "ui/", *OTHERS), True),
+    ("CLI11", r"CLI/", ("cli/Program.cpp",), True),
+    ("nlohmann_json", r"nlohmann/", ("cli/Json.cpp", "ui/presets/StoredPresets.cpp", *OTHERS), True),
     ("GoogleTest", r"g(test|mock)/", OTHERS, True),
     ("Google Benchmark", r"benchmark/", OTHERS, True),
     ("the operating system", r"(sys/\w+|unistd|fcntl|spawn|signal|dirent|dlfcn|poll|stdlib|termios|pthread|sched)\.h$",
@@ -86,7 +86,7 @@ def blankComments(text):
 
 
 def isAt(path, places):
-    return any(path.startswith(place.rstrip("/") + "/") for place in places)
+    return any(path == place or path.startswith(place.rstrip("/") + "/") for place in places)
 
 
 def roomOf(path):

@@ -1,7 +1,7 @@
 #include "app/scenes/PresetMenuModel.h"
 
-#include "ui/presets/BuiltInPreset.h"
-#include "ui/presets/PresetMenu.h"
+#include "ui/presets/Preset.h"
+#include "ui/presets/StoredPresets.h"
 
 namespace zeb {
 

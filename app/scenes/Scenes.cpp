@@ -6,9 +6,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/desktop/WindowPlace.h"
-#include "platform/files/Resources.h"
-#include "player/window/BringForward.h"
+#include "platform/desktop/Windows.h"
+#include "platform/files/StandardFolders.h"
 
 namespace zeb {
 namespace {

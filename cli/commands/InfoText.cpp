@@ -2,8 +2,9 @@
 
 #include <cmath>
 
-#include "cli/JsonText.h"
+#include "cli/Json.h"
 #include "cli/Text.h"
+#include "platform/text/NumberText.h"
 #include "platform/text/TextFormat.h"
 
 namespace zeb::cli {
@@ -60,7 +61,7 @@ std::string infoText(const std::string& file, const MovieFacts& facts) {
 
 std::string infoJson(const std::string& file, const MovieFacts& facts) {
     const ZEBHeader& header = facts.header;
-    return jsonLine(nlohmann::ordered_json{
+    return jsonLine({
         {"file", file},
         {"title", header.title},
         {"width", header.width},

@@ -11,7 +11,7 @@
 #include "cli/encode/PartialOutput.h"
 #include "cli/progress/SpeedMeter.h"
 #include "conversion/run/ConversionRun.h"
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 #include "format/check/MovieFacts.h"
 #include "platform/files/FileManager.h"
 #include "platform/text/LocalizedText.h"

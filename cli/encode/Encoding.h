@@ -3,8 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "cli/ExitCode.h"
-#include "cli/encode/EncodeArguments.h"
+#include "cli/Failure.h"
 #include "cli/encode/EncodeJob.h"
 #include "cli/encode/OpenedSource.h"
 #include "cli/progress/ProgressReporter.h"

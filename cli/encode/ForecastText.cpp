@@ -4,20 +4,13 @@
 #include <optional>
 #include <vector>
 
-#include "cli/JsonText.h"
+#include "cli/Json.h"
 #include "cli/Text.h"
 #include "platform/text/LocalizedText.h"
-#include "platform/text/TextFormat.h"
+#include "platform/text/NumberText.h"
 
 namespace zeb::cli {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-template <typename Value>
-Json orNull(const std::optional<Value>& value) {
-    return value ? Json(*value) : Json();
-}
 
 std::string sizeText(FrameSize size) {
     return std::to_string(size.width) + "x" + std::to_string(size.height);
@@ -139,9 +132,10 @@ std::string forecastText(const EncodeJob& job, const Settings& settings, const S
 std::string forecastJson(const EncodeJob& job, const Settings& settings, const SizeForecast& forecast) {
     const ConversionPlan& plan = forecast.plan;
     const ForecastSuggestion& suggestion = forecast.suggestion;
-    Json size;
-    if (suggestion.size) size = Json{{"width", suggestion.size->width}, {"height", suggestion.size->height}};
-    return jsonLine(Json{
+    JsonValue size;
+    if (suggestion.size)
+        size = JsonFields{{"width", suggestion.size->width}, {"height", suggestion.size->height}};
+    return jsonLine({
         {"type", "forecast"},
         {"input", job.input},
         {"output", job.output},
@@ -156,12 +150,12 @@ std::string forecastJson(const EncodeJob& job, const Settings& settings, const S
         {"basis", basisName(forecast.basis)},
         {"exact", forecast.isExact},
         {"samples", forecast.samples},
-        {"uncertainty", orNull(forecast.uncertainty)},
+        {"uncertainty", forecast.uncertainty},
         {"fits", forecast.fits()},
-        {"formatEndsAt", orNull(forecast.formatEndsAt)},
-        {"freeSpace", orNull(forecast.freeSpace)},
-        {"spaceEndsAt", orNull(forecast.spaceEndsAt)},
-        {"suggestedFramesPerSecond", orNull(suggestion.fps)},
+        {"formatEndsAt", forecast.formatEndsAt},
+        {"freeSpace", forecast.freeSpace},
+        {"spaceEndsAt", forecast.spaceEndsAt},
+        {"suggestedFramesPerSecond", suggestion.fps},
         {"suggestedSize", size},
     });
 }

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "format/MovieDamageError.h"
+#include "format/ZEBErrors.h"
 #include "format/check/PartialFile.h"
 #include "platform/files/FileManager.h"
 #include "platform/text/ErrorText.h"

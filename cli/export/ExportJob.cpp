@@ -6,8 +6,9 @@
 #include <filesystem>
 #include <utility>
 
-#include "cli/UsageError.h"
-#include "conversion/plan/NumberedName.h"
+#include "cli/Failure.h"
+#include "cli/Text.h"
+#include "conversion/plan/OutputName.h"
 
 namespace zeb::cli {
 namespace {
@@ -51,22 +52,6 @@ FilmFormat filmFormat(ExportFormat format) {
 }
 
 }  // namespace
-
-const char* const exportOutputHelp =
-    "OUT's ending tells what is made:\n"
-    "  .png          one picture, with --frame or --at\n"
-    "  %05d in .png  numbered pictures, \"frame-%05d.png\": %d is the frame's number in the\n"
-    "                movie, counted from 0; %05d is the same with at least five digits\n"
-    "  a folder      frame-00000.png and so on in it (it is made if its name ends in /);\n"
-    "                with --format or a single frame one file there, named after FILE\n"
-    "  .wav          the sound exactly as it is stored, 8 bits at 20 kHz\n"
-    "  .mkv          film and sound without any loss\n"
-    "  .mp4, .webm   film and sound for every player, of a quality that shows no loss; colours\n"
-    "                have half the resolution there: from --scale 2 on they are sharp, too\n"
-    "  .gif          animation of 256 colours per picture, without sound; it repeats if the\n"
-    "                movie is meant to loop\n"
-    "Damaged and unfinished movies are exported as far as they can be read. OUT appears when it is\n"
-    "complete; after an error or interrupt there is none, or what was there before.\n\n";
 
 ExportJob planExport(const ExportArguments& arguments) {
     if (arguments.input.empty()) throw UsageError("FILE: a file name is empty");
@@ -123,6 +108,34 @@ ExportJob planExport(const ExportArguments& arguments) {
         settings.format = filmFormat(format);
     }
     return job;
+}
+
+std::optional<std::int64_t> timeFrom(std::string_view text) {
+    constexpr int mostHours = 100'000;
+    constexpr std::size_t mostDecimals = 6;
+    std::string_view decimals;
+    if (const std::size_t point = text.find('.'); point != std::string_view::npos) {
+        decimals = text.substr(point + 1);
+        text = text.substr(0, point);
+        if (decimals.empty() || decimals.size() > mostDecimals) return std::nullopt;
+    }
+    std::int64_t seconds = 0;
+    // Below the first one, minutes and seconds end at 59.
+    for (int part = 0; part < 3; ++part) {
+        const std::size_t colon = text.find(':');
+        const auto value = wholeNumber(text.substr(0, colon), 0, part == 0 ? mostHours * 3600 : 59);
+        if (!value) return std::nullopt;
+        seconds = seconds * 60 + *value;
+        if (colon == std::string_view::npos) {
+            std::string micro(decimals);
+            micro.resize(mostDecimals, '0');
+            const auto rest = wholeNumber(micro, 0, 999'999);
+            if (!rest || micro.front() == '-') return std::nullopt;
+            return seconds * 1'000'000 + *rest;
+        }
+        text = text.substr(colon + 1);
+    }
+    return std::nullopt;
 }
 
 }  // namespace zeb::cli

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/ExitCode.h"
+#include "cli/Failure.h"
 #include "cli/export/ExportJob.h"
 #include "cli/progress/ProgressReporter.h"
 #include "media/FilmWriter.h"

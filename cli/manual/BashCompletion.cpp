@@ -1,4 +1,4 @@
-#include "cli/manual/BashCompletion.h"
+#include "cli/manual/Manual.h"
 
 namespace zeb::cli::manual {
 namespace {

@@ -1,10 +1,10 @@
-#include "cli/manual/ManPage.h"
+#include "cli/manual/Manual.h"
 
 #include <cctype>
 #include <sstream>
 #include <string_view>
 
-#include "cli/ExitCode.h"
+#include "cli/Failure.h"
 
 namespace zeb::cli::manual {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/manual/ZshCompletion.h"
+#include "cli/manual/Manual.h"
 
 namespace zeb::cli::manual {
 namespace {

@@ -1,16 +1,10 @@
-#include <CLI/App.hpp>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
 
-#include "cli/Parser.h"
-#include "cli/manual/BashCompletion.h"
-#include "cli/manual/FishCompletion.h"
-#include "cli/manual/ManPage.h"
-#include "cli/manual/ProgramDescription.h"
-#include "cli/manual/ZshCompletion.h"
+#include "cli/manual/Manual.h"
 
 namespace {
 
@@ -23,10 +17,7 @@ void write(const std::filesystem::path& path, const std::string& text) {
 
 void writeAll(const std::filesystem::path& folder) {
     using namespace zeb::cli;
-    Console console(std::cout, std::cerr, Terminal(), Terminal());
-    std::function<ExitCode()> run;
-    const auto parser = makeParser(console, run);
-    const manual::ProgramDescription program = manual::describe(*parser);
+    const manual::ProgramDescription program = manual::describeProgram();
     write(folder / "zeb.1", manual::manPage(program));
     write(folder / "zeb.bash", manual::bashCompletion(program));
     write(folder / "_zeb", manual::zshCompletion(program));

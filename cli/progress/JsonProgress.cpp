@@ -1,15 +1,9 @@
 #include "cli/progress/JsonProgress.h"
 
-#include "cli/JsonText.h"
+#include "cli/Json.h"
 #include "cli/encode/ForecastText.h"
 
 namespace zeb::cli {
-namespace {
-
-using Json = nlohmann::ordered_json;
-
-}  // namespace
-
 void JsonProgress::began(const EncodeJob& job) {
     ProgressReporter::began(job);
     m_pacer = Pacer(std::chrono::milliseconds(100));
@@ -17,7 +11,7 @@ void JsonProgress::began(const EncodeJob& job) {
 }
 
 void JsonProgress::planned(const Settings& settings, const ConversionPlan& plan) {
-    console().write(jsonLine(Json{
+    console().write(jsonLine({
         {"type", "start"},
         {"input", job().input},
         {"output", job().output},
@@ -47,15 +41,15 @@ void JsonProgress::advanced(const ProgressState& state) {
     const bool isLast = state.framesDone == state.totalFrames && m_framesShown != state.totalFrames;
     if (!m_pacer.isDue(Pacer::TimePoint::clock::now()) && !isLast) return;
     m_framesShown = state.framesDone;
-    console().write(jsonLine(Json{
+    console().write(jsonLine({
         {"type", "progress"},
         {"input", job().input},
         {"frames", state.framesDone},
         {"totalFrames", state.totalFrames},
         {"fraction", state.fraction()},
         {"bytes", state.bytes},
-        {"speed", state.speed > 0 ? Json(state.speed) : Json()},
-        {"remainingSeconds", state.remainingSeconds ? Json(*state.remainingSeconds) : Json()},
+        {"speed", state.speed > 0 ? JsonValue(state.speed) : JsonValue()},
+        {"remainingSeconds", state.remainingSeconds},
     }));
 }
 
@@ -70,7 +64,7 @@ void JsonProgress::warned(const std::string& line) {
 }
 
 void JsonProgress::finished(const EncodeSummary& summary) {
-    console().write(jsonLine(Json{
+    console().write(jsonLine({
         {"type", "done"},
         {"input", job().input},
         {"output", job().output},
@@ -85,7 +79,7 @@ void JsonProgress::finished(const EncodeSummary& summary) {
 
 void JsonProgress::failed(const EncodeFailure& failure) {
     ProgressReporter::failed(failure);
-    console().write(jsonLine(Json{
+    console().write(jsonLine({
         {"type", "error"},
         {"input", job().input},
         {"output", job().output},
@@ -96,7 +90,7 @@ void JsonProgress::failed(const EncodeFailure& failure) {
 }
 
 void JsonProgress::writeMessage(const char* type, const std::string& line) {
-    console().write(jsonLine(Json{{"type", type}, {"input", job().input}, {"message", line}}));
+    console().write(jsonLine({{"type", type}, {"input", job().input}, {"message", line}}));
 }
 
 }  // namespace zeb::cli

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "cli/progress/Pacer.h"
 #include "cli/progress/ProgressReporter.h"
+#include "cli/progress/SpeedMeter.h"
 
 namespace zeb::cli {
 

@@ -4,11 +4,20 @@
 #include "cli/encode/ForecastText.h"
 #include "cli/progress/BarProgress.h"
 #include "cli/progress/JsonProgress.h"
-#include "cli/progress/PlainProgress.h"
-#include "cli/progress/SilentProgress.h"
-#include "platform/text/TextFormat.h"
+#include "platform/text/NumberText.h"
 
 namespace zeb::cli {
+namespace {
+
+/// Nothing on the way, the summary at the end.
+class SilentProgress final : public ProgressReporter {
+public:
+    using ProgressReporter::ProgressReporter;
+
+    void advanced(const ProgressState&) override {}
+};
+
+}  // namespace
 
 void ProgressReporter::began(const EncodeJob& job) {
     m_job = job;
@@ -62,6 +71,25 @@ std::unique_ptr<ProgressReporter> makeProgressReporter(ProgressStyle style, Cons
         default:
             return std::make_unique<PlainProgress>(console, verbosity);
     }
+}
+
+void PlainProgress::planned(const Settings& settings, const ConversionPlan& plan) {
+    console().writeLine(job().input + " -> " + job().output + ": " + std::to_string(plan.size.width) + "x" +
+                        std::to_string(plan.size.height) + ", " + countText(plan.fps, "frame", "frames") +
+                        " per second, " + durationText(static_cast<double>(plan.seconds)) + ", Mode " +
+                        std::to_string(settings.qlModeNumber));
+    m_secondsShown = 0;
+    m_pacer = Pacer(std::chrono::seconds(1));
+}
+
+void PlainProgress::forecast(const Settings&, const SizeForecast& forecast) {
+    console().writeLine(forecastLine(forecast));
+}
+
+void PlainProgress::advanced(const ProgressState& state) {
+    if (state.secondsDone() == m_secondsShown || !m_pacer.isDue(Pacer::TimePoint::clock::now())) return;
+    m_secondsShown = state.secondsDone();
+    console().writeLine(plainLine(state));
 }
 
 }  // namespace zeb::cli

@@ -1,19 +1,34 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "cli/Console.h"
-#include "cli/ExitCode.h"
+#include "cli/Failure.h"
 #include "cli/encode/EncodeJob.h"
-#include "cli/progress/ProgressState.h"
 #include "cli/progress/ProgressStyle.h"
+#include "cli/progress/SpeedMeter.h"
 #include "conversion/forecast/SizeForecast.h"
 #include "conversion/plan/ConversionPlan.h"
 #include "conversion/plan/Settings.h"
 
 namespace zeb::cli {
+
+/// How far a conversion is.
+struct ProgressState {
+    std::int64_t framesDone = 0;
+    std::int64_t totalFrames = 1;
+    int fps = 1;                             ///< of the movie
+    std::uint64_t bytes = 0;                 ///< written so far
+    double speed = 0;                        ///< frames per second of work; 0 when not known yet
+    std::optional<double> remainingSeconds;  ///< estimated time left; nothing when not known yet
+
+    double fraction() const { return static_cast<double>(framesDone) / static_cast<double>(totalFrames); }
+    /// Seconds of the movie that are complete.
+    std::int64_t secondsDone() const { return framesDone / fps; }
+};
 
 /// A finished conversion.
 struct EncodeSummary {
@@ -74,5 +89,20 @@ private:
 /// `automatic` looks at where standard output leads.
 std::unique_ptr<ProgressReporter> makeProgressReporter(ProgressStyle style, Console& console,
                                                        Verbosity verbosity);
+
+/// Lines on standard output: what is going to be made, then how far it is at whole seconds of the movie,
+/// about one line per second of work.
+class PlainProgress final : public ProgressReporter {
+public:
+    using ProgressReporter::ProgressReporter;
+
+    void planned(const Settings& settings, const ConversionPlan& plan) override;
+    void forecast(const Settings& settings, const SizeForecast& forecast) override;
+    void advanced(const ProgressState& state) override;
+
+private:
+    Pacer m_pacer{std::chrono::seconds(1)};
+    std::int64_t m_secondsShown = 0;
+};
 
 }  // namespace zeb::cli

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "conversion/export/ExportError.h"
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 
 namespace zeb {
 namespace {

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "format/Layout.h"
-#include "format/TitleText.h"
+#include "format/ZEBHeader.h"
 
 namespace zeb {
 

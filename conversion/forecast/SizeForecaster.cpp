@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "conversion/forecast/SamplePictures.h"
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 #include "platform/text/ErrorText.h"
 
 namespace zeb {

@@ -8,7 +8,6 @@
 #include "conversion/run/ConversionRun.h"
 #include "media/Media.h"
 #include "platform/desktop/FilePanels.h"
-#include "platform/desktop/Pasteboard.h"
 #include "platform/files/OutputPlace.h"
 #include "platform/files/SecurityScope.h"
 #include "platform/settings/UserDefaults.h"
@@ -29,7 +28,8 @@ struct ConverterServices {
     Convert convert;
     UserDefaults& defaults;
     FilePanels& panels;
-    Pasteboard& pasteboard;
+    std::function<void(const std::string& text)>
+        copyText;  ///< replaces the contents of the clipboard (UTF-8)
     SoundEffects& sounds;
     SecurityScope& scope;
     MainActor& mainActor;

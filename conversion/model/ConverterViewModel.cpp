@@ -10,14 +10,13 @@
 #include <utility>
 
 #include "conversion/plan/OutputName.h"
-#include "conversion/plan/WriteTest.h"
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 #include "format/check/MovieFacts.h"
 #include "platform/files/FileManager.h"
 #include "platform/text/ErrorText.h"
 #include "platform/text/LocalizedText.h"
 #include "platform/text/PathName.h"
-#include "platform/text/TextTrim.h"
+#include "platform/text/UTF8.h"
 
 namespace zeb {
 namespace {
@@ -193,7 +192,7 @@ void ConverterViewModel::appendLogLines(std::deque<std::string> lines) {
 }
 
 void ConverterViewModel::copyLog() {
-    m_services.pasteboard.setText(logText().toStdString());
+    m_services.copyText(logText().toStdString());
     m_services.sounds.play(SoundEffect::logsAccessed);
 }
 

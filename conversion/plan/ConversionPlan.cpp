@@ -7,7 +7,7 @@
 
 #include "conversion/sound/AudioReader.h"
 #include "platform/text/LocalizedText.h"
-#include "platform/text/TextFormat.h"
+#include "platform/text/NumberText.h"
 
 namespace zeb {
 

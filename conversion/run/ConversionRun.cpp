@@ -14,9 +14,9 @@
 
 #include "conversion/run/FramePipeline.h"
 #include "conversion/sound/AudioReader.h"
-#include "conversion/sound/AudioSlice.h"
+#include "conversion/sound/SoundBytes.h"
 #include "format/Layout.h"
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 #include "format/ZEBWriter.h"
 #include "platform/text/LocalizedText.h"
 

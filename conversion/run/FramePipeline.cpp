@@ -4,7 +4,7 @@
 #include <cassert>
 #include <utility>
 
-#include "platform/tasks/ThreadPriority.h"
+#include "platform/tasks/Tasks.h"
 
 namespace zeb {
 

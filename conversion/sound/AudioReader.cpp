@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "conversion/sound/SoundResampler.h"
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 #include "platform/text/LocalizedText.h"
 
 namespace zeb {

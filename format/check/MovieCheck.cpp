@@ -10,7 +10,7 @@
 #include "codec/SpriteLayout.h"
 #include "format/BigEndian.h"
 #include "format/Layout.h"
-#include "format/ZEBFormatError.h"
+#include "format/ZEBErrors.h"
 #include "format/walk/FileCursor.h"
 #include "format/walk/FrameRecord.h"
 

@@ -8,7 +8,7 @@
 
 #include "format/BigEndian.h"
 #include "format/Layout.h"
-#include "format/MovieDamageError.h"
+#include "format/ZEBErrors.h"
 #include "format/walk/BlockWalker.h"
 
 namespace zeb {

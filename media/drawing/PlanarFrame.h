@@ -1,8 +1,8 @@
 #pragma once
 
 #include "media/ffmpeg/Handles.h"
+#include "platform/base/Error.h"
 #include "platform/base/KeyedText.h"
-#include "platform/base/PlatformError.h"
 
 namespace zeb::ffmpeg {
 

@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-#include "platform/base/PlatformError.h"
+#include "platform/base/Error.h"
 
 namespace zeb {
 

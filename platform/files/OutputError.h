@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/base/PlatformError.h"
+#include "platform/base/Error.h"
 
 namespace zeb {
 

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/sound/AudioSource.h"
+#include "platform/sound/AudioOutput.h"
 
 namespace zeb {
 

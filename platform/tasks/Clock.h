@@ -21,4 +21,12 @@ public:
     virtual Date date() const = 0;
 };
 
+/// The clock of the system.
+class SystemClock final : public Clock {
+public:
+    Instant now() const override;
+    bool sleepUntil(Instant deadline, const std::stop_token& token) const override;
+    Date date() const override;
+};
+
 }  // namespace zeb

@@ -5,6 +5,10 @@
 
 namespace zeb {
 
+/// Lowers the priority of the calling thread below the other threads of the process. Does nothing on systems
+/// without this.
+void giveWayToOtherThreads() noexcept;
+
 enum class TaskPriority {
     userInitiated,  ///< the user waits for the result
     utility,        ///< lower than all other work

@@ -1,8 +1,10 @@
 #include "platform/tasks/ThreadTasks.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
 #include <utility>
 
-#include "platform/tasks/ThreadPriority.h"
+#include "platform/tasks/Tasks.h"
 
 namespace zeb {
 
@@ -23,6 +25,14 @@ Task ThreadTasks::start(TaskPriority priority, Work work) {
             task.hasEnded = true;
         });
     return Task(task.thread.get_stop_source());
+}
+
+void giveWayToOtherThreads() noexcept {
+#ifdef __linux__
+    // On Linux a nice value belongs to the thread, not to the process.
+    constexpr int niceness = 5;
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness);
+#endif
 }
 
 }  // namespace zeb

@@ -4,7 +4,7 @@
 #include <new>
 #include <system_error>
 
-#include "platform/base/LocalizableError.h"
+#include "platform/base/Error.h"
 #include "platform/text/LocalizedText.h"
 #include "platform/text/SystemErrorText.h"
 

@@ -9,7 +9,6 @@
 
 #include "platform/text/StringTable.h"
 #include "platform/text/TextFormat.h"
-#include "platform/text/TextLocale.h"
 
 namespace zeb {
 namespace embedded {

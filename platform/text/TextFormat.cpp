@@ -117,18 +117,4 @@ std::string formatText(std::string_view format, std::span<const TextArgument> ar
     return result;
 }
 
-std::string durationText(double seconds) {
-    // Also takes what is not a number to 0.
-    const double limited = seconds > 0 ? std::min(seconds, 3.6e12) : 0;
-    const long long total = std::llround(limited);
-    const long long hours = total / 3600;
-    std::array<char, 32> buffer{};
-    if (hours > 0) {
-        std::snprintf(buffer.data(), buffer.size(), "%lld:%02lld:%02lld", hours, total / 60 % 60, total % 60);
-    } else {
-        std::snprintf(buffer.data(), buffer.size(), "%lld:%02lld", total / 60, total % 60);
-    }
-    return buffer.data();
-}
-
 }  // namespace zeb

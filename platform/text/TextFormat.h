@@ -19,7 +19,4 @@ namespace zeb {
 std::string formatText(std::string_view format, std::span<const TextArgument> arguments,
                        std::string_view decimalMark = ".");
 
-/// A length of time as a clock shows it, rounded to whole seconds: "0:05", "12:00", "2:00:59".
-std::string durationText(double seconds);
-
 }  // namespace zeb

@@ -341,6 +341,13 @@ std::string URL::pathExtension() const {
     return std::string(zeb::pathExtension(whole));
 }
 
+bool URL::hasExtension(std::string_view extension) const {
+    const auto lowerCased = [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+    };
+    return std::ranges::equal(pathExtension(), extension, {}, lowerCased);
+}
+
 URL URL::standardizedFileURL() const {
     const std::string given = path();
     if (!isFileURL() || given.empty()) return *this;

@@ -56,6 +56,8 @@ public:
     std::string path() const;
     /// Of the path with its escapes resolved, as `zeb::pathExtension` finds it.
     std::string pathExtension() const;
+    /// Whether that is `extension` (given in lower case) in any case of its ASCII letters.
+    bool hasExtension(std::string_view extension) const;
     /// A file URL in the one form that all spellings of its path share: ".", "..", doubled slashes and a
     /// slash at the end resolved in the path's text (links are not looked at), the same escapes, no host
     /// where it is this machine, no query or fragment. A file URL without a path and any other URL as it is.

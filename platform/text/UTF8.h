@@ -18,4 +18,7 @@ void appendUTF8(std::string& text, char32_t character);
 /// Returns `text` with ill-formed sequences replaced by U+FFFD.
 std::string repairedUTF8(std::string text);
 
+/// `text` (UTF-8) without the white space and line breaks (the Unicode property White_Space) at its ends.
+std::string_view trimmed(std::string_view text);
+
 }  // namespace zeb

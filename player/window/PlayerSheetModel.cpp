@@ -5,7 +5,7 @@
 
 #include "codec/Mode32Interpretation.h"
 #include "platform/text/LocalizedText.h"
-#include "player/TimeText.h"
+#include "platform/text/NumberText.h"
 
 namespace zeb {
 
@@ -187,10 +187,10 @@ void PlayerSheetModel::toggleFullScreen(QWindow* window) {
 
 std::vector<URL> PlayerSheetModel::moviesAmong(const QList<QUrl>& urls) const {
     std::vector<URL> movies;
+    if (!m_actions.commands.openMovie) return movies;
     for (const QUrl& url : urls) {
         const auto movie = URL::parse(url.toEncoded().toStdString());
-        if (movie && m_actions.commands.namesMovie && m_actions.commands.namesMovie(*movie))
-            movies.push_back(*movie);
+        if (movie && movie->hasExtension("zeb")) movies.push_back(*movie);
     }
     return movies;
 }

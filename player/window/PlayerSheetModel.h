@@ -16,10 +16,21 @@
 #include "platform/files/FileManager.h"
 #include "platform/settings/NotificationCenter.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/text/URL.h"
 #include "player/ZEBPlayerModel.h"
-#include "player/window/PlayerCommands.h"
 
 namespace zeb {
+
+/// The commands of the application's other windows that a player's keys give as well. An empty one does
+/// nothing. Called on the main thread.
+struct PlayerCommands {
+    std::function<void()> chooseVideo;
+    std::function<void()> playMovie;
+    std::function<void()> showSettings;
+    std::function<void()> showHelp;
+    /// Opens a movie that was dropped on the player.
+    std::function<void(const URL&)> openMovie;
+};
 
 /// `text` with a blank for each line end.
 QString oneLine(QString text);

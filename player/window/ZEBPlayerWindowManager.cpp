@@ -8,8 +8,8 @@
 #include <chrono>
 #include <utility>
 
+#include "platform/desktop/Windows.h"
 #include "platform/text/PathName.h"
-#include "player/window/BringForward.h"
 
 namespace zeb {
 namespace {

@@ -11,7 +11,6 @@
 #include "platform/settings/UserDefaults.h"
 #include "platform/text/URL.h"
 #include "player/ZEBPlayerModel.h"
-#include "player/window/PlayerCommands.h"
 #include "player/window/PlayerSheetModel.h"
 
 class QQmlEngine;

@@ -1,4 +1,4 @@
-#include "app/AppActionParsing.h"
+#include "app/Requests.h"
 
 #include <gmock/gmock.h>
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/OpenedURLs.h"
+#include "app/Requests.h"
 #include "tests/doubles/HandDrivenMainActor.h"
 
 namespace zeb {

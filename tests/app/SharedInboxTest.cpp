@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/files/ApplicationGroupContainer.h"
+#include "platform/files/StandardFolders.h"
 #include "tests/platform/TemporaryFolder.h"
 
 namespace zeb {

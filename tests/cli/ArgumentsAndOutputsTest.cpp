@@ -2,15 +2,14 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <optional>
 
+#include "cli/Failure.h"
 #include "cli/Interruption.h"
-#include "cli/UsageError.h"
+#include "cli/Program.h"
+#include "cli/commands/Commands.h"
 #include "cli/encode/EncodeJob.h"
 #include "cli/encode/PartialOutput.h"
 #include "cli/export/ExportJob.h"
@@ -26,20 +25,16 @@ using Kind = ExportSettings::Kind;
 using Words = std::vector<std::string>;
 
 template <typename Arguments>
-Arguments parse(Words words, void (*declare)(CLI::App&, Arguments&)) {
+Arguments parse(const Command& command, const Words& words) {
     Arguments arguments;
-    CLI::App parser;
-    parser.option_defaults()->take_last();
-    declare(parser, arguments);
-    std::reverse(words.begin(), words.end());
-    parser.parse(words);
+    readArguments(command, words, &arguments);
     return arguments;
 }
 EncodeArguments parseEncode(const Words& words) {
-    return parse<EncodeArguments>(words, declareEncodeArguments);
+    return parse<EncodeArguments>(encodeCommand, words);
 }
 ExportArguments parseExport(const Words& words) {
-    return parse<ExportArguments>(words, declareExportArguments);
+    return parse<ExportArguments>(exportCommand, words);
 }
 
 std::vector<EncodeJob> plan(Words inputs, std::optional<std::string> output = {}) {
@@ -127,12 +122,13 @@ TEST(PartialOutput, SettlesOnlyWhatItsRunMade) {
         {false, {}, false, 0, false, ""},
         {true, {}, false, 0, true, ""},
         {false, header, false, 0, false, "no whole second yet and was removed"},
-        {true, header, false, 0, true, "is back in its place"},
+        {true, header, false, 0, true,
+         "whole second yet and was removed; the movie of before is back in its place"},
         {true, golden::Bytes(), false, 0, true, "is back in its place"},
         {false, unfinished, false, 2, false, "finished after 2 seconds"},
         {true, unfinished, false, 2, false, "a.previous.zeb"},
         {false, unfinished, true, 0, false, "is left alone"},
-        {true, unfinished, true, 0, false, "a.previous.zeb"},
+        {true, unfinished, true, 0, false, "is left alone; the movie of before is now "},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
@@ -169,6 +165,8 @@ TEST(ExportTime, ReadsWhatPeopleWrite) {
     EXPECT_EQ(timeFrom("2.5"), 2'500'000);
     EXPECT_EQ(timeFrom("1:30"), 90'000'000);
     EXPECT_EQ(timeFrom("1:02:03.000001"), 3'723'000'001);
+    EXPECT_EQ(timeFrom("360000000"), 360'000'000'000'000);
+    EXPECT_EQ(timeFrom("360000001"), std::nullopt);
     for (const char* text :
          {"", ".5", "1.", "1.0000001", "1:60", "1:2:3:4", "-1", "1.-5", "1:", ":1", "1e3", "99999999999"})
         EXPECT_EQ(timeFrom(text), std::nullopt) << text;
@@ -258,7 +256,7 @@ TEST(Arguments, RefuseNonsense) {
                                {"a.mp4", "--threads", "257"},
                                {"a.mp4", "--track", "1000001"},
                                {"a.mp4", "--track", "0"}})
-        EXPECT_THROW(parseEncode(words), CLI::ParseError) << PrintToString(words);
+        EXPECT_THROW(parseEncode(words), UsageError) << PrintToString(words);
     for (const Words& words : {Words{"a.zeb"},
                                {"a.zeb", "-o", "b.png", "--frame", "1", "--at", "1"},
                                {"a.zeb", "-o", "b.png", "--frame", "1", "--to", "1"},
@@ -266,7 +264,7 @@ TEST(Arguments, RefuseNonsense) {
                                {"a.zeb", "-o", "b.png", "--frame", "2147483648"},
                                {"a.zeb", "-o", "b.mp4", "--scale", "65"},
                                {"a.zeb", "-o", "b.mp4", "--scale", "0"}})
-        EXPECT_THROW(parseExport(words), CLI::ParseError) << PrintToString(words);
+        EXPECT_THROW(parseExport(words), UsageError) << PrintToString(words);
     for (const Words& words : {Words{"a.zeb", "-o", "b"},
                                {"a.zeb", "-o", "b.avi"},
                                {"a.zeb", "-o", "b.png"},

@@ -110,8 +110,8 @@ TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
 }
 
 TEST_F(EncodeProgram, TakesOddNamesAsTheyAreAndGoesOnAfterAFailure) {
-    const std::vector<std::string> names = {"[a,b]",      "a:b.mov", "img%03d.mov",
-                                            "http:x.mov", "*.mov",   "-odd.mov"};
+    const std::vector<std::string> names = {"[a,b]", "a:b.mov",  "img%03d.mov", "http:x.mov",
+                                            "*.mov", "-odd.mov", "--fps",       "[c,d]"};
     std::vector<std::string> words = {"encode", "--progress", "none", "--fps", "1", "--", "missing.mp4"};
     for (const std::string& name : names) {
         fs::copy(m_folder.file("a.mov"), m_folder.file(name));

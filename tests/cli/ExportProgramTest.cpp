@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "platform/text/NumberText.h"
 #include "tests/cli/ZebProgram.h"
 
 namespace zeb::test {
@@ -29,7 +30,8 @@ TEST_F(ExportProgram, MakesEveryFormat) {
         const auto result = zeb({"export", "a.zeb", "-o", name, "--progress", "none"});
         EXPECT_EQ(result.exitCode, 0) << result.error;
         EXPECT_EQ(result.error, "");
-        EXPECT_THAT(result.out, StartsWith(name + ": 160x120, 30 frames, 0:03, "));
+        EXPECT_EQ(result.out, name + ": 160x120, 30 frames, 0:03, " +
+                                  byteText(fs::file_size(m_folder.file(name))) + "\n");
         // What was exported is a source again.
         EXPECT_EQ(zeb({"encode", name, "-o", "again.zeb", "--force"}).exitCode, 0) << name;
         const ZEBHeader header = rightMovie(m_folder.file("again.zeb")).header;
@@ -43,7 +45,22 @@ TEST_F(ExportProgram, MakesEveryFormat) {
     EXPECT_TRUE(contents(m_folder.file("a.mov.zeb")) == contents(m_folder.file("b.mkv.zeb")));
     EXPECT_EQ(zeb({"export", "a.zeb", "-o", "b.wav"}).exitCode, 0);
     EXPECT_EQ(fs::file_size(m_folder.file("b.wav")), 44 + 3 * 2 * 20000U);
-    EXPECT_EQ(zeb({"export", "a.zeb", "-o", "pictures/", "--from", "2.5"}).exitCode, 0);
+    const auto shown = zeb({"export", "a.zeb", "-o", "pictures/", "--from", "2.5", "--progress", "plain"});
+    EXPECT_EQ(shown.exitCode, 0);
+    EXPECT_THAT(
+        shown.out,
+        StartsWith("a.zeb -> pictures/frame-%05d.png: 160x120, 10 frames per second, 0:01, Mode 32\n"));
+    const std::string lines =
+        zeb({"export", "a.zeb", "-o", "c.mkv", "--from", "1", "--progress", "json"}).out;
+    const auto start = nlohmann::json::parse(lines.substr(0, lines.find('\n')));
+    EXPECT_EQ(start["seconds"], 2);
+    EXPECT_EQ(start["sourceSeconds"], 3);
+    const std::string warning = "--interpretation has no effect in Mode ";
+    EXPECT_EQ(zeb({"export", "a.zeb", "-o", "d.mkv", "--interpretation", "rgb565be"}).error, "");
+    EXPECT_EQ(zeb({"encode", "a.mov", "-o", "four.zeb", "--mode", "4"}).exitCode, 0);
+    for (const char* reading : {"rgb565le", "rgb565be"})
+        EXPECT_EQ(zeb({"export", "four.zeb", "-o", "d.mkv", "--force", "--interpretation", reading}).error,
+                  reading == std::string("rgb565be") ? "zeb: four.zeb: " + warning + "4\n" : "");
     EXPECT_FALSE(fs::exists(m_folder.file("pictures/frame-00024.png")));
     EXPECT_TRUE(fs::exists(m_folder.file("pictures/frame-00029.png")));
     EXPECT_EQ(zeb({"export", "a.zeb", "-o", "one.png", "--frame", "25"}).exitCode, 0);

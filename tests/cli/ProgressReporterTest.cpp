@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "cli/progress/ProgressLines.h"
+#include "cli/progress/BarProgress.h"
 #include "cli/progress/SpeedMeter.h"
 
 namespace zeb::cli {

@@ -7,7 +7,7 @@
 
 #include "cli/commands/InfoText.h"
 #include "cli/encode/ForecastText.h"
-#include "platform/text/TextFormat.h"
+#include "platform/text/NumberText.h"
 #include "platform/text/UTF8.h"
 
 namespace zeb::cli {

@@ -123,6 +123,27 @@ class ManualTest(unittest.TestCase):
             self.assertIn(line, zsh)
         self.assertEqual(len(re.findall(r"^ +'[*\d]:[A-Z]+:", zsh, re.MULTILINE)), len(commands()) + 1)
 
+    def test_page_and_completions_are_whole(self):
+        manual, zsh = (FOLDER / "zeb.1").read_text(), (FOLDER / "_zeb").read_text()
+        self.assertEqual(re.findall(r"^\.SH (.*)$", manual, re.MULTILINE),
+                         ["NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "EXIT STATUS", "ENVIRONMENT", "EXAMPLES"])
+        help_text = run(ZEB, "--help").stdout
+        summary = help_text.splitlines()[0]
+        self.assertIn(f".SH NAME\nzeb \\- {summary[0].lower()}{summary[1:].rstrip('.')}\n", manual)
+        self.assertIn(f".SH DESCRIPTION\n{summary}\n", manual)
+        codes = re.findall(r"^  (\d+) +(.*)$", help_text.split("Exit codes:\n")[1], re.MULTILINE)
+        self.assertEqual(re.findall(r"^\.TP\n\\fB(\d+)\\fR\n(.*)\.$", manual, re.MULTILINE),
+                         [(code, text[0].upper() + text[1:]) for code, text in codes])
+        # Each example once, with what it shows.
+        examples = re.findall(r"^\.PP\n(.*)\n\.PP\n\.RS 4\n\.EX\n(.*)$", manual, re.MULTILINE)
+        self.assertEqual(len(examples), len(dict(examples)))
+        self.assertEqual(len(examples), 7)
+        offered = re.findall(r"^ {8}'(\w+):(.*)'$", zsh.split("commands=(")[1].split("\n    )")[0], re.MULTILINE)
+        self.assertEqual(offered, re.findall(r"^  (\w+) +(.*)$", help_text.split("Subcommands:\n")[1].split("\n\n")[0],
+                                             re.MULTILINE))
+        for line in ("--output=[The movie, or", "-o+[The movie, or", "the input'\\''s name"):
+            self.assertIn(line, zsh)
+
     def test_syntax(self):
         checks = ((("bash", "-n"), "zeb.bash"), (("zsh", "-n"), "_zeb"), (("fish", "--no-execute"), "zeb.fish"),
                   (("groff", "-man", "-Tutf8", "-ww"), "zeb.1"))

@@ -7,7 +7,7 @@
 #include <new>
 
 #include "codec/FrameDecoder.h"
-#include "platform/base/PlatformError.h"
+#include "platform/base/Error.h"
 #include "tests/codec/SyntheticPictures.h"
 
 namespace zeb {

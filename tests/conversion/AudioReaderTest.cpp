@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 #include "tests/doubles/FakeMedia.h"
 
 namespace zeb {

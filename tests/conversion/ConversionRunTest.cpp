@@ -9,9 +9,8 @@
 #include <optional>
 
 #include "codec/SpriteEncoder.h"
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 #include "format/ZEBWriter.h"
-#include "format/ZEBWriterError.h"
 #include "format/check/PartialFile.h"
 #include "platform/files/FileHandle.h"
 #include "tests/doubles/FakeMedia.h"

@@ -13,14 +13,11 @@
 
 #include "conversion/export/ExportError.h"
 #include "conversion/plan/AudioTrack.h"
-#include "format/ZEBConverterError.h"
-#include "format/ZEBFormatError.h"
-#include "format/ZEBReaderError.h"
-#include "format/ZEBWriterError.h"
+#include "format/ZEBErrors.h"
 #include "media/Media.h"
 #include "platform/files/FileHandle.h"
+#include "platform/text/LocalizedText.h"
 #include "platform/text/SystemErrorText.h"
-#include "platform/text/TextLocale.h"
 
 namespace zeb {
 namespace {

@@ -7,9 +7,8 @@
 #include <limits>
 
 #include "conversion/export/ExportError.h"
-#include "conversion/plan/NumberedName.h"
-#include "format/ZEBConverterError.h"
-#include "format/ZEBFormatError.h"
+#include "conversion/plan/OutputName.h"
+#include "format/ZEBErrors.h"
 #include "format/ZEBWriter.h"
 #include "tests/platform/TemporaryFolder.h"
 

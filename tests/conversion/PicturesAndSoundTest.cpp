@@ -7,7 +7,7 @@
 #include "conversion/export/ExportError.h"
 #include "conversion/export/ReducedImage.h"
 #include "conversion/plan/AudioTrack.h"
-#include "conversion/sound/AudioSlice.h"
+#include "conversion/sound/SoundBytes.h"
 #include "conversion/sound/WAVFile.h"
 #include "tests/format/MemoryFile.h"
 

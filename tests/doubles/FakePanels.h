@@ -7,7 +7,6 @@
 #include <variant>
 
 #include "platform/desktop/FilePanels.h"
-#include "platform/desktop/Pasteboard.h"
 
 namespace zeb::fake {
 
@@ -38,16 +37,6 @@ private:
         Answer answer;
     };
     std::deque<Open> m_open;
-};
-
-/// A clipboard in memory.
-class FakePasteboard final : public Pasteboard {
-public:
-    void setText(const std::string& text) override { m_text = text; }
-    const std::string& text() const { return m_text; }
-
-private:
-    std::string m_text;
 };
 
 }  // namespace zeb::fake

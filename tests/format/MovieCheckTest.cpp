@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "platform/base/PlatformError.h"
+#include "platform/base/Error.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 

@@ -1,6 +1,6 @@
 // Damage to movies, by where it is and what it does: which seconds are found, and what is made of them.
 
-#include "format/MovieDamageError.h"
+#include "format/ZEBErrors.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "format/BigEndian.h"
-#include "format/ZEBFormatError.h"
+#include "format/ZEBErrors.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 #include "tests/platform/TemporaryFolder.h"

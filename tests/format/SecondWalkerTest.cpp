@@ -4,7 +4,7 @@
 
 #include "format/BigEndian.h"
 #include "format/Layout.h"
-#include "format/MovieDamageError.h"
+#include "format/ZEBErrors.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 

@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "format/TitleText.h"
-#include "format/ZEBFormatError.h"
+#include "format/ZEBErrors.h"
+#include "format/ZEBHeader.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 

@@ -5,8 +5,7 @@
 #include <functional>
 #include <limits>
 
-#include "format/ZEBConverterError.h"
-#include "format/ZEBWriterError.h"
+#include "format/ZEBErrors.h"
 #include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 #include "tests/platform/TemporaryFolder.h"

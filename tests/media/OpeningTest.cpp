@@ -5,7 +5,7 @@
 #include <random>
 
 #include "Clips.h"
-#include "platform/base/PlatformError.h"
+#include "platform/base/Error.h"
 
 namespace zeb {
 namespace {

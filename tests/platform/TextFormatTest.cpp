@@ -8,7 +8,6 @@
 
 #include "platform/text/LocalizedText.h"
 #include "platform/text/StringTable.h"
-#include "platform/text/TextLocale.h"
 
 namespace zeb {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/desktop/WindowPlace.h"
+#include "platform/desktop/Windows.h"
 
 #include <gtest/gtest.h>
 

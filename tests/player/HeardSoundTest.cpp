@@ -16,7 +16,7 @@
 #include "format/ZEBWriter.h"
 #include "platform/desktop/QtMainActor.h"
 #include "platform/sound/sdl/SDLAudioOutput.h"
-#include "platform/tasks/SystemClock.h"
+#include "platform/tasks/Clock.h"
 #include "platform/tasks/ThreadTasks.h"
 #include "player/ZEBPlayerModel.h"
 #include "tests/platform/TemporaryFolder.h"

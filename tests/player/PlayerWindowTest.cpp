@@ -20,7 +20,7 @@
 #include "codec/SpriteEncoder.h"
 #include "format/ZEBWriter.h"
 #include "platform/desktop/QtMainActor.h"
-#include "platform/tasks/SystemClock.h"
+#include "platform/tasks/Clock.h"
 #include "platform/tasks/ThreadTasks.h"
 #include "player/window/FrameItem.h"
 #include "player/window/PlayerSheetModel.h"
@@ -216,11 +216,7 @@ TEST_F(PlayerWindowTest, TimeAndCounterTellWhereTheSliderIs) {
 TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
     std::vector<std::string> called;
     const auto note = [&called](const char* what) { return [&called, what] { called.emplace_back(what); }; };
-    const PlayerCommands commands{note("choose"),
-                                  note("play"),
-                                  note("settings"),
-                                  note("help"),
-                                  [](const URL& url) { return url.text().ends_with(".zeb"); },
+    const PlayerCommands commands{note("choose"), note("play"), note("settings"), note("help"),
                                   [&called](const URL& url) { called.push_back(url.text()); }};
     PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {note("close"), note("maker"), commands});

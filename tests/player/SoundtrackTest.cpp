@@ -8,10 +8,10 @@
 #include <optional>
 #include <vector>
 
+#include "platform/text/NumberText.h"
 #include "player/PlaybackPeriod.h"
 #include "player/SoundtrackPlayer.h"
 #include "player/SoundtrackSource.h"
-#include "player/TimeText.h"
 #include "tests/doubles/HandDrivenClock.h"
 #include "tests/player/HandDrivenDevice.h"
 

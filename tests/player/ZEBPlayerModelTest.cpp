@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "format/ZEBFormatError.h"
+#include "format/ZEBErrors.h"
 #include "platform/files/FileHandle.h"
 #include "platform/text/LocalizedText.h"
 #include "tests/doubles/HandDrivenClock.h"

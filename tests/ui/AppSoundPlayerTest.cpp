@@ -11,7 +11,7 @@
 #include "tests/doubles/HandDrivenMainActor.h"
 #include "tests/platform/TemporaryFolder.h"
 #include "tests/player/RecordingOutput.h"
-#include "ui/presets/SoundEffectsEnabled.h"
+#include "ui/presets/Preset.h"
 
 namespace zeb {
 namespace {

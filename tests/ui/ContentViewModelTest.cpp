@@ -11,7 +11,7 @@
 
 #include "platform/text/LocalizedText.h"
 #include "tests/conversion/model/ConverterTest.h"
-#include "ui/presets/PresetMenu.h"
+#include "ui/presets/StoredPresets.h"
 
 namespace zeb {
 namespace {

@@ -4,10 +4,8 @@
 
 #include "platform/settings/PropertyList.h"
 #include "tests/doubles/FakeUserDefaults.h"
-#include "ui/presets/LenientPresets.h"
 #include "ui/presets/PresetEditor.h"
-#include "ui/presets/PresetLoader.h"
-#include "ui/presets/UserPresetJSON.h"
+#include "ui/presets/StoredPresets.h"
 
 namespace zeb {
 

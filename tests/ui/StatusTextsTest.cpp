@@ -4,12 +4,10 @@
 #include <limits>
 #include <utility>
 
-#include "ui/model/ByteCountText.h"
-#include "ui/model/DurationText.h"
+#include "platform/text/NumberText.h"
 #include "ui/model/ForecastText.h"
 #include "ui/model/RemainingTime.h"
 #include "ui/model/TargetDescription.h"
-#include "ui/model/VersionText.h"
 
 namespace zeb {
 namespace {

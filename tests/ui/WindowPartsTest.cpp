@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/files/Resources.h"
+#include "platform/files/StandardFolders.h"
 #include "tests/doubles/FakeUserDefaults.h"
 #include "tests/platform/OffscreenApplication.h"
 #include "ui/presets/PresetSettingsModel.h"

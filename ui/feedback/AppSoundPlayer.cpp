@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "ui/presets/SoundEffectsEnabled.h"
+#include "ui/presets/Preset.h"
 
 namespace zeb {
 namespace {

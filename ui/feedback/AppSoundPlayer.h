@@ -6,7 +6,7 @@
 
 #include "conversion/model/SoundEffects.h"
 #include "media/Media.h"
-#include "platform/files/Resources.h"
+#include "platform/files/StandardFolders.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/sound/AudioOutput.h"
 #include "platform/sound/SampledSound.h"

@@ -1,10 +1,62 @@
 #include "ui/feedback/DockProgressController.h"
 
+#include <QPainter>
+#include <QPen>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <utility>
 
 namespace zeb {
+namespace {
+
+// All in points.
+constexpr double margin = 14;  // of the bar, to the left, the right and below
+constexpr double barHeight = 12;
+constexpr double radius = barHeight / 2;
+constexpr double outlineWidth = 1;
+
+constexpr double trackOpacity = 0.45;
+constexpr double outlineOpacity = 0.75;
+
+}  // namespace
+
+DockProgressView::DockProgressView(int size, QImage appIcon, QColor accent)
+    : m_size(size), m_appIcon(std::move(appIcon)), m_accent(accent) {}
+
+QImage DockProgressView::draw(double devicePixelRatio) const {
+    const int pixels = static_cast<int>(std::lround(m_size * devicePixelRatio));
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(devicePixelRatio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+
+    if (!m_appIcon.isNull()) {
+        // The painter's own scaling would skip pixels of an icon that is much larger.
+        QImage icon = m_appIcon.scaled(image.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        icon.setDevicePixelRatio(devicePixelRatio);
+        painter.drawImage(QPointF(0, 0), icon);
+    }
+
+    const QRectF bar(margin, m_size - margin - barHeight, m_size - 2 * margin, barHeight);
+    if (bar.width() <= 0) return image;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor::fromRgbF(0, 0, 0, static_cast<float>(trackOpacity)));
+    painter.drawRoundedRect(bar, radius, radius);
+
+    // Never narrower than its round ends.
+    QRectF fill = bar;
+    fill.setWidth(std::min(std::max(bar.width() * m_progress, barHeight), bar.width()));
+    painter.setBrush(m_accent);
+    painter.drawRoundedRect(fill, radius, radius);
+
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(QColor::fromRgbF(1, 1, 1, static_cast<float>(outlineOpacity)), outlineWidth));
+    painter.drawRoundedRect(bar, radius, radius);
+    return image;
+}
+
 namespace {
 
 constexpr int tileSize = 128;  // points

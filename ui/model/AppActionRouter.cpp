@@ -1,9 +1,8 @@
 #include "ui/model/AppActionRouter.h"
 
+#include <QUuid>
 #include <string_view>
 #include <utility>
-
-#include "platform/files/UUID.h"
 
 namespace zeb {
 namespace {
@@ -18,7 +17,8 @@ AppActionRouter& AppActionRouter::shared() {
 }
 
 void AppActionRouter::post(AppAction action) {
-    m_request = AppActionRequest{makeUUID(), std::move(action)};
+    m_request = AppActionRequest{QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString(),
+                                 std::move(action)};
     m_unannounced.push_back(*m_request);
     // An observer that posts, or that lets events in while it asks something, must not have the observers
     // behind it hear of the newer request first.

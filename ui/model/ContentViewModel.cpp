@@ -10,14 +10,10 @@
 
 #include "platform/files/FileManager.h"
 #include "platform/text/LocalizedText.h"
+#include "platform/text/NumberText.h"
 #include "platform/text/PathName.h"
-#include "ui/model/ByteCountText.h"
-#include "ui/model/DurationText.h"
 #include "ui/model/ForecastText.h"
-#include "ui/model/MovieName.h"
 #include "ui/model/TargetDescription.h"
-#include "ui/model/UnknownText.h"
-#include "ui/model/VersionText.h"
 
 namespace zeb {
 namespace {
@@ -35,24 +31,10 @@ NameOrder localizedOrder() {
 
 }  // namespace
 
-class ContentViewModel::SettingsSize final : public SizeSettings {
-public:
-    explicit SettingsSize(SettingsModel& settings) : m_settings(settings) {}
-
-    int width() const override { return m_settings.width(); }
-    int height() const override { return m_settings.height(); }
-    void setWidth(int width) override { m_settings.setWidth(width); }
-    void setHeight(int height) override { m_settings.setHeight(height); }
-
-private:
-    SettingsModel& m_settings;
-};
-
 ContentViewModel::ContentViewModel(ContentServices services, QObject* parent)
     : QObject(parent),
       m_services(std::move(services)),
-      m_size(std::make_unique<SettingsSize>(*vm()->settings())),
-      m_presets(m_services.defaults, m_services.notifications, m_services.mainActor, *m_size,
+      m_presets(m_services.defaults, m_services.notifications, m_services.mainActor, *vm()->settings(),
                 localizedOrder(),
                 {.optionsChanged = [this] { emit presetsChanged(); },
                  .selectedPresetIDChanged = [this] { emit presetsChanged(); },
@@ -359,7 +341,7 @@ void ContentViewModel::takeDroppedURLs(const QList<QUrl>& urls) {
         if (!dropped) continue;
         if (!dropped->isLocalFile()) {
             refused.push_back(*dropped);
-        } else if (namesMovie(*dropped)) {
+        } else if (dropped->hasExtension("zeb")) {
             openZEBFile(*dropped, false);
         } else {
             videos.push_back(*dropped);

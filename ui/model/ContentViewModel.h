@@ -138,7 +138,6 @@ signals:
 
 private:
     /// The size as presets see it.
-    class SettingsSize;
 
     void connectConverter();
     void runBegan();
@@ -156,7 +155,6 @@ private:
     void takeForecast(const ForecastOutcome& outcome);
 
     ContentServices m_services;
-    std::unique_ptr<SettingsSize> m_size;
     PresetSelection m_presets;
     SizeForecaster m_forecaster;
     std::string m_forecastText;

@@ -3,8 +3,7 @@
 #include <cstdint>
 
 #include "platform/text/LocalizedText.h"
-#include "ui/model/ByteCountText.h"
-#include "ui/model/DurationText.h"
+#include "platform/text/NumberText.h"
 
 namespace zeb {
 namespace {

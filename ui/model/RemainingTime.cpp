@@ -4,8 +4,7 @@
 #include <chrono>
 #include <cmath>
 
-#include "ui/model/DurationText.h"
-#include "ui/model/UnknownText.h"
+#include "platform/text/NumberText.h"
 
 namespace zeb {
 

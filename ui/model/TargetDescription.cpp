@@ -4,6 +4,8 @@
 #include <cstdint>
 
 #include "platform/text/LocalizedText.h"
+#include "platform/text/NumberText.h"
+#include "platform/text/UTF8.h"
 
 namespace zeb {
 namespace {
@@ -29,6 +31,11 @@ std::string sourceTargetText(const SourceInfo& source, const Settings& settings)
                          {std::int64_t{source.width}, std::int64_t{source.height}, std::int64_t{source.fps},
                           std::int64_t{target.size.width}, std::int64_t{target.size.height},
                           std::int64_t{target.fps}, std::int64_t{target.qlModeNumber}, target.audioText});
+}
+
+std::string versionText(const std::string& version, const std::string& build) {
+    const std::string number = trimmed(version).empty() ? unknownText : version;
+    return "v" + number + (trimmed(build).empty() ? "" : " (" + build + ")");
 }
 
 }  // namespace zeb

@@ -23,4 +23,8 @@ TargetDescription targetDescription(const SourceInfo& source, const Settings& se
 /// Source and target on one line, localised.
 std::string sourceTargetText(const SourceInfo& source, const Settings& settings);
 
+/// How the window names the program's version: "v0.1.0 (7)", "v—" without one; a build that is blank is left
+/// out.
+std::string versionText(const std::string& version, const std::string& build);
+
 }  // namespace zeb

@@ -1,10 +1,10 @@
 #include "ui/presets/PresetEditor.h"
 
+#include <QUuid>
 #include <utility>
 
-#include "platform/files/UUID.h"
-#include "ui/presets/SoundEffectsEnabled.h"
-#include "ui/presets/UserPresetJSON.h"
+#include "ui/presets/Preset.h"
+#include "ui/presets/StoredPresets.h"
 
 namespace zeb {
 
@@ -29,7 +29,8 @@ void PresetEditor::saveUserPresets() {
 }
 
 void PresetEditor::addUserPreset(const std::string& name, std::int64_t width, std::int64_t height) {
-    m_userPresets.push_back({makeUUID(), name, width, height});
+    m_userPresets.push_back(
+        {QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString(), name, width, height});
     saveUserPresets();
     if (m_changes.listChanged) m_changes.listChanged();
 }

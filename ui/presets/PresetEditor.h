@@ -9,8 +9,7 @@
 
 #include "platform/settings/NotificationCenter.h"
 #include "platform/settings/UserDefaults.h"
-#include "ui/presets/BuiltInPreset.h"
-#include "ui/presets/UserPreset.h"
+#include "ui/presets/Preset.h"
 
 namespace zeb {
 

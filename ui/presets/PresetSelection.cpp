@@ -4,9 +4,8 @@
 #include <utility>
 
 #include "platform/text/LocalizedText.h"
-#include "ui/presets/BuiltInPreset.h"
-#include "ui/presets/PresetMenu.h"
-#include "ui/presets/WindowNumber.h"
+#include "ui/presets/Preset.h"
+#include "ui/presets/StoredPresets.h"
 
 namespace zeb {
 namespace {
@@ -19,12 +18,12 @@ const std::int64_t* integerIn(const PropertyDictionary& userInfo, std::string_vi
 }  // namespace
 
 PresetSelection::PresetSelection(UserDefaults& defaults, NotificationCenter& notifications,
-                                 MainActor& mainActor, SizeSettings& size, NameOrder isBefore,
+                                 MainActor& mainActor, SettingsModel& settings, NameOrder isBefore,
                                  Changes changes)
     : m_defaults(defaults),
       m_notifications(notifications),
       m_mainActor(mainActor),
-      m_size(size),
+      m_settings(settings),
       m_isBefore(std::move(isBefore)),
       m_changes(std::move(changes)),
       m_self(std::make_shared<PresetSelection*>(this)) {}
@@ -79,8 +78,8 @@ void PresetSelection::applyPreset(const std::string& id) {
 }
 
 void PresetSelection::applySize(std::int64_t width, std::int64_t height) {
-    m_size.setWidth(windowNumber(width));
-    m_size.setHeight(windowNumber(height));
+    m_settings.setWidth(windowNumber(width));
+    m_settings.setHeight(windowNumber(height));
 }
 
 void PresetSelection::endApplyingSoon() {
@@ -102,7 +101,7 @@ void PresetSelection::select(std::string id) {
 }
 
 void PresetSelection::selectMatching() {
-    select(matchingPresetID(m_size.width(), m_size.height()));
+    select(matchingPresetID(m_settings.width(), m_settings.height()));
 }
 
 void PresetSelection::sizeChanged() {

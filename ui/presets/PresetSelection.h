@@ -7,12 +7,12 @@
 #include <string_view>
 #include <vector>
 
+#include "conversion/model/SettingsModel.h"
 #include "platform/settings/NotificationCenter.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/tasks/MainActor.h"
-#include "ui/presets/PresetLoader.h"
-#include "ui/presets/SizeSettings.h"
-#include "ui/presets/UserPreset.h"
+#include "ui/presets/Preset.h"
+#include "ui/presets/StoredPresets.h"
 
 namespace zeb {
 
@@ -29,7 +29,8 @@ public:
 
     /// All that is handed in outlives this.
     PresetSelection(UserDefaults& defaults, NotificationCenter& notifications, MainActor& mainActor,
-                    SizeSettings& size, NameOrder isBefore = isBeforeInAnyLanguage, Changes changes = {});
+                    SettingsModel& settings, NameOrder isBefore = isBeforeInAnyLanguage,
+                    Changes changes = {});
     ~PresetSelection();
     PresetSelection(const PresetSelection&) = delete;
     PresetSelection& operator=(const PresetSelection&) = delete;
@@ -73,7 +74,7 @@ private:
     UserDefaults& m_defaults;
     NotificationCenter& m_notifications;
     MainActor& m_mainActor;
-    SizeSettings& m_size;
+    SettingsModel& m_settings;
     NameOrder m_isBefore;
     Changes m_changes;
     std::vector<UserPreset> m_userPresets;

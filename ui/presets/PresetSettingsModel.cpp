@@ -1,7 +1,7 @@
 #include "ui/presets/PresetSettingsModel.h"
 
 #include "platform/text/LocalizedText.h"
-#include "ui/presets/WindowNumber.h"
+#include "ui/presets/Preset.h"
 
 namespace zeb {
 namespace {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <vector>
 
-#include "platform/files/Resources.h"
+#include "platform/files/StandardFolders.h"
 
 namespace zeb {
 namespace {

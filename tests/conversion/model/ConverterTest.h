@@ -64,7 +64,7 @@ protected:
     NotificationCenter notifications;
     fake::FakeUserDefaults defaults{notifications};
     fake::FakePanels panels;
-    fake::FakePasteboard pasteboard;
+    std::string clipboard;
     RecordingSounds sounds;
     RecordingScope scope;
     fake::HandDrivenMainActor mainActor;
@@ -85,7 +85,8 @@ protected:
                                   run(callbacks, output.path());
                                   output.commit();
                               },
-                              defaults, panels, pasteboard, sounds, scope, mainActor, tasks, clock});
+                              defaults, panels, [this](const std::string& text) { clipboard = text; }, sounds,
+                              scope, mainActor, tasks, clock});
     }
     std::unique_ptr<ConverterViewModel> model = makeModel();
 };

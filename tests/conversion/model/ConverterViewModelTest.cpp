@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "conversion/plan/OutputName.h"
-#include "format/ZEBConverterError.h"
+#include "format/ZEBErrors.h"
 #include "platform/text/LocalizedText.h"
 #include "tests/conversion/model/ConverterTest.h"
 #include "tests/format/GoldenMovie.h"
@@ -385,7 +385,7 @@ TEST_F(ConverterViewModelTest, RunsToTheEnd) {
     EXPECT_THAT(scope.calls, ElementsAre("+/films/holiday.mov", "+" + output, "-" + output));
 
     model->copyLog();
-    EXPECT_EQ(pasteboard.text(), log());
+    EXPECT_EQ(clipboard, log());
     model->setInput(URL::forFile("/films/silent.mov"));
     EXPECT_FALSE(model->playableOutputURL());
 }

@@ -38,7 +38,7 @@ protected:
                 };
                 ConversionRun(*media).convert(source, movie, settings, held);
             },
-            defaults, panels, pasteboard, sounds, scope, *loop, *threads, clock});
+            defaults, panels, [](const std::string&) {}, sounds, scope, *loop, *threads, clock});
     }
     ~RealConversionTest() override {
         letGo();
