@@ -171,7 +171,7 @@ inline constexpr Option progressOption{
 template <auto field>
 inline constexpr Option verboseOption{.names = "--verbose",
                                       .placeholder = "",
-                                      .help = "Also log what happens, to standard error",
+                                      .help = "Also write the log to standard error",
                                       .flag = flag<field>};
 
 }  // namespace zeb::cli

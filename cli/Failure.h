@@ -23,7 +23,7 @@ enum class ExitCode {
 inline constexpr const char* exitCodeHelp =
     "Exit codes:\n"
     "  0    done\n"
-    "  1    a conversion failed, or a movie is not right\n"
+    "  1    conversion failed, or movie invalid\n"
     "  2    wrong usage\n"
     "  3    an input cannot be read\n"
     "  4    an output cannot be written\n"

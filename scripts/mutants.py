@@ -43,7 +43,7 @@ import time
 import mutant_sources
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-ROOMS = ("platform", "codec", "format", "conversion", "player", "ui", "cli", "app")
+ROOMS = ("platform", "media", "codec", "format", "conversion", "player", "ui", "cli", "app")
 QUICK = 0.3  # seconds: tests below are run together
 
 HEADER = """#pragma once

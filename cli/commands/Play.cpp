@@ -68,7 +68,7 @@ ExitCode play(const PlayArguments& arguments, Console& console) {
 constexpr Option options[] = {
     {.names = "FILE",
      .placeholder = "...",
-     .help = "Movies to play, each in a window of its own",
+     .help = "Movies to play, each in a separate window",
      .take = append<&PlayArguments::files>,
      .isRequired = true,
      .isRepeatable = true},

@@ -66,7 +66,7 @@ std::string lossText(const MovieFacts& before) {
         text += " left out";
     }
     if (before.end < before.fileSize)
-        text += "; " + byteText(before.fileSize - before.end) + " behind the last whole second cut off";
+        text += "; removed " + byteText(before.fileSize - before.end) + " after the last complete second";
     return text;
 }
 
@@ -131,13 +131,13 @@ constexpr Option options[] = {
 
 constexpr const char* notes =
     "Makes a finished movie of one that a crash, a full disk or an interrupt cut short: it ends\n"
-    "after its last whole second. A movie that is finished stays as it is.\n"
-    "Where whole seconds follow damaged ones, nothing is cut off in place (exit code 1); with -o\n"
-    "the new movie has every whole second, and damaged ones are left out with their sound.";
+    "after its last complete second. A movie that is finished stays as it is.\n"
+    "If complete seconds follow damaged ones, repair in place changes nothing (exit code 1); with -o\n"
+    "the new movie contains every complete second, without the damaged ones and their sound.";
 
 }  // namespace
 
 constinit const Command repairCommand =
-    command<repair>("repair", "Make a finished movie of one that was cut short", options, notes);
+    command<repair>("repair", "Finish a movie that was cut short", options, notes);
 
 }  // namespace zeb::cli

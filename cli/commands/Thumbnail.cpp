@@ -90,7 +90,7 @@ constexpr Option options[] = {
      .isRequired = true},
     {.names = "--size",
      .placeholder = "N",
-     .help = "The most pixels of its longer side",
+     .help = "Maximum length of the longer side in pixels",
      .expected = "a whole number from 1 to 4096",
      .take = number<&ThumbnailArguments::size, 1, mostPixelsOfASide>},
 };

@@ -124,7 +124,7 @@ std::string forecastText(const EncodeJob& job, const Settings& settings, const S
     }
     if (!forecast.fits()) {
         const std::string suggestion = suggestionText(forecast.suggestion);
-        line("What would fit", suggestion.empty() ? "no rate or size" : suggestion);
+        line("Suggestion", suggestion.empty() ? "none (no frame rate or size would fit)" : suggestion);
     }
     return text;
 }

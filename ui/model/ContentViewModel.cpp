@@ -37,8 +37,7 @@ ContentViewModel::ContentViewModel(ContentServices services, QObject* parent)
       m_presets(m_services.defaults, m_services.notifications, m_services.mainActor, *vm()->settings(),
                 localizedOrder(),
                 {.optionsChanged = [this] { emit presetsChanged(); },
-                 .selectedPresetIDChanged = [this] { emit presetsChanged(); },
-                 .isApplyingPresetChanged = {}}),
+                 .selectedPresetIDChanged = [this] { emit presetsChanged(); }}),
       m_forecaster(m_services.media, m_services.tasks, m_services.mainActor,
                    [this](const ForecastOutcome& outcome) {
                        m_forecastIsAwaited = false;

@@ -90,8 +90,7 @@ void PresetSelection::endApplyingSoon() {
 }
 
 void PresetSelection::setApplying(bool isApplying) {
-    if (std::exchange(m_isApplyingPreset, isApplying) == isApplying) return;
-    if (m_changes.isApplyingPresetChanged) m_changes.isApplyingPresetChanged();
+    m_isApplyingPreset = isApplying;
 }
 
 void PresetSelection::select(std::string id) {

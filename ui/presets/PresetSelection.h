@@ -24,7 +24,6 @@ public:
     struct Changes {
         std::function<void()> optionsChanged;  ///< perhaps other `presetOptions`
         std::function<void()> selectedPresetIDChanged;
-        std::function<void()> isApplyingPresetChanged;
     };
 
     /// All that is handed in outlives this.
