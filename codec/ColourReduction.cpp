@@ -124,8 +124,8 @@ struct Strip {
     const std::int64_t* valueSteps;  ///< difference of the bit patterns of the values of levels n + 1 and n
 };
 
-/// Dithers the rows of a strip in parallel. Each row is two pixels behind the row above, so that the errors
-/// from there are complete and the eight pixels are independent. A pixel receives its errors in the order of
+/// Dithers the rows of a strip in parallel. Each row is two pixels behind the row above. The errors from
+/// above are then complete, and the eight pixels are independent. A pixel receives its errors in the order of
 /// row-by-row processing, because floating-point sums depend on the order: upper left, upper, upper right,
 /// left.
 ///
