@@ -13,8 +13,8 @@ struct KeyedText;
 /// that has a key itself (%@).
 using TextArgument = std::variant<std::int64_t, double, std::string, KeyedText>;
 
-/// A text for people as plain data: a key of the string tables (resources/strings/) and the arguments of its
-/// text. `localizedText` (LocalizedText.h) makes the sentence of it in the language in use.
+/// A localisable text: a key of the string tables (resources/strings/) and the arguments of its text.
+/// `localizedText` (LocalizedText.h) returns the text in the current language.
 struct KeyedText {
     std::string key;
     std::vector<TextArgument> arguments = {};
