@@ -99,7 +99,7 @@ ZEB_ALWAYS_INLINE void quantisePixels(const std::uint8_t* rgba, std::span<std::u
 }
 
 constexpr std::size_t rowsInFlight = 8;
-/// Pixels that a row is behind the row above, whose upper right neighbour is then complete.
+/// Distance in pixels of a row behind the row above: the upper right neighbour is then complete.
 constexpr std::size_t lag = 2;
 
 /// Vector types of the baseline instruction set of every supported processor.

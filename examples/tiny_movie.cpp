@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int width = 128, height = 64;  // the QL's screens need widths that are multiples of 8
+constexpr int width = 128, height = 64;  // a multiple of 8, which QL programs prefer
 constexpr int framesPerSecond = 5, seconds = 2;
 constexpr int soundRate = 20000;  // the only supported rate
 

@@ -106,7 +106,7 @@ void ZEBReader::seekToFrame(std::int64_t k) {
     }
 }
 
-/// Enters the block at the position. Throws the end of the movie if there is none.
+/// Enters the block at the position. Throws `ZEBFormatError::endOfMovie` at the end of the file.
 void ZEBReader::startBlock() {
     if (!openFile().readWord()) {
         m_reachedEOF = true;

@@ -51,13 +51,13 @@ public:
     /// to standard output.
     std::optional<FrameImage> nextFrame(bool loop);
 
-    /// Makes frame `k` the next one: the first frame if `k` is negative, the end if it is too large. Uses the
-    /// index if its entry leads to a whole block (format/walk/BlockWalker.h), else the lengths of the blocks
-    /// before. Does nothing before `readHeader`.
+    /// Makes frame `k` the next one: the first frame if `k` is negative, the last one if `k` is too large.
+    /// Uses the index if its entry leads to a whole block (format/walk/BlockWalker.h), else the lengths of
+    /// the blocks before. Does nothing before `readHeader`.
     void seekToFrame(std::int64_t k);
 
-    /// Returns the sound of all blocks. If the file ends within the frames of a block, the sound of that
-    /// block is the last.
+    /// Returns the sound of all blocks. If the file ends between two frames of a block, the sound of this
+    /// block is the last one.
     Soundtrack readAllAudio();
 
     /// Closes the file. Also done on destruction.

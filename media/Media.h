@@ -17,7 +17,7 @@
 namespace zeb {
 
 /// A file that cannot be opened or decoded as a video. Domain "Media". The description is the English text;
-/// it does not contain the path, which the caller knows.
+/// it does not contain the path of the file.
 class MediaError : public PlatformError {
 public:
     enum Code {
@@ -64,7 +64,7 @@ struct AffineTransform {
 
 /// The end of a track, in seconds from presentation time 0.
 struct TrackEnd {
-    double time = 0;  ///< end of the last picture or sample in the file; 0 if there is none
+    double time = 0;  ///< end of the last picture or sample in the file; 0 for an empty track
     /// The end that the file states, if the track ends more than a second before it.
     std::optional<double> stated{};
 
@@ -95,7 +95,7 @@ struct GrabSchedule {
     MediaTime at(std::int64_t index) const;
 };
 
-/// A picture and when it is shown, in seconds from the start of the presentation.
+/// A picture and its display time, in seconds from the start of the presentation.
 struct TimedPicture {
     double time = 0;
     std::shared_ptr<const Picture> picture;

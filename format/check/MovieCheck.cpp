@@ -182,7 +182,7 @@ Fault Checker::checkFrame(std::uint64_t blockEnd, const std::string& name) {
     std::uint32_t size = 0;
     if (Fault fault = checkPart(blockEnd, name, size)) return fault;
     const std::uint64_t offset = m_blocks.position();
-    // Movies store no raw pixels, so the movie's own size is not passed.
+    // Movies store no raw pixels, so the size of the movie is not needed.
     if (!readFrameRecord(m_blocks, size, 0, 0, m_record))
         return MovieFault{offset, "the file ends within " + name};
     if (m_record.size() < size)

@@ -138,7 +138,7 @@ void FrameScaler::State::build() {
 }
 
 /// Prefetches rows a little below source row `y`, which is read next. Decoded frames are seldom in a cache,
-/// and rows are too far apart for the processor's own prefetching.
+/// and rows are too far apart for hardware prefetching.
 void FrameScaler::State::aheadOf(unsigned y, unsigned left, unsigned right) const {
     constexpr std::size_t cacheLine = 64;
     for (int i = 0; i < pixels->nb_components; ++i) {

@@ -34,8 +34,8 @@ struct TimedFrame {
 /// pictures are the same for every number of threads.
 class FrameSource {
 public:
-    /// No packet of `demuxer` has been read yet; `reopen` opens the same file again.
-    /// Throws `MediaError` if there is no decoder for the stream.
+    /// No packet of `demuxer` has been read yet; `reopen` opens the same file again. Throws `MediaError` if
+    /// there is no decoder for the stream.
     FrameSource(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
                 double origin, int threads);
 

@@ -65,7 +65,7 @@ bool isYCbCr(AVPixelFormat format) {
     return format == AV_PIX_FMT_YUV420P;
 }
 
-/// H.264 and AV1 encoders here crop whole chroma samples only; the other formats store odd sides.
+/// The H.264 and AV1 encoders crop whole chroma samples only; the other encoders store odd sides.
 bool needsEvenSides(const std::string& encoder) {
     return encoder == "libx264" || encoder == "libsvtav1";
 }

@@ -10,7 +10,7 @@ namespace zeb {
 struct KeyedText;
 
 /// An argument of a localised text: a whole number (%lld), a real number (%f, %.2f), a text (%@), or a text
-/// that has a key itself (%@).
+/// with a key (%@).
 using TextArgument = std::variant<std::int64_t, double, std::string, KeyedText>;
 
 /// A localisable text: a key of the string tables (resources/strings/) and the arguments of its text.

@@ -30,7 +30,7 @@ struct OutputTerms {
     };
     enum class MissingFolder {
         refuse,
-        make,  ///< the last folder of the path is created if missing
+        make,  ///< the folder is created if only its last piece is missing
     };
 
     Existing existing = Existing::keep;

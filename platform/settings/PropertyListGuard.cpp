@@ -53,8 +53,8 @@ private:
         return true;
     }
 
-    /// Skips to `end`. Rejects brackets, which libplist reads differently inside and outside quotes, and the
-    /// one that begins entity declarations.
+    /// Skips to `end`. Rejects `<` and `>`, which parsers may or may not treat as quoted, and `[`, which
+    /// begins entity declarations.
     void skipQuoting(std::string_view end) {
         const std::size_t place = m_rest.find(end);
         require(place != std::string_view::npos);

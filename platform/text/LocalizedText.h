@@ -26,8 +26,8 @@ std::vector<std::string_view> textLanguages();
 std::string bestTextLanguage(const std::vector<std::string>& preferred);
 
 /// Returns the locale of messages from the environment, as gettext does: the first of LC_ALL, LC_MESSAGES and
-/// LANG that is not empty, preceded by the languages of LANGUAGE unless that is "C" or "POSIX". English if
-/// there is none. Numbers keep the dot, so that scripts can read them.
+/// LANG that is not empty, preceded by the languages of LANGUAGE unless that is "C" or "POSIX". English by
+/// default. Numbers keep the dot, so that scripts can read them.
 TextLocale environmentTextLocale();
 
 /// Sets the locale of `localizedText`; the default is English. Call it before other threads use texts.

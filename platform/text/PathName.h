@@ -17,7 +17,7 @@ std::string folderOf(const std::string& path);
 /// Returns `path` up to its last piece, slash included; empty if `path` contains no folder.
 std::string_view withoutLastPiece(std::string_view path);
 
-/// Returns the extension without its dot; empty if there is none.
+/// Returns the extension without its dot; empty for a name without one.
 std::string_view pathExtension(std::string_view path);
 
 /// Returns the last piece of `path` without extension and dot.

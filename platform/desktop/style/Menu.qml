@@ -11,7 +11,7 @@ T.Menu {
         return entry?.enabled ? entry : null
     }
 
-    // Moves to the next enabled entry in a direction. (The template's own step stops at separators.)
+    // Moves to the next enabled entry in a direction. (The template stops at separators.)
     function step(direction: int) {
         let index = direction < 0 && currentIndex < 0 ? count : currentIndex
         do {

@@ -20,9 +20,9 @@ public:
     Q_INVOKABLE QString localizedText(const QString& key, const QVariantList& arguments = {}) const;
 
     // Labels of menus: an ampersand marks the shortcut letter of an entry; two ampersands are a literal one.
-    /// Returns the label that shows `text` as it is.
+    /// Returns the label that shows `text` unchanged.
     Q_INVOKABLE QString labelOf(const QString& text) const;
-    /// Returns the marked letter in lower case; empty if there is none.
+    /// Returns the marked letter in lower case; empty for a label without a mark.
     Q_INVOKABLE QString letterOf(const QString& label) const;
     /// Returns the text of a label without the mark.
     Q_INVOKABLE QString plainLabel(const QString& label) const;

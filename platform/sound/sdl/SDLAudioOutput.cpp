@@ -23,8 +23,8 @@ constexpr std::chrono::seconds patienceAtEnd{1};
 
 void ignoreMessage(const char*, int, const char*, int, const char*, ...) {}
 
-/// Silences ALSA, which writes several lines to standard error if it finds no device. A missing device is
-/// no error.
+/// Silences ALSA, which writes several lines to standard error if it finds no device. A missing device is no
+/// error.
 void silenceALSA() {
     using Handler =
         void (*)(const char* file, int line, const char* function, int error, const char* format, ...);
