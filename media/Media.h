@@ -79,11 +79,10 @@ struct VideoTrack {
 };
 
 struct SoundTrack {
-    std::optional<double> sampleRate;     ///< Hz
-    std::optional<int> channelsPerFrame;  ///<
-    std::optional<std::uint32_t>
-        formatCode;  ///< four-character code of the coding, first character in the highest byte
-    TrackEnd end{};  ///< of the sound
+    std::optional<double> sampleRate;         ///< Hz
+    std::optional<int> channelsPerFrame;      ///<
+    std::optional<std::uint32_t> formatCode;  ///< four-character code of the coding, first character highest
+    TrackEnd end{};                           ///< of the sound
 };
 
 /// Grab times at regular distance: t(i) = min(i / perSecond, last) for i = 0 ... count - 1.

@@ -28,10 +28,9 @@ struct ScalingTask {
 /// grey) and of component 3, alpha. The values are not multiplied by alpha.
 struct ScaledStretch {
     int y = 0;
-    int begin = 0;  ///< first column
-    int end = 0;    ///< past the last column
-    std::array<const std::uint16_t*, 4>
-        components{};  ///< start at column `begin`; null for missing components
+    int begin = 0;                                     ///< first column
+    int end = 0;                                       ///< past the last column
+    std::array<const std::uint16_t*, 4> components{};  ///< start at column `begin`; null if missing
 };
 
 /// Scales the components of frames to one size in one step, by Lanczos filtering with three lobes; chroma is

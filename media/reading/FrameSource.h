@@ -39,8 +39,8 @@ public:
     FrameSource(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
                 double origin, int threads);
 
-    /// Maximum time of a picture after a moment for which the picture counts as not after it, in seconds.
-    /// Covers the rounding of times by containers.
+    /// Tolerance for comparing a picture's time with a moment, in seconds: a picture that is later by at most
+    /// this counts as not after the moment. Covers the rounding of times by containers.
     double tolerance() const noexcept { return m_tolerance; }
 
     /// Allows `next` to leave out pictures that the schedule does not show. Has no effect for streams that do
@@ -132,9 +132,8 @@ private:
     double m_lastTime = 0;
     bool m_hasLastTime = false;
 
-    std::set<std::int64_t>
-        m_awaited;             ///< display times of sent packets whose pictures have not been received
-    bool m_isCareful = false;  ///< the stream is damaged: decode with one thread
+    std::set<std::int64_t> m_awaited;        ///< display times of sent packets without a received picture
+    bool m_isCareful = false;                ///< the stream is damaged: decode with one thread
     std::deque<std::int64_t> m_groupStarts;  ///< timestamps of the latest packets that start a group
     std::optional<double> m_lastHandedOut;   ///< time of the last frame that `next` returned
     std::optional<double> m_known;           ///< frames up to this time were returned before damage was seen

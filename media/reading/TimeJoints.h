@@ -61,8 +61,7 @@ private:
     };
     struct Stream {
         std::vector<Stretch> stretches{};
-        std::optional<PlacedPacket>
-            leapt{};  ///< the latest packet, if it is not continuous with the packet before
+        std::optional<PlacedPacket> leapt{};  ///< the latest packet, if its time does not follow on
     };
 
     static std::size_t partOf(const Stretch& sound, const std::vector<Stretch>& parts);

@@ -20,8 +20,7 @@ struct Muxer::State {
     WritableFile& file;
     std::uint64_t position = 0;
     std::uint64_t end = 0;
-    std::exception_ptr
-        failure;  ///< the first failure of the file; exceptions cannot pass through the library
+    std::exception_ptr failure;  ///< first failure of the file; must not pass through the library
     AVIOContext* io = nullptr;
     AVFormatContext* format = nullptr;
     bool isOpen = false;        ///< the header is written, the trailer is not

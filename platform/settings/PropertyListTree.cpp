@@ -51,8 +51,7 @@ struct NodeMaker {
     plist_t operator()(bool truth) const { return plist_new_bool(truth ? 1 : 0); }
     plist_t operator()(const std::string& text) const { return plist_new_string(asXMLText(text).c_str()); }
     plist_t operator()(const PropertyData& bytes) const {
-        static constexpr std::uint8_t nothing =
-            0;  // the library copies from this pointer, which must not be null
+        static constexpr std::uint8_t nothing = 0;  // the library copies from a pointer that must not be null
         const std::uint8_t* begin = bytes.empty() ? &nothing : bytes.data();
         return plist_new_data(reinterpret_cast<const char*>(begin), bytes.size());
     }

@@ -54,8 +54,7 @@ public:
                 row[tap] = static_cast<float>(weight);
                 sum += weight;
             }
-            for (std::size_t tap = 0; tap < taps();
-                 ++tap)  // normalise, so that a constant signal is unchanged
+            for (std::size_t tap = 0; tap < taps(); ++tap)  // normalised: keeps constants
                 row[tap] = static_cast<float>(row[tap] / sum);
         }
     }
