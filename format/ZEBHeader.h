@@ -27,11 +27,10 @@ struct ZEBHeader {
     int fps = 1;                  ///< frames per second and per block, at least 1
     int mode = 0;                 ///< 4 or 32; other numbers are accepted
     std::int64_t frameCount = 0;  ///< 0 ... 2^32 - 1, as are block size and offsets
-    std::int64_t blockSize =
-        0;                  ///< largest one-second block in bytes with its length field; 0 = not finished
-    int sampleRate = 0;     ///< Hz; 20000
-    int audioChannels = 0;  ///< 0, 1 or 2; larger numbers are accepted
-    int options = 0;        ///< bit 0: loop; the others are 0
+    std::int64_t blockSize = 0;   ///< largest block in bytes with its length field; 0 = not finished
+    int sampleRate = 0;           ///< Hz; 20000
+    int audioChannels = 0;        ///< 0, 1 or 2; larger numbers are accepted
+    int options = 0;              ///< bit 0: loop; the others are 0
     std::vector<std::uint32_t> indexOffsets;  ///< file offsets of the one-second blocks; 0 = not recorded
 };
 

@@ -79,8 +79,8 @@ struct VideoTrack {
 };
 
 struct SoundTrack {
-    std::optional<double> sampleRate;         ///< Hz
-    std::optional<int> channelsPerFrame;      ///<
+    std::optional<double> sampleRate;  ///< Hz
+    std::optional<int> channelsPerFrame;
     std::optional<std::uint32_t> formatCode;  ///< four-character code of the coding, first character highest
     TrackEnd end{};                           ///< of the sound
 };

@@ -39,8 +39,8 @@ Orientation orientationOf(const AVStream& stream) {
     return orientation;
 }
 
-/// Returns the rate that the container states. Returns 0, so that it is measured, for rates that are rather
-/// ticks of a clock.
+/// Returns the frame rate that the container states. Returns 0 for a rate that is probably a clock's tick
+/// rate; the frame rate is then measured.
 double frameRateOf(const AVStream& stream) {
     constexpr double likely = 480;
     for (const AVRational stated : {stream.avg_frame_rate, stream.r_frame_rate}) {
