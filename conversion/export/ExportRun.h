@@ -75,9 +75,9 @@ struct ExportCallbacks {
 /// Converts a ZEB movie, or a part of it, to standard pictures, sound or video.
 ///
 /// Reads unfinished and damaged movies as far as possible. A frame that cannot be decoded is replaced by the
-/// previous frame (black if there is none) with a warning. If the export is a single picture, such a frame is
-/// an error. Pictures of a video have the size of its first picture; others are cropped or padded with black.
-/// In a video, the sound of each second is padded with silence or cut to fit.
+/// previous frame, or by a black one without a previous frame, with a warning. If the export is a single
+/// picture, such a frame is an error. Pictures of a video have the size of its first picture; others are
+/// cropped or padded with black. In a video, the sound of each second is padded with silence or cut to fit.
 ///
 /// The output gets its final name, and replaces an existing file, only when it is complete. After a failure
 /// or cancellation no output remains. The caller must check that the output is not the input.

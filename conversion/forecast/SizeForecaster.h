@@ -14,7 +14,7 @@
 
 namespace zeb {
 
-/// A forecast, or the reason why there is none.
+/// A forecast, or the error that prevented it.
 struct ForecastOutcome {
     std::optional<SizeForecast> forecast;
     std::string error;  ///< text for the user; empty with a forecast

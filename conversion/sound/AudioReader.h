@@ -26,7 +26,7 @@ class AudioReader {
 public:
     static constexpr std::uint64_t allFrames = std::numeric_limits<std::uint64_t>::max();
 
-    /// Decodes sound track `trackIndex` (the nearest one if there is none of that number) to unsigned 8-bit
+    /// Decodes sound track `trackIndex` (clamped to the existing tracks) to unsigned 8-bit
     /// sound (128 = silence) with `targetRate` frames per second and `channels` interleaved channels (1 or
     /// 2), resampled by `SoundResampler` while decoding. Memory holds the result and a bounded buffer.
     ///

@@ -72,7 +72,7 @@ public:
     ConverterViewModel* vm() const { return &m_services.converter; }
     QString versionText() const;
 
-    /// The size presets, and the index of the one that matches the current size.
+    /// The size presets, and the index of the preset that matches the size.
     QStringList presetTitles() const;
     int presetIndex() const;
     void setPresetIndex(int index);
@@ -96,7 +96,7 @@ public:
     /// Question shown before a run whose movie would exceed the format's limit or the free space, with the
     /// reason. Empty if there is none.
     QString misfitQuestion() const { return m_misfitQuestion; }
-    /// Question whether to keep the unfinished movie of a cancelled or failed run. Empty if there is none.
+    /// Question whether to keep the unfinished movie of a cancelled or failed run; empty without one.
     QString cancelledOutputQuestion() const;
 
     /// Must be called when a window appears: reads the presets and handles the latest request. A request that
