@@ -7,9 +7,9 @@
 namespace zeb::cli {
 
 extern const Command
-    encodeCommand;                 ///< converts videos into movies; after a failure the next one is taken up
-extern const Command playCommand;  ///< replaces the process by the application, with movies to play
-extern const Command infoCommand;  ///< shows what movies contain
+    encodeCommand;  ///< converts videos into movies; continues with the next one after a failure
+extern const Command playCommand;       ///< replaces the process by the application, with movies to play
+extern const Command infoCommand;       ///< shows what movies contain
 extern const Command verifyCommand;     ///< checks movies against every rule of the format, one line each
 extern const Command repairCommand;     ///< completes a movie that was cut short
 extern const Command exportCommand;     ///< converts a movie to standard pictures, sound or video
