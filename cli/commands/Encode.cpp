@@ -29,19 +29,19 @@ ExitCode encode(const EncodeArguments& arguments, Console& console) {
         Encoding encoding(arguments, job, *library, *reporter);
         const ExitCode code = arguments.estimate ? encoding.estimate() : encoding.run();
         if (result == ExitCode::done || code == ExitCode::interrupted) result = code;
-        // A forecast that cannot be shown is lost; a movie is there whoever reads about it.
+        // Without standard output a forecast is lost; a movie does not depend on it.
         if (arguments.estimate && !console.outIsGood()) return ExitCode::unwritableOutput;
     }
     return result;
 }
 
-// Bounds of the container's 16-bit fields.
+// Limits of the container's 16-bit fields.
 constexpr int highestSide = 65535;
 constexpr int highestRate = 65535;
 constexpr int highestTrack = 1'000'000;
 constexpr int highestThreadCount = 256;
 
-// The sizes that the presets have until a user changes them.
+// Default sizes of the presets.
 constexpr std::array presets = {
     Choice<FrameSize>{"dvd", {720, 576}},
     Choice<FrameSize>{"hd", {1280, 720}},

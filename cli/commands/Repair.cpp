@@ -27,7 +27,7 @@ struct RepairArguments {
     bool force = false;
 };
 
-/// There is nothing to make a movie of. The text names the file.
+/// The input has no usable part. The text names the file.
 class UnusableInput : public LocalizableError {
 public:
     UnusableInput(const std::string& path, const KeyedText& reason)
@@ -38,7 +38,7 @@ private:
 };
 
 void repairInPlace(PartialFile& movie, const std::string& path) {
-    // A file that is right already need not even be writable.
+    // A complete file need not be writable.
     if (movie.isComplete()) return;
     const auto target = openForUpdating(path);
     movie.finish(*target);
@@ -56,7 +56,7 @@ void repairInto(PartialFile& movie, const std::string& path, const std::string& 
     stage.commit();
 }
 
-/// What of the movie did not get into the repaired one.
+/// Describes the parts of the input that are missing in the repaired movie.
 std::string lossText(const MovieFacts& before) {
     std::string text;
     if (const auto& damage = before.damage) {

@@ -31,7 +31,7 @@ struct ThumbnailArguments {
     int size = 256;
 };
 
-/// The movie's first picture; of those that cannot be decoded at its beginning not many are passed over.
+/// Returns the first picture that can be decoded among the first `mostFramesTried` frames.
 FrameImage firstPicture(const std::string& path) {
     ZEBReader reader([&path] { return std::make_unique<MovieInput>(path, isInterrupted); });
     const std::int64_t frames = std::min<std::int64_t>(reader.readHeader().frameCount, mostFramesTried);

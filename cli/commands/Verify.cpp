@@ -56,7 +56,7 @@ ExitCode verify(const VerifyArguments& arguments, Console& console) {
             if (code == ExitCode::interrupted) return code;
         }
         if (result == ExitCode::done) result = code;
-        // Nobody reads on, or the disk is full.
+        // Stop if standard output failed (closed pipe or full disk).
         if (!console.outIsGood()) return ExitCode::unwritableOutput;
     }
     return result;

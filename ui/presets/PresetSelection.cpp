@@ -83,7 +83,7 @@ void PresetSelection::applySize(std::int64_t width, std::int64_t height) {
 }
 
 void PresetSelection::endApplyingSoon() {
-    // After whatever the changes of the size have posted.
+    // Runs after the work posted by observers of the size.
     m_mainActor.post([weak = std::weak_ptr(m_self)] {
         if (const auto self = weak.lock()) (*self)->setApplying(false);
     });
