@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <span>
 #include <utility>
 
 #include "media/ffmpeg/Libraries.h"
 #include "media/reading/DamageWatch.h"
+#include "media/reading/PacketKind.h"
 
 namespace zeb::ffmpeg {
 namespace {
@@ -21,42 +21,6 @@ double toleranceOf(const VideoStreamFacts& facts) {
     return tick < facts.frameDuration() / 2 ? std::max(leastTolerance, tick) : leastTolerance;
 }
 
-bool isIntraOnly(AVCodecID id) {
-    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(id);
-    return descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
-}
-
-/// Returns the type of the first NAL unit with a picture; -1 if there is none. `typeOf` returns the type for
-/// the unit's first byte, `isPicture` is true for types with a picture.
-template <typename TypeOf, typename IsPicture>
-int firstPictureUnit(std::span<const std::uint8_t> packet, int lengthSize, TypeOf typeOf,
-                     IsPicture isPicture) {
-    std::size_t position = 0;
-    while (position < packet.size()) {
-        std::size_t unit = 0, following = 0;
-        if (lengthSize > 0) {
-            if (packet.size() - position < static_cast<std::size_t>(lengthSize)) return -1;
-            std::size_t length = 0;
-            for (int i = 0; i < lengthSize; ++i)
-                length = length << 8 | packet[position++];
-            unit = position;
-            following = length > packet.size() - position ? packet.size() : position + length;
-        } else {
-            while (position + 3 < packet.size() &&
-                   !(packet[position] == 0 && packet[position + 1] == 0 && packet[position + 2] == 1)) {
-                ++position;
-            }
-            unit = position + 3;
-            following = unit;
-        }
-        if (unit >= packet.size()) return -1;
-        const int type = typeOf(packet[unit]);
-        if (isPicture(type)) return type;
-        position = following;
-    }
-    return -1;
-}
-
 }  // namespace
 
 FrameSource::FrameSource(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
@@ -64,6 +28,7 @@ FrameSource::FrameSource(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, c
     : m_reopen(std::move(reopen)),
       m_facts(facts),
       m_origin(origin),
+      m_clock(facts, origin),
       m_tolerance(toleranceOf(facts)),
       m_threads(threads),
       m_packet(makePacket()) {
@@ -105,9 +70,7 @@ void FrameSource::reset() {
     m_packetsEnded = m_framesEnded = false;
     m_awaitsKey = false;
     m_entryTime.reset();
-    m_counted = 0;
-    m_decodingTimes = {};
-    m_hasLastTime = false;
+    m_clock.reset();
     m_awaited.clear();
     m_groupStarts.clear();
     m_deinterlacer.reset();
@@ -122,7 +85,7 @@ void FrameSource::decodeCarefully() {
     m_known = m_lastHandedOut;
     std::optional<std::int64_t> group;
     for (const std::int64_t start : m_groupStarts) {
-        if (m_known && seconds(start) <= *m_known) group = start;
+        if (m_known && m_clock.seconds(start) <= *m_known) group = start;
     }
     openDecoder(1);
     reset();
@@ -167,7 +130,7 @@ bool FrameSource::canPlan() const {
     const AVCodecParameters& parameters = *m_demuxer->format()->streams[m_facts.stream]->codecpar;
     if (parameters.field_order != AV_FIELD_PROGRESSIVE && parameters.field_order != AV_FIELD_UNKNOWN)
         return false;
-    if (!m_facts.hasTimestamps || m_timing.has_value() || m_isCareful) return false;
+    if (!m_facts.hasTimestamps || m_clock.timing() || m_isCareful) return false;
     switch (parameters.codec_id) {
         case AV_CODEC_ID_H264:
         case AV_CODEC_ID_HEVC:
@@ -180,49 +143,14 @@ bool FrameSource::canPlan() const {
     }
 }
 
-double FrameSource::seconds(std::int64_t timestamp) const {
-    return static_cast<double>(timestamp) * m_facts.timeBase.value() - m_origin;
-}
-
-/// The container's key flag is not sufficient: H.264 and HEVC streams also set it for pictures that later
-/// pictures refer past.
-bool FrameSource::startsGroup(const AVPacket& packet) const {
-    if ((packet.flags & AV_PKT_FLAG_KEY) == 0) return false;
-    if (isIntraOnly(m_decoder->codec_id)) return true;
-    const std::span<const std::uint8_t> extra(
-        m_decoder->extradata, static_cast<std::size_t>(std::max(m_decoder->extradata_size, 0)));
-    const std::span<const std::uint8_t> data(packet.data, static_cast<std::size_t>(std::max(packet.size, 0)));
-    // With a configuration record, a length precedes each unit, else a start code.
-    const bool hasRecord = extra.size() > 22 && extra[0] == 1;
-    const bool hasShortRecord = extra.size() > 6 && extra[0] == 1;
-    if (m_decoder->codec_id == AV_CODEC_ID_H264) {
-        const auto typeOf = [](std::uint8_t first) { return first & 0x1F; };
-        const auto isPicture = [](int type) { return type >= 1 && type <= 5; };
-        return firstPictureUnit(data, hasShortRecord ? (extra[4] & 3) + 1 : 0, typeOf, isPicture) == 5;
-    }
-    if (m_decoder->codec_id == AV_CODEC_ID_HEVC) {
-        const auto typeOf = [](std::uint8_t first) { return first >> 1 & 0x3F; };
-        const auto isPicture = [](int type) { return type < 32; };
-        const int type = firstPictureUnit(data, hasRecord ? (extra[21] & 3) + 1 : 0, typeOf, isPicture);
-        return type == 19 || type == 20;
-    }
-    return false;
-}
-
-/// Returns true if the packet produces a displayed picture.
-bool FrameSource::isShown(const AVPacket& packet) const {
-    if ((packet.flags & AV_PKT_FLAG_DISCARD) != 0) return false;
-    // VP8 has pictures that are used for prediction only, marked by a bit of the frame tag (RFC 6386,
-    // section 9.1).
-    return m_decoder->codec_id != AV_CODEC_ID_VP8 || packet.size == 0 || (packet.data[0] & 0x10) != 0;
-}
-
 /// Returns true if the packet can be decoded after a seek. Packets before the key frame, and later ones
 /// displayed before it, may refer to packets that were not read; decoders would report damage.
 bool FrameSource::isUsable(const AVPacket& packet) {
     if (m_awaitsKey) {
-        const bool mustStartGroup = m_timing != Timing::byPresentation && m_decoder->has_b_frames > 0;
-        if ((packet.flags & AV_PKT_FLAG_KEY) == 0 || (mustStartGroup && !startsGroup(packet))) return false;
+        const bool mustStartGroup =
+            m_clock.timing() != FrameClock::Timing::byPresentation && m_decoder->has_b_frames > 0;
+        if ((packet.flags & AV_PKT_FLAG_KEY) == 0 || (mustStartGroup && !startsGroup(packet, *m_decoder)))
+            return false;
         m_awaitsKey = false;
         if (packet.pts != AV_NOPTS_VALUE) m_entryTime = packet.pts;
     }
@@ -236,17 +164,10 @@ bool FrameSource::readPacket() {
             break;
         }
         if (m_packet->stream_index == m_facts.stream && m_packet->size > 0 && isUsable(*m_packet)) {
-            if (!m_timing) {
-                if (!m_facts.hasTimestamps ||
-                    (m_packet->pts == AV_NOPTS_VALUE && m_packet->dts == AV_NOPTS_VALUE)) {
-                    m_timing = Timing::byCounting;
-                } else {
-                    m_timing = m_packet->pts == AV_NOPTS_VALUE ? Timing::byDecoding : Timing::byPresentation;
-                }
-                if (*m_timing != Timing::byPresentation) endPlanning();
-            }
+            m_clock.takePacket(*m_packet);
+            if (m_clock.timing() != FrameClock::Timing::byPresentation) endPlanning();
             // Decoders copy the timestamp to the picture. A decoding time identifies the picture's packet.
-            if (m_timing == Timing::byDecoding) m_packet->pts = m_packet->dts;
+            if (m_clock.timing() == FrameClock::Timing::byDecoding) m_packet->pts = m_packet->dts;
             return true;
         }
         av_packet_unref(m_packet.get());
@@ -259,12 +180,12 @@ void FrameSource::holdPacket() {
     if (m_packet->pts == AV_NOPTS_VALUE) endPlanning();
     if (m_planner) {
         PlannedPacket planned;
-        planned.displayTime = seconds(m_packet->pts);
+        planned.displayTime = m_clock.seconds(m_packet->pts);
         if (m_packet->dts != AV_NOPTS_VALUE) {
-            planned.decodeTime = seconds(std::min(m_packet->dts, m_packet->pts));
+            planned.decodeTime = m_clock.seconds(std::min(m_packet->dts, m_packet->pts));
         }
-        planned.startsGroup = startsGroup(*m_packet);
-        planned.isShown = isShown(*m_packet);
+        planned.startsGroup = startsGroup(*m_packet, *m_decoder);
+        planned.isShown = isShown(*m_packet, m_decoder->codec_id);
         planned.size = static_cast<std::size_t>(m_packet->size);
         m_planner->add(planned);
     }
@@ -300,22 +221,19 @@ void FrameSource::sendNextPacket() {
 /// Sends a packet to the decoder (null at the end) and receives all frames that are ready, so that a decoder
 /// setting for this packet does not affect the next one.
 void FrameSource::send(const AVPacket* packet) {
-    const bool hasPicture = packet != nullptr && isShown(*packet);
-    if (hasPicture && m_timing == Timing::byDecoding && packet->dts != AV_NOPTS_VALUE) {
-        m_decodingTimes.push(packet->dts);
-        // Times of lost pictures must not delay the others.
-        const std::size_t most =
-            static_cast<std::size_t>(m_decoder->has_b_frames + (m_isCareful ? 1 : m_threads) + 2);
-        while (m_decodingTimes.size() > most)
-            m_decodingTimes.pop();
+    const bool hasPicture = packet != nullptr && isShown(*packet, m_decoder->codec_id);
+    if (hasPicture && m_clock.timing() == FrameClock::Timing::byDecoding && packet->dts != AV_NOPTS_VALUE) {
+        m_clock.sent(packet->dts,
+                     static_cast<std::size_t>(m_decoder->has_b_frames + (m_isCareful ? 1 : m_threads) + 2));
     }
-    if (hasPicture && m_timing == Timing::byPresentation && packet->pts != AV_NOPTS_VALUE &&
-        m_decoder->skip_frame == AVDISCARD_DEFAULT) {
+    if (hasPicture && m_clock.timing() == FrameClock::Timing::byPresentation &&
+        packet->pts != AV_NOPTS_VALUE && m_decoder->skip_frame == AVDISCARD_DEFAULT) {
         constexpr std::size_t mostAwaited = 1024;
         if (m_awaited.size() >= mostAwaited) m_awaited.erase(m_awaited.begin());
         m_awaited.insert(packet->pts);
     }
-    if (hasPicture && m_timing != Timing::byCounting && startsGroup(*packet)) {
+    if (hasPicture && m_clock.timing() != FrameClock::Timing::byCounting &&
+        startsGroup(*packet, *m_decoder)) {
         if (m_isCareful && !isIntraOnly(m_decoder->codec_id)) renewDecoder();
         constexpr std::size_t mostGroups = 64;
         if (m_groupStarts.size() >= mostGroups) m_groupStarts.pop_front();
@@ -353,37 +271,11 @@ void FrameSource::receiveFrames() {
     }
 }
 
-double FrameSource::timeOf(const AVFrame& frame) {
-    const double following = m_hasLastTime ? m_lastTime + m_facts.frameDuration() : 0;
-    switch (m_timing.value_or(Timing::byPresentation)) {
-        case Timing::byCounting:
-            return static_cast<double>(m_counted++) * m_facts.frameDuration();
-        case Timing::byDecoding: {
-            // Discard decoding times older than this key frame: their pictures were lost.
-            if (std::find(m_groupStarts.begin(), m_groupStarts.end(), frame.pts) != m_groupStarts.end()) {
-                while (!m_decodingTimes.empty() && m_decodingTimes.top() < frame.pts)
-                    m_decodingTimes.pop();
-            }
-            if (m_decodingTimes.empty()) return following;
-            const std::int64_t time = m_decodingTimes.top();
-            m_decodingTimes.pop();
-            return seconds(time);
-        }
-        case Timing::byPresentation:
-            break;
-    }
-    const std::int64_t time = frame.pts != AV_NOPTS_VALUE ? frame.pts : frame.best_effort_timestamp;
-    return time == AV_NOPTS_VALUE ? following : seconds(time);
-}
-
 void FrameSource::accept(Frame frame) {
     if (frame->decode_error_flags != 0) m_sawDamage = true;
     m_awaited.erase(frame->pts);
-    // Times must not decrease. If a damaged stream contains an earlier time, use the time of the picture
-    // before.
-    const double time = m_hasLastTime ? std::max(timeOf(*frame), m_lastTime) : timeOf(*frame);
-    m_lastTime = time;
-    m_hasLastTime = true;
+    const bool startsGroup = std::ranges::find(m_groupStarts, frame->pts) != m_groupStarts.end();
+    const double time = m_clock.timeOf(*frame, startsGroup);
     if (!m_deinterlacer && frame->interlaced_frame == 0) {
         deliver(time, std::move(frame));
         return;
@@ -429,7 +321,7 @@ std::optional<TimedFrame> FrameSource::next() {
 bool FrameSource::hasLostPicture(double after, double upTo) const {
     if (!m_isCareful) return false;
     return std::any_of(m_awaited.begin(), m_awaited.end(), [&](std::int64_t timestamp) {
-        const double time = seconds(timestamp);
+        const double time = m_clock.seconds(timestamp);
         return time > after + m_tolerance / 2 && time <= upTo;
     });
 }
@@ -441,7 +333,8 @@ bool FrameSource::canSeek() const noexcept {
     // picture refers past.
     const bool marksEntries =
         m_decoder->codec_id == AV_CODEC_ID_H264 || m_decoder->codec_id == AV_CODEC_ID_HEVC;
-    return m_timing == Timing::byPresentation || m_decoder->has_b_frames == 0 || marksEntries;
+    return m_clock.timing() == FrameClock::Timing::byPresentation || m_decoder->has_b_frames == 0 ||
+           marksEntries;
 }
 
 bool FrameSource::seek(double time) {
@@ -462,9 +355,9 @@ bool FrameSource::seek(double time) {
 /// Consumes the packet just read during a search: keeps a key frame, discards others. Returns its time.
 double FrameSource::passPacket() {
     const std::int64_t stamp = m_packet->pts;
-    const double time = m_timing == Timing::byCounting || stamp == AV_NOPTS_VALUE
-                            ? static_cast<double>(m_passed) * m_facts.frameDuration()
-                            : seconds(stamp);
+    const double time = m_clock.timing() == FrameClock::Timing::byCounting || stamp == AV_NOPTS_VALUE
+                            ? m_clock.countedTime(m_passed)
+                            : m_clock.seconds(stamp);
     ++m_passed;
     if ((m_packet->flags & AV_PKT_FLAG_KEY) != 0) {
         m_key = std::exchange(m_packet, makePacket());
@@ -482,7 +375,7 @@ void FrameSource::readUpToKey(double time) {
 
 std::optional<double> FrameSource::findKey(double time) {
     // The first packet determines the timing of the stream, and so whether it can seek.
-    if (!m_timing && readPacket()) m_passedUpTo = passPacket();
+    if (!m_clock.timing() && readPacket()) m_passedUpTo = passPacket();
     if (!canSeek()) {
         readUpToKey(time);
         return m_key ? std::optional(m_keyTime) : std::nullopt;
@@ -505,7 +398,7 @@ std::optional<FrameSource::NearbyFrame> FrameSource::decodeFromKey(double time, 
     m_decoder->skip_frame = AVDISCARD_DEFAULT;
     m_deinterlacer.reset();
     m_ready.clear();
-    m_hasLastTime = false;
+    m_clock.forgetLastTime();
     m_framesEnded = false;
     m_known.reset();
     m_sawDamage = false;
@@ -532,7 +425,7 @@ std::optional<FrameSource::NearbyFrame> FrameSource::decodeFromKey(double time, 
     while (found + 1 < m_ready.size() && m_ready[found + 1].time <= time)
         ++found;
     const bool isLast = sent == most && found + 1 == m_ready.size();
-    NearbyFrame nearby{m_timing == Timing::byCounting ? m_keyTime : m_ready[found].time,
+    NearbyFrame nearby{m_clock.timing() == FrameClock::Timing::byCounting ? m_keyTime : m_ready[found].time,
                        std::move(m_ready[found].frame), isLast};
     m_ready.clear();
     return nearby;

@@ -6,7 +6,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <queue>
 #include <set>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "media/drawing/Deinterlacer.h"
 #include "media/ffmpeg/Handles.h"
 #include "media/reading/Demuxer.h"
+#include "media/reading/FrameClock.h"
 #include "media/reading/GrabPlanner.h"
 #include "media/reading/StreamFacts.h"
 
@@ -78,12 +78,6 @@ public:
     std::optional<NearbyFrame> decodeFromKey(double time, int packets);
 
 private:
-    enum class Timing {
-        byPresentation,  ///< packets carry display times
-        byDecoding,      ///< packets carry decoding times only; in display order the pictures take them
-        byCounting,      ///< no times at all
-    };
-
     void useDemuxer(std::unique_ptr<Demuxer> demuxer);
     void openDecoder(int threads);
     void reset();
@@ -101,10 +95,6 @@ private:
     void accept(Frame frame);
     void pullDeinterlaced();
     void deliver(double time, Frame frame);
-    double timeOf(const AVFrame& frame);
-    double seconds(std::int64_t timestamp) const;
-    bool startsGroup(const AVPacket& packet) const;
-    bool isShown(const AVPacket& packet) const;
     void readUpToKey(double time);
     double passPacket();
 
@@ -112,12 +102,12 @@ private:
     OpenDemuxer m_reopen;
     VideoStreamFacts m_facts;
     double m_origin;
+    FrameClock m_clock;
     double m_tolerance;
     int m_threads;
     std::atomic<bool> m_sawDamage = false;  ///< set by the decoder's threads; outlives the decoder
     CodecContext m_decoder;
     Packet m_packet;
-    std::optional<Timing> m_timing;  ///< known from the first packet on
 
     std::optional<GrabSchedule> m_schedule;  ///< while planning follows it
     std::optional<GrabPlanner> m_planner;
@@ -126,11 +116,6 @@ private:
     bool m_framesEnded = false;
     bool m_awaitsKey = false;                 ///< after a seek: packets before a key frame are discarded
     std::optional<std::int64_t> m_entryTime;  ///< display time of the key frame after a seek
-
-    std::int64_t m_counted = 0;  ///< number of frames, for `Timing::byCounting`
-    std::priority_queue<std::int64_t, std::vector<std::int64_t>, std::greater<>> m_decodingTimes;
-    double m_lastTime = 0;
-    bool m_hasLastTime = false;
 
     std::set<std::int64_t> m_awaited;        ///< display times of sent packets without a received picture
     bool m_isCareful = false;                ///< the stream is damaged: decode with one thread
