@@ -16,7 +16,7 @@ std::string shown(const std::optional<AppAction>& action) {
     return "encode " + std::get<EncodeAction>(*action).url.text();
 }
 
-TEST(ParseAppAction, FollowsTheGrammar) {
+TEST(ParseAppAction, ParsesVerbQueryAndTarget) {
     const struct {
         std::string text, action;
     } cases[] = {

@@ -17,7 +17,7 @@ AppAction encode(const std::string& path) {
     return EncodeAction{URL::forFile(path)};
 }
 
-TEST(AppActionRouter, TellsEveryObserverOfEveryRequestInOrder) {
+TEST(AppActionRouter, NotifiesAllObserversInOrder) {
     AppActionRouter router;
     EXPECT_EQ(router.request(), std::nullopt);
     router.post(encode("/before"));
@@ -44,7 +44,7 @@ TEST(AppActionRouter, TellsEveryObserverOfEveryRequestInOrder) {
     EXPECT_EQ(second.size(), 4u);
 }
 
-TEST(OpenedURLs, RunOneByOneAfterTheCallHasReturned) {
+TEST(OpenedURLs, RunInOrderAfterCallReturns) {
     std::vector<std::string> events;
     fake::HandDrivenMainActor mainActor;
     AppActionRouter router;

@@ -66,7 +66,7 @@ protected:
     std::optional<Scenes> scenes;
 };
 
-TEST_F(ScenesTest, WhatEndsARunIsAskedAboutWhileItGoesOn) {
+TEST_F(ScenesTest, AsksBeforeQuittingDuringRun) {
     struct Case {
         const char* what;
         bool isHidden;
@@ -96,7 +96,7 @@ TEST_F(ScenesTest, WhatEndsARunIsAskedAboutWhileItGoesOn) {
     EXPECT_TRUE(scenes->mayCloseConverter());
 }
 
-TEST_F(ScenesTest, ManyPresetsStayInReach) {
+TEST_F(ScenesTest, KeyboardReachesEveryPresetInMenu) {
     std::string presets;
     for (int index = 1; index <= 30; ++index) {
         presets += std::string(presets.empty() ? "[" : ",") + R"({"id":"00000000-0000-4000-8000-0000000000)" +

@@ -50,7 +50,7 @@ protected:
     test::TemporaryFolder m_container;
 };
 
-TEST_F(SharedInboxTest, LosesEntriesOlderThanSevenDays) {
+TEST_F(SharedInboxTest, RemovesEntriesOlderThanSevenDays) {
     file("SharedInbox/eight days", -8 * day);
     file("SharedInbox/to the second", -7 * day);
     file("SharedInbox/a moment older", -7 * day - 1, 999'999'999);
@@ -61,7 +61,7 @@ TEST_F(SharedInboxTest, LosesEntriesOlderThanSevenDays) {
     EXPECT_THAT(names("SharedInbox"), UnorderedElementsAre("to the second", "far future", ".hidden"));
 }
 
-TEST_F(SharedInboxTest, LosesFoldersAndLinksByTheirOwnDates) {
+TEST_F(SharedInboxTest, JudgesFoldersAndLinksByOwnDate) {
     fs::create_directory(place("outside"));
     file("outside/precious", -8 * day);
     fs::create_directories(place("SharedInbox/old/a/b/.c"));
@@ -83,7 +83,7 @@ TEST_F(SharedInboxTest, LosesFoldersAndLinksByTheirOwnDates) {
     EXPECT_THAT(names("outside"), UnorderedElementsAre("precious"));
 }
 
-TEST_F(SharedInboxTest, IsLeftAloneWhenItIsNoFolderOfItsOwn) {
+TEST_F(SharedInboxTest, IgnoresMissingOrLinkedInbox) {
     fs::rename(place("SharedInbox"), place("elsewhere"));
     file("elsewhere/precious", -8 * day);
     clean();

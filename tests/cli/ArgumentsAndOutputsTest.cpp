@@ -44,7 +44,7 @@ std::vector<EncodeJob> plan(Words inputs, std::optional<std::string> output = {}
     return planJobs(arguments);
 }
 
-TEST(EncodeArguments, ReachTheSettings) {
+TEST(EncodeArguments, SetEveryFieldOfSettings) {
     const struct {
         Words words;
         void (*expect)(Settings&);
@@ -79,7 +79,7 @@ TEST(EncodeArguments, ReachTheSettings) {
     }
 }
 
-TEST(EncodeJobs, NameTheirOutputs) {
+TEST(EncodeJobs, DeriveOutputNamesFromInputs) {
     const test::TemporaryFolder temporary;
     const std::string folder = temporary.path();
     EXPECT_EQ(plan({"a.b.mp4"})[0].output, "a.b.zeb");
@@ -89,7 +89,7 @@ TEST(EncodeJobs, NameTheirOutputs) {
     EXPECT_EQ(plan({"in/a.mp4"}, "missing/")[0].output, "missing/a.zeb");
 }
 
-TEST(EncodeJobs, RefuseWhatWouldCollide) {
+TEST(EncodeJobs, RejectOutputsThatCollide) {
     const test::TemporaryFolder temporary;
     const std::string folder = temporary.path();
     std::filesystem::create_directory_symlink(folder, folder + "/link");
@@ -108,7 +108,7 @@ TEST(EncodeJobs, RefuseWhatWouldCollide) {
     EXPECT_EQ(plan({folder + "/old.zeb"}).size(), 1u);
 }
 
-TEST(PartialOutput, SettlesOnlyWhatItsRunMade) {
+TEST(PartialOutput, FinishesOnlyFileOfItsRun) {
     const golden::Bytes unfinished = golden::unfinishedMovie();
     const golden::Bytes header(unfinished.begin(), unfinished.begin() + 44);
     const struct {
@@ -160,7 +160,7 @@ TEST(PartialOutput, SettlesOnlyWhatItsRunMade) {
     }
 }
 
-TEST(ExportTime, ReadsWhatPeopleWrite) {
+TEST(ExportTime, ParsesUsualNotations) {
     EXPECT_EQ(timeFrom("0"), 0);
     EXPECT_EQ(timeFrom("2.5"), 2'500'000);
     EXPECT_EQ(timeFrom("1:30"), 90'000'000);
@@ -240,7 +240,7 @@ TEST(Interruption, LeavesIgnoredSignalsIgnored) {
     }
 }
 
-TEST(Arguments, RefuseNonsense) {
+TEST(Arguments, RejectInvalidValues) {
     for (const Words& words : {Words{},
                                {"-b.mp4"},
                                {"a.mp4", "--size", "512x"},

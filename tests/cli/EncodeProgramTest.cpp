@@ -25,7 +25,7 @@ protected:
     std::string m_movie = m_folder.file("a.zeb");
 };
 
-TEST_F(EncodeProgram, ProposesEverything) {
+TEST_F(EncodeProgram, DerivesAllSettingsFromSource) {
     const auto result = zeb({"encode", "a.mov"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.error, "");
@@ -40,7 +40,7 @@ TEST_F(EncodeProgram, ProposesEverything) {
     EXPECT_LT(std::count_if(silence, sound.end(), [](int byte) { return byte != 128; }), 10);
 }
 
-TEST_F(EncodeProgram, DoesWhatTheOptionsSayAndTellsProgressInJson) {
+TEST_F(EncodeProgram, FollowsOptionsAndReportsProgressAsJSON) {
     const auto result =
         zeb({"encode",  "--size", "80x80",     "--stretch",  "--fps", "4",         "--mode", "4",
              "--audio", "mono",   "--loop",    "--title",    "QL",    "--threads", "2",      "--track",
@@ -72,7 +72,7 @@ TEST_F(EncodeProgram, DoesWhatTheOptionsSayAndTellsProgressInJson) {
     EXPECT_EQ(json["bytes"], fs::file_size(m_folder.file("other.zeb")));
 }
 
-TEST_F(EncodeProgram, EstimatesWhatTheRunWillWrite) {
+TEST_F(EncodeProgram, EstimateMatchesWrittenSize) {
     for (const std::string mode : {"4", "32"}) {
         const auto result =
             zeb({"encode", "--estimate", "missing.mp4", "a.mov", "--mode", mode, "--progress", "json"});
@@ -94,7 +94,7 @@ TEST_F(EncodeProgram, EstimatesWhatTheRunWillWrite) {
     EXPECT_THAT(text, HasSubstr("\n  4 GiB limit    not reached\n  Free space     "));
 }
 
-TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
+TEST_F(EncodeProgram, ReplacesOnlyWithForceNeverItsInput) {
     store(m_movie, "precious");
     expectFailure({"encode", "a.mov"}, 4, "a.zeb: exists already (use --force to replace it)\n");
     EXPECT_EQ(contents(m_movie), "precious");
@@ -109,7 +109,7 @@ TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
     }
 }
 
-TEST_F(EncodeProgram, TakesOddNamesAsTheyAreAndGoesOnAfterAFailure) {
+TEST_F(EncodeProgram, TakesOddNamesLiterallyDespiteFailures) {
     const std::vector<std::string> names = {"[a,b]", "a:b.mov",  "img%03d.mov", "http:x.mov",
                                             "*.mov", "-odd.mov", "--fps",       "[c,d]"};
     std::vector<std::string> words = {"encode", "--progress", "none", "--fps", "1", "--", "missing.mp4"};
@@ -125,13 +125,13 @@ TEST_F(EncodeProgram, TakesOddNamesAsTheyAreAndGoesOnAfterAFailure) {
         EXPECT_EQ(rightMovie(fs::path(m_folder.file(name)).replace_extension(".zeb")).seconds, 3) << name;
 }
 
-TEST_F(EncodeProgram, FinishesWhenNobodyReadsItsProgress) {
+TEST_F(EncodeProgram, FinishesWhenOutputPipeIsClosed) {
     m_options.ignoresOutput = true;
     EXPECT_EQ(zeb({"encode", "a.mov", "--progress", "json"}).exitCode, 0);
     EXPECT_EQ(rightMovie(m_movie).seconds, 3);
 }
 
-TEST_F(EncodeProgram, KeepsWholeSecondsOnAFullDisk) {
+TEST_F(EncodeProgram, FullDiskKeepsWholeSeconds) {
     ASSERT_EQ(zeb({"encode", "a.mov"}).exitCode, 0);
     for (const bool isLate : {true, false}) {
         m_options.fileSizeLimit = isLate ? fs::file_size(m_movie) * 9 / 10 : 1000;
@@ -147,7 +147,7 @@ TEST_F(EncodeProgram, KeepsWholeSecondsOnAFullDisk) {
     }
 }
 
-TEST_F(EncodeProgram, KeepsTheMovieOfBeforeUntilTheNewOneIsComplete) {
+TEST_F(EncodeProgram, KeepsOldMovieUntilNewIsComplete) {
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 30, 60);
     store(m_folder.file("text.mp4"), "This is no video.\n");
     store(m_movie, "precious");
@@ -182,7 +182,7 @@ TEST_F(EncodeProgram, KeepsTheMovieOfBeforeUntilTheNewOneIsComplete) {
     EXPECT_EQ(contents(previous), "precious");
 }
 
-TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
+TEST_F(EncodeProgram, BadInputPrintsOneLineLeavesNothing) {
     makeClip(m_folder.file("sound.wav"), {"-f", "lavfi", "-i", "sine=duration=1"});
     store(m_folder.file("text.mp4"), "This is no video.\n");
     store(m_folder.file("empty.mp4"), "");
@@ -204,7 +204,7 @@ TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
         expectFailure(words, 2, "");
 }
 
-TEST_F(EncodeProgram, WarnsOfAFilmThatBreaksOff) {
+TEST_F(EncodeProgram, WarnsOfIncompleteVideo) {
     makeClip(m_folder.file("whole.mp4"),
              {"-f", "lavfi", "-i", "testsrc=s=160x120:r=10:d=20", "-f", "lavfi", "-i", "sine=d=20", "-c:v",
               "mpeg4", "-c:a", "aac", "-movflags", "faststart"});
@@ -221,7 +221,7 @@ TEST_F(EncodeProgram, WarnsOfAFilmThatBreaksOff) {
     EXPECT_EQ(rightMovie(m_folder.file("whole.zeb")).seconds, 20);
 }
 
-TEST_F(EncodeProgram, MakesAShorterMovieOfASourceThatShrinks) {
+TEST_F(EncodeProgram, ShrinkingSourceMakesShorterMovie) {
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
     ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv"}), m_options);
     while (const auto line = zeb.readLine()) {
@@ -238,7 +238,7 @@ TEST_F(EncodeProgram, MakesAShorterMovieOfASourceThatShrinks) {
     EXPECT_GT(rightMovie(m_folder.file("long.zeb")).seconds, 0);
 }
 
-TEST_F(EncodeProgram, MakesAShorterMovieWhenInterrupted) {
+TEST_F(EncodeProgram, InterruptMakesShorterMovie) {
     // A minute: the conversion will not be done before the signal comes.
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {

@@ -25,7 +25,7 @@ protected:
     }
 };
 
-TEST_F(ExportProgram, MakesEveryFormat) {
+TEST_F(ExportProgram, WritesEveryFormat) {
     for (const std::string name : {"b.mp4", "b.mkv", "b.webm", "b.gif"}) {
         const auto result = zeb({"export", "a.zeb", "-o", name, "--progress", "none"});
         EXPECT_EQ(result.exitCode, 0) << result.error;
@@ -67,7 +67,7 @@ TEST_F(ExportProgram, MakesEveryFormat) {
     EXPECT_EQ(contents(m_folder.file("one.png")), contents(m_folder.file("pictures/frame-00025.png")));
 }
 
-TEST_F(ExportProgram, RefusesInOneLineAndLeavesNothing) {
+TEST_F(ExportProgram, FailuresPrintOneLineLeaveNothing) {
     store(m_folder.file("text.zeb"), "This is no movie.\n");
     store(m_folder.file("b.mp4"), "precious");
     store(m_folder.file("frame-00007.png"), "precious");
@@ -96,7 +96,7 @@ TEST_F(ExportProgram, RefusesInOneLineAndLeavesNothing) {
     }
 }
 
-TEST_F(ExportProgram, LeavesNothingOnAFullDiskOrWhenInterrupted) {
+TEST_F(ExportProgram, FullDiskOrInterruptLeavesNothing) {
     makeLongClip(m_folder.file("long.mkv"), "320x240", 30, 30);
     ASSERT_EQ(zeb({"encode", "long.mkv", "--progress", "none"}).exitCode, 0);
     store(m_folder.file("b.webm"), "precious");

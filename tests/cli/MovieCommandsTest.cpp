@@ -23,7 +23,7 @@ using ::testing::StartsWith;
 
 using InfoProgram = ProgramTest;
 
-TEST_F(InfoProgram, ShowsEveryFileAndGoesOnAfterAFailure) {
+TEST_F(InfoProgram, ShowsEveryFileDespiteFailures) {
     golden::Bytes hostile = golden::movie();
     hostile[10] = 0x1b;
     store(m_folder.file("whole.zeb"), hostile);
@@ -45,7 +45,7 @@ TEST_F(InfoProgram, ShowsEveryFileAndGoesOnAfterAFailure) {
     EXPECT_THAT(result.error, HasSubstr("zeb: text.zeb: Not a ZEB1 file\n"));
 }
 
-TEST_F(InfoProgram, FollowsTheLanguageOfTheEnvironment) {
+TEST_F(InfoProgram, ErrorsFollowLanguageOfEnvironment) {
     store(m_folder.file("text.mp4"), "no film\n");
     store(m_folder.file("text.zeb"), "no movie\n");
     const struct {
@@ -72,7 +72,7 @@ TEST_F(InfoProgram, FollowsTheLanguageOfTheEnvironment) {
     }
 }
 
-TEST_F(InfoProgram, RefusesWhatIsNotOnThisComputer) {
+TEST_F(InfoProgram, EveryCommandRejectsRemoteAddresses) {
     const std::string address = "http://host/a.mov";
     const std::vector<std::string> cases[] = {{"encode", address},
                                               {"encode", address, "--estimate"},
@@ -86,7 +86,7 @@ TEST_F(InfoProgram, RefusesWhatIsNotOnThisComputer) {
         expectFailure(arguments, 3, address + ": Only files on this computer can be opened\n");
 }
 
-TEST_F(InfoProgram, SpeaksJson) {
+TEST_F(InfoProgram, PrintsAllFieldsAsJSON) {
     store(m_folder.file("torn.zeb"), golden::unfinishedMovie());
     EXPECT_EQ(nlohmann::json::parse(zeb({"info", "--json", "torn.zeb"}).out), nlohmann::json::parse(R"({
         "file": "torn.zeb", "title": "QL!", "width": 16, "height": 8, "framesPerSecond": 2, "mode": 32,
@@ -94,7 +94,7 @@ TEST_F(InfoProgram, SpeaksJson) {
         "bytesPerSecond": 23.0, "largestBlock": 25, "finished": false})"));
 }
 
-TEST_F(InfoProgram, TellsWhatTheProgramCan) {
+TEST_F(InfoProgram, PrintsHelpAndReportsUnwritableOutput) {
     EXPECT_THAT(zeb({"--help"}).out, HasSubstr("encode"));
     EXPECT_THAT(zeb({"--version"}).out, StartsWith("zeb "));
     if (std::ifstream("/dev/full")) {
@@ -124,7 +124,7 @@ protected:
     const std::string m_mended = m_folder.file("mended.zeb");
 };
 
-TEST_F(RepairProgram, VerifyTellsRightFromWrong) {
+TEST_F(RepairProgram, VerifyDistinguishesValidAndInvalidMovies) {
     const auto text = zeb({"verify", "movie.zeb", "torn.zeb", "missing"});
     EXPECT_EQ(text.exitCode, 1);
     EXPECT_THAT(text.out, HasSubstr("movie.zeb: right, "));
@@ -137,7 +137,7 @@ TEST_F(RepairProgram, VerifyTellsRightFromWrong) {
     EXPECT_EQ(zeb({"verify", "missing"}).exitCode, 3);
 }
 
-TEST_F(RepairProgram, RepairsIntoANewFileOrInPlace) {
+TEST_F(RepairProgram, RepairsIntoNewFileOrInPlace) {
     const std::string torn = contents(m_torn), movie = contents(m_movie);
     EXPECT_EQ(zeb({"repair", "torn.zeb"}).exitCode, 2) << "in place only with --force";
     const auto result = zeb({"repair", "torn.zeb", "-o", "mended.zeb"});
@@ -154,7 +154,7 @@ TEST_F(RepairProgram, RepairsIntoANewFileOrInPlace) {
     EXPECT_EQ(contents(m_movie), movie) << "a finished movie stays as it is";
 }
 
-TEST_F(RepairProgram, KeepsAFinishedMovieAndRescuesWhatFollowsDamage) {
+TEST_F(RepairProgram, KeepsFinishedMovieRescuesSecondsAfterDamage) {
     const auto longAgo = fs::file_time_type::clock::now() - std::chrono::hours(24 * 365);
     const std::string movie = contents(m_movie);
     std::string damaged = movie;
@@ -179,7 +179,7 @@ TEST_F(RepairProgram, KeepsAFinishedMovieAndRescuesWhatFollowsDamage) {
     }
 }
 
-TEST_F(RepairProgram, LeavesNothingBehindWhenThereIsNothingToRepair) {
+TEST_F(RepairProgram, NothingToRepairLeavesNoFile) {
     store(m_folder.file("text.zeb"), "no movie");
     const std::string header = contents(m_torn).substr(0, 200);
     store(m_folder.file("header.zeb"), header);
@@ -204,7 +204,7 @@ void storeLargePicture(const std::string& path) {
     writer.finish();
 }
 
-TEST_F(InfoProgram, SaysThatMemoryRanOut) {
+TEST_F(InfoProgram, ReportsLackOfMemory) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(__clang__)
     GTEST_SKIP() << "a sanitizer needs more memory than the limit leaves";
 #endif
@@ -221,7 +221,7 @@ TEST_F(InfoProgram, SaysThatMemoryRanOut) {
 }
 
 /// Interrupts a command between its first movie and a long second one.
-TEST_F(ClipTest, LongCommandsStopInOrderOnAnInterrupt) {
+TEST_F(ClipTest, InterruptStopsVerifyWithinMovie) {
     makeLongClip(m_folder.file("long.mkv"), "640x480", 30, 20);
     ASSERT_EQ(zeb({"encode", "a.mov", "long.mkv", "--progress", "none"}).exitCode, 0);
     ChildProcess verify(zebCommand({"verify", "a.zeb", "long.zeb"}), m_options);
@@ -243,7 +243,7 @@ FrameImage picture(int width, int height, const std::vector<std::uint8_t>& pixel
     return image;
 }
 
-TEST(ReducedImage, IsTheMeanOfWhatItCovers) {
+TEST(ReducedImage, AveragesPixelsUnderEachTarget) {
     // Three pixels to two: each covers one and a half.
     const FrameImage row = reducedImage(picture(3, 1, {0, 10, 20, 255, 90, 10, 50, 255, 30, 40, 80, 255}), 2);
     EXPECT_EQ(row.width, 2);
@@ -254,7 +254,7 @@ TEST(ReducedImage, IsTheMeanOfWhatItCovers) {
     EXPECT_EQ(reducedImage(picture(1, 2, {1, 2, 3, 4, 4, 4, 4, 4}), 2).pixels.size(), 8U);
 }
 
-TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
+TEST_F(ThumbnailProgram, WritesFirstPictureOrNothing) {
     ASSERT_EQ(zeb({"encode", "a.mov"}).exitCode, 0);
     store(m_folder.file("cut.zeb"), contents(m_folder.file("a.zeb")).substr(0, 60));
     store(m_folder.file("text.zeb"), "no movie");
@@ -279,7 +279,7 @@ TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
 using PlayProgram = ProgramTest;
 
 /// A copy of the program, alone in a folder, with an application that only says what it was asked for.
-TEST_F(PlayProgram, BecomesTheApplication) {
+TEST_F(PlayProgram, StartsTheApplicationInItsPlace) {
     fs::copy_file(zebCommand({}).front(), m_folder.file("zeb"));
     store(m_folder.file("-a movie.zeb"), "ZEB1");
     store(m_folder.file("video.zeb"), "video");

@@ -47,7 +47,7 @@ protected:
     }
 };
 
-TEST_F(OutputProgram, RefusesTheSameThingsInEveryCommand) {
+TEST_F(OutputProgram, EveryCommandRejectsSameOutputs) {
     ASSERT_EQ(zeb({"encode", "a.mov", "-o", "movie.zeb", "--progress", "none"}).exitCode, 0);
     const struct {
         std::vector<std::string> words;
@@ -111,7 +111,7 @@ TEST_F(OutputProgram, RefusesTheSameThingsInEveryCommand) {
     expectFailure({"repair", "movie.zeb", "-o", ""}, 4, "has no name");
 }
 
-TEST_F(OutputProgram, FullStandardOutputLosesTheForecast) {
+TEST_F(OutputProgram, FullStandardOutputFailsEstimate) {
     if (::access("/dev/full", W_OK) != 0) GTEST_SKIP() << "needs /dev/full";
     const std::string line = "exec " ZEB_PROGRAM " encode --estimate a.mov > /dev/full";
     EXPECT_EQ(ChildProcess({"sh", "-c", line}, m_options).finish().exitCode, 4);

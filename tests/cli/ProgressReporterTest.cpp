@@ -58,7 +58,7 @@ TEST(JsonProgress, WritesOneObjectPerLine) {
         EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7f));
 }
 
-TEST(BarProgress, KeepsToOneLineBelowTheMessages) {
+TEST(BarProgress, KeepsOneLineBelowMessages) {
     Reporting reporting(ProgressStyle::automatic, true);
     EXPECT_THAT(reporting.out.str(), Not(HasSubstr("\x1b")));
     // The log's line while there are no frames, the bar, wiped for the warning, drawn again, the summary.
@@ -72,7 +72,7 @@ TEST(BarProgress, KeepsToOneLineBelowTheMessages) {
     EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1);
 }
 
-TEST(PlainProgress, WritesWholeLines) {
+TEST(PlainProgress, WritesOneLinePerReport) {
     Reporting reporting(ProgressStyle::automatic, false);
     EXPECT_EQ(reporting.out.str(),
               "in/a\\xff.mp4 -> out/\u00e4.zeb: 448x256, 25 frames per second, 0:10, Mode 32\n"
@@ -81,7 +81,7 @@ TEST(PlainProgress, WritesWholeLines) {
     EXPECT_EQ(reporting.error.str(), "zeb: in/a\\xff.mp4: careful\\x0a\n");
 }
 
-TEST(ProgressLines, TakeAsMuchAsThereIsRoomFor) {
+TEST(ProgressLines, ShowPartsThatFitTheWidth) {
     const ProgressState state{99, 200, 25, 5'000'000, 99.95, 59};
     const std::string rest = " 49 %  100.0 fps  0:59 left";  // 27 characters
     const std::pair<int, std::string> cases[] = {
@@ -107,7 +107,7 @@ TEST(ProgressLines, TakeAsMuchAsThereIsRoomFor) {
     EXPECT_EQ(fittedLine("a\u00e4\tbc", 6), "a\u00e4\\x0");
 }
 
-TEST(ProgressLines, NeverPassTheTerminal) {
+TEST(ProgressLines, NeverExceedTerminalWidth) {
     for (int columns = 1; columns < 120; ++columns) {
         for (const std::int64_t frames : {0, 1, 249, 250}) {
             const ProgressState state{frames, 250, 25, 999'999'999'999, 12345.6, 86399};
@@ -116,7 +116,7 @@ TEST(ProgressLines, NeverPassTheTerminal) {
     }
 }
 
-TEST(SpeedMeter, EstimatesTheTimeLeftOfWhatWasLately) {
+TEST(SpeedMeter, EstimatesTimeLeftFromRecentSpeed) {
     SpeedMeter::TimePoint now{};
     SpeedMeter meter{now};
     EXPECT_FALSE(meter.secondsFor(100));
@@ -131,7 +131,7 @@ TEST(SpeedMeter, EstimatesTheTimeLeftOfWhatWasLately) {
     EXPECT_EQ(meter.secondsFor(0).value(), 0);
 }
 
-TEST(SpeedMeter, KeepsTenSecondsAndNoLessThanItNeeds) {
+TEST(SpeedMeter, AveragesOverLastTenSeconds) {
     using std::chrono::milliseconds;
     const SpeedMeter::TimePoint start{};
     SpeedMeter meter{start};

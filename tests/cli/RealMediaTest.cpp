@@ -29,7 +29,7 @@ void PrintTo(const RealClip& clip, std::ostream* stream) {
 class RealMedia : public ::testing::TestWithParam<RealClip> {};
 
 // Few frames, so that the time goes into reading; both modes see all of it.
-TEST_P(RealMedia, BecomesAValidMovieTheSameForAnyNumberOfThreads) {
+TEST_P(RealMedia, MakesSameValidMovieForAnyThreads) {
     const RealClip& clip = GetParam();
     const fs::path input = mediaFolder() / clip.file;
     if (!fs::exists(input))

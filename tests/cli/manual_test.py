@@ -49,7 +49,7 @@ def completions(folder, *words):
 
 
 class ManualTest(unittest.TestCase):
-    def test_every_option_of_every_command_is_everywhere(self):
+    def test_every_option_is_documented_everywhere(self):
         manual = (FOLDER / "zeb.1").read_text().replace("\\-", "-")
         bash, zsh, fish = ((FOLDER / name).read_text() for name in ("zeb.bash", "_zeb", "zeb.fish"))
         self.assertIn("encode", commands())
@@ -66,7 +66,7 @@ class ManualTest(unittest.TestCase):
                     self.assertIn(option, bash_part)
                     self.assertRegex(fish, rf"from {command}'.* -l {option[2:]} ")
 
-    def test_bash_completes(self):
+    def test_bash_completes_commands_options_files(self):
         with tempfile.TemporaryDirectory() as name:
             folder = pathlib.Path(name)
             (folder / "films").mkdir()
@@ -92,7 +92,7 @@ class ManualTest(unittest.TestCase):
                 with self.subTest(words=words):
                     self.assertEqual(completions(folder, *words), expected)
 
-    def test_every_example_is_one_that_the_program_takes(self):
+    def test_program_accepts_every_example(self):
         page = (FOLDER / "zeb.1").read_text().replace("\\-", "-")
         examples = re.findall(r"^\.EX\nzeb (.*)$", page.split(".SH EXAMPLES")[1], re.MULTILINE)
         self.assertGreaterEqual(len(examples), len(commands()))
@@ -103,7 +103,7 @@ class ManualTest(unittest.TestCase):
                     result = run(ZEB, *shlex.split(example), cwd=folder)
                     self.assertEqual(result.returncode, 3, result.stderr)
 
-    def test_manual_and_completion_describe_arguments_in_whole_lines(self):
+    def test_argument_descriptions_are_whole_lines(self):
         manual, zsh = (FOLDER / "zeb.1").read_text(), (FOLDER / "_zeb").read_text()
         for lines in (
             "\\fBzeb\\fR \\fBencode\\fR [\\fIoption\\fR ...] \\fIINPUT\\fR ...\n",
@@ -123,7 +123,7 @@ class ManualTest(unittest.TestCase):
             self.assertIn(line, zsh)
         self.assertEqual(len(re.findall(r"^ +'[*\d]:[A-Z]+:", zsh, re.MULTILINE)), len(commands()) + 1)
 
-    def test_page_and_completions_are_whole(self):
+    def test_page_and_completions_are_complete(self):
         manual, zsh = (FOLDER / "zeb.1").read_text(), (FOLDER / "_zeb").read_text()
         self.assertEqual(re.findall(r"^\.SH (.*)$", manual, re.MULTILINE),
                          ["NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "EXIT STATUS", "ENVIRONMENT", "EXAMPLES"])
@@ -144,7 +144,7 @@ class ManualTest(unittest.TestCase):
         for line in ("--output=[The movie, or", "-o+[The movie, or", "the input'\\''s name"):
             self.assertIn(line, zsh)
 
-    def test_syntax(self):
+    def test_shells_and_groff_accept_syntax(self):
         checks = ((("bash", "-n"), "zeb.bash"), (("zsh", "-n"), "_zeb"), (("fish", "--no-execute"), "zeb.fish"),
                   (("groff", "-man", "-Tutf8", "-ww"), "zeb.1"))
         for words, file in checks:

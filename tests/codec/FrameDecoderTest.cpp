@@ -107,7 +107,7 @@ Bytes packed(const Bytes& bytes) {
     return block;
 }
 
-TEST(FrameDecoder, EqualsPlainLoopForFormatsMasksAndShapes) {
+TEST(FrameDecoder, MatchesReferenceForFormatsMasksAndShapes) {
     constexpr int noMask = 0, bitMask = 1, alphaMask = 2;
     std::mt19937 random(5);
     FrameDecoder decoder;
@@ -158,7 +158,7 @@ Bytes pointing(std::int64_t patternAt, std::int64_t maskAt, std::size_t size) {
     return record;
 }
 
-TEST(FrameDecoder, FollowsPointersAsFarAsTheRecordReaches) {
+TEST(FrameDecoder, LimitsPointersByRecordSize) {
     constexpr std::int64_t size = 0x1020300, noMask = 16;
     Bytes record = pointing(size - 4, noMask, size);
     record[size - 4] = 0x1F;
@@ -190,7 +190,7 @@ TEST(FrameDecoder, FollowsPointersAsFarAsTheRecordReaches) {
     }
 }
 
-TEST(FrameDecoder, KnowsFromTheStartWhatIsTooLargeForAPicture) {
+TEST(FrameDecoder, RecognisesOversizedRecordsByTheirStart) {
     constexpr std::uint64_t always = 64 * 1024, gigabytes = 3'900'000'000;
     const Bytes small = sprite(2, 32, 0x40, 16, 8, {}), mode4 = sprite(1, 0, 0, 16, 8, {});
     const Bytes largest = sprite(2, 64, 0xC0, 8192, 8192, {});
@@ -230,7 +230,7 @@ TEST(FrameDecoder, KnowsFromTheStartWhatIsTooLargeForAPicture) {
         EXPECT_EQ(FrameDecoder::canDecode(start, size, width, height), expected) << size;
 }
 
-TEST(FrameDecoder, SaysWhyARecordIsNoPicture) {
+TEST(FrameDecoder, ReportsWhyRecordIsNoPicture) {
     const Bytes hopeless{'R', 'L', 'E', '2', 255, 255, 255, 255, 0x81, 1, 2};
     const std::pair<Bytes, std::string> cases[] = {
         {Bytes(23), " | not-sprite: <0x18"},
@@ -266,7 +266,7 @@ TEST(FrameDecoder, SaysWhyARecordIsNoPicture) {
               "cpatStart=24 | maskStart=28 maskBytes=4 | MRLEsig=524C4537 | RLE-decode-failed(mask) | ok");
 }
 
-TEST(FrameDecoder, ShowsRawPixelsWithoutASprite) {
+TEST(FrameDecoder, DecodesRawPixelsWithoutSprite) {
     FrameDecoder decoder;
     const Bytes raw(4 * 7 * 3, 0x11), blueRedGreen{0x1F, 0, 0, 0xF8, 0xE0, 0x07};
     const Bytes shown{255, 0, 0, 255, 0, 0, 255, 255, 0, 255, 0, 255};

@@ -29,7 +29,7 @@ void expectGoodPackets(const Bytes& raw, const std::string& name) {
         << name << ", " << raw.size() / 2 << " words";
 }
 
-TEST(CompressRLE2, WritesTheKnownPackets) {
+TEST(CompressRLE2, WritesExpectedPacketsForKnownRuns) {
     const std::pair<Bytes, Bytes> cases[] = {
         {{}, {}},
         {{1, 2}, {0x00, 1, 2}},
@@ -45,7 +45,7 @@ TEST(CompressRLE2, WritesTheKnownPackets) {
     }
 }
 
-TEST(CompressRLE2, EqualsPlainLoopForRunsOfAnyLength) {
+TEST(CompressRLE2, MatchesReferenceForRunsOfAnyLength) {
     std::mt19937 random(2);
     for (int round = 0; round < 4000; ++round) {
         // Runs and literals of random lengths, now mostly short, now around the longest packets.
@@ -66,7 +66,7 @@ TEST(CompressRLE2, EqualsPlainLoopForRunsOfAnyLength) {
     }
 }
 
-TEST(ExpandRLE2, WritesTheKnownBytesOrNothing) {
+TEST(ExpandRLE2, ExpandsValidBlocksAndRejectsOthers) {
     const std::tuple<Bytes, std::size_t, std::optional<Bytes>> cases[] = {
         {block('1', 5, {0xFE, 1, 0x01, 2, 3}), 5, Bytes{1, 1, 1, 2, 3}},
         {block('2', 4, {0xFF, 1, 2}), 3, Bytes{1, 2, 1}},
@@ -84,7 +84,7 @@ TEST(ExpandRLE2, WritesTheKnownBytesOrNothing) {
 }
 
 // A literal may pass the expected length, but not the block's.
-TEST(ExpandRLE2, ReadsAllBytesOfTheLength) {
+TEST(ExpandRLE2, ReadsAllBytesOfLengthField) {
     for (const std::uint32_t length : {1024U, 0x10400U, 0x1010400U}) {
         Bytes packets;
         for (std::uint32_t done = 0; done < length - 512; done += 512)
@@ -96,7 +96,7 @@ TEST(ExpandRLE2, ReadsAllBytesOfTheLength) {
 }
 
 // Neither the block's length field nor a hopeless expectation may cost memory.
-TEST(ExpandRLE2, TakesNoMemoryForPromises) {
+TEST(ExpandRLE2, ImpossibleLengthsAllocateNothing) {
     const Bytes lying = block('2', 0xFFFFFFFF, {0x01, 1, 2, 3, 4});
     EXPECT_EQ(expandRLE2(lying, 4), (Bytes{1, 2, 3, 4}));
 
@@ -114,7 +114,7 @@ TEST(ExpandRLE2, TakesNoMemoryForPromises) {
               reference::expandRLE2(block('2', 50 * 258, densest), 50 * 258));
 }
 
-TEST(ExpandRLE2, EqualsPlainLoopForRandomBlocks) {
+TEST(ExpandRLE2, MatchesReferenceForRandomBlocks) {
     std::mt19937 random(3);
     int successes = 0;
     for (int round = 0; round < 20000; ++round) {

@@ -98,7 +98,7 @@ Result readBuffers(std::vector<FakeSamples> buffers, int channels,
     return read({.soundTracks = {fake::soundOf(std::move(buffers))}}, channels, 0, maximum);
 }
 
-TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
+TEST(AudioReader, StreamingMatchesWholeTrackConversion) {
     const std::vector<std::size_t> divisions[] = {{1}, {7, 1024, 13}, {1u << 20}};
     for (const double rate : {1.0, 8000.0, 19999.0, 20000.0, 44100.0, 47999.9, 192000.0, 2147483647.0}) {
         for (const int sourceChannels : {1, 2, 3, 6}) {
@@ -119,7 +119,7 @@ TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
     }
 }
 
-TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {
+TEST(AudioReader, LimitsKeptBytesButReportsWholeLength) {
     const auto samples = noise(96000);
     const Result cut = readBuffers(divided(samples, 48000, 2, {4096}), 1, 5000);
     Bytes start = convertedWhole(samples, 48000, 2, 1);
@@ -132,7 +132,7 @@ TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {
     EXPECT_EQ(read({}, 2).log, "No sound track: the movie gets no sound.");
 }
 
-TEST(AudioReader, keepsWhatCameBeforeDamage) {
+TEST(AudioReader, KeepsSoundBeforeDamage) {
     FakeFilm film;
     film.soundTracks = {[](std::size_t index, FakeSamples& buffer) {
         if (index > 0) throw MediaError(MediaError::cannotDecode, {"damaged"});
@@ -148,7 +148,7 @@ TEST(AudioReader, keepsWhatCameBeforeDamage) {
     EXPECT_THROW(read(film, 1), MediaError);
 }
 
-TEST(AudioReader, stopsAtWhicheverQuestionIsAnsweredYes) {
+TEST(AudioReader, StopsAtAnyCancellationCheck) {
     FakeFilm film;
     const auto samples = noise(3000);
     film.soundTracks = {fake::soundOf(divided(samples, 48000, 2, {500}))};
@@ -166,7 +166,7 @@ TEST(AudioReader, stopsAtWhicheverQuestionIsAnsweredYes) {
     }
 }
 
-TEST(SoundBytes, joinsItsBlocks) {
+TEST(SoundBytes, JoinsItsBlocksInOrder) {
     SoundBytes sound;
     Bytes all;
     for (const std::size_t size : {1u, 1000003u, 48577u, 2100000u}) {

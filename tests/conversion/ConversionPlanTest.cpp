@@ -27,7 +27,7 @@ Settings settingsOf(int width, int height, bool preserveAspect, int fps = 10) {
     return {"", width, height, preserveAspect, fps};
 }
 
-TEST(TargetSize, fitsShrinksAndRounds) {
+TEST(TargetSize, FitsShrinksAndRounds) {
     constexpr int most = std::numeric_limits<int>::max();
     constexpr int least = std::numeric_limits<int>::min();
     const struct {
@@ -53,7 +53,7 @@ TEST(TargetSize, fitsShrinksAndRounds) {
     }
 }
 
-TEST(Proposals, stayWithinTheirLimits) {
+TEST(Proposals, StayWithinTheirLimits) {
     const std::pair<int, int> sides[] = {{-8, 64}, {0, 64},      {1, 64},     {71, 64},
                                          {72, 72}, {4096, 4096}, {4104, 4096}};
     for (const auto& [source, proposed] : sides)
@@ -63,7 +63,7 @@ TEST(Proposals, stayWithinTheirLimits) {
         EXPECT_EQ(proposedRate(source), proposed) << source;
 }
 
-TEST(SourceInfo, roundsTheUprightSizeAndTheRate) {
+TEST(SourceInfo, RoundsUprightSizeAndFrameRate) {
     const AffineTransform quarterTurn{0, 1, -1, 0};
     EXPECT_EQ(sourceInfo(trackOf(1920, 1080, 25, quarterTurn)), (SourceInfo{1080, 1920, 25}));
     EXPECT_EQ(sourceInfo(trackOf(719.5, 0.2, 23.976F)), (SourceInfo{720, 0, 24}));
@@ -75,7 +75,7 @@ TEST(SourceInfo, roundsTheUprightSizeAndTheRate) {
     }
 }
 
-TEST(ConversionPlan, countsSecondsAndFrames) {
+TEST(ConversionPlan, CountsSecondsAndFrames) {
     const struct {
         float sourceRate;
         int requestedRate;
@@ -100,7 +100,7 @@ TEST(ConversionPlan, countsSecondsAndFrames) {
     }
 }
 
-TEST(ConversionPlan, lastsAsLongAsWhatTheMovieCarries) {
+TEST(ConversionPlan, LastsAsLongAsIncludedTracks) {
     const struct {
         double pictures;
         std::vector<double> sounds;
@@ -128,7 +128,7 @@ TEST(ConversionPlan, lastsAsLongAsWhatTheMovieCarries) {
     }
 }
 
-TEST(BreakOffWarning, namesPicturesElseIncludedSound) {
+TEST(BreakOffWarning, NamesPicturesElseIncludedSound) {
     const auto warning = [](TrackEnd pictures, TrackEnd sound, bool includesAudio = true) {
         fake::FakeFilm film;
         film.videoTracks.front().end = pictures;
@@ -144,7 +144,7 @@ TEST(BreakOffWarning, namesPicturesElseIncludedSound) {
     EXPECT_EQ(warning({20}, {30}), "");
 }
 
-TEST(ConversionPlan, refusesWhatCannotBeCounted) {
+TEST(ConversionPlan, RejectsLengthsBeyondIntegerRange) {
     EXPECT_EQ(planConversion(filmOf(trackOf(0, 0, 25), 1), {}).source, (SourceInfo{1, 1, 25}));
     EXPECT_THROW(planConversion(filmOf(trackOf(640, 480, 25), infinity), {}), MediaError);
     EXPECT_THROW(planConversion(filmOf(trackOf(640, 480, 25), 0x1p63 / 600), {}), MediaError);

@@ -174,7 +174,7 @@ protected:
                                   [this](const std::string& text) { reports.push_back("! " + text); }};
 };
 
-TEST_F(ConversionRunTest, bytesDependOnSourceAndSettingsOnly) {
+TEST_F(ConversionRunTest, BytesDependOnSourceAndSettingsOnly) {
     const std::tuple<int, bool, int> variants[] = {{32, false, 2}, {4, false, 1}, {4, true, 0}};
     for (const auto& [mode, dither, channels] : variants) {
         const Settings settings = settingsOf(mode, dither, channels);
@@ -186,7 +186,7 @@ TEST_F(ConversionRunTest, bytesDependOnSourceAndSettingsOnly) {
     }
 }
 
-TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
+TEST_F(ConversionRunTest, RepeatsLastFrameWhenGrabFails) {
     takeFilm([](double time, const IsCancelled&) -> std::shared_ptr<const Picture> {
         const std::uint32_t index = pictureAt(time);
         if (index == 10 || index == 11) throw MediaError(MediaError::cannotDecode, {"damaged"});
@@ -210,7 +210,7 @@ TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
     EXPECT_TRUE(written() == expectedMovie(settingsOf(), 2).begun[0]);
 }
 
-TEST_F(ConversionRunTest, endsWhereTheSourceCannotBeReadOn) {
+TEST_F(ConversionRunTest, EndsWhenSourceBecomesUnreadable) {
     int grabs = 0;
     takeFilm([&](double time, const IsCancelled&) -> std::shared_ptr<const Picture> {
         if (time > 1.35) {
@@ -241,7 +241,7 @@ TEST_F(ConversionRunTest, endsWhereTheSourceCannotBeReadOn) {
     EXPECT_FALSE(fs::exists(output)) << "the sound comes before the file";
 }
 
-TEST_F(ConversionRunTest, warnsOnceOfAFilmThatBreaksOff) {
+TEST_F(ConversionRunTest, WarnsOnceOfIncompleteVideo) {
     FakeFilm film = filmOf();
     film.videoTracks.front().end = {duration, 9.9};
     library.add(input, film);
@@ -252,7 +252,7 @@ TEST_F(ConversionRunTest, warnsOnceOfAFilmThatBreaksOff) {
     EXPECT_EQ(reports[1], "! The film breaks off at 0:03 of 0:10.");
 }
 
-TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
+TEST_F(ConversionRunTest, WritesChosenSoundTrackUnlessEmpty) {
     const Bytes silent = expectedMovie(settingsOf(), 0).finished;
     FakeFilm film = filmOf();
     film.soundTracks.insert(film.soundTracks.begin(), fake::soundOf({}));
@@ -268,7 +268,7 @@ TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
     EXPECT_TRUE(written() == silent);
 }
 
-TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
+TEST_F(ConversionRunTest, StopsAtAnyCancellationCheck) {
     std::vector<Bytes> stages = expectedMovie(settingsOf(), 2).begun;
     stages.insert(stages.begin(), {'o', 'l', 'd'});
     const std::string previous = folder.file("film.previous.zeb");
@@ -292,7 +292,7 @@ TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
     EXPECT_TRUE(seen[1] || seen[2] || seen[3]);
 }
 
-TEST_F(ConversionRunTest, cancelsWhileTheDecoderIsBusy) {
+TEST_F(ConversionRunTest, CancelsWhileDecoderIsBusy) {
     library.add(input, busyFrom(1.35));
     std::atomic<bool> isInSecondSecond = false;
     callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t) { isInSecondSecond = framesDone > fps; };
@@ -301,7 +301,7 @@ TEST_F(ConversionRunTest, cancelsWhileTheDecoderIsBusy) {
     EXPECT_TRUE(written() == expectedMovie(settingsOf(), 2).begun[1]);
 }
 
-TEST_F(ConversionRunTest, failureOfTheSoundFreesABusyDecoder) {
+TEST_F(ConversionRunTest, SoundFailureStopsBusyDecoder) {
     FakeFilm film = busyFrom(0);
     film.soundTracks = {[&](std::size_t, fake::FakeSamples&) -> bool {
         isGrabbing.wait(false);
@@ -312,7 +312,7 @@ TEST_F(ConversionRunTest, failureOfTheSoundFreesABusyDecoder) {
     EXPECT_FALSE(fs::exists(output));
 }
 
-TEST_F(ConversionRunTest, replacesFilesAndLinksButNoFolder) {
+TEST_F(ConversionRunTest, ReplacesFilesAndLinksButNoFolder) {
     const std::string target = folder.file("target");
     test::store(target, "precious");
     fs::create_symlink(target, output);
@@ -332,7 +332,7 @@ TEST_F(ConversionRunTest, replacesFilesAndLinksButNoFolder) {
 
 /// The n-th operation on the output fails, once or from then on: what is on the disk afterwards has its whole
 /// seconds, and the caller learns why.
-TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
+TEST_F(ConversionRunTest, EveryDiskFailureLeavesWholeSeconds) {
     const ExpectedMovie expected = expectedMovie(settingsOf(), 2);
     for (const bool forGood : {false, true}) {
         for (int call = 1;; ++call) {
@@ -384,7 +384,7 @@ TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
 }
 
 /// Success is only said of the file that was made, and files of others stay.
-TEST_F(ConversionRunTest, leavesAloneWhatOthersDoToItsPlace) {
+TEST_F(ConversionRunTest, LeavesFilesOfOtherProcessesAlone) {
     using Case = OutputError::Case;
     const std::string other = folder.file("film.previous.zeb");
     const struct {
@@ -435,7 +435,7 @@ TEST_F(ConversionRunTest, leavesAloneWhatOthersDoToItsPlace) {
     }
 }
 
-TEST_F(ConversionRunTest, countsEveryFrameOnceAndTheLastOfASecondWhenItIsWritten) {
+TEST_F(ConversionRunTest, ReportsEachFrameOnceWithBytesWritten) {
     const ExpectedMovie expected = expectedMovie(settingsOf(), 2);
     std::int64_t last = 0;
     callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t bytes) {
@@ -446,7 +446,7 @@ TEST_F(ConversionRunTest, countsEveryFrameOnceAndTheLastOfASecondWhenItIsWritten
     EXPECT_EQ(last, frameCount);
 }
 
-TEST_F(ConversionRunTest, passesOnWhatTheFormatCannotHold) {
+TEST_F(ConversionRunTest, ReportsWhatFormatCannotHold) {
     EXPECT_THROW(convert(settingsOf(65536)), ZEBWriterError);
     FakeFilm film = filmOf();
     film.duration = 9e15;  // nothing of that size may be allocated either

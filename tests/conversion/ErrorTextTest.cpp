@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(ErrorTextTest, WordsThatAreAgreedStayDescriptionsAndAreWhatGermansRead) {
+TEST_F(ErrorTextTest, FixedDescriptionsAreTheGermanTexts) {
     const std::pair<LocalizableError, const char*> cases[] = {
         {ZEBConverterError::cannotCreateOutput("/a.zeb"), "The output file cannot be created: /a.zeb"},
         {ZEBConverterError::noVideoTrack(), "There is no video track."},
@@ -55,7 +55,7 @@ TEST_F(ErrorTextTest, WordsThatAreAgreedStayDescriptionsAndAreWhatGermansRead) {
                  "Kann Ausgabedatei nicht erstellen: /a.zeb");
 }
 
-TEST_F(ErrorTextTest, FollowsTheLanguage) {
+TEST_F(ErrorTextTest, TextsFollowTheLanguage) {
     const FileError full("/a%@.zeb", ENOSPC);
     const MediaError damaged(MediaError::cannotDecode, {"error_media_damaged_picture"});
     const MediaError refused(MediaError::cannotOpen, full.reasonText());
@@ -101,7 +101,7 @@ TEST_F(ErrorTextTest, FollowsTheLanguage) {
     }
 }
 
-TEST_F(ErrorTextTest, EveryCaseHasATextOfItsOwnInEachLanguage) {
+TEST_F(ErrorTextTest, EveryErrorHasDistinctTextPerLanguage) {
     const FileError file("/a.zeb", ENOSPC);
     std::vector<LocalizableError> errors = {
         ZEBReaderError::unexpectedEnd(),
@@ -149,7 +149,7 @@ TEST_F(ErrorTextTest, EveryCaseHasATextOfItsOwnInEachLanguage) {
     EXPECT_EQ(in("de", odd), odd.what()) << "the system's own text";
 }
 
-TEST_F(ErrorTextTest, LabelsOfSoundTracksFollowTheLanguage) {
+TEST_F(ErrorTextTest, SoundTrackLabelsFollowTheLanguage) {
     const SoundTrack track{.sampleRate = 48000, .channelsPerFrame = 2, .formatCode = 0x61616320};
     setTextLocale({"de", ","});
     EXPECT_EQ(audioTrackLabel(track, 0), "Spur 1 · Stereo · 48.0 kHz · aac ");

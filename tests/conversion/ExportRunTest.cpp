@@ -131,7 +131,7 @@ protected:
     int m_polls = 1'000'000;  ///< until the run is cancelled
 };
 
-TEST_F(Export, CutsPicturesAndSoundAtTheSameMoment) {
+TEST_F(Export, CutsPicturesAndSoundAtSameTime) {
     const struct {
         std::int64_t from;
         std::optional<std::int64_t> to;
@@ -152,7 +152,7 @@ TEST_F(Export, CutsPicturesAndSoundAtTheSameMoment) {
     }
 }
 
-TEST_F(Export, RepeatsThePictureBeforeDamage) {
+TEST_F(Export, RepeatsPictureBeforeDamage) {
     const Bytes damaged = {1, 2, 3};
     writeMovie({{0, damaged}, {5, {}}, {6, damaged}});
     EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 4, 4, 7, 8, 9, 10, 11));
@@ -179,7 +179,7 @@ Bytes word(std::uint64_t value) {
     return bytes;
 }
 
-TEST_F(Export, FollowsTheIndexOnlyToTheRightSecond) {
+TEST_F(Export, FollowsIndexOnlyToMatchingSecond) {
     constexpr std::uint64_t indexOfSecond1 = 8 + 2 + 24 + 4;
     writeMovie();
     for (const std::uint64_t offset :
@@ -195,7 +195,7 @@ TEST_F(Export, FollowsTheIndexOnlyToTheRightSecond) {
     }
 }
 
-TEST_F(Export, KeepsSoundInTimeBesideDamage) {
+TEST_F(Export, KeepsSoundInTimeDespiteDamage) {
     const auto exported = [this](const ExportSettings& settings) {
         const double length = run(settings).seconds;
         const auto file = test::contents<Bytes>(m_folder.file("out"));
@@ -233,7 +233,7 @@ TEST_F(Export, KeepsSoundInTimeBesideDamage) {
     EXPECT_EQ(heard, Bytes(silent.begin() + soundBytes, silent.begin() + 5 * soundBytes / 2));
 }
 
-TEST_F(Export, GoesAsFarAsATornMovieGoes) {
+TEST_F(Export, ExportsAllFramesOfTornMovie) {
     writeMovie({}, false);
     const Bytes whole = test::contents<Bytes>(m_movie);
     // Every place in the last second's frames, and some before.
@@ -261,7 +261,7 @@ TEST_F(Export, GoesAsFarAsATornMovieGoes) {
     EXPECT_THAT(m_folder.names(), ElementsAre("a.zeb"));
 }
 
-TEST_F(Export, FillsAndCutsSoundSoThatPicturesStayInTime) {
+TEST_F(Export, FillsShortSoundWithSilence) {
     writeMovie({}, true, 1000);
     run({});
     Bytes expected = m_sound;
@@ -273,7 +273,7 @@ TEST_F(Export, FillsAndCutsSoundSoThatPicturesStayInTime) {
     EXPECT_EQ(test::contents<Bytes>(m_folder.file("out")), Bytes(100, 'f'));
 }
 
-TEST_F(Export, WritesSoundByteByByte) {
+TEST_F(Export, WritesExactBytesOfSoundPart) {
     writeMovie();
     run({.kind = Kind::sound, .from = 999'950, .to = 1'000'100});
     Bytes expected = {'R', 'I', 'F', 'F', 42, 0, 0,   0,   'W', 'A',  'V',  'E', 'f', 'm',  't',
@@ -283,7 +283,7 @@ TEST_F(Export, WritesSoundByteByByte) {
     EXPECT_EQ(test::contents<Bytes>(m_folder.file("out")), expected);
 }
 
-TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
+TEST_F(Export, NumbersPicturesByMovieFrame) {
     writeMovie({{6, {0, 2, 0, 1, 0, 0, 0, 0, 0, 0, 99, 255, 0, 0, 98, 255}}});  // 2 x 1 pixels
     const ExportSettings settings{.kind = Kind::pictures,
                                   .scale = 3,
@@ -299,7 +299,7 @@ TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
     EXPECT_THROW(run({.kind = Kind::picture, .at = 3'000'000}), ExportError);
 }
 
-TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
+TEST_F(Export, CancellingAnywhereLeavesNoFile) {
     writeMovie();
     test::store(m_folder.file("out"), "precious");
     for (const Kind kind : {Kind::film, Kind::sound, Kind::pictures}) {
@@ -342,7 +342,7 @@ std::pair<Bytes, Bytes> countedPicture(int width, int height) {
     return {record, shown};
 }
 
-TEST_F(Export, EnlargesCutsAndFillsPictures) {
+TEST_F(Export, EnlargesAndFillsPicturesExactly) {
     const auto [wide, wideShown] = countedPicture(3, 2);
     const auto [high, highShown] = countedPicture(2, 3);
     writeMovie({{0, wide}, {1, high}, {2, {7}}});
@@ -384,7 +384,7 @@ TEST_F(Export, EnlargesCutsAndFillsPictures) {
     EXPECT_THROW(run({.kind = Kind::picture, .scale = 100'000, .frame = 0}, "large"), ExportError);
 }
 
-TEST_F(Export, TellsPlanAndProgress) {
+TEST_F(Export, ReportsPlanProgressAndWarnings) {
     for (const bool isFinished : {true, false}) {
         writeMovie({{10, {1}}, {11, {1}}}, isFinished);
         run({.kind = Kind::sound, .from = 250'000, .to = 2'000'000});
@@ -407,7 +407,7 @@ TEST_F(Export, TellsPlanAndProgress) {
     EXPECT_THAT(m_advances, ElementsAre(std::pair(1, 10U), std::pair(2, 20U)));
 }
 
-TEST_F(Export, SaysWhatTheMovieDoesNotHave) {
+TEST_F(Export, ReportsMissingFrameTimeOrSound) {
     writeMovie();
     const auto text = [this](const ExportSettings& settings) -> std::string {
         try {
@@ -433,7 +433,7 @@ TEST_F(Export, SaysWhatTheMovieDoesNotHave) {
     EXPECT_EQ(m_warnings.size(), 1U);
 }
 
-TEST(NumberedName, TakesExactlyOnePlace) {
+TEST(NumberedName, AcceptsExactlyOnePlaceholder) {
     const std::pair<const char*, const char*> cases[] = {
         {"%d", "42"}, {"a%1db", "a42b"}, {"100%-%3d.png", "100%-042.png"},
         {"%x", ""},   {"%123d", ""},     {"%d-%d.png", ""},

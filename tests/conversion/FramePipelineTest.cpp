@@ -11,7 +11,7 @@
 namespace zeb {
 namespace {
 
-TEST(FramePipeline, holdsNoMoreThanItsLimits) {
+TEST(FramePipeline, HoldsNoMoreThanItsLimits) {
     constexpr int threads = 2;
     constexpr int perSecond = 10;
     constexpr std::int64_t count = 300;

@@ -64,7 +64,7 @@ protected:
     const std::string path = folder.file("film.zeb");
 };
 
-TEST_F(OutputPlaceTest, TellsWhatMayStandThere) {
+TEST_F(OutputPlaceTest, ReportsWhyOutputIsNotAllowed) {
     test::store(folder.file("file"), "");
     fs::create_directory(folder.file("folder"));
     ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);
@@ -110,7 +110,7 @@ TEST_F(OutputPlaceTest, TellsWhatMayStandThere) {
     EXPECT_EQ(folder.names(), before);
 }
 
-TEST_F(OutputPlaceTest, KeepsTheOldFileUntilTheNewOneIsComplete) {
+TEST_F(OutputPlaceTest, KeepsOldFileUntilNewIsComplete) {
     const std::string longName = std::string(246, 'x') + "\u00fc.zeb";
     for (const std::string& name : {std::string("film.zeb"), std::string(".film"), longName}) {
         const std::string place = folder.file(name);
@@ -141,7 +141,7 @@ TEST_F(OutputPlaceTest, KeepsTheOldFileUntilTheNewOneIsComplete) {
     EXPECT_THAT(folder.names(), ElementsAre("film.previous.zeb", "film.zeb", "target"));
 }
 
-TEST_F(OutputPlaceTest, PutsBackWhenTheWorkIsDropped) {
+TEST_F(OutputPlaceTest, DestructionRestoresUnreplacedFile) {
     test::store(path, "old");
     { OutputPlace(path, {replace, refuse}).setAside(); }
     EXPECT_EQ(at("film.zeb"), "old");
@@ -161,7 +161,7 @@ TEST_F(OutputPlaceTest, PutsBackWhenTheWorkIsDropped) {
 
 /// Whichever change fails, the old file is there afterwards, at its place or aside, until the new one is
 /// complete; and `previousPath` tells the truth.
-TEST_F(OutputPlaceTest, LosesNothingWhicheverChangeFails) {
+TEST_F(OutputPlaceTest, AnyFailingChangeLosesNoFile) {
     for (const bool succeeds : {true, false}) {
         for (int failing = 1;; ++failing) {
             SCOPED_TRACE("call " + std::to_string(failing) + (succeeds ? ", commit" : ", put back"));

@@ -26,7 +26,7 @@ FrameImage imageOf(int width, int height, const Bytes& values) {
     return image;
 }
 
-TEST(ReducedImage, IsTheMeanOfWhatEachPixelCovers) {
+TEST(ReducedImage, AveragesPixelsUnderEachTarget) {
     const struct {
         int width, height;
         Bytes values;
@@ -56,7 +56,7 @@ TEST(ReducedImage, IsTheMeanOfWhatEachPixelCovers) {
     }
 }
 
-TEST(AudioTrackText, NamesWhatIsKnown) {
+TEST(AudioTrackText, NamesOnlyKnownProperties) {
     const std::pair<std::optional<double>, const char*> rates[] = {
         {{}, ""},          {0, ""},           {-1, ""},           {0.6, "1 Hz"},
         {999.4, "999 Hz"}, {1000, "1.0 kHz"}, {44100, "44.1 kHz"}};
@@ -92,7 +92,7 @@ TEST(AudioSlice, IsFilledUpWithSilence) {
     EXPECT_EQ(audioSlice(0, 1, 0, sound), Bytes());
 }
 
-TEST(WAVFile, CountsItsBytesAndThePad) {
+TEST(WAVFile, CountsBytesAndPaddingInHeader) {
     for (const std::size_t size : {std::size_t{0}, std::size_t{3}, std::size_t{4}}) {
         test::MemoryDisk disk;
         test::MemoryWritableFile file(disk);
@@ -123,7 +123,7 @@ struct Counter final : WritableFile {
     std::uint64_t count = 0;
 };
 
-TEST(WAVFile, EndsWhereItsSizesEnd) {
+TEST(WAVFile, EndsAtLimitOfSizeFields) {
     constexpr std::uint64_t most = 0xFFFFFFFF - 36 - 1;  // room for a pad
     const std::uint8_t byte = 0;
     Counter file;

@@ -94,7 +94,7 @@ TEST(SizeForecast, IsExactInMode4) {
     EXPECT_EQ(forecastUpperBound(about).bytes, bytesWritten(film, plain) + 2 * 2 * 20000);
 }
 
-TEST(MovieSize, TheBoundOfMode32IsReached) {
+TEST(MovieSize, Mode32UpperBoundIsReached) {
     // No two neighbours alike.
     for (const int items : {1, 127, 128, 129, 256, 1000}) {
         std::vector<std::uint8_t> pixels, packets;
@@ -117,7 +117,7 @@ public:
     void close() override {}
 };
 
-TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
+TEST(MovieSize, PredictsSecondThatWriterRejects) {
     const struct {
         std::vector<std::uint64_t> records;
         int fps;
@@ -169,7 +169,7 @@ TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
     EXPECT_EQ(size.fileBytes(), std::numeric_limits<std::uint64_t>::max());
 }
 
-TEST(SizeForecast, SuggestsTheLargestThatFits) {
+TEST(SizeForecast, SuggestsLargestSettingsThatFit) {
     constexpr std::uint64_t million = 1'000'000;
     const struct {
         const char* name;
@@ -229,7 +229,7 @@ TEST(SizeForecast, SuggestsTheLargestThatFits) {
     EXPECT_EQ(forecastUpperBound(about).spaceEndsAt, 0);
 }
 
-TEST(SizeForecast, TellsTheSecondWithoutSpace) {
+TEST(SizeForecast, ReportsFirstSecondWithoutSpace) {
     const FakeFilm film = filmOf(9);
     const FakeAsset asset(film);
     ForecastCase about = caseOf(asset, {.qlModeNumber = 4});
@@ -262,7 +262,7 @@ private:
     std::size_t m_bytes;
 };
 
-TEST(SizeForecast, JudgesSamplesByTheirNeighbours) {
+TEST(SizeForecast, DerivesUncertaintyFromNeighbouringSamples) {
     const FakeFilm film = filmOf(10);
     const FakeAsset asset(film);
     std::vector<std::shared_ptr<const Picture>> pictures;
@@ -293,7 +293,7 @@ TEST(SizeForecast, JudgesSamplesByTheirNeighbours) {
     }
 }
 
-TEST(SpaceFor, IsThatOfTheNearestFolderAndNothingMore) {
+TEST(SpaceFor, IsFreeSpaceOfNearestFolder) {
     const test::TemporaryFolder folder;
     const std::string path = folder.file("a.zeb");
     test::store(path, std::string(50'000'000, 'x'));
@@ -307,7 +307,7 @@ TEST(SpaceFor, IsThatOfTheNearestFolderAndNothingMore) {
     EXPECT_TRUE(near(spaceFor("a.zeb"), "."));
 }
 
-TEST(SamplePictures, LeaveOutWhatCannotBeDecodedOrDrawn) {
+TEST(SamplePictures, SkipUndecodableAndUndrawablePictures) {
     FakeFilm film = filmOf(60);
     film.grab = [](double time, const IsCancelled&) {
         if (time > 20 && time < 40) throw MediaError(MediaError::cannotDecode, {"damaged"});
@@ -330,7 +330,7 @@ TEST(SamplePictures, LeaveOutWhatCannotBeDecodedOrDrawn) {
     EXPECT_THROW(undrawable.at({64, 64}, {}), PlatformError);
 }
 
-TEST(SamplePictures, DecodeNoMoreThanTheyMay) {
+TEST(SamplePictures, StayWithinDecodingLimit) {
     FakeFilm film = filmOf(60);
     film.keyDistance = 60;  // a single key picture
     const auto record = std::make_shared<FakeRecord>();

@@ -72,7 +72,7 @@ protected:
     std::unique_ptr<SizeForecaster> forecaster = makeForecaster(tasks);
 };
 
-TEST_F(SizeForecasterTest, MakesOneForecastOfManyChangesInARow) {
+TEST_F(SizeForecasterTest, CombinesRapidChangesIntoOneForecast) {
     for (int fps = 1; fps <= 10; ++fps) {
         updateRate(fps);
         main.pass(SizeForecaster::patience / 2);
@@ -82,7 +82,7 @@ TEST_F(SizeForecasterTest, MakesOneForecastOfManyChangesInARow) {
     EXPECT_THAT(rates(), ElementsAre(10));
 }
 
-TEST_F(SizeForecasterTest, ReadsASourceOnce) {
+TEST_F(SizeForecasterTest, ReadsEachSourceOnce) {
     update();
     settle();
     const std::size_t read = picturesRead();
@@ -118,7 +118,7 @@ TEST_F(SizeForecasterTest, ReadsASourceOnce) {
     EXPECT_THAT(outcomes.back().error, HasSubstr("No such film"));
 }
 
-TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
+TEST_F(SizeForecasterTest, NeverPublishesOutdatedForecasts) {
     // Another request while pictures are read: the work stops at the next one.
     int grabs = 0;
     onGrab = [&] {
@@ -155,7 +155,7 @@ TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
     EXPECT_THAT(rates(), ElementsAre(3, 5, 7));
 }
 
-TEST_F(SizeForecasterTest, IsSilentOnceItIsGone) {
+TEST_F(SizeForecasterTest, ReportsNothingAfterDestruction) {
     update();
     forecaster.reset();
     settle();

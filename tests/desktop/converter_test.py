@@ -75,7 +75,7 @@ class ConverterTest(DesktopTest):
         application.find("label", re.compile("^Second [1-9]"))
         application.find("label", re.compile("^Remaining: .*Elapsed: "))
 
-    def test_every_setting_and_a_whole_conversion(self):
+    def test_conversion_follows_every_setting(self):
         application, movie = self.open_clip()
         target = lambda: application.find("label", re.compile("^Video: .*Movie:")).name.split("Movie: ")[1]
 
@@ -147,7 +147,7 @@ class ConverterTest(DesktopTest):
         application.find("push button", "Play Movie …").click()
         application.find("slider", window=movie.stem)
 
-    def test_other_windows_during_a_run(self):
+    def test_run_continues_beside_other_windows(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         application, output = self.open_clip()
@@ -175,7 +175,7 @@ class ConverterTest(DesktopTest):
         await_equal(lambda: self.icon(application), idle, "icon")
         self.zeb("verify", output)
 
-    def test_a_small_window_shows_the_run_and_keeps_what_is_selected_in_the_log(self):
+    def test_small_window_shows_run_and_selection(self):
         application, _ = self.open_clip()
         window = self.desktop.xdotool("getactivewindow").strip()
         self.desktop.xdotool("windowsize", "--sync", window, 560, 360)
@@ -203,7 +203,7 @@ class ConverterTest(DesktopTest):
         window = self.desktop.xdotool("search", "--all", "--pid", application.process.pid, "--name", "^ZEB Maker$").split()[0]
         return self.desktop.run("xprop", "-id", window, "-len", 2000000, "_NET_WM_ICON")
 
-    def test_a_movie_from_outside_while_a_file_panel_is_open(self):
+    def test_movie_opens_beside_file_panel(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         application = self.open()
@@ -221,7 +221,7 @@ class ConverterTest(DesktopTest):
         self.desktop.keys("Return")
         application.find("label", str(self.clip), window="ZEB Maker")
 
-    def test_menus_and_texts_by_keyboard(self):
+    def test_keyboard_reaches_menus_and_texts(self):
         for language, menu, entry, texts in (
                 ("en_GB.UTF-8", "alt+f", "Quit ZEB Maker", ("Cut", "Copy", "Paste", "Select All")),
                 ("de_DE.UTF-8", "alt+d", "ZEB Maker beenden", ("Ausschneiden", "Kopieren", "Einfügen", "Alles auswählen"))):
@@ -245,7 +245,7 @@ class ConverterTest(DesktopTest):
                     await_equal(lambda: title.text, result)
                 application.stop()
 
-    def test_cancelling(self):
+    def test_cancelled_movie_is_kept_or_deleted(self):
         application, movie = self.open_clip()
         self.set_number(application, "Width", 640)
         for answer in ("Keep", "Delete"):
@@ -269,7 +269,7 @@ class ConverterTest(DesktopTest):
         application.find("push button", "Stop and Quit").click()
         self.assertEqual(application.await_end(), 0)
 
-    def test_presets(self):
+    def test_presets_are_edited_and_stored(self):
         application = self.open()
         self.desktop.keys("ctrl+comma")
         await_equal(self.desktop.active_title, "Settings")
@@ -307,7 +307,7 @@ class ConverterTest(DesktopTest):
         self.assertEqual(names[:4], ["DVD", "HD", "Full HD", "Mine"])
         self.assertTrue(names[4].startswith("Edit Presets"), names)
 
-    def test_return_starts_with_what_was_typed_and_asks_before_it_replaces(self):
+    def test_return_starts_and_asks_before_replacing(self):
         clip = self.folder / "here.mkv"
         clip.hardlink_to(self.clip)
         movie = clip.with_suffix(".zeb")
@@ -338,7 +338,7 @@ class ConverterTest(DesktopTest):
         application.find("push button", "Replace")
         self.zeb("verify", movie)
 
-    def test_a_name_with_a_dot_still_becomes_a_movie_and_replaces_only_what_was_shown(self):
+    def test_save_panel_completes_name_with_dot(self):
         application, movie = self.open_clip()
         precious = movie.with_name("no. 2.zeb")
         precious.write_text("precious")
@@ -356,7 +356,7 @@ class ConverterTest(DesktopTest):
         application.find("label", str(movie))
         self.assertEqual(precious.read_text(), "precious")
 
-    def test_dropped_files(self):
+    def test_dropped_files_open_by_kind(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         other = self.folder / "übrig.mkv"
@@ -372,7 +372,7 @@ class ConverterTest(DesktopTest):
         self.assertTrue(application.drop("ZEB Maker", movie))
         application.find("slider", window="small movie")
 
-    def test_windows_and_shortcuts(self):
+    def test_shortcuts_open_and_close_windows(self):
         application = self.open()
         for key, title in (("ctrl+question", "ZEB Maker Help"), ("ctrl+comma", "Settings")):
             for _ in range(2):  # a window that is open is shown again
@@ -390,7 +390,7 @@ class ConverterTest(DesktopTest):
         self.desktop.keys("Escape")
         self.assertEqual(application.await_end(), 0)
 
-    def test_splash_leaves_by_itself(self):
+    def test_splash_disappears_by_itself(self):
         application = self.open(splash=True)
         application.find("push button", SPLASH)
         application.await_gone("push button", SPLASH)
@@ -398,13 +398,13 @@ class ConverterTest(DesktopTest):
         self.desktop.keys("ctrl+q")
         self.assertEqual(application.await_end(), 0)
 
-    def test_files_dropped_on_the_welcome_picture(self):
+    def test_splash_accepts_dropped_files(self):
         application = self.open(splash=True)
         application.find("push button", SPLASH)
         self.assertTrue(application.drop("ZEB Maker", self.clip))
         application.find("label", str(self.clip))
 
-    def test_addresses_elsewhere_are_refused(self):
+    def test_remote_addresses_are_rejected(self):
         movie = self.folder / "small.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         sentence = re.compile("^Only files on this computer can be opened, not ")
@@ -424,7 +424,7 @@ class ConverterTest(DesktopTest):
                 application.find("label", str(self.clip))
                 self.assertEqual(self.desktop.titles(application.process.pid), ["ZEB Maker"])
 
-    def test_the_converter_beside_a_movie(self):
+    def test_maker_option_shows_converter_beside_movie(self):
         movie = self.folder / "small.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         application = self.open()
@@ -444,7 +444,7 @@ class ConverterTest(DesktopTest):
         time.sleep(1.2)
         self.assertEqual(windows(), ["ZEB Maker", "small"])
 
-    def test_requests_from_outside(self):
+    def test_requests_of_other_programs_work(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         play, encode = (f"zebmaker://{verb}?url={quote(path.as_uri(), safe='')}"
@@ -463,7 +463,7 @@ class ConverterTest(DesktopTest):
                         application.find("label", str(self.clip))
                     application.stop()
 
-    def test_a_new_window_shows_what_was_asked_for_last(self):
+    def test_new_window_shows_last_request(self):
         other = self.folder / "other.mkv"
         other.hardlink_to(self.clip)
         application = self.open(self.clip)
@@ -478,12 +478,12 @@ class ConverterTest(DesktopTest):
         self.assertEqual(self.start().await_end(), 0)
         application.find("label", str(self.clip))
 
-    def test_a_request_for_what_is_not_there(self):
+    def test_request_for_missing_movie_fails(self):
         application = self.start(f"zebmaker://play?url={quote((self.folder / 'none.zeb').as_uri(), safe='')}")
         # In sight at once, without the welcome picture over it.
         application.find("label", re.compile("^This movie does not exist: .*none.zeb"))
 
-    def test_tab_order(self):
+    def test_tab_visits_controls_in_order(self):
         application, _ = self.open_clip()
         controls = application.controls()
         self.assertEqual([control for control in controls if control.role in (*TAB_STOPS, "slider", "progress bar")
@@ -502,7 +502,7 @@ class ConverterTest(DesktopTest):
         first = expected.index(visited[0])
         self.assertEqual(visited, expected[first:] + expected[:first])
 
-    def test_german(self):
+    def test_german_texts_fit_the_window(self):
         application = self.open(language="de_DE.UTF-8")
         controls = application.controls()
         self.assertIn("Datei", [control.name for control in controls if control.role == "menu bar"])
@@ -522,7 +522,7 @@ class ConverterTest(DesktopTest):
 class SmallScreenTest(DesktopTest):
     """Windows on screens that they are too large for; each has a desktop to itself, and so a process."""
 
-    def test_every_window_is_inside_with_its_frame(self):
+    def test_every_window_fits_small_screens(self):
         here = os.environ | {"PYTHONDONTWRITEBYTECODE": "1"}
         for width, height, scale in ((800, 600, 1), (1024, 600, 1), (1400, 1000, 2)):
             with self.subTest(screen=(width, height), scale=scale):

@@ -71,7 +71,7 @@ class PlayerTest(DesktopTest):
     def await_counter(self, application, frame):
         await_equal(lambda: self.counter(application), f"{frame}/{FRAMES}", "counter")
 
-    def test_exact_pixels(self):
+    def test_window_shows_exact_pixels(self):
         for mode in (32, 4):
             movie = self.movies / f"movie{mode}.zeb"
             application = self.open(movie, title=movie.stem)
@@ -105,7 +105,7 @@ class PlayerTest(DesktopTest):
         size = dict(line.split("=") for line in self.desktop.xdotool("getwindowgeometry", "--shell", window).split())
         self.desktop.xdotool("windowsize", window, int(size["WIDTH"]) + wider, int(size["HEIGHT"]) + higher)
 
-    def test_keys(self):
+    def test_keys_control_playback(self):
         application = self.open(self.movies / "movie32.zeb")
         for key, frame in (("Right", 2), ("period", 3), ("Left", 2), ("comma", 1), ("Left", 1), ("End", FRAMES),
                            ("Right", FRAMES), ("r", 1), ("End", FRAMES), ("Home", 1)):
@@ -137,7 +137,7 @@ class PlayerTest(DesktopTest):
         application = self.open(self.movies / "movie32.zeb")
         self.assertFalse(application.find("check box", "Play in a loop").checked)
 
-    def test_mouse(self):
+    def test_mouse_controls_playback(self):
         application = self.open(self.movies / "movie32.zeb")
         # At the ends, the buttons that lead beyond them do nothing.
         for name, frame in (("One frame back", 1), ("Beginning", 1), ("One frame forward", 2), ("One frame forward", 3), ("One frame back", 2), ("End", FRAMES),
@@ -163,7 +163,7 @@ class PlayerTest(DesktopTest):
         application.find("push button", "Close").click()
         self.assertEqual(application.await_end(), 0)
 
-    def test_mode_picker(self):
+    def test_mode_picker_changes_interpretation(self):
         application = self.open(self.movies / "movie32.zeb")
         area = self.frame(application)
         before = self.desktop.picture(*area)
@@ -197,7 +197,7 @@ class PlayerTest(DesktopTest):
         application = self.open(self.movies / "movie32.zeb")
         await_value(lambda: self.desktop.picture(*self.frame(application)), lambda shown: shown != before)
 
-    def test_several_files_and_starts(self):
+    def test_each_movie_opens_one_window(self):
         first, second = self.movies / "movie32.zeb", self.movies / "movie4.zeb"
         # With the converter in sight, no window comes to the front later once more.
         application = self.start("--maker", first, second)
@@ -212,7 +212,7 @@ class PlayerTest(DesktopTest):
         await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["movie32", "movie4"])
         self.assertEqual(self.counter(application, "movie32"), f"2/{FRAMES}")
 
-    def test_what_cannot_be_played(self):
+    def test_unplayable_files_show_errors(self):
         text = self.folder / "text.zeb"
         text.write_text("This is no movie.\n" * 99)
         pipe = self.folder / "pipe.zeb"
@@ -227,7 +227,7 @@ class PlayerTest(DesktopTest):
                 self.desktop.keys("Escape")
                 self.assertEqual(application.await_end(), 0)
 
-    def test_a_movie_that_is_not_there(self):
+    def test_missing_movie_shows_error(self):
         for language, sentence in (("en_GB.UTF-8", "This movie does not exist: "),
                                    ("de_DE.UTF-8", "Diesen Film gibt es nicht: ")):
             missing = self.folder / "nope.zeb"
@@ -240,7 +240,7 @@ class PlayerTest(DesktopTest):
         await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["ZEB Maker", "movie4"])
         application.find("label", f"This movie does not exist: {missing}")
 
-    def test_a_movie_that_changes(self):
+    def test_changed_movie_is_read_again(self):
         movie = self.folder / "film.zeb"
         shutil.copy(self.movies / "movie32.zeb", movie)
         application = self.open(movie, title="film")
@@ -259,7 +259,7 @@ class PlayerTest(DesktopTest):
         application.find("label", f"This movie does not exist: {movie}")
         application.find("label", "No picture")
 
-    def test_windows(self):
+    def test_windows_cascade_shrink_and_maximise(self):
         paths = [self.movies / "movie32.zeb", self.movies / "movie4.zeb", self.folder / "third.zeb"]
         self.zeb("encode", "--progress", "none", "--mode", 32, "--title", "one\ntwo\nthree", "-o", paths[2],
                  self.movies / "clip.mkv")
@@ -295,7 +295,7 @@ class PlayerTest(DesktopTest):
         self.desktop.keys("f")
         await_equal(lambda: window.extents, maximised, "maximised again")
 
-    def test_dropped_files_and_shortcuts(self):
+    def test_drops_and_shortcuts_open_windows(self):
         application = self.open(self.movies / "movie32.zeb")
         self.assertFalse(application.drop("movie32", self.movies / "clip.mkv"))
         self.assertTrue(application.drop("movie32", self.movies / "clip.mkv", self.movies / "movie4.zeb"))
@@ -314,7 +314,7 @@ class PlayerTest(DesktopTest):
         self.desktop.keys("ctrl+q")
         self.assertEqual(application.await_end(), 0)
 
-    def test_names_and_tab_order(self):
+    def test_controls_have_names_and_order(self):
         application = self.open(self.movies / "movie32.zeb")
         # Something to go back to and on to, so that every control is enabled.
         self.desktop.keys("Right")

@@ -13,7 +13,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t piece = 4096;  // what the cursor reads ahead
 
-TEST(FileCursor, ReadsWhatStandsAtThePosition) {
+TEST(FileCursor, ReadsAcrossBufferBoundaries) {
     Bytes bytes(3 * piece);
     for (std::size_t place = 0; place < bytes.size(); ++place)
         bytes[place] = static_cast<std::uint8_t>(place * 7 + place / 251);
@@ -40,7 +40,7 @@ TEST(FileCursor, ReadsWhatStandsAtThePosition) {
     }
 }
 
-TEST(FileCursor, PassesWordsOfZeros) {
+TEST(FileCursor, SkipsWordsOfZeros) {
     const struct {
         std::size_t start, other, end, expected;  // place of the byte that is not 0
     } cases[] = {

@@ -65,7 +65,7 @@ Change resize(std::size_t size) {
     return [=](Bytes& bytes) { bytes.resize(size); };
 }
 
-TEST(MovieCheck, FindsTheFirstFault) {
+TEST(MovieCheck, ReportsFirstFaultWithItsOffset) {
     const Bytes good = movie();
     MemoryDisk shorter;
     shorter.bytes.assign(good.begin(), good.end() - 1);
@@ -128,7 +128,7 @@ TEST(MovieCheck, FindsTheFirstFault) {
     }
 }
 
-TEST(MovieCheck, KnowsBothModesTitlesAndEmptyMovies) {
+TEST(MovieCheck, ChecksBothModesTitlesAndEmptyMovies) {
     MovieParameters narrow = golden::parameters();
     narrow.qlMode = 4;
     narrow.width = 5;  // stored eight pixels wide
@@ -182,7 +182,7 @@ TEST(MovieCheck, StopsAtAnyFrameWhenCancelled) {
     }
 }
 
-TEST(MovieCheck, EveryByteOfAHeaderAndRecordMatters) {
+TEST(MovieCheck, ChecksEveryHeaderAndRecordByte) {
     // The title may be anything, and so may pixels and sound; every other byte turned over is found.
     const Bytes good = movie();
     const auto isFree = [](std::size_t place) {

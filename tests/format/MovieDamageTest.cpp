@@ -92,7 +92,7 @@ std::string walked(const Bytes& bytes, std::int64_t second) {
     return text;
 }
 
-TEST(MovieDamage, EverySecondThatCanBeReachedIsFoundAndKept) {
+TEST(MovieDamage, FindsAndKeepsAllReachableSeconds) {
     constexpr std::size_t huge = 0xFFFFFFFF, end = block(seconds);
     const auto frame = [](int second) { return block(second) + 11; };
     const auto sound = [](int second) { return block(second) + 4; };
@@ -188,7 +188,7 @@ TEST(MovieDamage, EverySecondThatCanBeReachedIsFoundAndKept) {
 }
 
 /// An index of several pieces, the last of them empty, and the smallest blocks that there are.
-TEST(MovieDamage, LongMoviesAreFinishedAndCopiedPieceByPiece) {
+TEST(MovieDamage, FinishesAndCopiesLongMoviesInPieces) {
     constexpr int count = 16385, room = 40000;
     MemoryDisk disk;
     ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), {"", 16, 8, 1, 32, count, room, 0, false});
@@ -230,7 +230,7 @@ private:
     std::size_t& m_largestRead;
 };
 
-TEST(MovieDamage, BlocksStartAndEndWithinFourGibibytes) {
+TEST(MovieDamage, LimitsBlocksToFourGibibytes) {
     constexpr std::uint64_t most = 0xFFFFFFFF;
     for (const auto& [length, found] :
          {std::pair{most - 4 - data, "Wt"},  // behind the largest place comes no block
@@ -251,7 +251,7 @@ TEST(MovieDamage, BlocksStartAndEndWithinFourGibibytes) {
     }
 }
 
-TEST(MovieDamage, PromisesOfGigabytesTakeNoMemory) {
+TEST(MovieDamage, HugeSizeFieldsCauseNoLargeReads) {
     constexpr std::uint64_t size = std::uint64_t{1} << 32;
     constexpr std::size_t most = 1 << 20;
     Bytes largeHeader = movieOf({0});

@@ -18,7 +18,7 @@ std::uint32_t wordAt(const Bytes& bytes, std::size_t place) {
     return bigEndian::load32(std::span(bytes).subspan(place).first<4>());
 }
 
-TEST(PartialFileTest, FinishesAMovieCutAnywhere) {
+TEST(PartialFileTest, FinishesMovieCutAtAnyByte) {
     for (const Bytes& movie : {golden::unfinishedMovie(), golden::movie()}) {
         for (std::size_t cut = 0; cut <= movie.size(); ++cut) {
             SCOPED_TRACE(cut);
@@ -41,7 +41,7 @@ TEST(PartialFileTest, FinishesAMovieCutAnywhere) {
     }
 }
 
-TEST(PartialFileTest, BelievesAnIndexAndCountAsFarAsTheFileReaches) {
+TEST(PartialFileTest, LimitsIndexAndCountByFileSize) {
     // The last index entry leads to a header field that looks like a block up to the end of the file.
     Bytes misled = golden::movie();
     misled.pop_back();
@@ -57,7 +57,7 @@ TEST(PartialFileTest, BelievesAnIndexAndCountAsFarAsTheFileReaches) {
     EXPECT_EQ(factsOf(boasting).wholeSeconds, 2);
 }
 
-TEST(PartialFileTest, CutsBlocksThatContradictThemselves) {
+TEST(PartialFileTest, CutsOffInconsistentBlocks) {
     constexpr std::size_t block = golden::secondBlock;
     const struct {
         const char* what;
@@ -82,7 +82,7 @@ TEST(PartialFileTest, CutsBlocksThatContradictThemselves) {
 
 /// Whatever of the calls since the last flush a power loss lets through, the movie plays: its header is
 /// unhurt, its two seconds are whole, and the index is zero or right.
-TEST(PartialFileTest, PowerLossLeavesAPlayableMovie) {
+TEST(PartialFileTest, PowerLossLeavesPlayableMovie) {
     MemoryDisk disk;
     const Bytes movie = golden::unfinishedMovie();
     disk.bytes = movie;
@@ -121,7 +121,7 @@ TEST(PartialFileTest, PowerLossLeavesAPlayableMovie) {
     EXPECT_EQ(states, 2 + 4 + 2);
 }
 
-TEST(PartialFileTest, FailuresArePassedOnAndLeaveThePlayableSeconds) {
+TEST(PartialFileTest, ReportsFailuresAndKeepsPlayableSeconds) {
     MemoryDisk healthy;
     healthy.bytes = golden::unfinishedMovie();
     finish(healthy);
@@ -138,7 +138,7 @@ TEST(PartialFileTest, FailuresArePassedOnAndLeaveThePlayableSeconds) {
 }
 
 /// Four blocks of 1.5 GiB: the format ends with the third, the last one to start within 32 bits.
-TEST(PartialFileTest, StopsWhereTheFormatEnds) {
+TEST(PartialFileTest, StopsAtSizeLimitOfFormat) {
     const TemporaryFolder folder;
     const auto file = createForWriting(folder.file("beyond.zeb"));
     constexpr std::uint64_t blockSize = 0x60000000;
@@ -156,7 +156,7 @@ TEST(PartialFileTest, StopsWhereTheFormatEnds) {
 }
 
 /// A hole that claims to be a header of 4 GiB: little memory and hardly any time.
-TEST(PartialFileTest, SurvivesAHeaderOfGigabytes) {
+TEST(PartialFileTest, HandlesHeaderOfGigabytesQuickly) {
     const TemporaryFolder folder;
     const auto file = createForWriting(folder.file("hole.zeb"));
     file->write(Bytes{'Z', 'E', 'B', '1', 0xFF, 0xFF, 0xFF, 0xFF});

@@ -107,7 +107,7 @@ std::vector<std::string> endingWith(std::size_t second, const std::string& text)
     return result;
 }
 
-TEST(SecondWalker, BeginsAtAnySecondWhateverTheIndexSays) {
+TEST(SecondWalker, StartsAtAnySecondDespiteWrongIndex) {
     for (const char* indexIs : {"right", "empty", "shifted", "misleading"}) {
         Bytes bytes = movieOf(allSeconds());
         for (std::size_t s = 0; s < seconds; ++s) {
@@ -124,7 +124,7 @@ TEST(SecondWalker, BeginsAtAnySecondWhateverTheIndexSays) {
     }
 }
 
-TEST(SecondWalker, FindsWhatACutMovieHolds) {
+TEST(SecondWalker, FindsAllPartsOfCutMovie) {
     const Bytes whole = movieOf(allSeconds(), false);
     for (std::size_t size = blockAt(5); size <= whole.size(); ++size) {
         const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
@@ -143,7 +143,7 @@ TEST(SecondWalker, FindsWhatACutMovieHolds) {
     }
 }
 
-TEST(SecondWalker, GoesOnBehindDamage) {
+TEST(SecondWalker, ContinuesAfterDamagedSeconds) {
     const struct {
         const char* name;
         bool hasIndex;
@@ -239,7 +239,7 @@ TEST(SecondWalker, GoesOnBehindDamage) {
     }
 }
 
-TEST(SecondWalker, ReadsRecordsThatCanBePictures) {
+TEST(SecondWalker, SkipsRecordsTooLargeForPictures) {
     std::vector<golden::Second> parts = allSeconds();
     parts[1].frames[1].assign(100'000, 0x5A);  // too large for 16 x 8 pixels
     const Bytes bytes = movieOf(parts);
@@ -254,7 +254,7 @@ TEST(SecondWalker, ReadsRecordsThatCanBePictures) {
     }
 }
 
-TEST(SecondWalker, TakesNoMoreFramesThanPlay) {
+TEST(SecondWalker, LimitsFramesPerSecondByHeader) {
     Bytes bytes = movieOf(allSeconds());
     bytes[golden::totalFrames - 3] = 1;  // the rate
     SecondWalker walker(std::make_unique<MemoryReadableFile>(bytes));
@@ -267,7 +267,7 @@ TEST(SecondWalker, TakesNoMoreFramesThanPlay) {
     EXPECT_FALSE(walker.next());
 }
 
-TEST(MovieFacts, TellFinishedMoviesFromOthers) {
+TEST(MovieFacts, DistinguishFinishedAndUnfinishedMovies) {
     const Bytes finished = movieOf(allSeconds());
     const MovieFacts facts = factsOf(finished);
     EXPECT_TRUE(facts.isFinished && facts.wasFinished && facts.isLooping());

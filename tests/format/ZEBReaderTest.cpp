@@ -13,7 +13,7 @@ namespace {
 using namespace test;
 using golden::Bytes;
 
-TEST(ZEBHeaderTest, ParsesTheGoldenMovie) {
+TEST(ZEBHeaderTest, ParsesEveryFieldOfGoldenMovie) {
     const Bytes movie = golden::movie();
     const ZEBHeader header = parseHeader(std::span(movie).subspan(8, golden::firstBlock - 8));
     EXPECT_EQ(header.title, "QL!");
@@ -29,7 +29,7 @@ TEST(ZEBHeaderTest, ParsesTheGoldenMovie) {
     EXPECT_THAT(header.indexOffsets, testing::ElementsAre(46, 67));
 }
 
-TEST(ZEBHeaderTest, ReadsTitlesAndTakesZeroAsOne) {
+TEST(ZEBHeaderTest, DecodesTitlesAndReplacesZeroSizes) {
     for (const auto& [stored, title] : {std::pair<std::string, std::string>{"5 \xE2\x82\xAC", "5 €"},
                                         {"Caf\xE9", "ZEB"},      // Latin-1
                                         {"\xE2\x82", "ZEB"}}) {  // a cut character
@@ -42,7 +42,7 @@ TEST(ZEBHeaderTest, ReadsTitlesAndTakesZeroAsOne) {
     }
 }
 
-TEST(ZEBHeaderTest, KnowsWellFormedTitles) {
+TEST(ZEBHeaderTest, AcceptsOnlyWellFormedUTF8Titles) {
     for (const std::string title :
          {"\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80", "\xEF\xBF\xBF",
           "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "a\xC3\xA4z"})
@@ -54,7 +54,7 @@ TEST(ZEBHeaderTest, KnowsWellFormedTitles) {
         EXPECT_EQ(decodeTitle(Bytes(title.begin(), title.end())), "ZEB") << testing::PrintToString(title);
 }
 
-TEST(ZEBHeaderTest, BelievesSizesAsFarAsTheFileReaches) {
+TEST(ZEBHeaderTest, LimitsSizeFieldsByFileSize) {
     const auto changed = [](std::size_t place, std::initializer_list<std::uint8_t> bytes) {
         Bytes file = golden::movie();
         std::ranges::copy(bytes, file.begin() + static_cast<std::ptrdiff_t>(place));
@@ -121,7 +121,7 @@ int shownFrame(ZEBReader& reader, bool loop = false) {
     return image ? image->pixels[2] : -1;
 }
 
-TEST(ZEBReader, PlaysSeeksAndLoops) {
+TEST(ZEBReader, ReadsSeeksAndLoopsFrames) {
     const Bytes movie = countingMovie();
     ZEBReader reader = readerOf(movie);
     EXPECT_EQ(shownFrame(reader), -1);  // nothing is open yet
@@ -142,7 +142,7 @@ TEST(ZEBReader, PlaysSeeksAndLoops) {
     EXPECT_EQ(shownFrame(reader), 5);
 }
 
-TEST(ZEBReader, TellsOnceThatFramesCannotBeDecoded) {
+TEST(ZEBReader, ReportsRunsOfUndecodableFramesOnce) {
     Bytes movie = countingMovie();
     for (const std::size_t frame : {4U, 2U, 1U}) {
         const std::size_t place = frameAt(frame);
@@ -164,7 +164,7 @@ TEST(ZEBReader, TellsOnceThatFramesCannotBeDecoded) {
     EXPECT_EQ(shownFrame(none), -1);
 }
 
-TEST(ZEBReader, FollowsAnIndexToWholeBlocksOnly) {
+TEST(ZEBReader, FollowsIndexOnlyToMatchingBlocks) {
     constexpr std::uint8_t first = 46, block = 27, index = 34;
     const std::vector<std::uint8_t> indexes[] = {
         {first, first + block, first + 2 * block},      // right
@@ -188,7 +188,7 @@ TEST(ZEBReader, FollowsAnIndexToWholeBlocksOnly) {
 }
 
 /// Cut anywhere, it shows every frame that is whole and then says that the file ends; seeking leads back.
-TEST(ZEBReader, ShowsWhatACutMovieHolds) {
+TEST(ZEBReader, ReadsAllFramesOfCutMovie) {
     const Bytes whole = countingMovie();
     constexpr std::size_t header = 46, blockStart = 4 + 4 + 3, block = blockStart + fps * 8;
     for (std::size_t size = header; size <= whole.size(); ++size) {
@@ -209,7 +209,7 @@ TEST(ZEBReader, ShowsWhatACutMovieHolds) {
     }
 }
 
-TEST(ZEBReader, GathersSoundAsFarAsItCanBeTold) {
+TEST(ZEBReader, ReadsSoundOrReportsTruncation) {
     const Bytes whole = countingMovie();
     for (const auto& [size, expected] : {std::pair<std::size_t, std::string>{3, "ZEBReader 2 Truncated u32"},
                                          {20, "ZEBReader 1 Unexpected EOF"},

@@ -32,7 +32,7 @@ std::string errorOf(const std::function<void()>& action) {
     return "none";
 }
 
-TEST(ZEBWriterTest, WritesTheGoldenMovieOverAnExistingFile) {
+TEST(ZEBWriterTest, ReplacesExistingFileWithGoldenMovie) {
     const TemporaryFolder folder;
     const std::string path = folder.file("movie.zeb");
     store(path, "something older and longer than nothing");
@@ -46,7 +46,7 @@ TEST(ZEBWriterTest, WritesTheGoldenMovieOverAnExistingFile) {
     EXPECT_EQ(contents<Bytes>(path), golden::movie());
 }
 
-TEST(ZEBWriterTest, StoresEveryFieldInItsPlace) {
+TEST(ZEBWriterTest, StoresEveryFieldAtItsOffset) {
     MovieParameters movie;
     movie.width = 0x0102;
     movie.height = 0x0304;
@@ -73,7 +73,7 @@ std::string failedCall(const std::function<void()>& action) {
     return {};
 }
 
-TEST(ZEBWriterTest, CutsOffWhatAFailedWriteLeft) {
+TEST(ZEBWriterTest, TruncatesFileAfterFailedWrite) {
     for (const bool cuttingFails : {false, true}) {
         MemoryDisk disk;
         disk.failFrom = 1;
@@ -108,7 +108,7 @@ TEST(ZEBWriterTest, CutsOffWhatAFailedWriteLeft) {
     }
 }
 
-TEST(ZEBWriterTest, FlushesAndReportsTheFirstFailureOfClosing) {
+TEST(ZEBWriterTest, CloseFlushesAndReportsFirstFailure) {
     for (const auto& [from, to, expected] : {std::tuple{0, 0, ""}, {1, 1, "1"}, {2, 2, "2"}, {1, 2, "1"}}) {
         MemoryDisk disk;
         ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), golden::parameters());
@@ -126,7 +126,7 @@ TEST(ZEBWriterTest, FlushesAndReportsTheFirstFailureOfClosing) {
     EXPECT_THROW(createMovieFile("/nonexistent/folder/movie.zeb"), ZEBConverterError);
 }
 
-TEST(ZEBWriterTest, StoresTitles) {
+TEST(ZEBWriterTest, StoresTitlesInLatin1OrUTF8) {
     Bytes longest(2 + 65536, 'x');
     longest[0] = longest[1] = 0xFF;
     longest.back() = 0;
@@ -153,7 +153,7 @@ TEST(ZEBWriterTest, StoresTitles) {
     }
 }
 
-TEST(ZEBWriterTest, RefusesWhatDoesNotFitInOrder) {
+TEST(ZEBWriterTest, ReportsFirstValueOutOfRange) {
     constexpr std::int64_t huge = std::numeric_limits<std::int64_t>::max();
     const struct {
         const char* label;
@@ -185,7 +185,7 @@ TEST(ZEBWriterTest, RefusesWhatDoesNotFitInOrder) {
     EXPECT_EQ(errorOf([&] { writer.finish(); }), "frame index offsets count 1");
 }
 
-TEST(ZEBWriterTest, RefusesSecondsBeyondThirtyTwoBitsUnwritten) {
+TEST(ZEBWriterTest, RejectsOversizedSecondsBeforeWriting) {
     constexpr std::size_t tooMuch = std::size_t{1} << 32;
     // There is only one byte: sizes must be refused before anything is copied.
     const std::uint8_t byte = 0;
@@ -228,7 +228,7 @@ public:
     }
 };
 
-TEST(ZEBWriterTest, LastBlockMayStartAtTheLastOffset) {
+TEST(ZEBWriterTest, AllowsBlockAtLastOffsetOnly) {
     constexpr std::uint64_t lastOffset = 0xFFFFFFFF;
     constexpr std::size_t piece = std::size_t{32} << 20;
     const Bytes zeroBytes(piece);

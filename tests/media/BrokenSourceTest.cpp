@@ -33,7 +33,7 @@ std::string halved(const std::string& path) {
     return stored("half-" + fs::path(path).filename().string(), bytes.substr(0, bytes.size() / 2));
 }
 
-TEST(BrokenOffFilm, EndsWhereItsPicturesEndAndTellsWhatIsStated) {
+TEST(BrokenOffFilm, EndsWithPicturesAndReportsStatedEnd) {
     const struct {
         const char* name;
         bool statesItsEnd;
@@ -70,7 +70,7 @@ TEST(BrokenOffFilm, EndsWhereItsPicturesEndAndTellsWhatIsStated) {
     }
 }
 
-TEST(BrokenOffFilm, IsNoneWhereOnlySoundGoesOn) {
+TEST(BrokenOffFilm, LongerSoundAloneIsNoBreak) {
     for (const std::string name : {"mp4", "mkv", "avi", "flv"}) {
         const auto asset = test::open(
             clip("sound-goes-on." + name,
@@ -82,7 +82,7 @@ TEST(BrokenOffFilm, IsNoneWhereOnlySoundGoesOn) {
     }
 }
 
-TEST(BrokenOffFilm, MayLackOnlySound) {
+TEST(BrokenOffFilm, ReportsStatedEndOfCutSound) {
     const std::string path =
         clip("sound-later.mp4", numberedFrames(50) + "-f lavfi -i sine=d=6 -map 0 -map 1 " + test::h264 +
                                     "-c:a pcm_s16le -f mov -movflags faststart");
@@ -95,7 +95,7 @@ TEST(BrokenOffFilm, MayLackOnlySound) {
     EXPECT_NEAR(cut->soundTracks().at(0).end.stated.value_or(0), 6, 0.01);
 }
 
-TEST(BrokenOffFilm, IsNotTakenForOneWithPicturesFarApart) {
+TEST(BrokenOffFilm, SparsePicturesAreNoBreak) {
     for (const std::string name : {"slides.mkv", "slides.mp4", "slides.ts"}) {
         for (const int count : {2, 3}) {
             const auto asset = test::open(clip(
@@ -145,7 +145,7 @@ ReadResult readAll(const std::string& path, int allowedReads) {
     return result;
 }
 
-TEST(ReadError, IsNeverTakenForTheEnd) {
+TEST(ReadError, IsNeverTakenForEndOfFile) {
     for (const std::string name : {"complete.mp4", "complete.mkv", "complete.avi", "complete.ts",
                                    "complete.webm", "complete.flv", "complete.h264"}) {
         const std::string path = soundFilm(name, name == "complete.h264" ? "-an" : "");
@@ -165,7 +165,7 @@ TEST(ReadError, IsNeverTakenForTheEnd) {
     }
 }
 
-TEST(ShrinkingFile, EndsReadingInAnError) {
+TEST(ShrinkingFile, FailsAllLaterReads) {
     const auto errorOf = [](const auto& action) -> std::optional<int> {
         try {
             action();

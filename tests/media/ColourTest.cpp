@@ -62,7 +62,7 @@ double encodePQ(double nits) {
     return std::pow((0.8359375 + 18.8515625 * p) / (1 + 18.6875 * p), 78.84375);
 }
 
-TEST(Colour, TheMatrixIsTheMarkedOneOrGuessedBySize) {
+TEST(Colour, UsesMarkedMatrixElseGuessesBySize) {
     // Strong colours, coded by one matrix or the other: right only with the fitting one.
     const struct {
         int width, height;
@@ -90,7 +90,7 @@ TEST(Colour, TheMatrixIsTheMarkedOneOrGuessedBySize) {
     }
 }
 
-TEST(Colour, MarkedRangesAreKept) {
+TEST(Colour, FollowsMarkedRange) {
     for (const auto& [range, black, white] :
          {std::tuple{AVCOL_RANGE_MPEG, 16, 235}, {AVCOL_RANGE_JPEG, 0, 255}}) {
         for (const auto& [value, expected] :
@@ -104,7 +104,7 @@ TEST(Colour, MarkedRangesAreKept) {
     }
 }
 
-TEST(Colour, StandardRangeEndsInSRGB) {
+TEST(Colour, ConvertsStandardTransfersToSRGB) {
     const auto video = [](double v) { return encodeSRGB(decodeVideo(v)); };
     const auto same = [](double v) { return v * 255; };
     const struct {
@@ -129,7 +129,7 @@ TEST(Colour, StandardRangeEndsInSRGB) {
     }
 }
 
-TEST(Colour, PrimariesAreConverted) {
+TEST(Colour, ConvertsPrimariesToSRGB) {
     // Light in the stream's primaries to light in sRGB's, rows as published (BT.2087 for BT.2020; the others
     // computed once with another program from the chromaticities).
     const struct {
@@ -158,7 +158,7 @@ TEST(Colour, PrimariesAreConverted) {
     }
 }
 
-TEST(Colour, HighDynamicRangeFitsADisplay) {
+TEST(Colour, MapsHighDynamicRangeToDisplay) {
     const auto shown = [](RGB rgb, const Marking& marking) {
         return colourOf(coded(rgb, bt2020, marking), sRGB);
     };
@@ -191,7 +191,7 @@ TEST(Colour, HighDynamicRangeFitsADisplay) {
     EXPECT_NEAR(colourOf(coded({0.5, 0.5, 0.5}, bt2020, pq))[1], 127.5, 1.5);
 }
 
-TEST(Colour, HighDynamicRangeHeedsItsMastering) {
+TEST(Colour, MappingRespectsMasteringBrightness) {
     // However bright the mastering display was, diffuse white must not turn grey; up to 203 nits nothing is
     // mapped.
     const auto white = [](int peakNits) {

@@ -34,7 +34,7 @@ class DamagedFilm : public testing::TestWithParam<std::string> {};
 
 /// Bits turned over in the middle third of a film: the same pictures however many threads decode and however
 /// often, and sound pictures before and behind.
-TEST_P(DamagedFilm, LooksTheSameForEveryNumberOfThreads) {
+TEST_P(DamagedFilm, LooksSameForAnyThreadCount) {
     const std::string whole = test::contents(test::numberedFilm(GetParam()));
     const std::vector<std::size_t> expected = grabs(test::numberedFilm(GetParam()), 1, 25, false);
     for (unsigned seed = 1; seed <= 4; ++seed) {
@@ -77,7 +77,7 @@ std::size_t ruinNextPicture(std::string& film, std::size_t from) {
     return packet + 8;
 }
 
-TEST(Damage, ALostPictureIsAnErrorForItsMomentOnly) {
+TEST(Damage, LostPictureFailsAtItsTimeOnly) {
     // Every picture stands alone; the 30th packet is overwritten.
     const std::string path = test::numberedFilm("mjpeg.avi");
     std::string bytes = test::contents(path);

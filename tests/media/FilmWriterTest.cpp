@@ -65,7 +65,7 @@ void write(WritableFile& file, const FilmParameters& parameters, int count,
     film->finish({});
 }
 
-TEST(FilmWriter, WritesFilmsThatReadBackAsTheyWere) {
+TEST(FilmWriter, FilmsReadBackAsWritten) {
     const Bytes sound = soundOf(2.5);
     const struct {
         FilmFormat format;
@@ -123,7 +123,7 @@ TEST(FilmWriter, WritesFilmsThatReadBackAsTheyWere) {
     }
 }
 
-TEST(FilmWriter, KeepsTheClockOfGIFsWithinWhatPlayersShow) {
+TEST(FilmWriter, RoundsGIFDelaysWithoutDrift) {
     // In hundredths of a second, rounded so that no error adds up; never below two of them.
     for (const auto& [rate, firstDelays] : {std::pair{30, "34334"}, {25, "44444"}, {60, "23232"}}) {
         const std::string path = test::inClipFolder(std::to_string(rate) + ".gif");
@@ -155,7 +155,7 @@ TEST(FilmWriter, KeepsFewColoursExactInGIFs) {
     EXPECT_EQ(test::draw(*test::images(path)->copyImage(test::at(0)), width, height), drawingOf(pixels));
 }
 
-TEST(FilmWriter, GivesUpWithOneLine) {
+TEST(FilmWriter, ReportsUnsupportedSizeInOneLine) {
     try {
         write(*createForWriting(test::inClipFolder("huge.mp4")), {mp4, 60000, 60000, fps, 0, 0, false}, 0);
         FAIL() << "a film of 60000 x 60000";
@@ -185,7 +185,7 @@ private:
     std::uint64_t m_position = 0;
 };
 
-TEST(FilmWriter, PassesTheDisksErrorsOn) {
+TEST(FilmWriter, ReportsFullDiskAsFileError) {
     for (const FilmFormat format : {mp4, matroska, webm, gif}) {
         for (const std::uint64_t room : {0, 10, 2000}) {
             FullDisk disk(room);

@@ -105,7 +105,7 @@ struct Plan {
     auto count(PacketUse use) const { return std::count(uses.begin(), uses.end(), use); }
 };
 
-TEST(GrabPlanner, NeverGivesUpAPictureThatAGrabShows) {
+TEST(GrabPlanner, KeepsEveryPictureThatGrabsShow) {
     std::ptrdiff_t dropped = 0, skippable = 0;
     for (unsigned seed = 0; seed < 3000; ++seed) {
         std::mt19937 random(seed);
@@ -130,7 +130,7 @@ TEST(GrabPlanner, NeverGivesUpAPictureThatAGrabShows) {
     EXPECT_GT(skippable, 1000);
 }
 
-TEST(GrabPlanner, SavesWhatCanBeSaved) {
+TEST(GrabPlanner, DropsPicturesThatNoGrabNeeds) {
     // 25 pictures a second, groups of 25, every second picture between two others; 5 grabs a second need
     // every fifth.
     std::vector<PlannedPacket> packets;

@@ -71,7 +71,7 @@ void expectShown(const std::string& path, const std::vector<Shown>& shown) {
 
 class GrabsInContainer : public testing::TestWithParam<const char*> {};
 
-TEST_P(GrabsInContainer, ShowWhatIsOnScreen) {
+TEST_P(GrabsInContainer, ShowPictureOnScreenAtAnyTime) {
     expectShown(test::numberedFilm(GetParam()), steady(100, 0.04));
 }
 
@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(, GrabsInContainer,
                                          "mpeg2.ts", "mpeg2.mpg", "h264.h264", "h265.hevc", "mpeg2.m2v",
                                          "mjpeg.mov", "mjpeg.avi", "ffv1.nut", "wmv2.asf"));
 
-TEST(GrabTimes, StartWhereTheClockStarts) {
+TEST(GrabTimes, StartAtContainerStartTime) {
     // "start" is where the container's clock stands at the first picture.
     for (const auto& [container, start] : {std::pair{"mkv", "59857"},
                                            {"ts", "10"},
@@ -156,7 +156,7 @@ TEST(GrabTimes, FollowVariableRates) {
         expectShown(clip(name, film), shown);
 }
 
-TEST(GrabTimes, ForgiveRoundedTimes) {
+TEST(GrabTimes, TolerateRoundedContainerTimes) {
     // 24 pictures a second do not fall on whole milliseconds: a grab at k / 24 shows picture k all the same.
     for (const char* name : {"rounded.mkv", "rounded.flv", "rounded.mp4"}) {
         const auto generator = images(clip(name, numberedFrames(72, "24") + h264));
@@ -167,7 +167,7 @@ TEST(GrabTimes, ForgiveRoundedTimes) {
     }
 }
 
-TEST(GrabTimes, ALateFirstPictureIsShownFromTheStart) {
+TEST(GrabTimes, ShowLateFirstPictureFromStart) {
     const std::string film =
         "-itsoffset 0.5 " + numberedFrames(25, "10") + "-f lavfi -i sine=d=3 -map 0 -map 1 -c:a aac " + h264;
     for (const char* name : {"late.mkv", "late.ts", "late.mp4"}) {
@@ -190,7 +190,7 @@ double middleOf(int picture) {
     return (picture + 0.5) / 25;
 }
 
-TEST(NearbyImage, IsAsNearAsTheDecodedPicturesReach) {
+TEST(NearbyImage, IsNearestPictureWithinDecodingLimit) {
     for (const std::string name : {"near.mp4", "near.mkv"}) {
         const auto generator = images(searchableFilm(name));
         const auto numberNear = [&](int wanted, int pictures) {
@@ -219,7 +219,7 @@ TEST(NearbyImage, IsAsNearAsTheDecodedPicturesReach) {
     }
 }
 
-TEST(NearbyImage, ComesFromSourcesThatCannotBeSearched) {
+TEST(NearbyImage, WorksForSourcesWithoutSeeking) {
     const auto generator = images(searchableFilm("near.h264"), 1);
     for (const int wanted : {10, 30, 60, 99, 1, 30}) {
         const TimedPicture found = generator->copyNearbyImage(test::at(middleOf(wanted)), 1);
@@ -230,7 +230,7 @@ TEST(NearbyImage, ComesFromSourcesThatCannotBeSearched) {
     }
 }
 
-TEST(NearbyImage, IsNoDamagedOne) {
+TEST(NearbyImage, IsNeverDamaged) {
     const std::string whole = clip("near-intra.mkv", numberedFrames(100) + "-c:v mpeg4 -q:v 2 -g 25");
     std::string bytes = test::contents(whole);
     for (std::size_t i = bytes.size() / 3; i < bytes.size() * 2 / 3; i += 7)

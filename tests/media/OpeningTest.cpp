@@ -31,7 +31,7 @@ std::string refusal(const std::string& path) {
     }
 }
 
-TEST(Opening, RefusesWhatIsNoFilmAndWhatPullsInOthers) {
+TEST(Opening, RejectsNonVideosAndPlaylists) {
     fs::create_directory(inClipFolder("folder.mp4"));
     ASSERT_EQ(::mkfifo(inClipFolder("pipe.mp4").c_str(), 0600), 0);
     EXPECT_THAT(refusal(inClipFolder("missing.mp4")), HasSubstr("No such file"));
@@ -64,7 +64,7 @@ TEST(Opening, RefusesWhatIsNoFilmAndWhatPullsInOthers) {
     }
 }
 
-TEST(Opening, NamesAreOnlyNames) {
+TEST(Opening, TakesFileNamesLiterally) {
     const std::string path = test::numberedFilm("mpeg4.mp4");
     const auto before = fs::current_path();
     fs::current_path(inClipFolder(""));
@@ -122,7 +122,7 @@ std::string smallFilm(const std::string& extension) {
                     (extension == "mp4" ? " -movflags faststart" : ""));
 }
 
-TEST(Opening, CutOffFilmsAndGarbageDoNoHarm) {
+TEST(Opening, SurvivesCutAndDamagedFiles) {
     for (const std::string extension : {"mp4", "mkv", "ts", "avi", "flv", "mpg"}) {
         const std::string whole = test::contents(smallFilm(extension));
         std::mt19937 random(7);
@@ -145,7 +145,7 @@ TEST(Opening, CutOffFilmsAndGarbageDoNoHarm) {
     }
 }
 
-TEST(Cancellation, IsAnsweredWhereverItComes) {
+TEST(Cancellation, StopsSoonAtAnyCheck) {
     std::string bytes =
         test::contents(clip("long.ts", numberedFrames(200) + "-f lavfi -i sine=d=8 -map 0 -map 1 "
                                                              "-c:v libx264 -c:a mp2"));

@@ -15,7 +15,7 @@ using test::grey;
 using test::paintedFrame;
 using test::picture;
 
-TEST(PictureShape, AllEightOrientations) {
+TEST(PictureShape, TurnsPicturesForAllEightOrientations) {
     // A picture of six colours; the expected one is made by moving pixels.
     const auto colourAt = [](int x, int y) { return Colour{40 + x * 80, 60 + y * 120, 200 - x * 60, 255}; };
     const auto painter = [&](int x, int y) { return colourAt(x / 16, y / 16); };
@@ -45,7 +45,7 @@ TEST(PictureShape, AllEightOrientations) {
     }
 }
 
-TEST(PictureShape, DisplayMatricesAndAspects) {
+TEST(PictureShape, AppliesDisplayMatricesAndPixelAspects) {
     struct Case {
         const char* name;
         const char* filter;
@@ -94,7 +94,7 @@ double combing(const Drawing& drawing) {
     return sum / width / height;
 }
 
-TEST(PictureShape, OnlyInterlacedPicturesLoseTheirCombs) {
+TEST(PictureShape, RemovesCombsOfInterlacedPicturesOnly) {
     // An edge that moves 6 pixels from one field to the next.
     const std::string moving =
         "-f lavfi -i color=black:s=160x96:r=50:d=2,drawbox=c=white:x=40:y=0:w=32:h=96:t=fill,scroll=h=0.0375 "
@@ -126,7 +126,7 @@ TEST(PictureShape, OnlyInterlacedPicturesLoseTheirCombs) {
     }
 }
 
-TEST(Scaling, MatchesAnIndependentLanczos) {
+TEST(Scaling, MatchesIndependentLanczosFilter) {
     for (const auto& [name, format, matrix] : {std::tuple{"1280x720", "yuv420p", "bt709"},
                                                {"1280x720", "yuv422p10le", "bt709"},
                                                {"720x576", "yuv444p", "bt601"}}) {
@@ -143,7 +143,7 @@ TEST(Scaling, MatchesAnIndependentLanczos) {
     }
 }
 
-TEST(Scaling, ShrinkingLeavesNoPatterns) {
+TEST(Scaling, ShrinkingLeavesNoMoirePatterns) {
     // One-pixel stripes and a fan of rings of 4K, shrunk fifteenfold: even grey.
     const auto spread = [](const std::function<int(int, int)>& level, int fromColumn) {
         const auto shown = picture(

@@ -36,7 +36,7 @@ Colour average(const test::Drawing& drawing, int left, int top) {
     return {sum[0] / 64, sum[1] / 64, sum[2] / 64, sum[3] / 64};
 }
 
-TEST(PixelFormats, AreDrawnInTheirColours) {
+TEST(PixelFormats, KeepTheirColoursWhenDrawn) {
     const struct {
         int tolerance;
         bool isFullRange;
@@ -80,7 +80,7 @@ TEST(PixelFormats, AreDrawnInTheirColours) {
     }
 }
 
-TEST(PixelFormats, WorkAtAnySize) {
+TEST(PixelFormats, AreDrawnAtAnySize) {
     for (const char* name : {"yuv420p", "yuv410p", "yuv422p10le", "nv12", "gray", "yuva420p", "gbrp"}) {
         for (const auto& [width, height] : {std::pair{1, 1}, {2, 1}, {1, 2}, {7, 5}, {5, 401}, {401, 3}}) {
             SCOPED_TRACE(std::string(name) + " " + std::to_string(width) + "x" + std::to_string(height));
@@ -97,7 +97,7 @@ TEST(PixelFormats, WorkAtAnySize) {
     }
 }
 
-TEST(PixelFormats, PaletteAndBits) {
+TEST(PixelFormats, PaletteAndBitmapsAreDrawnExactly) {
     ffmpeg::Frame frame = test::emptyFrame(AV_PIX_FMT_PAL8, 16, 16);
     const std::uint32_t palette[256] = {0xFFE01020, 0x80FFFFFF, 0x00123456, 0xFF00C040};
     std::memcpy(frame->data[1], palette, sizeof palette);
@@ -119,7 +119,7 @@ TEST(PixelFormats, PaletteAndBits) {
     }
 }
 
-TEST(PixelFormats, HiddenColoursDoNotShineThrough) {
+TEST(PixelFormats, TransparentColoursDoNotBleedAtEdges) {
     // Green where it is transparent, red where it is not: no green at the edge, not even after shrinking.
     const auto shown = picture(paintedFrame(AV_PIX_FMT_RGBA, 64, 64, [](int x, int) {
         return x < 33 ? Colour{255, 0, 0, 255} : Colour{0, 255, 0, 0};

@@ -37,7 +37,7 @@ TimeJoints jointsOf(const std::vector<std::vector<PlacedPacket>>& runs) {
     return finder.joints();
 }
 
-TEST(TimeJointFinder, TellsRestartsFromStrayTimesAndPauses) {
+TEST(TimeJointFinder, DistinguishesRestartsStrayTimesAndPauses) {
     struct Case {
         const char* name;
         std::vector<std::vector<PlacedPacket>> runs;
@@ -101,7 +101,7 @@ std::vector<double> turns(const MediaAsset& asset) {
     return found;
 }
 
-TEST(JoinedRecordings, ShowAllPicturesWithTheirSound) {
+TEST(JoinedRecordings, PlayAllPicturesWithTheirSound) {
     const std::string mpeg4 = test::h264 + "-c:a aac ", mpeg2 = "-c:v mpeg2video -bf 2 -b:v 2M -c:a mp2 ";
     const struct {
         std::string name, first, second;

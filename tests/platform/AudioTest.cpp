@@ -41,7 +41,7 @@ std::vector<float> rendered(AudioMixer& mixer, std::size_t frames) {
     return samples;
 }
 
-TEST(AudioMixerTest, AddsWhatOverlapsAndTellsWhoEndsInTheirOrder) {
+TEST(AudioMixerTest, AddsSourcesAndReportsEndsInOrder) {
     AudioMixer mixer;
     mixer.resume(48000);
     std::vector<std::string> ends;
@@ -62,7 +62,7 @@ TEST(AudioMixerTest, AddsWhatOverlapsAndTellsWhoEndsInTheirOrder) {
     EXPECT_THAT(rendered(mixer, 2), ElementsAre(0, 0, 0, 0));
 }
 
-TEST(AudioMixerTest, CutsOffSumsAndSilencesWhatIsNoNumber) {
+TEST(AudioMixerTest, LimitsSumsAndSilencesNaN) {
     AudioMixer mixer;
     mixer.resume(48000);
     mixer.start(sourceOf(48000, 3, [](std::size_t i) { return std::array{0.8, -3.0, std::nan("")}[i]; }), {});
@@ -70,7 +70,7 @@ TEST(AudioMixerTest, CutsOffSumsAndSilencesWhatIsNoNumber) {
     EXPECT_THAT(rendered(mixer, 3), ElementsAre(1, 1, -1, -1, 0, 0));
 }
 
-TEST(AudioMixerTest, StoppingFadesWithoutAStep) {
+TEST(AudioMixerTest, StoppingFadesWithoutStep) {
     AudioMixer mixer;
     mixer.resume(48000);
     bool ended = false;
@@ -118,7 +118,7 @@ double amplitude(const std::vector<float>& samples, double frequency, double rat
     return 2 * std::abs(sum) / frames;
 }
 
-TEST(RateConverterTest, KeepsTonesAndMakesNoOthers) {
+TEST(RateConverterTest, KeepsTonesWithoutImagesOrAliases) {
     const struct {
         int from, to;
         double tone;     ///< Hz
@@ -146,7 +146,7 @@ TEST(RateConverterTest, KeepsTonesAndMakesNoOthers) {
     }
 }
 
-TEST(RateConverterTest, DoesNotDependOnHowTheOutputIsDivided) {
+TEST(RateConverterTest, OutputIsIndependentOfBufferSizes) {
     const auto tone = [](std::size_t i) { return std::sin(0.37 * static_cast<double>(i)); };
     std::vector<float> whole(2 * 5000), pieces(whole.size());
     RateConverter first(20000, 48000);
@@ -167,7 +167,7 @@ TEST(RateConverterTest, DoesNotDependOnHowTheOutputIsDivided) {
     EXPECT_EQ(absurd.render(*steady(1000000, 0.5, 1000000), whole), 8U);
 }
 
-TEST(AudioMixerTest, ManyThreadsMayStartAndStop) {
+TEST(AudioMixerTest, ManyThreadsStartAndStopSources) {
     AudioMixer mixer;
     mixer.resume(48000);
     std::atomic<int> ended = 0;
@@ -223,7 +223,7 @@ protected:
     test::TemporaryFolder m_folder;
 };
 
-TEST_F(SDLAudioOutputTest, EverySampleReachesTheDeviceOnceAndTheDeviceIsGivenBack) {
+TEST_F(SDLAudioOutputTest, PlaysEverySampleOnceThenClosesDevice) {
     use("disk");
     SDLAudioOutput output({.closeAfter = 50ms, .retryAfter = 0ms});
     EXPECT_FALSE(output.isOpen());
@@ -244,7 +244,7 @@ TEST_F(SDLAudioOutputTest, EverySampleReachesTheDeviceOnceAndTheDeviceIsGivenBac
     EXPECT_EQ(second.wait(), "");
 }
 
-TEST_F(SDLAudioOutputTest, WithoutADeviceSourcesFinishWithTheReason) {
+TEST_F(SDLAudioOutputTest, SourcesFinishWithErrorWithoutDevice) {
     use("no-such-driver");
     SDLAudioOutput output({.closeAfter = 50ms, .retryAfter = 24h});
     Answer first;
@@ -260,7 +260,7 @@ TEST_F(SDLAudioOutputTest, WithoutADeviceSourcesFinishWithTheReason) {
     EXPECT_FALSE(output.isOpen());
 }
 
-TEST_F(SDLAudioOutputTest, EndsInTheMiddleOfASoundWithoutTellingAnybody) {
+TEST_F(SDLAudioOutputTest, DestructionStopsSoundSilently) {
     use("dummy");
     Answer answer;
     bool isTold = false;

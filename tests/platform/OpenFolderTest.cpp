@@ -27,7 +27,7 @@ protected:
     test::TemporaryFolder m_temporary;
 };
 
-TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorsReach) {
+TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorLimit) {
     // Made by descriptors, since no path is that long.
     int inside = ::open(m_temporary.file("folder/tree").c_str(), O_RDONLY);
     for (int level = 0; level < 3000; ++level) {
@@ -43,7 +43,7 @@ TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorsReach) {
     EXPECT_EQ(m_temporary.names(), std::vector<std::string>({"folder", "outside", "outside/precious"}));
 }
 
-TEST_F(OpenFolderTest, RemovesWhatItCanOfAnUnreadableTree) {
+TEST_F(OpenFolderTest, RemovesReadablePartOfTree) {
     fs::create_directories(m_temporary.file("folder/tree/empty"));
     fs::create_directories(m_temporary.file("folder/tree/full/file"));
     test::store(m_temporary.file("folder/tree/z"), "bytes");
@@ -68,7 +68,7 @@ TEST_F(OpenFolderTest, RemovesWhatItCanOfAnUnreadableTree) {
 }
 
 #ifdef RENAME_EXCHANGE
-TEST_F(OpenFolderTest, StaysInsideWhileFoldersAreSwappedForLinks) {
+TEST_F(OpenFolderTest, NeverFollowsLinksSwappedForFolders) {
     const std::string part = m_temporary.file("folder/tree/part");
     const std::string swap = m_temporary.file("swap");
     for (int round = 0; round < 300; ++round) {

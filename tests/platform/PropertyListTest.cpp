@@ -60,7 +60,7 @@ const PropertyDictionary everyKind = {{"whole", std::int64_t{-5}},
                                       {"none", PropertyData{}},
                                       {"list", PropertyArray{1, PropertyArray{}, PropertyDictionary{}}}};
 
-TEST(PropertyListTest, ComesBackFromXMLAndBinary) {
+TEST(PropertyListTest, ReadsBackFromXMLAndBinary) {
     EXPECT_EQ(parsed(writeXML(everyKind)), everyKind);
     EXPECT_EQ(textOf(writeXML("a\1b\0")), textOf(writeXML("a\xEF\xBF\xBD"
                                                           "b")));
@@ -72,7 +72,7 @@ TEST(PropertyListTest, ComesBackFromXMLAndBinary) {
               (PropertyDictionary{{"a", -2}, {"ä", PropertyData{1, 2}}}));
 }
 
-TEST(PropertyListTest, ReadsTheOldTextForm) {
+TEST(PropertyListTest, ReadsOldTextFormat) {
     const std::pair<std::string, PropertyValue> cases[] = {
         {"{ name = \"QL \\\"Demo\\\"\"; size = (640, 480,); } // end",
          PropertyDictionary{{"name", "QL \"Demo\""}, {"size", PropertyArray{"640", "480"}}}},
@@ -100,7 +100,7 @@ std::string repeated(std::string_view text, int count) {
     return all;
 }
 
-TEST(PropertyListTest, RefusesHostileLists) {
+TEST(PropertyListTest, RejectsHostileLists) {
     const auto nested = [](int depth) {
         return bytesOf(xml(repeated("<array>", depth) + repeated("</array>", depth)));
     };
@@ -161,7 +161,7 @@ TEST(PropertyListTest, SurvivesEveryCutAndFlippedByte) {
     }
 }
 
-TEST(PropertyListTest, KeepsWhatItDoesNotKnow) {
+TEST(PropertyListTest, KeepsUnknownValuesAndFormat) {
     auto tree = PropertyListTree::parse(
         bytesOf(xml("<dict><key>day</key><date>1999-12-31T23:59:59Z</date><key>big</key>"
                     "<integer>18446744073709551615</integer><key>old</key><true/></dict>")));

@@ -49,7 +49,7 @@ protected:
     static QColor colourOf(const QIcon& icon) { return icon.pixmap(128).toImage().pixelColor(64, 64); }
 };
 
-TEST_F(QtDockTileTest, EveryWindowsIconShowsThePictureAndReturns) {
+TEST_F(QtDockTileTest, EveryWindowIconShowsPictureAndReturns) {
     ::qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     ::qunsetenv("XDG_RUNTIME_DIR");
     QGuiApplication::setWindowIcon(QIcon(QPixmap::fromImage(picture(Qt::blue))));
@@ -83,7 +83,7 @@ TEST_F(QtDockTileTest, EveryWindowsIconShowsThePictureAndReturns) {
     expectIcons(Qt::yellow);
 }
 
-TEST_F(QtDockTileTest, LaunchersOnTheSessionBusHearTheProgress) {
+TEST_F(QtDockTileTest, SendsProgressToLaunchersOverBus) {
     const QString program = QStandardPaths::findExecutable("dbus-daemon");
     if (program.isEmpty()) GTEST_SKIP() << "dbus-daemon is not installed";
     QProcess bus;

@@ -43,7 +43,7 @@ protected:
     const QString path = QString::fromStdString(folder.path());
 };
 
-TEST_F(SingleInstanceTest, LaterOnesHandOverToTheFirst) {
+TEST_F(SingleInstanceTest, LaterInstancesHandOverToFirst) {
     SingleInstance first(path, "program");
     QStringList taken;
     QObject::connect(&first, &SingleInstance::requested, &first,
@@ -65,7 +65,7 @@ TEST_F(SingleInstanceTest, LaterOnesHandOverToTheFirst) {
     EXPECT_EQ(taken.back(), "next");
 }
 
-TEST_F(SingleInstanceTest, TakesOverFromOneThatWasKilled) {
+TEST_F(SingleInstanceTest, TakesOverFromKilledInstance) {
     const pid_t child = fork();
     if (child == 0) {
         SingleInstance instance(path, "program");
@@ -79,7 +79,7 @@ TEST_F(SingleInstanceTest, TakesOverFromOneThatWasKilled) {
     EXPECT_FALSE(anotherIsFirst({"request"}));
 }
 
-TEST_F(SingleInstanceTest, CarriesOnAloneWhenTheFirstHangs) {
+TEST_F(SingleInstanceTest, RunsAloneWhenFirstInstanceHangs) {
     QLockFile lock(path + "/program.lock");
     lock.setStaleLockTime(0);
     ASSERT_TRUE(lock.tryLock(0));

@@ -21,7 +21,7 @@ TextArgument text(const char* characters) {
     return std::string(characters);
 }
 
-TEST(TextFormatTest, FillsSpecifiers) {
+TEST(TextFormatTest, FillsSpecifiersWithMatchingArguments) {
     const struct {
         const char* format;
         Arguments arguments;
@@ -45,7 +45,7 @@ TEST(TextFormatTest, FillsSpecifiers) {
         EXPECT_EQ(formatText(format, arguments), expected) << format;
 }
 
-TEST(StringTableTest, NamesTheLineOfAMistake) {
+TEST(StringTableTest, ReportsLineOfSyntaxError) {
     const std::pair<const char*, const char*> cases[] = {
         {"\n\nkey = \"x\";", "line 3: expected \""},
         {"\"a\" = \"x\";\n\"b\" = \"y", "line 2: text does not end"},
@@ -78,7 +78,7 @@ TEST(TextLocaleTest, TextsFollowLanguageAndDecimalMark) {
     setTextLocale(before);
 }
 
-TEST(TextLocaleTest, EnvironmentNamesTheLanguage) {
+TEST(TextLocaleTest, EnvironmentSelectsTheLanguage) {
     const char* const names[] = {"LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE"};
     const struct {
         const char* values[4];  // nullptr: not set

@@ -9,7 +9,7 @@
 namespace zeb {
 namespace {
 
-TEST(WindowPlaceTest, LeavesRoomForTheFrameOnEveryScreen) {
+TEST(WindowPlaceTest, LeavesRoomForFrameOnEveryScreen) {
     struct Case {
         const char* what;
         QRect available;
@@ -33,7 +33,7 @@ TEST(WindowPlaceTest, LeavesRoomForTheFrameOnEveryScreen) {
     }
 }
 
-TEST(WindowPlaceTest, MinimumSizesYieldToTheScreen) {
+TEST(WindowPlaceTest, ScreenSizeLimitsMinimumSize) {
     test::needApplication();
     QWindow window;
     const QSize room = roomForContents(window.screen()->availableGeometry()).size();

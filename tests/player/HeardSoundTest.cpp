@@ -192,7 +192,7 @@ std::array<std::string, 3> faultsOf(const std::vector<double>& heard) {
     return result;
 }
 
-TEST(HeardSoundTest, IsTheMoviesSound) {
+TEST(HeardSoundTest, MatchesSoundOfMovie) {
     int argc = 1;
     char name[] = "test";
     char* argv[] = {name, nullptr};

@@ -112,7 +112,7 @@ protected:
         {engine, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults, notifications, {}}};
 };
 
-TEST_F(PlayerWindowTest, OneWindowForAMovieUnderTheMouse) {
+TEST_F(PlayerWindowTest, ReusesOneWindowPerMovie) {
     maker.show();
     QQuickWindow* window = open(movie);
     ASSERT_TRUE(window);
@@ -138,7 +138,7 @@ TEST_F(PlayerWindowTest, OneWindowForAMovieUnderTheMouse) {
     EXPECT_EQ(windows.windowCount(), 0U);
 }
 
-TEST_F(PlayerWindowTest, AMovieThatHasChangedIsOpenedAgain) {
+TEST_F(PlayerWindowTest, ReopensMovieThatHasChanged) {
     QQuickWindow* window = open(movie);
     ASSERT_TRUE(window);
     PlayerSheetModel& sheet = sheetOf(window);
@@ -198,7 +198,7 @@ TEST_F(PlayerWindowTest, WindowsDoNotCoverEachOther) {
     }
 }
 
-TEST_F(PlayerWindowTest, TimeAndCounterTellWhereTheSliderIs) {
+TEST_F(PlayerWindowTest, TimeAndCounterFollowTheSlider) {
     PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {});
     sheet.appear();
@@ -267,7 +267,7 @@ TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
     EXPECT_EQ(window.windowStates(), Qt::WindowMaximized);
 }
 
-TEST_F(PlayerWindowTest, LoopAndColoursAreKeptForAllWindows) {
+TEST_F(PlayerWindowTest, LoopAndColoursApplyToAllWindows) {
     PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {});
     std::vector<int> readings;
@@ -294,7 +294,7 @@ TEST_F(PlayerWindowTest, LoopAndColoursAreKeptForAllWindows) {
     EXPECT_EQ(sheet.storedMode32(), usual);
 }
 
-TEST_F(PlayerWindowTest, TheFrameIsAsLargeAsItFits) {
+TEST_F(PlayerWindowTest, FrameFillsTheAvailableSpace) {
     const struct {
         QSizeF frame, area;
         double ratio;
@@ -313,7 +313,7 @@ TEST_F(PlayerWindowTest, TheFrameIsAsLargeAsItFits) {
             << testing::PrintToString(area.width()) << " " << testing::PrintToString(frame.width());
 }
 
-TEST_F(PlayerWindowTest, TheFrameIsDrawnPixelByPixel) {
+TEST_F(PlayerWindowTest, FrameIsDrawnPixelByPixel) {
     PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {});
     QQuickWindow window;

@@ -39,7 +39,7 @@ std::vector<float> rendered(SoundtrackSource& source, std::size_t frames) {
     return samples;
 }
 
-TEST(SoundtrackSourceTest, ConvertsBytesAsTheyArePlayed) {
+TEST(SoundtrackSourceTest, ConvertsBytesToSamplesOnRequest) {
     SoundtrackSource mono = sourceOf({0x80, 0x00, 0xFF}, 1);
     EXPECT_THAT(rendered(mono, 2), ElementsAre(0.0F, 0.0F, -1.0F, -1.0F));
     EXPECT_THAT(rendered(mono, 2), ElementsAre(0.9921875F, 0.9921875F)) << "the end";
@@ -49,7 +49,7 @@ TEST(SoundtrackSourceTest, ConvertsBytesAsTheyArePlayed) {
     EXPECT_THAT(rendered(six, 4), ElementsAre(-1.0F, 0.9921875F, 0.0F, -0.5F));
 }
 
-TEST(SoundtrackSourceTest, RepeatsTheWholeHoweverItBegan) {
+TEST(SoundtrackSourceTest, LoopsWholeSoundFromAnyStart) {
     std::vector<std::uint8_t> bytes(300, 0);
     bytes[299] = 192;
     SoundtrackSource source = sourceOf(bytes, 1, 200);
@@ -65,7 +65,7 @@ TEST(SoundtrackSourceTest, RepeatsTheWholeHoweverItBegan) {
     EXPECT_EQ(samples[2 * 100], -1) << "a seamless loop does not fade again";
 }
 
-TEST(SoundtrackSourceTest, PassesAreAsLongAsTheMovie) {
+TEST(SoundtrackSourceTest, LoopLengthMatchesMovieLength) {
     const struct {
         double length;
         int passes;
@@ -89,7 +89,7 @@ TEST(SoundtrackSourceTest, PassesAreAsLongAsTheMovie) {
     }
 }
 
-TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
+TEST(SoundtrackPlayerTest, SoundStaysInStepWithPictures) {
     using namespace std::chrono_literals;
     constexpr int mark = 75;  // the second in which the sound begins
     std::vector<std::uint8_t> bytes(std::size_t{20000} * (mark + 1), 128);
@@ -137,7 +137,7 @@ TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
     }
 }
 
-TEST(TimeTextTest, Times) {
+TEST(TimeTextTest, FormatsTimesInMinutesAndHours) {
     const std::pair<double, const char*> cases[] = {{-1, "0:00"},      {59.9, "0:59"},    {61, "1:01"},
                                                     {3599.9, "59:59"}, {3725, "1:02:05"}, {1e300, "0:00"}};
     for (const auto& [seconds, text] : cases)

@@ -118,7 +118,7 @@ protected:
     std::unique_ptr<ZEBPlayerModel> model;
 };
 
-TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
+TEST_F(ZEBPlayerModelTest, OpensSeeksAndReportsErrors) {
     model->setMode32(Mode32Interpretation::qpcPackedBE);
     model->seek(3);
     EXPECT_EQ(model->displayedFrameIndex(), 0) << "without a movie nothing happens";
@@ -158,7 +158,7 @@ TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
     EXPECT_EQ(status(), description + " • (no frame can be decoded)");
 }
 
-TEST_F(ZEBPlayerModelTest, ShowsAnotherReadingOfThePixelsAtOnceWhilePaused) {
+TEST_F(ZEBPlayerModelTest, InterpretationChangesPausedFrameAtOnce) {
     model->open("clip.zeb");
     const auto reading = [this] { return static_cast<Mode32Interpretation>(model->image()->height); };
     for (const std::int64_t frame : {0, 4, 9}) {
@@ -187,7 +187,7 @@ TEST_F(ZEBPlayerModelTest, ShowsAnotherReadingOfThePixelsAtOnceWhilePaused) {
     EXPECT_EQ(status(), "Clip • 512x256 • 25 fps • Mode 4");
 }
 
-TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
+TEST_F(ZEBPlayerModelTest, PlaysEveryFrameOnSchedule) {
     std::vector<std::pair<int, std::int64_t>> shown;
     const auto start = clock.now();
     QObject::connect(model.get(), &ZEBPlayerModel::displayedFrameIndexChanged, [&] {
@@ -212,7 +212,7 @@ TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
     EXPECT_FALSE(model->isPlaying()) << "at the end there is nothing more to play";
 }
 
-TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotToAndEndsWithAnError) {
+TEST_F(ZEBPlayerModelTest, LoopsUntilSwitchedOffOrError) {
     std::vector<std::int64_t> shown;
     QObject::connect(model.get(), &ZEBPlayerModel::displayedFrameIndexChanged, [&] {
         shown.push_back(model->displayedFrameIndex());
@@ -232,7 +232,7 @@ TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotToAndEndsWithAnError) {
     EXPECT_EQ(model->displayedFrameIndex(), 2);
 }
 
-TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepReaderAndPictureTogether) {
+TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepFrameConsistent) {
     model->open("clip.zeb");
     int sleeps = 0;
     playToTheEnd([&] {
@@ -273,7 +273,7 @@ TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepReaderAndPictureTogether) {
     settle();
 }
 
-TEST_F(ZEBPlayerModelTest, SoundFollowsThePicture) {
+TEST_F(ZEBPlayerModelTest, SoundStartsAndStopsWithPictures) {
     script->soundtrack = {std::vector<std::uint8_t>(20000, 128), 20000, 1};
     // It joins a playback that began before it was ready, at the pace of the pictures: 33 ms for 1/30 s.
     script->header.fps = 30;
@@ -312,7 +312,7 @@ int frameHeard(const test::HandDrivenDevice& device) {
     return static_cast<int>(std::lround(device.heard[middle] * 128 / 10)) - 1;
 }
 
-TEST_F(ZEBPlayerModelTest, SoundFollowsThePicturesWhateverIsSwitchedWhen) {
+TEST_F(ZEBPlayerModelTest, SoundFollowsPicturesDespiteLoopSwitches) {
     constexpr int never = -1;
     constexpr int frames = 10;
     constexpr int period = 40;

@@ -75,13 +75,13 @@ def check_strings(english=ENGLISH, german=GERMAN, code=CODE, qml="Label { text: 
 
 
 class Checks(unittest.TestCase):
-    def test_good_trees(self):
+    def test_good_trees_pass(self):
         for files in (GOOD, {**GOOD, "codec/A.cpp": "// #include \"cli/x.h\"\n/*\n#include <QString>\n*/\n"}):
             self.assertEqual(check("check_includes.py", files)[0], 0)
         self.assertEqual(check("check_includes.py", {"README.md": ""})[0], 2, "nothing to check is no success")
         self.assertEqual(check_strings()[0], 0)
 
-    def test_every_wrong_include_is_found_alone(self):
+    def test_reports_each_wrong_include_alone(self):
         for name, text, complaint in BAD:
             with self.subTest(file=name, text=text):
                 code, lines = check("check_includes.py", {**GOOD, name: text})
@@ -89,7 +89,7 @@ class Checks(unittest.TestCase):
                 self.assertTrue(lines[0].startswith(f"{name}:1: "), lines[0])
                 self.assertIn(complaint, lines[0])
 
-    def test_every_wrong_string_is_found(self):
+    def test_reports_every_wrong_string(self):
         for expected, arguments in {
             'de: no text for "size"': {"german": '"hello \\"you\\"" = "y";\n'},
             'en: no text for "more", which de has': {"german": GERMAN + '"more" = "";\n'},

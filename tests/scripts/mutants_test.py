@@ -47,7 +47,7 @@ def found_in(text):
 
 
 class MutantsTest(unittest.TestCase):
-    def test_finds_the_changes_of_a_body(self):
+    def test_finds_changes_in_function_body(self):
         for body, *expected in CASES:
             with self.subTest(body):
                 found = set()
@@ -61,7 +61,7 @@ class MutantsTest(unittest.TestCase):
                 self.assertEqual(found, set(expected))
 
     @unittest.skipUnless(shutil.which("c++"), "there is no compiler")
-    def test_switches_each_change_on_at_run_time(self):
+    def test_switches_changes_at_run_time(self):
         changes = found_in(RUNNABLE)
         for number, mutant in enumerate(changes, 1):
             mutant.number = number

@@ -126,7 +126,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     EXPECT_EQ(size(), std::pair(1280, 720));
 }
 
-TEST_F(ContentViewModelTest, CarriesRequestsOut) {
+TEST_F(ContentViewModelTest, CarriesOutRequestsFromOutside) {
     test::store(movie, "movie");
     requests.post(EncodeAction{URL::forFile(input)});
     EXPECT_FALSE(model->inputURL());
@@ -154,7 +154,7 @@ TEST_F(ContentViewModelTest, CarriesRequestsOut) {
                 ElementsAre(std::pair(movie, true), std::pair(movie, false), std::pair(movie, false)));
 }
 
-TEST_F(ContentViewModelTest, TakesDroppedFiles) {
+TEST_F(ContentViewModelTest, OpensDroppedFilesByKind) {
     content->appear();
     test::store(movie, "movie");
 
@@ -191,7 +191,7 @@ TEST_F(ContentViewModelTest, TakesDroppedFiles) {
     startAndSettle();
 }
 
-TEST_F(ContentViewModelTest, ShowsHowTheRunGoesOn) {
+TEST_F(ContentViewModelTest, ShowsTimesAndSizeDuringRun) {
     takeFilm(input);
     std::vector<std::string> shown;
     run = [&](const ConversionCallbacks& callbacks, const std::string& output) {
@@ -224,7 +224,7 @@ TEST_F(ContentViewModelTest, ShowsHowTheRunGoesOn) {
     EXPECT_EQ(content->elapsedText(), "—");
 }
 
-TEST_F(ContentViewModelTest, NamesTheFileThatIsBeingConverted) {
+TEST_F(ContentViewModelTest, NamesFileBeingConverted) {
     takeFilm(input);
     EXPECT_EQ(content->runSourceText(), "");
     std::vector<std::string> named;
@@ -237,7 +237,7 @@ TEST_F(ContentViewModelTest, NamesTheFileThatIsBeingConverted) {
     EXPECT_THAT(named, ElementsAre("Converting “holiday.mov”", ""));
 }
 
-TEST_F(ContentViewModelTest, AsksBeforeItReplacesAFile) {
+TEST_F(ContentViewModelTest, AsksBeforeReplacingFile) {
     takeFilm(input);
     test::store(movie, "precious");
     content->start();
@@ -266,7 +266,7 @@ TEST_F(ContentViewModelTest, AsksBeforeItReplacesAFile) {
     EXPECT_FALSE(model->isRunning());
 }
 
-TEST_F(ContentViewModelTest, QuestionsComeWithTheFreshNumbers) {
+TEST_F(ContentViewModelTest, StartWaitsForForecastBeforeAsking) {
     model->settings()->setQlModeNumber(4);
     const std::string song = folder.file("song.mp3");
     films.add(song, [] {
@@ -328,7 +328,7 @@ TEST_F(ContentViewModelTest, QuestionsComeWithTheFreshNumbers) {
     EXPECT_FALSE(model->isRunning());
 }
 
-TEST_F(ContentViewModelTest, ForecastsTheSize) {
+TEST_F(ContentViewModelTest, ShowsForecastAndAsksIfTooLarge) {
     const auto forecast = [this](const std::string& path) {
         takeFilm(path);
         return content->forecastText().toStdString();

@@ -30,7 +30,7 @@ protected:
     LogText log;
 };
 
-TEST_F(LogTextTest, SelectionsStayOnTheirWords) {
+TEST_F(LogTextTest, SelectionStaysOnItsWords) {
     // A text after the other, with the first line of "keep" selected.
     const QStringList texts[] = {
         {"one\nkeep\n", "one\nkeep\nthree", "one\nkeep\nthree\nfour"},                      // grows
@@ -51,7 +51,7 @@ TEST_F(LogTextTest, SelectionsStayOnTheirWords) {
     }
 }
 
-TEST_F(LogTextTest, TellsWhatChanged) {
+TEST_F(LogTextTest, ReportsAppendedAndRemovedLines) {
     std::vector<int> lengths;
     std::vector<double> heights;
     QObject::connect(&log, &LogText::appended, [&](int length) { lengths.push_back(length); });

@@ -5,7 +5,7 @@
 namespace zeb {
 namespace {
 
-TEST(MenuLabelTest, AnAmpersandMarksTheLetter) {
+TEST(MenuLabelTest, AmpersandMarksShortcutLetter) {
     struct Case {
         const char* label;
         const char* plain;

@@ -14,7 +14,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TEST(DurationTextTest, Durations) {
+TEST(DurationTextTest, FormatsDurationsInMinutesAndHours) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const std::pair<double, const char*> cases[] = {
         {0, "0:00"},
@@ -38,7 +38,7 @@ TEST(DurationTextTest, Durations) {
         EXPECT_EQ(formatDuration(seconds), text) << seconds;
 }
 
-TEST(RemainingTimeTest, FollowsTheSmoothedSpeed) {
+TEST(RemainingTimeTest, FollowsSmoothedSpeed) {
     const struct {
         int at;  ///< milliseconds
         double progress;
@@ -66,7 +66,7 @@ TEST(RemainingTimeTest, FollowsTheSmoothedSpeed) {
     EXPECT_EQ(remaining.etaText(), "—") << "the speed is forgotten as well";
 }
 
-TEST(ByteCountTextTest, TakesTheUnitThatFits) {
+TEST(ByteCountTextTest, ChoosesUnitBySize) {
     const std::pair<std::uint64_t, const char*> cases[] = {
         {1'049'000, "1.0 MB"},       {1'051'000, "1.1 MB"},
         {999'949'999, "999.9 MB"},   {999'950'000, "1.0 GB"},
@@ -78,7 +78,7 @@ TEST(ByteCountTextTest, TakesTheUnitThatFits) {
     EXPECT_EQ(megabytesText(2'500'000'000), "2500.0 MB");
 }
 
-TEST(ForecastTextTest, SaysSizeOrTroubleAndWhatWouldFit) {
+TEST(ForecastTextTest, ShowsSizeOrProblemWithSuggestion) {
     SizeForecast forecast;
     forecast.bytes = 12'300'000;
     forecast.bytesPerSecond = 1'234'567;
@@ -106,7 +106,7 @@ TEST(ForecastTextTest, SaysSizeOrTroubleAndWhatWouldFit) {
               "4 GiB, here after 1:01.");
 }
 
-TEST(TargetDescriptionTest, DescribesWhatTheRunMakes) {
+TEST(TargetDescriptionTest, DescribesMovieOfTheRun) {
     const struct {
         int requestedRate, sourceRate, fps;
         bool includeAudio;
@@ -131,7 +131,7 @@ TEST(TargetDescriptionTest, DescribesWhatTheRunMakes) {
     }
 }
 
-TEST(VersionTextTest, LeavesOutWhatIsBlank) {
+TEST(VersionTextTest, OmitsBlankParts) {
     EXPECT_EQ(versionText("1.2", "7"), "v1.2 (7)");
     EXPECT_EQ(versionText(" ", "7"), "v— (7)");
     EXPECT_EQ(versionText("1.2", " "), "v1.2");

@@ -36,7 +36,7 @@ protected:
     PresetSettingsModel model{defaults, notifications};
 };
 
-TEST_F(PresetSettingsTest, ShowsAndChangesTheUsersPresets) {
+TEST_F(PresetSettingsTest, ShowsAndChangesUserPresets) {
     std::vector<std::string> seen;
     QObject::connect(&model, &PresetSettingsModel::countChanged, [&] { seen.push_back("count"); });
     QObject::connect(&model, &PresetSettingsModel::modelReset, [&] { seen.push_back("reset"); });
@@ -70,7 +70,7 @@ TEST_F(PresetSettingsTest, ShowsAndChangesTheUsersPresets) {
     EXPECT_THAT(rows(), ElementsAre("TV 3840x2160"));
 }
 
-TEST_F(PresetSettingsTest, ShowsAndChangesTheBuiltInSizes) {
+TEST_F(PresetSettingsTest, ShowsAndChangesBuiltInSizes) {
     int changes = 0;
     QObject::connect(&model, &PresetSettingsModel::settingsChanged, [&] { ++changes; });
     model.setBuiltInWidth(1, 640);
@@ -102,7 +102,7 @@ protected:
     }
 };
 
-TEST_F(AnimatedGIFViewTest, CastsASoftShadowBelowThePicture) {
+TEST_F(AnimatedGIFViewTest, CastsSoftShadowBelowPicture) {
     AnimatedGIFView view;
     view.setSize({300, 260});
     for (const int ratio : {1, 2}) {
@@ -142,7 +142,7 @@ TEST_F(AnimatedGIFViewTest, CastsASoftShadowBelowThePicture) {
     }()) << "there is no room for a picture";
 }
 
-TEST_F(AnimatedGIFViewTest, ShowsThePictureInItsProportions) {
+TEST_F(AnimatedGIFViewTest, KeepsProportionsOfPicture) {
     AnimatedGIFView view;
     int changes = 0;
     QObject::connect(&view, &AnimatedGIFView::resourceChanged, [&] { ++changes; });

@@ -67,7 +67,7 @@ TEST(OutputNameTest, IsSafeOnEverySystem) {
         EXPECT_EQ(proposedOutputName(title, "/films/holiday.mov"), name);
 }
 
-TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
+TEST_F(ConverterViewModelTest, AnalysisProposesUneditedSettings) {
     model->setInput(URL::forFile("/films/./x/../holiday.mov"));
     EXPECT_EQ(model->inputPath(), "/films/holiday.mov");
     EXPECT_EQ(model->outputPath(), "/films/holiday.zeb");
@@ -110,7 +110,7 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     EXPECT_EQ(model->settings()->value(), expected);
 }
 
-TEST_F(ConverterViewModelTest, AnalysisThatFails) {
+TEST_F(ConverterViewModelTest, FailedAnalysisShowsErrorKeepsSource) {
     takeFilm("/films/holiday.mov");
     takeFilm("/films/missing.mov");
     EXPECT_THAT(*model->lastError(), HasSubstr("No such film."));
@@ -123,7 +123,7 @@ TEST_F(ConverterViewModelTest, AnalysisThatFails) {
     EXPECT_FALSE(model->lastError());
 }
 
-TEST_F(ConverterViewModelTest, LatestInputCounts) {
+TEST_F(ConverterViewModelTest, LatestInputWins) {
     const std::string sounding = "/films/holiday.mov", silent = "/films/silent.mov",
                       missing = "/films/missing.mov";
     const auto finishInOrder = [&](const std::string& first, const std::string& second) {
@@ -161,7 +161,7 @@ TEST_F(ConverterViewModelTest, LatestInputCounts) {
     }
 }
 
-TEST_F(ConverterViewModelTest, ModelThatIsGoneGetsNothing) {
+TEST_F(ConverterViewModelTest, DestroyedModelGetsNoResult) {
     model->setInput(URL::forFile("/films/holiday.mov"));
     tasks.runAll();
     model->chooseInput();
@@ -171,7 +171,7 @@ TEST_F(ConverterViewModelTest, ModelThatIsGoneGetsNothing) {
     panels.answer("/films/silent.mov");
 }
 
-TEST_F(ConverterViewModelTest, SoundThatAnAnalysisSwitchedOffComesBack) {
+TEST_F(ConverterViewModelTest, RestoresSoundThatAnalysisSwitchedOff) {
     const std::map<std::string, std::function<void()>> steps = {
         {"silent", [this] { takeFilm("/films/silent.mov"); }},
         {"sound", [this] { takeFilm("/films/holiday.mov"); }},
@@ -213,7 +213,7 @@ TEST_F(ConverterViewModelTest, SoundThatAnAnalysisSwitchedOffComesBack) {
     }
 }
 
-TEST_F(ConverterViewModelTest, RateFromTheVideoReplacesATypedOne) {
+TEST_F(ConverterViewModelTest, VideoRateReplacesTypedRate) {
     const auto typeRate = [this] {
         model->settings()->setFpsFromSource(false);
         model->settings()->setFps(5);
@@ -233,7 +233,7 @@ TEST_F(ConverterViewModelTest, RateFromTheVideoReplacesATypedOne) {
     EXPECT_EQ(model->settings()->fps(), 25) << "also where no video was there";
 }
 
-TEST_F(ConverterViewModelTest, StartWaitsForTheAnalysis) {
+TEST_F(ConverterViewModelTest, StartWaitsForAnalysis) {
     enum Event { nothing, cancel, anotherVideo, sameVideo };
     const struct {
         std::string film;
@@ -280,7 +280,7 @@ TEST_F(ConverterViewModelTest, StartWaitsForTheAnalysis) {
     }
 }
 
-TEST_F(ConverterViewModelTest, AVideoThatComesDuringTheQuestionForAPlaceIsNotStarted) {
+TEST_F(ConverterViewModelTest, VideoChangedDuringSavePanelNeverStarts) {
     films.add(folder.file("nowhere/film.mov"), {});
     for (const bool isSame : {true, false}) {
         model = makeModel();
@@ -297,7 +297,7 @@ TEST_F(ConverterViewModelTest, AVideoThatComesDuringTheQuestionForAPlaceIsNotSta
     }
 }
 
-TEST_F(ConverterViewModelTest, AnotherVideoGetsAnOutputOfItsOwn) {
+TEST_F(ConverterViewModelTest, EachVideoGetsSeparateOutputName) {
     const auto proposed = [this](const std::string& name) {
         takeFilm(folder.file(name));
         return fs::path(model->outputPath().toStdString()).filename().string();
@@ -325,7 +325,7 @@ TEST_F(ConverterViewModelTest, AnotherVideoGetsAnOutputOfItsOwn) {
     EXPECT_EQ(proposed("b.mkv"), "film.zeb") << "the person has chosen it";
 }
 
-TEST_F(ConverterViewModelTest, RefusesWhatIsNoFileOfThisComputer) {
+TEST_F(ConverterViewModelTest, RejectsInputsOfOtherComputers) {
     prepare();
     startAndSettle();
     const Settings settings = model->settings()->value();
@@ -355,7 +355,7 @@ TEST_F(ConverterViewModelTest, RefusesWhatIsNoFileOfThisComputer) {
     settle();
 }
 
-TEST_F(ConverterViewModelTest, RunsToTheEnd) {
+TEST_F(ConverterViewModelTest, CompleteRunShowsStatesInOrder) {
     prepare();
     std::vector<std::string> changes;
     const auto watch = [&](auto signal, const std::function<std::string()>& shown) {
@@ -390,7 +390,7 @@ TEST_F(ConverterViewModelTest, RunsToTheEnd) {
     EXPECT_FALSE(model->playableOutputURL());
 }
 
-TEST_F(ConverterViewModelTest, RunThatFails) {
+TEST_F(ConverterViewModelTest, FailedRunShowsItsError) {
     prepare();
     run = [](const ConversionCallbacks&, const std::string& path) {
         test::store(path, "movie");
@@ -410,7 +410,7 @@ TEST_F(ConverterViewModelTest, RunThatFails) {
     EXPECT_EQ(model->lastError(), "Not enough memory");
 }
 
-TEST_F(ConverterViewModelTest, ReportsComeBundled) {
+TEST_F(ConverterViewModelTest, BundlesReportsIntoOneMessage) {
     prepare();
     int progressChanges = 0;
     QObject::connect(model.get(), &ConverterViewModel::progressChanged, [&] { ++progressChanges; });
@@ -431,7 +431,7 @@ TEST_F(ConverterViewModelTest, ReportsComeBundled) {
     EXPECT_EQ(model->logLines().front(), "warning 5002");
 }
 
-TEST_F(ConverterViewModelTest, CancelKeepOrDelete) {
+TEST_F(ConverterViewModelTest, CancelledOutputIsKeptOrDeleted) {
     prepare();
     std::string written;
     run = [&](const ConversionCallbacks& callbacks, const std::string& path) {
@@ -471,7 +471,7 @@ TEST_F(ConverterViewModelTest, CancelKeepOrDelete) {
 }
 
 /// Ends by a cancel or an error x with an older movie or without x what had been written by then.
-TEST_F(ConverterViewModelTest, UnfinishedMovieAndTheOneBefore) {
+TEST_F(ConverterViewModelTest, UnfinishedMovieKeepsOrRestoresPrevious) {
     namespace golden = test::golden;
     prepare();
     const std::string previous = folder.file("film.previous.zeb");
@@ -521,7 +521,7 @@ TEST_F(ConverterViewModelTest, UnfinishedMovieAndTheOneBefore) {
     }
 }
 
-TEST_F(ConverterViewModelTest, ReplacesOnlyWhatStoodThereAtTheStart) {
+TEST_F(ConverterViewModelTest, ReplacesOnlyFileSeenAtStart) {
     prepare();
     model->start();
     test::store(output, "theirs");  // before the job comes to it
@@ -533,7 +533,7 @@ TEST_F(ConverterViewModelTest, ReplacesOnlyWhatStoodThereAtTheStart) {
     EXPECT_EQ(model->playableOutputURL()->path(), output);
 }
 
-TEST_F(ConverterViewModelTest, StartAgainWhileTheCancelledJobStillEnds) {
+TEST_F(ConverterViewModelTest, RestartsWhileCancelledJobEnds) {
     prepare();
     const std::string second = folder.file("second.zeb");
     run = [&](const ConversionCallbacks& callbacks, const std::string& path) {
@@ -565,7 +565,7 @@ TEST_F(ConverterViewModelTest, StartAgainWhileTheCancelledJobStillEnds) {
     EXPECT_EQ(model->playableOutputURL()->path(), second);
 }
 
-TEST_F(ConverterViewModelTest, TheNextRunToTheSamePlaceKeepsItsFile) {
+TEST_F(ConverterViewModelTest, NextRunToSamePlaceKeepsFile) {
     prepare();
     run = [&](const ConversionCallbacks&, const std::string& path) {
         test::store(path, "movie");

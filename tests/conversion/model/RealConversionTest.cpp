@@ -73,7 +73,7 @@ protected:
     std::unique_ptr<ThreadTasks> threads;
 };
 
-TEST_F(RealConversionTest, StartsAgainWhileTheCancelledJobEnds) {
+TEST_F(RealConversionTest, RestartsWhileCancelledJobEnds) {
     begin();
     model->cancel();
     model->start();
@@ -87,7 +87,7 @@ TEST_F(RealConversionTest, StartsAgainWhileTheCancelledJobEnds) {
     EXPECT_GT(check.seconds, 1);
 }
 
-TEST_F(RealConversionTest, EndsWithItsWindow) {
+TEST_F(RealConversionTest, RunEndsWithItsModel) {
     begin();
     model.reset();
 }
