@@ -50,18 +50,18 @@ TEST(LuminanceQuantiser, MatchesReferenceForShapesAndColourCounts) {
 TEST(LuminanceQuantiser, MatchesReferenceForWholeFrames) {
     expectEqualsPlainLoop(synthetic::natural(512, 288, 1), 512, 288, 4, "natural");
     expectEqualsPlainLoop(synthetic::noise(511, 285, 1), 511, 285, 4, "noise");
-    // Even areas bring about the same sums again and again, some of them next to a threshold.
+    // Even areas produce the same sums repeatedly, some of them next to a threshold.
     for (int grey = 0; grey < 256; ++grey) {
         const auto byte = static_cast<std::uint8_t>(grey);
         expectEqualsPlainLoop(synthetic::flat(96, 64, byte, byte, byte), 96, 64, 4, "grey");
     }
-    // Errors fade to denormal numbers far right of a bright spot.
+    // Far to the right of a bright spot, diffused errors become denormal numbers.
     Bytes spot = synthetic::flat(2048, 16, 0, 0, 0);
     std::fill_n(spot.begin() + 8, 3, std::uint8_t{20});
     expectEqualsPlainLoop(spot, 2048, 16, 4, "spot");
 }
 
-// The values at which the arithmetic's last bit decides about the level.
+// Values for which the last bit of the sum decides the level.
 TEST(LuminanceQuantiser, MatchesReferenceForColoursAtThresholds) {
     Bytes rgba;
     for (const int sum : {425000, 1275000, 2125000}) {

@@ -15,7 +15,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Draws bytes of its own, which depend on the colour space, after checking that the bitmap is as promised.
+/// Draws given bytes, one array per colour space, after checking the size of the bitmap.
 class TestPicture : public Picture {
 public:
     explicit TestPicture(Bytes sRGB) : m_sRGB(sRGB), m_deviceRGB(std::move(sRGB)) {}
@@ -43,7 +43,7 @@ struct TooLargePicture : TestPicture {
 };
 
 TEST(SpriteEncoder, WritesExactMode4Record) {
-    // Two rows of black, red, green, white and back, as greys of their brightness.
+    // Two rows of black, red, green and white, forwards and backwards, as greys of the same brightness.
     Bytes rgba;
     for (const int grey : {0, 85, 170, 255, 255, 170, 85, 0, 255, 255, 255, 255, 0, 0, 0, 0}) {
         const auto byte = static_cast<std::uint8_t>(grey);

@@ -27,12 +27,12 @@ std::vector<float> noise(std::size_t count, float amplitude = 1.3F) {
     std::vector<float> samples(count);
     for (float& sample : samples) {
         sample = amplitude * (static_cast<float>(random() % 20001) / 10000 - 1);
-        if (random() % 64 == 0) sample = std::round(sample);  // full scale and silence, exactly
+        if (random() % 64 == 0) sample = std::round(sample);  // exact full scale or silence
     }
     return samples;
 }
 
-/// The rule as it reads, over the whole track at once.
+/// Reference conversion of the whole track at once.
 Bytes convertedWhole(const std::vector<float>& samples, double sourceRate, int sourceChannels, int channels) {
     const auto frames = static_cast<std::int64_t>(samples.size()) / sourceChannels;
     const auto value = [&](std::int64_t frame, int channel) {
@@ -59,7 +59,7 @@ Bytes convertedWhole(const std::vector<float>& samples, double sourceRate, int s
     return bytes;
 }
 
-/// Divides samples into buffers whose sizes (in samples) repeat `sizes`.
+/// Divides samples into buffers. Their sizes in samples repeat `sizes`.
 std::vector<FakeSamples> divided(const std::vector<float>& samples, double rate, int channels,
                                  const std::vector<std::size_t>& sizes) {
     std::vector<FakeSamples> buffers;
@@ -102,7 +102,7 @@ TEST(AudioReader, StreamingMatchesWholeTrackConversion) {
     const std::vector<std::size_t> divisions[] = {{1}, {7, 1024, 13}, {1u << 20}};
     for (const double rate : {1.0, 8000.0, 19999.0, 20000.0, 44100.0, 47999.9, 192000.0, 2147483647.0}) {
         for (const int sourceChannels : {1, 2, 3, 6}) {
-            // Not a multiple of the channels: the incomplete frame at the end does not count.
+            // Not a multiple of the channel count: the incomplete frame at the end is ignored.
             const std::size_t frames = rate < 100 ? 5 : 2500;
             const auto samples =
                 noise(frames * static_cast<std::size_t>(sourceChannels) + (sourceChannels > 1 ? 1 : 0));
@@ -139,7 +139,7 @@ TEST(AudioReader, KeepsSoundBeforeDamage) {
         buffer = {20000, 1, {0.5F, 0.5F}};
         return true;
     }};
-    for (const int track : {-1, 0, 7})  // the nearest one
+    for (const int track : {-1, 0, 7})  // the nearest track is taken
         EXPECT_EQ(read(film, 1, track).bytes, (Bytes{191, 191}));
     EXPECT_EQ(readBuffers({{20000, 1, {std::numeric_limits<float>::quiet_NaN()}}}, 1).bytes, Bytes{128});
     film.soundStarts = false;

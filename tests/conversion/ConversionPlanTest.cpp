@@ -17,7 +17,7 @@ VideoTrack trackOf(double width, double height, float rate, AffineTransform tran
     return {{width, height}, transform, rate};
 }
 
-/// A film of one video track that ends at `end`.
+/// A video with one track that ends at `end`.
 fake::FakeAsset filmOf(VideoTrack track, double end) {
     track.end.time = end;
     return fake::FakeAsset({.videoTracks = {track}});
@@ -37,11 +37,11 @@ TEST(TargetSize, FitsShrinksAndRounds) {
     } cases[] = {
         {1920, 1080, 512, 256, true, {448, 256}},     {320, 240, 512, 256, true, {312, 240}},
         {1920, 1080, 512, 256, false, {512, 256}},    {640, 480, 1280, 720, false, {640, 360}},
-        {1080, 1920, 512, 256, true, {144, 256}},   // portrait: the width follows
-        {1920, 1080, 256, 512, true, {256, 144}},   // the height follows
-        {1000, 500, 1000, 500, true, {1000, 496}},  // same aspect: the height is recomputed
+        {1080, 1920, 512, 256, true, {144, 256}},   // portrait: the width is computed
+        {1920, 1080, 256, 512, true, {256, 144}},   // the height is computed
+        {1000, 500, 1000, 500, true, {1000, 496}},  // same proportions: the height is recomputed
         {7680, 4320, 7680, 4320, true, {4096, 4096}}, {1920, 1080, -5, 256, false, {64, 256}},
-        {80, 616, 80, 616, true, {80, 616}},  // not the width, which arithmetic makes 79
+        {80, 616, 80, 616, true, {80, 616}},  // keeps the width, which rounding would make 79
         {1920, 1080, 0, 0, true, {64, 64}},           {1920, 1080, 71, 72, false, {64, 72}},
         {72, 4104, 72, 4104, false, {72, 4096}},      {0, -1, 512, 256, false, {64, 64}},
         {most, 1, most, most, true, {4096, 64}},      {1, most, least, least, true, {64, 64}},
@@ -108,7 +108,7 @@ TEST(ConversionPlan, LastsAsLongAsIncludedTracks) {
         int channels, track;
         double expected;
     } cases[] = {
-        {10, {}, true, 2, 0, 10},         {10, {10.02}, true, 2, 0, 10},  // a coder's padding
+        {10, {}, true, 2, 0, 10},         {10, {10.02}, true, 2, 0, 10},  // padding of an encoder
         {10, {10.0999}, true, 2, 0, 10},                                  //
         {10, {10.11}, true, 2, 0, 10.11}, {10, {30}, true, 1, 0, 30},
         {10, {30}, false, 2, 0, 10},      {10, {30}, true, 0, 0, 10},

@@ -85,7 +85,7 @@ TEST_F(ErrorTextTest, TextsFollowTheLanguage) {
          "ZEBWriter: Breite liegt außerhalb der Grenzen von ZEB1 (32 Bit). Wert=65536. Die .zeb-Datei würde "
          "die "
          "Grenzen des Formats sprengen (z. B. > 4 GB)."},
-        // Errors of others say what they say.
+        // Texts of other exceptions are not translated.
         {std::runtime_error("odd"), "odd", "odd"},
         {std::system_error(std::make_error_code(std::future_errc::no_state)), "", ""},
     };
@@ -132,7 +132,7 @@ TEST_F(ErrorTextTest, EveryErrorHasDistinctTextPerLanguage) {
           ENAMETOOLONG, ENOTEMPTY, ELOOP,  ENOTSUP, EDQUOT, ESTALE,  ETIMEDOUT, EOVERFLOW}) {
         errors.push_back(FileError("/a.zeb", number));
         EXPECT_NE(systemErrorText(number).key, "error_system_other_format") << number;
-        // Two say the same of devices, and two of open files.
+        // Two cases share the text about devices, two the text about open files.
         const bool isNew = systemTexts.insert(in("en", errors.back())).second;
         EXPECT_TRUE(isNew || number == ENODEV || number == EMFILE) << number;
     }

@@ -18,7 +18,7 @@ using enum OutputTerms::Existing;
 using enum OutputTerms::MissingFolder;
 using testing::ElementsAre;
 
-/// A file system whose n-th change fails.
+/// A file system in which the n-th change fails.
 class FailingFileSystem final : public OutputFileSystem {
 public:
     std::unique_ptr<WritableFile> create(const std::string& path) override {
@@ -43,7 +43,7 @@ public:
     }
 
     int calls = 0;
-    int failing = 0;  ///< number of the call that fails, from 1
+    int failing = 0;  ///< number of the failing call, from 1
 
 private:
     void mayFail(const std::string& path) {
@@ -126,7 +126,7 @@ TEST_F(OutputPlaceTest, KeepsOldFileUntilNewIsComplete) {
         EXPECT_FALSE(fs::exists(previous));
         fs::remove(place);
     }
-    // Names that are taken are passed over; a link is set aside as the link.
+    // Existing names are skipped. A link itself is set aside, not its target.
     test::store(folder.file("film.previous.zeb"), "first");
     test::store(folder.file("target"), "old");
     fs::create_symlink("target", path);
@@ -159,8 +159,8 @@ TEST_F(OutputPlaceTest, DestructionRestoresUnreplacedFile) {
     EXPECT_FALSE(fs::exists(folder.file("new")));
 }
 
-/// Whichever change fails, the old file is there afterwards, at its place or aside, until the new one is
-/// complete; and `previousPath` tells the truth.
+/// After any failing change the old file still exists, in its place or set aside, unless the new file is
+/// complete. `previousPath` is where the old file is.
 TEST_F(OutputPlaceTest, AnyFailingChangeLosesNoFile) {
     for (const bool succeeds : {true, false}) {
         for (int failing = 1;; ++failing) {

@@ -17,7 +17,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using testing::EndsWith;
 
-/// Pixels whose components are the value and those 1, 2 and 3 above it.
+/// Pixels whose components are value, value + 1, value + 2 and value + 3.
 FrameImage imageOf(int width, int height, const Bytes& values) {
     FrameImage image{width, height, {}};
     for (const std::uint8_t value : values)
@@ -34,7 +34,7 @@ TEST(ReducedImage, AveragesPixelsUnderEachTarget) {
         Bytes expected;
     } cases[] = {
         {2, 1, {10, 20}, 2, 2, 1, {10, 20}},
-        {2, 1, {10, 21}, 1, 1, 1, {16}},  // rounded, halves up
+        {2, 1, {10, 21}, 1, 1, 1, {16}},  // rounded half up
         {3, 1, {0, 30, 90}, 2, 2, 1, {10, 70}},
         {1, 3, {0, 30, 90}, 2, 1, 2, {10, 70}},
         {5, 1, {0, 10, 20, 30, 40}, 3, 3, 1, {4, 20, 36}},
@@ -109,7 +109,7 @@ TEST(WAVFile, CountsBytesAndPaddingInHeader) {
     }
 }
 
-/// Only counts what it is given.
+/// Counts bytes and stores none.
 struct Counter final : WritableFile {
     void write(std::span<const std::span<const std::uint8_t>> pieces) override {
         for (const auto piece : pieces)
@@ -124,7 +124,7 @@ struct Counter final : WritableFile {
 };
 
 TEST(WAVFile, EndsAtLimitOfSizeFields) {
-    constexpr std::uint64_t most = 0xFFFFFFFF - 36 - 1;  // room for a pad
+    constexpr std::uint64_t most = 0xFFFFFFFF - 36 - 1;  // leaves room for a padding byte
     const std::uint8_t byte = 0;
     Counter file;
     WAVFile wav(file, 2, 20000);

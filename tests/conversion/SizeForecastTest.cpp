@@ -51,7 +51,7 @@ SizeForecast forecastOf(const MediaAsset& asset, const Settings& settings) {
     return forecastSize(caseOf(asset, settings), samples, {});
 }
 
-/// What a run really writes.
+/// The file size of a real run.
 std::uint64_t bytesWritten(const FakeFilm& film, const Settings& settings) {
     const test::TemporaryFolder folder;
     FakeLibrary library;
@@ -84,7 +84,7 @@ TEST(SizeForecast, IsExactInMode4) {
         EXPECT_TRUE(forecast.isExact) << c.name;
         EXPECT_EQ(forecast.bytes, bytesWritten(film, c.settings)) << c.name;
     }
-    // Without a look at the sound it is the most that it can be.
+    // If the sound has not been checked, the forecast assumes that there is sound.
     FakeFilm film = filmOf(2);
     film.soundTracks = empty;
     const FakeAsset asset(film);
@@ -95,7 +95,7 @@ TEST(SizeForecast, IsExactInMode4) {
 }
 
 TEST(MovieSize, Mode32UpperBoundIsReached) {
-    // No two neighbours alike.
+    // A picture without two equal neighbours.
     for (const int items : {1, 127, 128, 129, 256, 1000}) {
         std::vector<std::uint8_t> pixels, packets;
         for (int i = 0; i < items; ++i)
@@ -105,7 +105,7 @@ TEST(MovieSize, Mode32UpperBoundIsReached) {
     }
 }
 
-/// Takes any number of bytes and keeps none.
+/// Accepts any number of bytes and stores none.
 class Drain final : public WritableFile {
 public:
     void write(std::span<const std::span<const std::uint8_t>>) override {}
@@ -159,7 +159,7 @@ TEST(MovieSize, PredictsSecondThatWriterRejects) {
         }
         EXPECT_EQ(size.firstRefusedSecond(), refused) << c.records.front() << " x " << c.fps;
     }
-    // More frames than the header can count.
+    // More frames than the header field can hold.
     ConversionPlan endless;
     endless.fps = 60;
     endless.seconds = std::int64_t{1} << 55;
@@ -214,7 +214,7 @@ TEST(SizeForecast, SuggestsLargestSettingsThatFit) {
         smaller.height = size.height;
         EXPECT_TRUE(forecast(smaller).fits());
 
-        if (!c.isBound) continue;  // sampled ones keep a distance
+        if (!c.isBound) continue;  // sampled forecasts keep a safety margin
         ++slower.fps;
         EXPECT_FALSE(forecast(slower).fits());
         smaller.width += size.width >= size.height ? 8 : 8 * size.width / size.height + 1;
@@ -246,7 +246,7 @@ TEST(SizeForecast, ReportsFirstSecondWithoutSpace) {
     EXPECT_EQ(forecastUpperBound(about).bytesPerSecond, static_cast<double>(size.fileBytes()) / 9);
 }
 
-/// Black, but for so many bytes in front, no two pixels of which are alike.
+/// A black picture whose first `bytes` bytes contain no two equal pixels in a row.
 class BusyPicture final : public Picture {
 public:
     explicit BusyPicture(std::size_t bytes) : m_bytes(bytes) {}
@@ -301,7 +301,7 @@ TEST(SpaceFor, IsFreeSpaceOfNearestFolder) {
         const auto really = files::freeSpace(of).value();
         return space && *space < really + 40'000'000 && *space + 40'000'000 > really;
     };
-    // Others write to the disk meanwhile.
+    // Tolerates other processes that write to the same disk.
     EXPECT_TRUE(near(spaceFor(path), folder.path())) << "the old movie counts as used";
     EXPECT_TRUE(near(spaceFor(folder.file("missing/too/a.zeb")), folder.path()));
     EXPECT_TRUE(near(spaceFor("a.zeb"), "."));
@@ -332,7 +332,7 @@ TEST(SamplePictures, SkipUndecodableAndUndrawablePictures) {
 
 TEST(SamplePictures, StayWithinDecodingLimit) {
     FakeFilm film = filmOf(60);
-    film.keyDistance = 60;  // a single key picture
+    film.keyDistance = 60;  // one key picture only
     const auto record = std::make_shared<FakeRecord>();
     const FakeAsset asset(film, record);
     SamplingEffort effort;

@@ -42,7 +42,7 @@ TEST(PartialFileTest, FinishesMovieCutAtAnyByte) {
 }
 
 TEST(PartialFileTest, LimitsIndexAndCountByFileSize) {
-    // The last index entry leads to a header field that looks like a block up to the end of the file.
+    // The last index entry points to a header field that looks like a block reaching to the end of the file.
     Bytes misled = golden::movie();
     misled.pop_back();
     misled[golden::maxSecondBlockSize + 3] =
@@ -80,8 +80,8 @@ TEST(PartialFileTest, CutsOffInconsistentBlocks) {
     }
 }
 
-/// Whatever of the calls since the last flush a power loss lets through, the movie plays: its header is
-/// unhurt, its two seconds are whole, and the index is zero or right.
+/// A power loss may keep any subset of the calls since the last flush. The movie must still play: its header
+/// is intact, its two seconds are complete, and each index entry is zero or correct.
 TEST(PartialFileTest, PowerLossLeavesPlayableMovie) {
     MemoryDisk disk;
     const Bytes movie = golden::unfinishedMovie();
@@ -108,7 +108,7 @@ TEST(PartialFileTest, PowerLossLeavesPlayableMovie) {
             EXPECT_EQ(facts.header.frameCount, 4);
             EXPECT_THAT(wordAt(state, golden::index), testing::AnyOf(0u, golden::firstBlock));
             EXPECT_THAT(wordAt(state, golden::index + 4), testing::AnyOf(0u, golden::secondBlock));
-            // Called finished only when it is.
+            // The header says "finished" only if the movie is finished.
             if (facts.header.blockSize != 0) {
                 EXPECT_EQ(state, golden::movie());
             }
@@ -137,7 +137,7 @@ TEST(PartialFileTest, ReportsFailuresAndKeepsPlayableSeconds) {
     }
 }
 
-/// Four blocks of 1.5 GiB: the format ends with the third, the last one to start within 32 bits.
+/// Four blocks of 1.5 GiB. The third one is the last whose offset fits into 32 bits.
 TEST(PartialFileTest, StopsAtSizeLimitOfFormat) {
     const TemporaryFolder folder;
     const auto file = createForWriting(folder.file("beyond.zeb"));
@@ -155,7 +155,7 @@ TEST(PartialFileTest, StopsAtSizeLimitOfFormat) {
     EXPECT_EQ(finishPartialFile(folder.file("beyond.zeb")), 3);
 }
 
-/// A hole that claims to be a header of 4 GiB: little memory and hardly any time.
+/// A sparse file whose header claims 4 GiB must take little memory and little time.
 TEST(PartialFileTest, HandlesHeaderOfGigabytesQuickly) {
     const TemporaryFolder folder;
     const auto file = createForWriting(folder.file("hole.zeb"));

@@ -8,7 +8,7 @@ namespace {
 using test::clip;
 using test::numberedFrames;
 
-/// Replaces 32-bit fields of a file in the ISO format that lie `offset` bytes behind the name of a box.
+/// Replaces 32-bit fields of an ISO media file at `offset` bytes after the name of each matching box.
 std::string patched(std::string file, const std::string& box, std::size_t offset, std::uint32_t value) {
     for (std::size_t at = file.find(box); at != std::string::npos; at = file.find(box, at + 4)) {
         for (std::size_t i = 0; i < 4; ++i)
@@ -62,7 +62,7 @@ TEST(AssetFrameRate, IsAverageOfUnevenFrames) {
              Case{"film-rate.ts", "24000/1001", "", 23.976},
              Case{"film-rate.h264", "24000/1001", "", 23.976},
              Case{"clock-90000.mp4", "25", "-video_track_timescale 90000", 25},
-             // Uneven delays: 0, 1, 4, 5, 8, 9 ... fiftieths of a second
+             // Uneven times: 0, 1, 4, 5, 8, 9 ... fiftieths of a second
              Case{"uneven.mp4", "50", "-vf setpts=2*N-mod(N\\,2) -fps_mode passthrough", 25},
              Case{"nominal-1000.mkv", "1000", "-vf setpts=40*N -fps_mode passthrough", 25},
              Case{"nominal-1000.avi", "1000", "-vf setpts=40*N -fps_mode passthrough", 25},

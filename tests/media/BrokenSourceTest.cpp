@@ -18,7 +18,7 @@ using test::numberedFrames;
 using test::stored;
 using testing::HasSubstr;
 
-/// A film of 8 s and a tone, made for the container that the name's extension tells.
+/// A video of 8 s with a tone, in the container that the extension states.
 std::string soundFilm(const std::string& name, const std::string& options = "") {
     clip("eight-seconds.mkv",
          numberedFrames(200) + "-f lavfi -i sine=d=8:r=48000 -map 0 -map 1 -c:v ffv1 -c:a pcm_s16le");
@@ -27,7 +27,7 @@ std::string soundFilm(const std::string& name, const std::string& options = "") 
     return clip(name, "-i @eight-seconds.mkv " + coding + options);
 }
 
-/// The second half of the file is not there.
+/// Stores the first half of the file. Returns its path.
 std::string halved(const std::string& path) {
     const std::string bytes = test::contents(path);
     return stored("half-" + fs::path(path).filename().string(), bytes.substr(0, bytes.size() / 2));
@@ -64,7 +64,7 @@ TEST(BrokenOffFilm, EndsWithPicturesAndReportsStatedEnd) {
         EXPECT_EQ(end.stated.has_value(), c.statesItsEnd);
         EXPECT_NEAR(end.stated.value_or(8), 8, 0.15);
         EXPECT_LT(cut->duration(), 6);
-        // Where the container tells packets apart, a torn one does not count.
+        // If the container states packet sizes, an incomplete packet is not counted.
         const auto generator = cut->makeImageGenerator(2, {});
         EXPECT_GT(test::numberAt(*generator, end.time - (c.statesItsEnd ? 0.05 : 0.4)), 50);
     }
@@ -109,7 +109,7 @@ TEST(BrokenOffFilm, SparsePicturesAreNoBreak) {
     }
 }
 
-/// A file whose n-th read fails, and all after it.
+/// A file in which the n-th read and all later ones fail.
 class FailingFile final : public ReadableFile {
 public:
     FailingFile(const std::string& path, int allowed) : m_file(openForReading(path)), m_allowed(allowed) {}
@@ -126,7 +126,7 @@ private:
     int m_allowed;
 };
 
-/// How many packets come, and how it ends.
+/// Number of packets read, and the error that ended reading.
 struct ReadResult {
     int packets = 0;
     std::optional<MediaError> error;
@@ -200,7 +200,7 @@ TEST(ShrinkingFile, FailsAllLaterReads) {
                       }
                   }),
                   MediaError::cannotRead);
-        // What is opened only now learns of it as well.
+        // Readers opened after the truncation fail, too.
         EXPECT_EQ(errorOf([&] { asset->makeImageGenerator(1, {}); }), MediaError::cannotRead);
         EXPECT_EQ(errorOf([&] { asset->makeSoundReader(0, {}); }), MediaError::cannotRead);
     }

@@ -16,7 +16,7 @@ using test::paintedFrame;
 using test::picture;
 
 TEST(PictureShape, TurnsPicturesForAllEightOrientations) {
-    // A picture of six colours; the expected one is made by moving pixels.
+    // A picture of six colours. The expected picture is made by moving its pixels.
     const auto colourAt = [](int x, int y) { return Colour{40 + x * 80, 60 + y * 120, 200 - x * 60, 255}; };
     const auto painter = [&](int x, int y) { return colourAt(x / 16, y / 16); };
     for (int turns = 0; turns < 4; ++turns) {
@@ -29,8 +29,7 @@ TEST(PictureShape, TurnsPicturesForAllEightOrientations) {
                 const Drawing drawing = draw(*shown, shown->width(), shown->height(), space);
                 for (int i = 0; i < 6; ++i) {
                     int x = mirrored ? 2 - i % 3 : i % 3, y = i / 3, width = 3, height = 2;
-                    for (int turn = 0; turn < turns;
-                         ++turn) {  // clockwise: what was at the left comes to the top
+                    for (int turn = 0; turn < turns; ++turn) {  // clockwise: the left side becomes the top
                         x = std::exchange(y, x);
                         x = height - 1 - x;
                         std::swap(width, height);
@@ -50,8 +49,8 @@ TEST(PictureShape, AppliesDisplayMatricesAndPixelAspects) {
         const char* name;
         const char* filter;
         const char* option;
-        double width, height;  // displayed
-        int redX, redY;        // where the top left quarter of the coded picture is shown
+        double width, height;  // displayed size
+        int redX, redY;        // position of the top left quarter of the coded picture
     };
     const std::string input = "-f lavfi -i color=blue:s=96x64:r=10:d=1 -vf drawbox=c=red:w=48:h=32:t=fill";
     for (const Case& c : {
@@ -80,7 +79,7 @@ TEST(PictureShape, AppliesDisplayMatricesAndPixelAspects) {
     }
 }
 
-/// Combs: how much lines differ from both neighbours while the neighbours agree.
+/// Strength of combing: difference of a line from its two neighbours where they are alike.
 double combing(const Drawing& drawing) {
     const int width = drawing.width, height = static_cast<int>(drawing.bytes.size()) / 4 / width;
     double sum = 0;
@@ -113,7 +112,7 @@ TEST(PictureShape, RemovesCombsOfInterlacedPicturesOnly) {
             EXPECT_EQ(draw(*planned->copyImage(test::at(i * 0.2)), 160, 96), drawing) << i;
         }
     }
-    // Lines that alternate in a still, progressive picture are detail.
+    // Alternating lines in a progressive picture are detail and must stay.
     const std::string stripes =
         "-f lavfi -i nullsrc=s=160x96:r=25:d=1,geq=lum=60+120*mod(Y\\,2):cb=128:cr=128 "
         "-c:v ffv1 -pix_fmt yuv420p";
@@ -144,7 +143,7 @@ TEST(Scaling, MatchesIndependentLanczosFilter) {
 }
 
 TEST(Scaling, ShrinkingLeavesNoMoirePatterns) {
-    // One-pixel stripes and a fan of rings of 4K, shrunk fifteenfold: even grey.
+    // One-pixel stripes and fine rings in 4K, reduced to a fifteenth, must become even grey.
     const auto spread = [](const std::function<int(int, int)>& level, int fromColumn) {
         const auto shown = picture(
             paintedFrame(AV_PIX_FMT_YUV420P, 3840, 2160, [&](int x, int y) { return grey(level(x, y)); }));
@@ -160,7 +159,7 @@ TEST(Scaling, ShrinkingLeavesNoMoirePatterns) {
         return std::sqrt(squares / count - sum / count * sum / count);
     };
     EXPECT_LT(spread([](int x, int y) { return (y < 1080 ? x : y) % 2 * 255; }, 5), 1.5);
-    // Beyond what the small picture can show.
+    // Detail finer than the small picture can show.
     EXPECT_LT(
         spread([](int x, int y) { return std::lround(127 + 127 * std::cos((x * x + y * y) / 1400.6)); }, 160),
         2.5);

@@ -19,14 +19,14 @@ MATCHER_P2(IsNear, colour, tolerance, "") {
     return true;
 }
 
-/// Four quarters: red, green, blue with half alpha where there is alpha, light grey.
+/// Four quarters: red, green, blue (half transparent if the format has alpha), light grey.
 Colour quarter(int index, bool hasAlpha) {
     const Colour colours[] = {
         {220, 30, 20, 255}, {20, 200, 60, 255}, {40, 60, 230, hasAlpha ? 128 : 255}, {210, 210, 210, 255}};
     return colours[index];
 }
 
-/// The average of a square of 8 pixels' width, since coarse formats are dithered.
+/// The mean colour of 8 x 8 pixels, because coarse formats are dithered.
 Colour average(const test::Drawing& drawing, int left, int top) {
     Colour sum = {32, 32, 32, 32};
     for (int i = 0; i < 64; ++i) {
@@ -120,7 +120,8 @@ TEST(PixelFormats, PaletteAndBitmapsAreDrawnExactly) {
 }
 
 TEST(PixelFormats, TransparentColoursDoNotBleedAtEdges) {
-    // Green where it is transparent, red where it is not: no green at the edge, not even after shrinking.
+    // Transparent pixels are green, opaque ones red. No green may appear at the edge, not even after
+    // shrinking.
     const auto shown = picture(paintedFrame(AV_PIX_FMT_RGBA, 64, 64, [](int x, int) {
         return x < 33 ? Colour{255, 0, 0, 255} : Colour{0, 255, 0, 0};
     }));

@@ -28,12 +28,12 @@ Sound soundOf(const std::string& path, std::size_t track = 0) {
         EXPECT_EQ(buffer->channelsPerFrame, sound.channels);
         EXPECT_FALSE(buffer->samples.empty());
         sound.samples.insert(sound.samples.end(), buffer->samples.begin(), buffer->samples.end());
-        if (sound.seconds() > 600) break;  // more than any clip here holds
+        if (sound.seconds() > 600) break;  // longer than any clip in this file
     }
     return sound;
 }
 
-/// A sound whose samples tell their time: value * 8 = seconds, on both channels.
+/// A sound whose samples encode their time: seconds = value * 8, on both channels.
 const std::string ramp = "-f lavfi -i aevalsrc=t/8|t/8:s=8000:d=4:n=160 ";
 constexpr double rampRate = 8000;
 
@@ -145,7 +145,7 @@ TEST(Sound, ConvertsLaterFormatsToFirst) {
         EXPECT_EQ(sound.rate, 44100);
         EXPECT_EQ(sound.channels, 2);
         EXPECT_NEAR(sound.seconds(), 3, 0.15);
-        // The middle third is not just silence: its tone was brought to the first format.
+        // The middle third must not be silent: its tone is converted to the first format.
         double energy = 0;
         for (std::size_t i = 0; i < 2000; ++i)
             energy += std::pow(sound.samples[sound.samples.size() / 2 + i], 2);
@@ -157,8 +157,8 @@ TEST(Sound, DamagedTimestampAddsNoSilence) {
     std::string file =
         test::contents(clip("times.flv", test::numberedFrames(100) + "-f lavfi -i sine=r=44100:d=4 "
                                                                      "-map 0 -map 1 -c:v libx264 -c:a aac"));
-    // Tags of 11 bytes of head (type, size, milliseconds with the highest byte last, stream), body, and 4
-    // bytes.
+    // A tag has a header of 11 bytes (type, size, milliseconds with the highest byte last, stream), a body,
+    // and 4 more bytes.
     const auto byte = [&](std::size_t i) {
         return static_cast<std::size_t>(static_cast<unsigned char>(file[i]));
     };

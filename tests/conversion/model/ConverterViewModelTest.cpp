@@ -44,7 +44,7 @@ protected:
         model->chooseOutput();
         panels.answer(path);
     }
-    /// A model with a video and a place for the movie.
+    /// Sets an input video and an output path.
     void prepare() {
         takeFilm("/films/holiday.mov");
         chooseOutput(output);
@@ -86,7 +86,7 @@ TEST_F(ConverterViewModelTest, AnalysisProposesUneditedSettings) {
     EXPECT_TRUE(log().ends_with("\na notice"));
     EXPECT_EQ(status(), "a notice");
 
-    // Another source: what was proposed follows, what was edited stays, sound that is not there goes.
+    // Another source: proposed values follow it, edited values stay, sound is switched off if there is none.
     model->settings()->setTitle("My film");
     model->settings()->setAudioTrackIndex(1);
     takeFilm("/films/silent.mov");
@@ -106,7 +106,7 @@ TEST_F(ConverterViewModelTest, AnalysisProposesUneditedSettings) {
     expected.fpsFromSource = false;
     expected.includeAudio = true;
     expected.audioChannels = 2;
-    expected.width = 640;  // both sides are proposed together or not at all
+    expected.width = 640;  // width and height are proposed together or not at all
     EXPECT_EQ(model->settings()->value(), expected);
 }
 
@@ -128,7 +128,7 @@ TEST_F(ConverterViewModelTest, LatestInputWins) {
                       missing = "/films/missing.mov";
     const auto finishInOrder = [&](const std::string& first, const std::string& second) {
         model->setInput(URL::forFile(first));
-        tasks.runNext();  // its result is on its way
+        tasks.runNext();  // its result is posted but not delivered
         model->setInput(URL::forFile(second));
     };
     const auto finishBackwards = [&](const std::string& first, const std::string& second) {
@@ -192,13 +192,13 @@ TEST_F(ConverterViewModelTest, RestoresSoundThatAnalysisSwitchedOff) {
         {"mono silent sound", true, 1},
         {"silent mono sound", true, 1},
         {"silent sound silent sound", true, 2},
-        // The person's own choice.
+        // Sound switched off by the user stays off.
         {"off silent sound", false, 2},
         {"silent sound off silent sound", false, 2},
         {"silent on off sound", false, 2},
         {"silent on silent sound", true, 2},
         {"off sound", false, 2},
-        // Switching on by hand.
+        // Sound switched on by the user.
         {"silent on", true, 2},
         {"none off on", true, 2},
         {"mono off on", true, 1},
@@ -254,7 +254,7 @@ TEST_F(ConverterViewModelTest, StartWaitsForAnalysis) {
         runs.clear();
         prepare();
         model->setInput(URL::forFile(film));
-        bool couldStart = true;  // as the window was told last
+        bool couldStart = true;  // value at the latest notification
         QObject::connect(model.get(), &ConverterViewModel::canStartChanged,
                          [&] { couldStart = model->canStart(); });
         model->start();
@@ -461,7 +461,7 @@ TEST_F(ConverterViewModelTest, CancelledOutputIsKeptOrDeleted) {
     EXPECT_FALSE(model->cancelledOutputPendingDeletion());
     EXPECT_FALSE(fs::exists(output));
 
-    // By now something else stands there.
+    // A folder has taken the place of the output.
     startAndSettle();
     fs::remove(output);
     fs::create_directory(output);
@@ -470,7 +470,8 @@ TEST_F(ConverterViewModelTest, CancelledOutputIsKeptOrDeleted) {
     EXPECT_TRUE(fs::exists(output));
 }
 
-/// Ends by a cancel or an error x with an older movie or without x what had been written by then.
+/// All combinations: ended by cancelling or by an error, with or without an older movie, with or without a
+/// complete second.
 TEST_F(ConverterViewModelTest, UnfinishedMovieKeepsOrRestoresPrevious) {
     namespace golden = test::golden;
     prepare();
@@ -524,7 +525,7 @@ TEST_F(ConverterViewModelTest, UnfinishedMovieKeepsOrRestoresPrevious) {
 TEST_F(ConverterViewModelTest, ReplacesOnlyFileSeenAtStart) {
     prepare();
     model->start();
-    test::store(output, "theirs");  // before the job comes to it
+    test::store(output, "theirs");  // after the start, before the job creates the file
     settle();
     EXPECT_EQ(test::contents(output), "theirs");
     EXPECT_THAT(*model->lastError(), HasSubstr("exists already"));
@@ -543,7 +544,7 @@ TEST_F(ConverterViewModelTest, RestartsWhileCancelledJobEnds) {
             return;
         }
         model->cancel();
-        // Another place, and the next start, before this job has noticed.
+        // A new output and the next start, before this job has noticed the cancellation.
         chooseOutput(second);
         model->start();
         EXPECT_TRUE(model->isRunning());
@@ -579,7 +580,7 @@ TEST_F(ConverterViewModelTest, NextRunToSamePlaceKeepsFile) {
     EXPECT_FALSE(model->cancelledOutputPendingDeletion());
     EXPECT_EQ(model->playableOutputURL()->path(), output);
 
-    // A question that is still open goes when the next run starts; the movie comes back if that makes none.
+    // The next start closes an open question. The movie is put back if that run writes none.
     run = [&](const ConversionCallbacks&, const std::string& path) {
         if (runs.size() == 3) test::store(path, test::golden::unfinishedMovie());
         model->cancel();
