@@ -26,7 +26,7 @@ protected:
 
     fs::path place(const std::string& name) const { return m_container.file(name); }
 
-    /// Gives an entry itself, not a link's target, a date that many seconds and nanoseconds from now.
+    /// Sets the date of an entry to now plus the given seconds and nanoseconds. Does not follow links.
     void date(const std::string& name, std::int64_t seconds, long nanoseconds = 0) const {
         const timespec time{static_cast<time_t>(now + seconds), nanoseconds};
         const timespec times[] = {time, time};

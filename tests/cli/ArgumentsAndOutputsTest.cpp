@@ -49,7 +49,7 @@ TEST(EncodeArguments, SetEveryFieldOfSettings) {
         Words words;
         void (*expect)(Settings&);
     } cases[] = {
-        {{}, [](Settings& s) { s.fpsFromSource = true; }},  // what the window proposes
+        {{}, [](Settings& s) { s.fpsFromSource = true; }},  // default of the window
         {{"--title", "--loop"}, [](Settings& s) { s.title = "--loop"; }},
         {{"--size", "512x256"}, [](Settings& s) { s.width = 512, s.height = 256; }},
         {{"--size=65535X1"}, [](Settings& s) { s.width = 65535, s.height = 1; }},
@@ -104,7 +104,7 @@ TEST(EncodeJobs, RejectOutputsThatCollide) {
 
     EXPECT_EQ(plan({"x/a.mp4", "y/a.mp4"}).size(), 2u);
     EXPECT_EQ(plan({"a.mp4", "b.mp4"}, folder).size(), 2u);
-    // Its own input is refused when its turn comes, as a failure of that one input.
+    // An output that is its own input is rejected when this input is converted.
     EXPECT_EQ(plan({folder + "/old.zeb"}).size(), 1u);
 }
 
@@ -113,8 +113,8 @@ TEST(PartialOutput, FinishesOnlyFileOfItsRun) {
     const golden::Bytes header(unfinished.begin(), unfinished.begin() + 44);
     const struct {
         bool hasOld;
-        std::optional<golden::Bytes> written;  ///< nothing: the run came to no file
-        bool isReplaced;                       ///< by a file of others
+        std::optional<golden::Bytes> written;  ///< empty: the run created no file
+        bool isReplaced;                       ///< by a file of another process
         std::int64_t keptSeconds;
         bool oldIsBack;
         std::string text;
@@ -199,7 +199,7 @@ TEST(ExportJob, ChoosesFormatAndOutput) {
         EXPECT_EQ(job.output, output);
         EXPECT_EQ(job.settings.format, format) << output;
     }
-    // A movie's name is no pattern.
+    // "%" in a movie's name is not a placeholder.
     const ExportJob named =
         planExport(parseExport({"a:b%5d.zeb", "-o", "./", "--format", "png", "--frame", "0"}));
     EXPECT_EQ(named.settings.kind, Kind::picture);

@@ -32,7 +32,7 @@ TEST_F(EncodeProgram, DerivesAllSettingsFromSource) {
     EXPECT_THAT(result.out, StartsWith("a.mov -> a.zeb: 160x120, 10 frames per second, 0:03, Mode 32\n"));
     EXPECT_THAT(result.out, HasSubstr("\na.zeb: 160x120, 30 frames, 0:03, "));
     EXPECT_EQ(rightMovie(m_movie).header.frameCount, 30);
-    // The tone sounds for 2.5 of the 3 seconds.
+    // The tone lasts 2.5 of the 3 seconds.
     const auto sound = ZEBReader(m_movie).readAllAudio().bytes;
     ASSERT_EQ(sound.size(), 3 * 2 * 20000U);
     const auto silence = sound.begin() + 2 * 2 * 20000 + 20000;
@@ -155,7 +155,7 @@ TEST_F(EncodeProgram, KeepsOldMovieUntilNewIsComplete) {
     expectFailure({"encode", "text.mp4", "-o", "new/"}, 3, "text.mp4");
     EXPECT_EQ(contents(m_movie), "precious");
 
-    // Something happens as soon as a second is written.
+    // Calls `happens` as soon as a second has been written.
     const auto during = [&](const std::function<void(ChildProcess&)>& happens) {
         ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv", "-o", "a.zeb", "--force"}),
                          m_options);
@@ -171,7 +171,7 @@ TEST_F(EncodeProgram, KeepsOldMovieUntilNewIsComplete) {
     EXPECT_EQ(contents(previous), "precious");
     EXPECT_EQ(zeb({"repair", "a.zeb", "--force"}).exitCode, 0);
 
-    // Another run takes the place: its movie stays, and no success is said of the first one.
+    // Another run replaces the output: its movie stays, and the first run does not report success.
     const auto first = during([&](ChildProcess& zeb) {
         EXPECT_EQ(runZeb({"encode", "a.mov", "--force", "--progress", "none"}, m_options).exitCode, 0);
         zeb.sendSignal(SIGINT);
@@ -217,7 +217,7 @@ TEST_F(EncodeProgram, WarnsOfIncompleteVideo) {
     EXPECT_EQ(std::ranges::count(result.error, '\n'), 1) << result.error;
     const std::int64_t seconds = rightMovie(m_folder.file("cut.zeb")).seconds;
     EXPECT_TRUE(seconds > 3 && seconds < 9) << seconds;
-    // The padding of the sound makes no second of its own.
+    // Padding of the sound does not add a second.
     EXPECT_EQ(rightMovie(m_folder.file("whole.zeb")).seconds, 20);
 }
 
@@ -239,11 +239,11 @@ TEST_F(EncodeProgram, ShrinkingSourceMakesShorterMovie) {
 }
 
 TEST_F(EncodeProgram, InterruptMakesShorterMovie) {
-    // A minute: the conversion will not be done before the signal comes.
+    // One minute, so that the conversion still runs when the signal arrives.
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv", "a.mov"}), m_options);
-        // More than a second is written.
+        // Waits until more than a second has been written.
         while (const auto line = zeb.readLine()) {
             const auto json = nlohmann::json::parse(*line);
             if (json["type"] == "progress" && json["frames"] > 60) break;
@@ -251,7 +251,7 @@ TEST_F(EncodeProgram, InterruptMakesShorterMovie) {
         const auto start = std::chrono::steady_clock::now();
         zeb.sendSignal(signal);
         const auto result = zeb.finish();
-        // A tenth of a second to stop; the rest is for the disk and for busy test machines.
+        // Stopping takes 0.1 s. The rest of the limit is for disk access and busy machines.
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
         EXPECT_EQ(result.exitCode, 130);
         EXPECT_THAT(result.error, HasSubstr("zeb: long.mkv: interrupted; long.zeb was finished after "));
@@ -266,7 +266,7 @@ TEST_F(EncodeProgram, InterruptMakesShorterMovie) {
             EXPECT_EQ(end["keptSeconds"],
                       input == "a.mov" ? 0 : rightMovie(m_folder.file("long.zeb")).seconds);
         }
-        // The interrupt ends everything: the next input is not even looked at.
+        // The interrupt ends all inputs: the next one is not opened.
         EXPECT_FALSE(fs::exists(m_movie));
         fs::remove(m_folder.file("long.zeb"));
     }

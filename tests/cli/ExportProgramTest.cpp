@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::StartsWith;
 
-/// Three seconds of 160 x 120 at 10 frames per second, with sound, in `a.zeb`.
+/// Adds the movie `a.zeb`: three seconds of 160 x 120 at 10 frames per second, with sound.
 class ExportProgram : public ClipTest {
 protected:
     void SetUp() override {
@@ -32,14 +32,14 @@ TEST_F(ExportProgram, WritesEveryFormat) {
         EXPECT_EQ(result.error, "");
         EXPECT_EQ(result.out, name + ": 160x120, 30 frames, 0:03, " +
                                   byteText(fs::file_size(m_folder.file(name))) + "\n");
-        // What was exported is a source again.
+        // Exported files can be converted again.
         EXPECT_EQ(zeb({"encode", name, "-o", "again.zeb", "--force"}).exitCode, 0) << name;
         const ZEBHeader header = rightMovie(m_folder.file("again.zeb")).header;
-        // WebM's sound ends a few milliseconds after the pictures, which adds no second.
+        // In WebM, sound ends a few milliseconds after the pictures. This must not add a second.
         EXPECT_EQ(header.frameCount, 30) << name;
         EXPECT_EQ(header.audioChannels, name == "b.gif" ? 0 : 2);
     }
-    // Without loss the pictures become the very same records.
+    // Lossless pictures become the same records.
     for (const std::string source : {"a.mov", "b.mkv"})
         zeb({"encode", source, "-o", source + ".zeb", "--audio", "off", "--title", "a"});
     EXPECT_TRUE(contents(m_folder.file("a.mov.zeb")) == contents(m_folder.file("b.mkv.zeb")));

@@ -106,7 +106,7 @@ TEST_F(InfoProgram, PrintsHelpAndReportsUnwritableOutput) {
     }
 }
 
-/// A converted movie of some seconds, and the same as a crash in its last second would have left it.
+/// A converted movie of three seconds, and a copy of it as after a crash in its last second.
 class RepairProgram : public ClipTest {
 protected:
     void SetUp() override {
@@ -159,7 +159,7 @@ TEST_F(RepairProgram, KeepsFinishedMovieRescuesSecondsAfterDamage) {
     const std::string movie = contents(m_movie);
     std::string damaged = movie;
     const std::size_t header = 8 + 2 + 2 + 24 + 4 * 3, sound = 2 * 20000;
-    damaged[header + 4 + 4 + sound + 3] ^= 1;  // the first frame's size
+    damaged[header + 4 + 4 + sound + 3] ^= 1;  // size field of the first frame
     for (const std::string& bytes : {movie, damaged}) {
         const bool isWhole = bytes == movie;
         store(m_movie, bytes);
@@ -192,7 +192,7 @@ TEST_F(RepairProgram, NothingToRepairLeavesNoFile) {
     expectFailure({"repair", "torn.zeb", "-o", "no/folder.zeb"}, 4, "");
 }
 
-/// One picture of 8192 x 8192 pixels, which a few packets fill: more than there is memory for.
+/// A movie of one picture with 8192 x 8192 pixels: a small file that needs more memory than the limit.
 void storeLargePicture(const std::string& path) {
     constexpr int side = 8192, longestRun = 129;
     std::vector<std::uint8_t> record = {2, 32, 0, 0x40, 32, 0, 32, 0, 0,   0,   0,   0,   0, 0, 0, 12,
@@ -220,7 +220,7 @@ TEST_F(InfoProgram, ReportsLackOfMemory) {
     EXPECT_EQ(zeb({"info", "a.zeb"}).exitCode, 0);
 }
 
-/// Interrupts a command between its first movie and a long second one.
+/// Interrupts `zeb verify` after its first movie, during a long second one.
 TEST_F(ClipTest, InterruptStopsVerifyWithinMovie) {
     makeLongClip(m_folder.file("long.mkv"), "640x480", 30, 20);
     ASSERT_EQ(zeb({"encode", "a.mov", "long.mkv", "--progress", "none"}).exitCode, 0);
@@ -244,7 +244,7 @@ FrameImage picture(int width, int height, const std::vector<std::uint8_t>& pixel
 }
 
 TEST(ReducedImage, AveragesPixelsUnderEachTarget) {
-    // Three pixels to two: each covers one and a half.
+    // Three pixels become two: each covers one and a half.
     const FrameImage row = reducedImage(picture(3, 1, {0, 10, 20, 255, 90, 10, 50, 255, 30, 40, 80, 255}), 2);
     EXPECT_EQ(row.width, 2);
     EXPECT_EQ(row.height, 1);
@@ -264,7 +264,7 @@ TEST_F(ThumbnailProgram, WritesFirstPictureOrNothing) {
     expectFailure({"thumbnail", "a.zeb", "nowhere/picture/a.png"}, 4, "");
     expectFailure({"thumbnail", "a.zeb", "a.png", "--size", "0"}, 2, "");
     expectFailure({"thumbnail", "a.zeb", "./a.zeb"}, 4, "is the input itself");
-    const auto frames = test::golden::movie();  // that are no pictures
+    const auto frames = test::golden::movie();  // its frames are no pictures
     store(m_folder.file("frames.zeb"), std::string(frames.begin(), frames.end()));
     const auto result = zeb({"thumbnail", "frames.zeb", "a.png"});
     EXPECT_EQ(result.exitCode, 3);
@@ -272,13 +272,13 @@ TEST_F(ThumbnailProgram, WritesFirstPictureOrNothing) {
     EXPECT_EQ(contents(m_folder.file("a.png")), "old");
 
     EXPECT_EQ(zeb({"thumbnail", "a.zeb", "a.png", "--size", "48"}).exitCode, 0);
-    // The header of a PNG: 48 x 36.
+    // PNG header with 48 x 36 pixels.
     EXPECT_EQ(contents(m_folder.file("a.png")).substr(12, 12), std::string("IHDR\0\0\0\x30\0\0\0\x24", 12));
 }
 
 using PlayProgram = ProgramTest;
 
-/// A copy of the program, alone in a folder, with an application that only says what it was asked for.
+/// Runs a copy of `zeb` in a folder with a fake `zebmaker` that prints its arguments.
 TEST_F(PlayProgram, StartsTheApplicationInItsPlace) {
     fs::copy_file(zebCommand({}).front(), m_folder.file("zeb"));
     store(m_folder.file("-a movie.zeb"), "ZEB1");

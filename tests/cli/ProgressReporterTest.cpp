@@ -46,7 +46,7 @@ TEST(JsonProgress, WritesOneObjectPerLine) {
     std::istringstream stream(reporting.out.str());
     for (std::string line; std::getline(stream, line);)
         lines.push_back(nlohmann::json::parse(line));
-    ASSERT_EQ(lines.size(), 5u);  // the second "progress" came too soon after the first
+    ASSERT_EQ(lines.size(), 5u);  // the second "progress" was too soon after the first
     const char* types[] = {"start", "log", "progress", "warning", "done"};
     for (std::size_t i = 0; i < lines.size(); ++i) {
         EXPECT_EQ(lines[i]["type"], types[i]);
@@ -61,7 +61,7 @@ TEST(JsonProgress, WritesOneObjectPerLine) {
 TEST(BarProgress, KeepsOneLineBelowMessages) {
     Reporting reporting(ProgressStyle::automatic, true);
     EXPECT_THAT(reporting.out.str(), Not(HasSubstr("\x1b")));
-    // The log's line while there are no frames, the bar, wiped for the warning, drawn again, the summary.
+    // Order: log line before the first frame, bar, bar erased for the warning, bar again, summary.
     EXPECT_THAT(reporting.out.str(), HasSubstr("\ranalysing"));
     EXPECT_THAT(reporting.out.str(),
                 HasSubstr("\r[....................]    0 %  -- fps  -:-- left  100 bytes\r"));
@@ -140,14 +140,14 @@ TEST(SpeedMeter, AveragesOverLastTenSeconds) {
         std::int64_t frames;
         double speed;
     } notes[] = {
-        {199, 100, 0},  // too soon to say anything
+        {199, 100, 0},  // too soon for a speed
         {200, 100, 500},
         {250, 100, 400},             // a mark
-        {499, 500, 500 / 0.499},     // none, too close
-        {5000, 500, 100},            // another
-        {10249, 500, 500 / 10.249},  // the first mark still counts
-        {10250, 500, 400 / 10.0},    // now the second begins the time
-        {15000, 1500, 1000 / 10.0},  // and the third
+        {499, 500, 500 / 0.499},     // no sample, too close
+        {5000, 500, 100},            // another sample
+        {10249, 500, 500 / 10.249},  // the first sample still counts
+        {10250, 500, 400 / 10.0},    // now the second sample is the oldest
+        {15000, 1500, 1000 / 10.0},  // now the third one
     };
     for (const auto& [at, frames, speed] : notes) {
         meter.note(start + milliseconds(at), frames);

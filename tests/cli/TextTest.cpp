@@ -21,7 +21,7 @@ TEST(CliText, EscapesControlCharactersForTerminals) {
         {"\x1b[2J\x1b]0;title\x07", "\\x1b[2J\\x1b]0;title\\x07"},
         {"nul\0byte\x7f"s, "nul\\x00byte\\x7f"},
         {"\u009b31m", "\\u009b31m"},                            // the one-character form of "escape ["
-        {"\u202egpj.exe\u2066", "\\u202egpj.exe\\u2066"},       // turned direction
+        {"\u202egpj.exe\u2066", "\\u202egpj.exe\\u2066"},       // changes of text direction
         {"caf\xe9", "caf\\xe9"},                                // ISO Latin-1
         {"\xc0\x9b\xed\xa0\x80", "\\xc0\\x9b\\xed\\xa0\\x80"},  // overlong form, surrogate
     };

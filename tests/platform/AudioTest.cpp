@@ -20,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-/// The same on both sides, or the right side that many times the left one.
+/// A source of `frames` frames. The right channel is `right` times the left one.
 std::shared_ptr<SampledSoundSource> sourceOf(int rate, std::size_t frames,
                                              const std::function<double(std::size_t)>& value,
                                              double right = 1) {
@@ -36,7 +36,7 @@ std::shared_ptr<SampledSoundSource> steady(std::size_t frames, double value, int
 }
 
 std::vector<float> rendered(AudioMixer& mixer, std::size_t frames) {
-    std::vector<float> samples(2 * frames, 9.0F);  // what was there before must not be heard
+    std::vector<float> samples(2 * frames, 9.0F);  // old buffer content must be overwritten
     mixer.render(samples);
     return samples;
 }
@@ -122,7 +122,7 @@ TEST(RateConverterTest, KeepsTonesWithoutImagesOrAliases) {
     const struct {
         int from, to;
         double tone;     ///< Hz
-        double phantom;  ///< where its image or alias would lie
+        double phantom;  ///< frequency of its image or alias
         bool isKept;
     } cases[] = {
         {20000, 48000, 9000, 11000, true},
@@ -139,7 +139,7 @@ TEST(RateConverterTest, KeepsTonesWithoutImagesOrAliases) {
         std::vector<float> samples(2 * static_cast<std::size_t>(c.to) + 1000);
         const std::size_t frames = converter.render(*source, samples);
         EXPECT_EQ(frames, static_cast<std::size_t>(c.to));
-        // Away from the ends, where the tone begins and stops with a step.
+        // The middle only: at the ends the tone starts and stops abruptly.
         const std::vector<float> middle(samples.begin() + c.to / 4 * 2, samples.begin() + c.to * 3 / 4 * 2);
         EXPECT_NEAR(amplitude(middle, c.tone, c.to), c.isKept ? 0.5 : 0, 0.5e-3);
         EXPECT_LT(amplitude(middle, c.phantom, c.to), 0.5e-4);  // -80 dB
@@ -162,7 +162,7 @@ TEST(RateConverterTest, OutputIsIndependentOfBufferSizes) {
         done += count;
     }
     EXPECT_EQ(whole, pieces);
-    // Rates that are worlds apart still end.
+    // Extreme ratios of rates must terminate.
     RateConverter absurd(1000000, 8);
     EXPECT_EQ(absurd.render(*steady(1000000, 0.5, 1000000), whole), 8U);
 }
@@ -186,7 +186,7 @@ TEST(AudioMixerTest, ManyThreadsStartAndStopSources) {
     EXPECT_FALSE(mixer.isPlaying());
 }
 
-/// What a source is said to have ended with.
+/// Receives the error that a source finished with.
 class Answer {
 public:
     AudioOutput::Finished finished() {
@@ -206,10 +206,10 @@ protected:
     void use(const char* driver) {
         ::setenv("SDL_AUDIODRIVER", driver, 1);
         ::setenv("SDL_DISKAUDIOFILE", m_folder.file("heard.raw").c_str(), 1);
-        ::setenv("SDL_DISKAUDIODELAY", "1", 1);  // milliseconds per buffer: faster than one listens
+        ::setenv("SDL_DISKAUDIODELAY", "1", 1);  // milliseconds per buffer, faster than real time
     }
 
-    /// Frames that the disk driver has written, as left and right.
+    /// Frames that the disk driver has written, as pairs of left and right.
     std::vector<std::pair<float, float>> heard() const {
         const std::string bytes = test::contents(m_folder.file("heard.raw"));
         std::vector<std::pair<float, float>> frames(bytes.size() / 8);
@@ -238,7 +238,7 @@ TEST_F(SDLAudioOutputTest, PlaysEverySampleOnceThenClosesDevice) {
     EXPECT_EQ(std::count(frames.begin(), frames.end(), std::pair(0.25F, -0.5F)), 1000);
     EXPECT_EQ(std::count(frames.begin(), frames.end(), std::pair(0.0F, 0.0F)),
               static_cast<std::ptrdiff_t>(frames.size()) - 1000);
-    // The next sound opens it anew.
+    // The next sound opens the device again.
     Answer second;
     output.start(steady(10, 0.25), second.finished());
     EXPECT_EQ(second.wait(), "");
@@ -252,7 +252,7 @@ TEST_F(SDLAudioOutputTest, SourcesFinishWithErrorWithoutDevice) {
     const std::string reason = first.wait();
     EXPECT_NE(reason, "");
     EXPECT_NE(reason, "no answer");
-    // No other attempt is made that soon, even if it would succeed.
+    // No second attempt before `retryAfter`, even if it would succeed.
     use("dummy");
     Answer second;
     output.start(steady(48000, 0.5), second.finished());

@@ -28,7 +28,7 @@ protected:
 };
 
 TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorLimit) {
-    // Made by descriptors, since no path is that long.
+    // Created through descriptors, because the path would be too long.
     int inside = ::open(m_temporary.file("folder/tree").c_str(), O_RDONLY);
     for (int level = 0; level < 3000; ++level) {
         ASSERT_EQ(::mkdirat(inside, "sub", 0700), 0);
@@ -49,7 +49,7 @@ TEST_F(OpenFolderTest, RemovesReadablePartOfTree) {
     test::store(m_temporary.file("folder/tree/z"), "bytes");
     for (const char* name : {"folder/tree/empty", "folder/tree/full"})
         fs::permissions(m_temporary.file(name), fs::perms::none);
-    // The superuser reads everything, so he lends his folders to somebody who does not.
+    // Root may read everything. When running as root, give the folders to another user and act as that user.
     constexpr uid_t nobody = 65534;
     const bool isSuperuser = ::geteuid() == 0;
     if (isSuperuser) {

@@ -24,7 +24,7 @@ PropertyDictionary listIn(const std::string& path) {
     return *propertyList::parse(test::contents<PropertyData>(path)).as<PropertyDictionary>();
 }
 
-/// One running program.
+/// The settings of one running program.
 struct Instance {
     explicit Instance(const std::string& path)
         : observation(notifications.observe(userDefaultsDidChangeNotification,
@@ -42,7 +42,7 @@ class PropertyListDefaultsTest : public testing::Test {
 protected:
     PropertyListDefaultsTest() { fs::create_directory(m_folder.file("zebmaker")); }
 
-    /// Nothing but the list is there, and the lock beside it.
+    /// Only the list and its lock file exist.
     void expectNoOtherFiles() const {
         EXPECT_THAT(m_folder.names(),
                     ElementsAre("zebmaker", "zebmaker/preferences.plist", "zebmaker/preferences.plist.lock"));
@@ -145,7 +145,7 @@ TEST_F(PropertyListDefaultsTest, KeepsValuesInMemoryIfUnwritable) {
     EXPECT_EQ(listIn(m_path), values) << "once more is another try";
     EXPECT_EQ(instance.announcements, 4);
 
-    // A folder in the file's place is neither read nor replaced.
+    // A folder at the path of the list is neither read nor replaced.
     fs::remove(m_path);
     fs::create_directory(m_path);
     Instance blocked(m_path);
@@ -173,7 +173,7 @@ TEST_F(PropertyListDefaultsTest, FailedWriteKeepsOldFile) {
     EXPECT_EQ(listIn(m_path).size(), 3u) << "the next saving makes up for it";
 }
 
-/// Runs `work` in a process of its own; returns its number.
+/// Runs `work` in a child process. Returns its process id.
 template <typename Work>
 pid_t inChild(Work work) {
     const pid_t child = ::fork();
@@ -234,7 +234,7 @@ TEST_F(PropertyListDefaultsTest, KilledProcessLeavesConsistentFile) {
     Instance instance(m_path);
     instance.defaults.set("after", 1);
     EXPECT_THAT(instance.warnings, IsEmpty());
-    expectNoOtherFiles();  // what the killed ones left half done is gone
+    expectNoOtherFiles();  // incomplete files of killed processes are removed
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ std::string xml(std::string_view body) {
            std::string(body) + "</plist>";
 }
 
-/// A binary list of these objects, the first at the top, with offsets and references of one byte.
+/// A binary list of these objects. The first one is the root. Offsets and references have one byte.
 PropertyData binary(const std::vector<PropertyData>& objects) {
     PropertyData bytes = bytesOf("bplist00"), offsets;
     for (const PropertyData& object : objects) {
@@ -106,7 +106,7 @@ TEST(PropertyListTest, RejectsHostileLists) {
     };
     EXPECT_NE(parsed(nested(greatestDepth - 1)), std::nullopt);
     std::vector<PropertyData> sharing = {
-        {0xA2, 1, 1}};  // each holds the next twice: 2^60 values in 60 objects
+        {0xA2, 1, 1}};  // each array contains the next one twice: 2^60 values in 60 objects
     for (std::uint8_t i = 2; i < 60; ++i)
         sharing.push_back({0xA2, i, i});
     sharing.push_back({0x09});
@@ -174,7 +174,7 @@ TEST(PropertyListTest, KeepsUnknownValuesAndFormat) {
     EXPECT_TRUE(tree.contains("day"));
     EXPECT_EQ(tree.value(), (PropertyDictionary{{"new", 7}, {"big", 18446744073709551615.0}}));
 
-    // A date of half a second, which XML could not hold: binary stays binary.
+    // XML cannot store a date with half a second, so a binary list stays binary.
     auto fromBinary =
         PropertyListTree::parse(binary({{0xD1, 1, 2}, {0x51, 'a'}, {0x33, 0x3F, 0xE0, 0, 0, 0, 0, 0, 0}}));
     fromBinary.set("b", true);

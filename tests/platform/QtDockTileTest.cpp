@@ -19,7 +19,7 @@
 namespace zeb {
 namespace {
 
-/// What arrives on the bus.
+/// Receives and stores signals on the session bus.
 class Listener final : public QObject {
     Q_OBJECT
 
@@ -78,7 +78,7 @@ TEST_F(QtDockTileTest, EveryWindowIconShowsPictureAndReturns) {
     expectIcons(Qt::blue);
     EXPECT_EQ(tile.devicePixelRatio(), 1);
 
-    // The next run shows the picture that the last one ended with.
+    // The next run starts with the picture of the last one.
     tile.show(picture(Qt::yellow), 0);
     expectIcons(Qt::yellow);
 }

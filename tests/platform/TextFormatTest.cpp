@@ -32,7 +32,7 @@ TEST(TextFormatTest, FillsSpecifiersWithMatchingArguments) {
         {"„%@“", {text("Grüße 100%")}, "„Grüße 100%“"},
         {"%2$@: %1$lld (%2$@)", {whole(9), text("a")}, "a: 9 (a)"},
         {"%lld", {whole(std::numeric_limits<std::int64_t>::min())}, "-9223372036854775808"},
-        // Arguments of another type, missing ones and what is no specifier.
+        // Arguments of another type, missing arguments, and text that is no specifier.
         {"%lld %@ %.1f", {text("x"), whole(4), whole(5)}, "x 4 5"},
         {"%lld %lld %9$@", {whole(1)}, "1 %lld %9$@"},
         {"%.2f", {std::numeric_limits<double>::infinity()}, "inf"},

@@ -32,7 +32,7 @@ protected:
         m_media.add(path, film);
     }
 
-    /// How often the error tone was started.
+    /// Number of times the error tone was started.
     long tones() const {
         const SampledSound tone = errorTone();
         return std::ranges::count_if(m_output.started, [&tone](const auto& started) {
@@ -60,7 +60,7 @@ TEST_F(AppSoundPlayerTest, HoldsEachSoundUntilItFinishes) {
     EXPECT_THAT(m_player->activeSounds(), ElementsAre(first.source, second.source));
     EXPECT_EQ(m_media.record().soundReaders.size(), 1U) << "decoded once for both";
 
-    // Each has a position of its own, and its channel is heard on both sides.
+    // Each sound has a separate position. Its mono channel plays on both sides.
     for (const auto& started : {first, second}) {
         std::vector<float> samples(8);
         EXPECT_EQ(started.source->sampleRate(), 44100);

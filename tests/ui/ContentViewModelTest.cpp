@@ -42,7 +42,7 @@ protected:
     }
     ~ContentViewModelTest() override { content.reset(); }
 
-    /// A film, with what is known of it afterwards: the forecast too.
+    /// Sets the input and waits for its analysis and forecast.
     void takeFilm(const std::string& path) {
         ConverterTest::takeFilm(path);
         passPatience();
@@ -94,7 +94,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     EXPECT_EQ(selected(), "DVD");
     setSize(728, 576);
     EXPECT_EQ(selected(), "Custom size");
-    // Somebody edits the presets in another window.
+    // Presets are edited in another window.
     defaults.set("presetDVDW", 728);
     EXPECT_EQ(selected(), "DVD");
     const auto preset = [](const char* name, int width, int height) {
@@ -106,7 +106,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
                 ElementsAre("Custom size", "DVD", "HD", "Full HD", "Apfel", "äpfel", "TV", "Zebra"));
     setSize(640, 480);
     EXPECT_EQ(selected(), "äpfel");
-    // Built-in ones match first, but one of the same size can be chosen, until it is deleted.
+    // Built-in presets match first. A user preset of the same size can be chosen until it is deleted.
     content->setPresetIndex(6);
     EXPECT_EQ(selected(), "TV");
     settle();
@@ -117,7 +117,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     setSize(1920, 1080);
     EXPECT_EQ(selected(), "Full HD") << "at once";
 
-    // The window may go before the work that its choice has left.
+    // The model may be destroyed before the work that a selection has posted.
     content->setPresetIndex(2);
     content.reset();
     settle();
@@ -146,7 +146,7 @@ TEST_F(ContentViewModelTest, CarriesOutRequestsFromOutside) {
     EXPECT_EQ(timesShown, 3) << "what is said must be seen";
     EXPECT_EQ(opened.size(), 1U);
 
-    // A new window carries the latest request out once more, without being hidden.
+    // A new window carries out the latest request again, but stays visible.
     requests.post(PlayAction{URL::forFile(movie), true});
     content->appear();
     content->appear();
@@ -300,7 +300,7 @@ TEST_F(ContentViewModelTest, StartWaitsForForecastBeforeAsking) {
         content->dismissMisfitQuestion();
     }
 
-    // A forecast that comes before the analysis is no reason to begin.
+    // A forecast that arrives before the analysis does not start the run.
     model->setInput(URL::forFile(longFilm));
     content->start();
     mainActor.pass(seconds(1));
@@ -310,13 +310,13 @@ TEST_F(ContentViewModelTest, StartWaitsForForecastBeforeAsking) {
     EXPECT_TRUE(model->isWaiting());
     model->cancel();
 
-    // Without a source there is nothing to wait for: the run says what is wrong.
+    // Without a video track there is nothing to wait for: the run reports the error.
     takeFilm(song);
     content->start();
     EXPECT_TRUE(model->isRunning());
     settle();
 
-    // A video that comes takes the questions about the one before with it.
+    // A new video closes questions about the previous one.
     takeFilm(longFilm);
     content->start();
     EXPECT_NE(content->misfitQuestion(), "");
@@ -340,7 +340,7 @@ TEST_F(ContentViewModelTest, ShowsForecastAndAsksIfTooLarge) {
     EXPECT_THAT(forecast(longFilm), testing::AllOf(StartsWith("Too large: "), HasSubstr("It fits ")));
     EXPECT_TRUE(content->forecastIsWarning());
 
-    // What will not fit is started after a question only, and the question goes with its reason.
+    // A movie that will not fit starts after a question only. A change that makes it fit closes the question.
     content->start();
     EXPECT_EQ(content->misfitQuestion(), content->forecastText());
     content->dismissMisfitQuestion();

@@ -85,7 +85,7 @@ TEST_F(DockProgressControllerTest, ClearsAtOnceAndStaysClear) {
     m_controller->clear();
     m_mainActor.pass(1s);
     EXPECT_THAT(m_tile.shown, ElementsAre(0.5, -1));
-    // The next run is shown again, and may end before its turn comes.
+    // The next run is shown again. The controller may be destroyed before its next drawing.
     m_controller->update(0);
     m_controller->update(0.1);
     m_controller.reset();

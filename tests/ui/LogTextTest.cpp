@@ -31,11 +31,12 @@ protected:
 };
 
 TEST_F(LogTextTest, SelectionStaysOnItsWords) {
-    // A text after the other, with the first line of "keep" selected.
+    // Texts set one after the other, with the first "keep" selected.
     const QStringList texts[] = {
-        {"one\nkeep\n", "one\nkeep\nthree", "one\nkeep\nthree\nfour"},                      // grows
-        {"one\ntwo\nkeep\nfour", "two\nkeep\nfour\nfive", "keep\nfour\nfive\nsix\nseven"},  // and loses
-        {"a\na\nkeep\na", "a\nkeep\na\nb", "keep\na\nb\na\na"},  // lines that are alike
+        {"one\nkeep\n", "one\nkeep\nthree", "one\nkeep\nthree\nfour"},  // grows
+        {"one\ntwo\nkeep\nfour", "two\nkeep\nfour\nfive",
+         "keep\nfour\nfive\nsix\nseven"},                        // grows and loses lines
+        {"a\na\nkeep\na", "a\nkeep\na\nb", "keep\na\nb\na\na"},  // equal lines
     };
     for (const QStringList& steps : texts) {
         log.setText(steps.front());

@@ -29,7 +29,7 @@ TEST(MenuLabelTest, AmpersandMarksShortcutLetter) {
         EXPECT_EQ(texts.plainLabel(it.label), it.plain);
         EXPECT_EQ(texts.letterOf(it.label), it.letter);
         EXPECT_EQ(texts.styledLabel(it.label), it.styled);
-        // Names are shown as they are.
+        // Names of presets are shown literally.
         EXPECT_EQ(texts.plainLabel(texts.labelOf(it.label)), it.label);
         EXPECT_EQ(texts.letterOf(texts.labelOf(it.label)), "");
     }

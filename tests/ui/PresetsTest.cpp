@@ -164,7 +164,7 @@ TEST_F(PresetsTest, ReadsPresetsOfEarlierVersions) {
     }
     for (const auto& [first, second] :
          {std::pair{"a", "B"}, {"A", "b"}, {"@", "A"}, {"Z", "["}, {"[", "a"}, {"Z", "ä"}}) {
-        const bool isAfterLetters = std::string(second) == "[";  // compared as "z"
+        const bool isAfterLetters = std::string(second) == "[";  // "Z" is compared as "z"
         EXPECT_EQ(isBeforeInAnyLanguage(first, second), !isAfterLetters) << first << second;
         EXPECT_EQ(isBeforeInAnyLanguage(second, first), isAfterLetters) << first << second;
     }

@@ -46,11 +46,11 @@ TEST(RemainingTimeTest, FollowsSmoothedSpeed) {
     } samples[] = {
         {0, 0, "—"},           {250, 0.1, "—"},  // too close to the first
         {10000, 0.1, "1:30"},                    // 0.01 per second
-        {10100, 0.2, "1:20"},                    // too close: the old speed
+        {10100, 0.2, "1:20"},                    // too close: the speed is unchanged
         {20000, 0.05, "1:35"},                   // falling: no sample
-        {30000, 0.1, "1:30"},                    // standing still: no speed, but a sample
+        {30000, 0.1, "1:30"},                    // no progress: a sample without a speed
         {40000, 0.3, "0:58"},                    // 0.02: 0.8 x 0.01 + 0.2 x 0.02 = 0.012
-        {40251, 0.3, "0:58"},                    // just far enough apart: no speed, but a sample
+        {40251, 0.3, "0:58"},                    // just far enough apart: a sample without a speed
         {40501, 0.4, "0:50"},                    // too close
         {50251, 1.5, "0:00"},  {60000, -1, "—"},
     };
