@@ -3,9 +3,8 @@
 
     manual_test.py ZEB ZEB_MANUAL
 
-What the program offers is read from its own help, so that a fault in the generator cannot hide in the test. The
-completion for bash is driven as bash drives it; the other shells and the manual's formatter check the syntax of
-theirs where they are installed.
+The expected options come from the program's help, so the test does not depend on the generator. The bash completion
+is called as bash calls it. Other shells and groff check the syntax of their files if they are installed.
 """
 
 import functools
@@ -40,7 +39,7 @@ def commands():
 
 
 def completions(folder, *words):
-    """What bash would offer for the last of `words`."""
+    """Returns the completions that bash offers for the last of `words`."""
     script = """source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _zeb
                 ((${#COMPREPLY[@]} == 0)) || printf '%s\\n' "${COMPREPLY[@]}" """
     result = run("bash", "--norc", "-c", script, "bash", FOLDER / "zeb.bash", "zeb", *words, cwd=folder)
@@ -85,7 +84,7 @@ class ManualTest(unittest.TestCase):
                 (("encode", "cl"), {"clip one.mp4"}),
                 (("encode", "--", "-"), {"-odd.mp4"}),
                 (("info", ""), movies),
-                (("info", "--mode", ""), movies),  # not an option of this command
+                (("info", "--mode", ""), movies),  # no option of this command
                 (("unknown", ""), set()),
             )
             for words, expected in table:
@@ -99,7 +98,7 @@ class ManualTest(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             for example in examples:
                 with self.subTest(example=example):
-                    # The files are not there, which is found out only after the options were understood.
+                    # The files do not exist. The program reports this only after parsing all options.
                     result = run(ZEB, *shlex.split(example), cwd=folder)
                     self.assertEqual(result.returncode, 3, result.stderr)
 
@@ -114,7 +113,7 @@ class ManualTest(unittest.TestCase):
             "\nNot together with \\fB\\-\\-frame\\fR, \\fB\\-\\-at\\fR.\n",
         ):
             self.assertIn(lines, manual)
-        # Sentences end once; paragraphs and tables are opened and closed in turn.
+        # Sentences end with one full stop. Paragraphs and tables are not empty and are closed.
         self.assertIsNone(re.search(r"[^.]\.\.\n|\n\.PP\n\.(PP|SS|SH|TP)", manual))
         self.assertEqual(re.findall(r"^\.E[EX]$", manual, re.MULTILINE),
                          [".EX", ".EE"] * manual.count("\n.EX\n"))
@@ -134,7 +133,7 @@ class ManualTest(unittest.TestCase):
         codes = re.findall(r"^  (\d+) +(.*)$", help_text.split("Exit codes:\n")[1], re.MULTILINE)
         self.assertEqual(re.findall(r"^\.TP\n\\fB(\d+)\\fR\n(.*)\.$", manual, re.MULTILINE),
                          [(code, text[0].upper() + text[1:]) for code, text in codes])
-        # Each example once, with what it shows.
+        # Each example appears once, with its description.
         examples = re.findall(r"^\.PP\n(.*)\n\.PP\n\.RS 4\n\.EX\n(.*)$", manual, re.MULTILINE)
         self.assertEqual(len(examples), len(dict(examples)))
         self.assertEqual(len(examples), 7)

@@ -1,4 +1,4 @@
-"""Checks which changes scripts/mutants.py finds in a source, and that the source with all of them in it is sound."""
+"""Checks which changes scripts/mutants.py finds in a source, and that the source with all changes compiles and runs."""
 
 import pathlib
 import shutil
@@ -13,7 +13,7 @@ sys.dont_write_bytecode = True
 import mutant_sources
 import mutants
 
-# A function's body, and the changes that are found in it. A number may become either neighbour.
+# A function body and the changes found in it. A number may be increased or decreased by one.
 CASES = (
     ("return a - b - c < 5;", "a - b -> a + b", "a - b - c -> a - b + c", "a - b - c < 5 -> a - b - c <= 5",
      "5 -> 5±1"),
