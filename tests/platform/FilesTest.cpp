@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 using enum OutputTerms::Existing;
 using Bytes = std::vector<std::uint8_t>;
 
-/// What the `FileError` is about that `action` throws, and its number; 0 when it throws none.
+/// The path and number of the `FileError` that `action` throws. The number is 0 if it throws none.
 template <typename Action>
 std::pair<std::string, int> errorOf(Action action) {
     try {
