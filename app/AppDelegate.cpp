@@ -11,7 +11,7 @@
 namespace zeb {
 
 AppDelegate::AppDelegate(const Services& services, QObject* parent) : QObject(parent), m_services(services) {
-    // A conversion that goes on without a window in sight is no reason to end without a word.
+    // Do not quit with the last window: a conversion may still run, and quitting has to ask.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     connect(qGuiApp, &QGuiApplication::lastWindowClosed, this,
             [this] { m_services.scenes.lastWindowClosed(); });
@@ -37,12 +37,12 @@ void AppDelegate::open(const LaunchArguments& arguments) {
         }
     }
     applicationOpenURLs(files, maker);
-    // What asks for nothing that we know still gets to see that the program was started.
+    // Show the converter for unknown requests too, so that the start is visible.
     if (isForConverter || (files.empty() && !isForPlayer)) showConverter();
 }
 
 void AppDelegate::applicationOpenURLs(std::vector<URL> urls, Maker maker) {
-    // The converter's window tells of a movie that is not there, and stays in sight then.
+    // The converter's window shows the error about a missing movie, so it stays visible in that case.
     const auto missing = std::erase_if(urls, [this](const URL& url) {
         return url.hasExtension("zeb") && !m_services.content.findsMovie(url);
     });

@@ -11,13 +11,13 @@
 
 namespace zeb {
 
-/// Takes what the desktop and other instances ask of the application to where it belongs, and ends it with
-/// its last window. Main thread.
+/// Dispatches requests from the desktop and from other instances, and quits the application with its last
+/// window. Main thread.
 class AppDelegate final : public QObject {
     Q_OBJECT
 
 public:
-    /// All of it outlives this.
+    /// All of them outlive the delegate.
     struct Services {
         ContentViewModel& content;
         Scenes& scenes;
@@ -28,12 +28,12 @@ public:
 
     explicit AppDelegate(const Services& services, QObject* parent = nullptr);
 
-    /// The program was started with these arguments, here or in another instance; without requests, to see
+    /// Handles the arguments of a start of the program, in this or another process. Without requests, shows
     /// the converter.
     void open(const LaunchArguments& arguments);
 
 private:
-    /// Whether the converter stays in sight beside the movies that are opened.
+    /// Whether the converter stays visible beside opened movies.
     enum class Maker { hidden, shown };
 
     void applicationOpenURLs(std::vector<URL> urls, Maker maker);

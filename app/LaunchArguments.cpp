@@ -10,11 +10,10 @@
 namespace zeb {
 namespace {
 
-/// No request begins like this.
+/// Cannot be the beginning of a request.
 constexpr const char* makerMark = "--maker";
 
-/// Whether an argument is a URL rather than a file's name: it has a scheme, and there is no file of that
-/// name.
+/// Returns whether an argument is a URL rather than a file name: it has a scheme and no such file exists.
 bool isURL(const QString& argument) {
     const auto url = URL::parse(argument.toStdString());
     return url && url->components().scheme && !QFileInfo::exists(argument);

@@ -4,18 +4,18 @@
 
 namespace zeb {
 
-/// What the program was started with.
+/// The arguments of a program start.
 struct LaunchArguments {
     bool showMaker = false;
-    QStringList requests;  ///< URLs: files as absolute file URLs, anything with a scheme as it was written
+    QStringList requests;  ///< URLs: files as absolute file URLs; arguments with a scheme are unchanged
 
-    /// All of it as texts for an instance that runs already, and what such texts say.
+    /// Serialises the arguments for a running instance; `fromMessage` is the inverse.
     QStringList message() const;
     static LaunchArguments fromMessage(QStringList message);
 };
 
-/// Reads the command line of the application object; answers --help and --version, and complains about what
-/// it does not know, by ending the process.
+/// Reads the command line of the application object. Ends the process for --help and --version, and with an
+/// error for unknown options.
 LaunchArguments readLaunchArguments();
 
 }  // namespace zeb

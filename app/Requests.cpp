@@ -37,7 +37,7 @@ std::optional<AppAction> parseAppAction(const std::string& text) {
     if (!url) return std::nullopt;
     if (url->isFileURL()) return actionByExtension(*std::move(url));
     if (url->components().scheme != requestScheme) return std::nullopt;
-    // An empty host is a verb too, one that nobody knows: "zebmaker:///play?url=..." goes by its target.
+    // An empty host is an unknown verb: for "zebmaker:///play?url=..." the target decides.
     std::optional<std::string> verb = url->host();
     if (!verb) verb = firstPiece(url->path());
     if (!verb) return std::nullopt;

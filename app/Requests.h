@@ -13,30 +13,31 @@
 
 namespace zeb {
 
-/// The scheme of requests from outside.
+/// The URL scheme of external requests.
 constexpr std::string_view requestScheme = "zebmaker";
 
-/// What a URL that was opened asks for; nothing when it asks for nothing that we know. Any thread.
+/// Returns the action requested by an opened URL; empty if the request is unknown. Any thread.
 ///
-/// A file URL asks to play a movie ("zeb" in any case at its end) or to encode anything else. Others are
+/// A file URL requests to play a movie (extension "zeb" in any case) or to encode any other file. Other URLs
+/// are
 ///
 ///     zebmaker://VERB?url=TARGET    or    zebmaker:VERB?url=TARGET
 ///
-/// with "zebmaker", "url" and the verbs "play" and "encode" exactly so; for any other verb the target decides
-/// as a file URL does. The target is a URL, percent-escaped once for the query; the first item "url" counts.
+/// with "zebmaker", "url" and the verbs "play" and "encode" case-sensitive. For any other verb the target
+/// decides like a file URL. The target is a URL, percent-escaped once for the query; the first item "url" is
+/// used.
 std::optional<AppAction> parseAppAction(const std::string& text);
 
-/// Opens a movie in a player window and, if `hideMaker`, hides the converter window meanwhile. On the main
-/// thread.
+/// Opens a movie in a player window and, if `hideMaker`, hides the converter window while it is open. Main
+/// thread only.
 using OpenPlayer = std::function<void(const URL& url, bool hideMaker)>;
-/// Brings the application to the front. On the main thread.
+/// Brings the application to the front. Main thread only.
 using ActivateApplication = std::function<void()>;
 
-/// Takes files opened with the application to where they belong: movies of this computer to `openPlayer` (the
-/// converter window hidden), anything else, whatever its scheme, as an encode request to `router`, followed
-/// by `activate`; the converter refuses what is no file of this computer. Each is a piece of work of its own
-/// on `mainActor`, in the order given; nothing has happened when this returns. `router` must outlive the
-/// work.
+/// Dispatches files opened with the application: local movies to `openPlayer` (converter window hidden), all
+/// other URLs, with any scheme, as encode requests to `router`, followed by `activate`. The converter rejects
+/// URLs that are not local files. Each URL is posted separately to `mainActor` in the given order; nothing
+/// has happened when this function returns. `router` must outlive the posted work.
 void routeOpenedURLs(const std::vector<URL>& urls, MainActor& mainActor, const OpenPlayer& openPlayer,
                      AppActionRouter& router, const ActivateApplication& activate);
 

@@ -21,7 +21,7 @@
 
 namespace zeb {
 
-/// The services of the system that the application's windows share. Made once, on the main thread, while the
+/// The system services shared by the application's windows. Created once, on the main thread, while the
 /// application object exists.
 struct Services {
     NotificationCenter notifications;
@@ -35,7 +35,7 @@ struct Services {
     OpenSecurityScope scope;
     QtDockTile dockTile;
     QtFilePanels panels;
-    ThreadTasks tasks;  ///< last: what runs ends before what it uses goes
+    ThreadTasks tasks;  ///< last member: destroyed first, so tasks end before the services they use
 
     PlayerServices player() { return {makeFileMovieReader, audioOutput, mainActor, tasks, clock}; }
     ConverterServices converter() {

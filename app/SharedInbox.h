@@ -6,9 +6,9 @@
 
 namespace zeb {
 
-/// Removes what lies in the folder "SharedInbox" of `container` and was modified more than seven days before
-/// `now`; folders with their contents, links as links, hidden entries never. Nothing outside the folder is
-/// touched, and the folder itself must not be a link. Failures are silent. Blocks until all is done.
+/// Removes the entries of the folder "SharedInbox" in `container` that were modified more than seven days
+/// before `now`: folders with their contents, links without following them, hidden entries never. Does
+/// nothing if the folder itself is a link. Ignores errors. Blocks until done.
 void cleanSharedInbox(const std::optional<std::string>& container, std::chrono::system_clock::time_point now);
 
 }  // namespace zeb

@@ -11,7 +11,7 @@
 namespace zeb {
 namespace {
 
-/// OpenGL by a program on the main processor is slower than Qt's own drawing there.
+/// OpenGL emulated on the main processor is slower than Qt's software renderer.
 bool hasGraphicsProcessor() {
     QOpenGLContext context;
     QOffscreenSurface surface;

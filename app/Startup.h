@@ -4,12 +4,12 @@
 
 namespace zeb {
 
-/// Lets the windows be drawn without a graphics processor where there is none, or only one that is imitated;
-/// a choice that the environment makes (QT_QUICK_BACKEND, QSG_RHI_BACKEND) stands. To be called once, after
-/// the application object and before the first window.
+/// Selects the software renderer if there is no graphics processor or only an emulated one. A choice by the
+/// environment (QT_QUICK_BACKEND, QSG_RHI_BACKEND) takes precedence. Call once, after creating the
+/// application object and before the first window.
 void chooseRenderer();
 
-/// What the user has chosen for this system.
+/// Returns the locale that the user has set for this system.
 TextLocale systemTextLocale();
 
 }  // namespace zeb

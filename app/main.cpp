@@ -33,7 +33,7 @@ namespace {
 
 constexpr int dockTileSize = 128;
 
-/// Where the lock and the socket of the running instance are.
+/// Returns the folder for the lock and the socket of the running instance.
 QString runtimeFolder() {
     QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     QDir().mkpath(folder);
@@ -45,15 +45,15 @@ QIcon applicationIcon() {
     return path ? QIcon(QString::fromStdString(*path)) : QIcon();
 }
 
-/// What Qt's own dialogs say, in the language of our texts.
+/// Loads the texts of Qt's standard dialogs in the language of our texts.
 void translateDialogs(QTranslator& translator) {
     const QString language = QString::fromStdString(zeb::textLocale().language);
     if (translator.load("qtbase_" + language, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QApplication::installTranslator(&translator);
 }
 
-/// Whether there is a display to open windows on; without one, Qt would end the process with a dump. Help and
-/// version need none.
+/// Returns whether there is a display for windows. Without one, Qt would abort the process. Help and version
+/// need no display.
 bool hasDisplay([[maybe_unused]] const std::vector<std::string_view>& arguments) {
 #if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
     for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
@@ -70,9 +70,9 @@ bool hasDisplay([[maybe_unused]] const std::vector<std::string_view>& arguments)
 }  // namespace
 
 int main(int argc, char** argv) {
-    // A write beyond the limit of a file's size fails like any other instead of ending the process.
+    // Exceeding the file size limit must be a write error instead of ending the process.
     std::signal(SIGXFSZ, SIG_IGN);
-    // Diagnostics are seen when they are written, in files and pipes too.
+    // Flush diagnostics line by line, also to files and pipes.
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     if (!hasDisplay({argv, argv + argc})) {
         std::fputs("zebmaker: there is no display to open a window on\n", stderr);
@@ -101,7 +101,7 @@ int main(int argc, char** argv) {
         {services.dockTile, services.mainActor, [&engine] { return zeb::themeColour(engine, "accent"); }},
         applicationIcon().pixmap(dockTileSize * 2).toImage());
     zeb::ConverterViewModel converter(services.converter());
-    // Made below, called when there is something to play or to show.
+    // Created below, used once there is a request.
     zeb::ZEBPlayerWindowManager* players = nullptr;
     zeb::Scenes* scenes = nullptr;
     zeb::AppActionRouter& appActions = zeb::AppActionRouter::shared();
@@ -113,7 +113,7 @@ int main(int argc, char** argv) {
                                    },
                                    [&players, &scenes] {
                                        if (players) players->stopHidingMaker();
-                                       // Without the welcome picture, which would cover it.
+                                       // Without the splash, which would cover the window.
                                        if (scenes) zeb::bringForward(*scenes->makeConverterWindow());
                                    },
                                    ZEB_VERSION, ""});

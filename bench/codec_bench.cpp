@@ -1,6 +1,6 @@
-// Benchmarks of the frame codec's kernels on frames of 512 x 288 pixels, each against the plain loop and
-// against memcpy. ZEB_BENCH_FRAMES names a file of raw RGBA frames of that size, from which the natural
-// frames are taken; without it they are synthetic.
+// Benchmarks of the frame codec's kernels on frames of 512 x 288 pixels, each compared with the plain loop
+// and with memcpy. ZEB_BENCH_FRAMES is the path of a file of raw RGBA frames of that size, the source of the
+// natural frames; without it they are synthetic.
 
 #include <benchmark/benchmark.h>
 
@@ -35,10 +35,10 @@ constexpr int width = 512;
 constexpr int height = 288;
 constexpr std::size_t pixelCount = std::size_t{width} * height;
 constexpr int colours = 4;
-/// Several, so that branch predictors cannot learn a frame by heart.
+/// More than one, so that branch predictors cannot learn the data of one frame.
 constexpr std::size_t frameCount = 8;
 
-/// A frame in its stages.
+/// A frame in all stages of coding.
 struct Frame {
     explicit Frame(Bytes pixels)
         : rgba(std::move(pixels)), words(pixelCount * 2), block{'R', 'L', 'E', '2', 0, 0, 0, 0} {
@@ -55,7 +55,7 @@ struct Frame {
 
 using Frames = std::vector<Frame>;
 
-/// Frames from all over the file.
+/// Reads frames at regular distances from the whole file.
 Frames readFrames(const std::filesystem::path& path) {
     constexpr std::size_t frameBytes = pixelCount * 4;
     const std::size_t available = std::filesystem::file_size(path) / frameBytes;
@@ -80,7 +80,7 @@ Frames makeFrames(Make make) {
     return frames;
 }
 
-/// A picture that needs no scaling: drawing it is a copy.
+/// A picture at its target size: drawing it is a copy.
 class MemoryPicture : public zeb::Picture {
 public:
     explicit MemoryPicture(const Bytes& rgba) : m_rgba(rgba) {}
@@ -94,7 +94,7 @@ private:
     const Bytes& m_rgba;
 };
 
-/// Registers a benchmark of `run`, which works on one frame; `bytes` per frame are counted.
+/// Registers a benchmark of `run` on one frame; `bytes` is the amount of data per frame.
 template <typename Run>
 void add(const std::string& name, const Frames& frames, std::size_t bytes, Run run) {
     const auto body = [&frames, bytes, run](benchmark::State& state) mutable {
@@ -169,7 +169,7 @@ void addRecords(const Frames& frames) {
     }
 }
 
-/// Decoding a record makes its picture anew each time, so that copying one does here too.
+/// The reference copy allocates a picture each time, as decoding a record does.
 void addDecoding(const Frames& frames) {
     constexpr std::size_t bytes = pixelCount * 4;
     add("decoded picture/memcpy", frames, bytes, [copy = Bytes(bytes)](const Frame& frame) mutable {
@@ -178,7 +178,7 @@ void addDecoding(const Frames& frames) {
     add("decoded picture/memcpy into a new buffer", frames, bytes,
         [](const Frame& frame) { benchmark::DoNotOptimize(Bytes(frame.rgba)); });
     for (const int mode : {32, 4}) {
-        // The records in the order of the frames, found again by the frame's address.
+        // Records by the address of their frame.
         std::map<const Frame*, Bytes> records;
         zeb::SpriteEncoder encoder;
         for (const Frame& frame : frames) {

@@ -1,5 +1,4 @@
-// How late a player's pictures are: the real window with the real loop, on a screen that is none, drawn in
-// software.
+// Measures frame lateness of the player window on an offscreen display with software rendering.
 //
 //   player_bench [SECONDS]    plays movies of 1920 x 1080 at 30 frames per second (default: 20 s of each)
 
@@ -80,10 +79,10 @@ void writeMovie(const std::string& path, int seconds, MakePicture makePicture) {
 }
 
 struct Lateness {
-    std::vector<double> shown;  ///< milliseconds after its moment, of each picture that was drawn
-    std::int64_t pictures = 0;  ///< that the model has published
-    double opening = 0;         ///< milliseconds to the first picture
-    double seeking = 0;         ///< the longest of many, in milliseconds
+    std::vector<double> shown;  ///< delay in milliseconds of each drawn picture
+    std::int64_t pictures = 0;  ///< number of pictures published by the model
+    double opening = 0;         ///< time to the first picture in milliseconds
+    double seeking = 0;         ///< maximum of many seeks, in milliseconds
 };
 
 template <typename Work>
@@ -108,7 +107,7 @@ Lateness play(zeb::ZEBPlayerWindowManager& windows, const std::string& path) {
     steady_clock::time_point start;
     QObject::connect(&model, &zeb::ZEBPlayerModel::imageChanged, &model,
                      [&] { undrawn = result.pictures++; });
-    // Drawing happens on this thread here: what was published last is on the screen now.
+    // Drawing is on this thread, so the last published picture is on the screen now.
     QObject::connect(window, &QQuickWindow::afterRendering, &model, [&] {
         if (undrawn < 0) return;
         const auto moment = start + undrawn * period;
@@ -184,7 +183,7 @@ int main(int argc, char** argv) {
     for (const auto& movie : movies) {
         writeMovie(path, seconds, [&](unsigned i) { return movie.picture(width, height, i); });
         isWell &= report(movie.name, play(windows, path),
-                         std::int64_t{seconds} * fps - 1);  // the first one is there already
+                         std::int64_t{seconds} * fps - 1);  // the first picture is shown at the start
     }
     std::filesystem::remove(path);
     std::printf("target: every picture drawn, p99 below %.1f ms: %s\n", refresh, isWell ? "met" : "MISSED");

@@ -1,4 +1,4 @@
-// How long a player waits: opening a long movie, and jumping about in it.
+// Measures the time to open a long movie and to seek in it.
 
 #include <benchmark/benchmark.h>
 
@@ -38,7 +38,7 @@ private:
     Bytes m_rgba;
 };
 
-/// A movie of 2 GiB in stereo. Without `finish` its index stays empty, as after a crash.
+/// Writes a stereo movie of 2 GiB. Without `finish` its index stays empty, as after a crash.
 void writeMovie(const std::string& path, bool hasIndex) {
     zeb::SpriteEncoder encoder;
     std::vector<Bytes> records;

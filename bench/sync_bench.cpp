@@ -1,5 +1,5 @@
-// Whether picture and sound stay together: the real player on a real sound server whose sound card is a
-// recording.
+// Measures the synchronisation of pictures and sound: the real player on a real sound server whose sound card
+// is a recording.
 //
 //   sync_bench [SECONDS]    plays a movie of 30 frames per second (default: ten minutes of it)
 
@@ -36,7 +36,7 @@ using zeb::test::SoundRecording;
 constexpr int fps = 30, storedRate = 20000;
 constexpr double limit = 40;  // milliseconds
 
-/// A movie whose every second begins with a short tone.
+/// Writes a movie in which every second begins with a short tone.
 void writeMovie(const std::string& path, int seconds) {
     zeb::SpriteEncoder encoder;
     const auto record = encoder.encodeMode32Sprite(zeb::fake::FakePicture(1), 64, 64);
@@ -53,13 +53,13 @@ void writeMovie(const std::string& path, int seconds) {
     writer.close();
 }
 
-/// So much of the recording was there at a moment, in seconds.
+/// The length of the recording at a moment, in seconds.
 struct Heard {
     std::size_t length;
     double moment;
 };
 
-/// The moments at which something was heard after half a second of silence.
+/// Returns the moments of a sound after half a second of silence.
 std::vector<double> beatsOf(const std::vector<double>& samples, const std::vector<Heard>& heard) {
     std::vector<double> beats;
     std::size_t last = 0;
@@ -94,7 +94,7 @@ int main(int argc, char** argv) {
     zeb::ZEBPlayerModel model({zeb::makeFileMovieReader, output, mainActor, tasks, clock});
     model.open(folder.file("beats.zeb"));
 
-    // When each second's first picture was shown, and how much had been heard when.
+    // Times of the first picture of each second, and lengths of the recording over time.
     const auto now = [] { return duration<double>(steady_clock::now().time_since_epoch()).count(); };
     std::vector<double> shown;
     std::vector<Heard> heard;
@@ -114,7 +114,7 @@ int main(int argc, char** argv) {
     model.play();
     QCoreApplication::exec();
 
-    // The first picture was there before; a sound that would have come late may have been left out.
+    // The first picture was shown before the start; late sound may have been left out.
     const std::vector<double> beats = beatsOf(recording.heard(), heard);
     std::vector<double> late;
     for (const double moment : shown) {

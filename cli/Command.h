@@ -13,20 +13,20 @@
 #include "cli/Text.h"
 #include "cli/progress/ProgressStyle.h"
 
-/// The commands as tables. Parser, help, errors, manual and completions read the same rows.
+/// The commands as tables. Parser, help, errors, manual and completions use the same rows.
 namespace zeb::cli {
 
-/// An option, or a value without a name (a positional).
+/// An option, or a positional value.
 struct Option {
-    const char* names;  ///< "-o,--output"; of a positional its label, without hyphens
+    const char* names;  ///< "-o,--output"; for a positional its label, without hyphens
     const char*
         placeholder;  ///< of the value in the help; empty for a switch; "..." for a repeatable positional
     const char* help;
-    const char* expected = "";  ///< "one of 32, 4", for errors and completions; empty when any text will do
-    /// Stores a value in the command's arguments; false if it is not what is expected. Null for a switch.
+    const char* expected = "";  ///< "one of 32, 4", for errors and completions; empty if any text is valid
+    /// Stores a value in the command's arguments; returns false if the value is invalid. Null for a switch.
     bool (*take)(void* arguments, const std::string& text) = nullptr;
     bool& (*flag)(void* arguments) = nullptr;  ///< the field of a switch
-    const char* excludes = "";  ///< names of options above that cannot stand beside it: "--frame,--at"
+    const char* excludes = "";  ///< names of earlier options that cannot be combined with it: "--frame,--at"
     bool isRequired = false;
     bool isRepeatable = false;
 
@@ -34,25 +34,25 @@ struct Option {
     bool takesValue() const { return take != nullptr; }
 };
 
-/// What an interrupt does to a command.
+/// Effect of an interrupt on a command.
 enum class OnInterrupt {
-    end,   ///< it ends the process, as the system has it
-    poll,  ///< the command asks `isInterrupted` often and stops in order
+    end,   ///< ends the process (the system's default)
+    poll,  ///< the command polls `isInterrupted` and stops in order
 };
 
 struct Command {
     const char* name;     ///< as the first argument
     const char* summary;  ///< one line for the program's help
     std::span<const Option> options;
-    const char* notes;  ///< below the options in its help
+    const char* notes;  ///< shown below the options in its help
     std::shared_ptr<void> (*makeArguments)();
-    /// Runs the command with the arguments that its options have filled. Throws `UsageError` before anything
-    /// is done.
+    /// Runs the command with the arguments that its options have filled. Throws `UsageError` before it
+    /// changes anything.
     ExitCode (*run)(const void* arguments, Console& console);
     OnInterrupt onInterrupt = OnInterrupt::poll;
 };
 
-/// Options of every command, and of the program itself.
+/// Options of the program and of every command.
 inline constexpr Option helpOption{"-h,--help", "", "Print this help and exit"};
 inline constexpr Option versionOption{"--version", "", "Print the version and exit"};
 
@@ -60,12 +60,12 @@ inline constexpr const char* programName = "zeb";
 inline constexpr const char* programSummary =
     "Turns video files into ZEB movies for the Sinclair QL family and SMSQ/E.";
 
-/// Splits a list as it stands in a row: "-o,--output" with "," or "32, 4" with ", ".
+/// Splits a list of a row: "-o,--output" with "," or "32, 4" with ", ".
 std::vector<std::string> splitList(std::string_view list, std::string_view separator);
 
-// MARK: What rows are made of
+// MARK: Building blocks of rows
 
-/// A word that stands for a value.
+/// A word that represents a value.
 template <typename Value>
 struct Choice {
     const char* name;
@@ -79,27 +79,27 @@ auto& fieldOf(void* arguments) {
     return static_cast<decltype(ownerOf(field))*>(arguments)->*field;
 }
 
-/// The field of a switch.
+/// Returns the field of a switch.
 template <auto field>
 bool& flag(void* arguments) {
     return fieldOf<field>(arguments);
 }
 
-/// Takes any text.
+/// Stores any text.
 template <auto field>
 bool anyText(void* arguments, const std::string& text) {
     fieldOf<field>(arguments) = text;
     return true;
 }
 
-/// Adds any text to a list.
+/// Appends any text to a list.
 template <auto field>
 bool append(void* arguments, const std::string& text) {
     fieldOf<field>(arguments).push_back(text);
     return true;
 }
 
-/// Takes what `read` makes of the text: a function that returns an optional value.
+/// Stores the result of `read`, a function that returns an optional value.
 template <auto field, auto read>
 bool parsed(void* arguments, const std::string& text) {
     const auto value = read(text);
@@ -107,14 +107,14 @@ bool parsed(void* arguments, const std::string& text) {
     return value.has_value();
 }
 
-/// Takes a text that is not empty.
+/// Stores a text that is not empty.
 template <auto field>
 bool fileName(void* arguments, const std::string& text) {
     if (!text.empty()) fieldOf<field>(arguments) = text;
     return !text.empty();
 }
 
-/// Takes a whole number from `lowest` to `highest`.
+/// Stores an integer from `lowest` to `highest`.
 template <auto field, int lowest, int highest>
 bool number(void* arguments, const std::string& text) {
     const std::optional<int> value = wholeNumber(text, lowest, highest);
@@ -122,7 +122,7 @@ bool number(void* arguments, const std::string& text) {
     return value.has_value();
 }
 
-/// Takes one of the words of an array of `Choice`.
+/// Stores the value of one of the words of an array of `Choice`.
 template <auto field, const auto& choices>
 bool choice(void* arguments, const std::string& text) {
     for (const auto& each : choices) {
@@ -136,7 +136,7 @@ bool choice(void* arguments, const std::string& text) {
 template <typename Arguments>
 Arguments argumentsOf(ExitCode (*)(const Arguments&, Console&));
 
-/// The command that `action` carries out: ExitCode action(const Arguments&, Console&).
+/// Returns the command that runs `action`: ExitCode action(const Arguments&, Console&).
 template <auto action>
 constexpr Command command(const char* name, const char* summary, std::span<const Option> options,
                           const char* notes, OnInterrupt onInterrupt = OnInterrupt::poll) {
@@ -160,7 +160,7 @@ inline constexpr std::array progressStyles = {
     Choice<ProgressStyle>{"none", ProgressStyle::none},
 };
 
-/// --progress and --verbose, as all commands that take their time have them.
+/// --progress and --verbose, shared by all commands with long run times.
 template <auto field>
 inline constexpr Option progressOption{
     .names = "--progress",
@@ -171,7 +171,7 @@ inline constexpr Option progressOption{
 template <auto field>
 inline constexpr Option verboseOption{.names = "--verbose",
                                       .placeholder = "",
-                                      .help = "Also log what happens, to standard error",
+                                      .help = "Also write the log to standard error",
                                       .flag = flag<field>};
 
 }  // namespace zeb::cli

@@ -33,7 +33,7 @@ std::string inColour(std::string_view text, Colour colour, const Terminal& termi
 Terminal terminalOf(int descriptor) {
     Terminal terminal;
     terminal.isTerminal = isatty(descriptor) == 1 && environment("TERM") != "dumb";
-    // https://no-color.org: any value but an empty one counts.
+    // https://no-color.org: any non-empty value counts.
     terminal.showsColour = terminal.isTerminal && environment("NO_COLOR").empty();
     terminal.columns = [descriptor] {
         winsize size{};

@@ -7,40 +7,41 @@
 
 namespace zeb::cli {
 
-/// What is known about where a stream leads.
+/// Properties of the terminal or file behind a stream.
 struct Terminal {
-    bool isTerminal = false;   ///< a person is looking, and lines can be redrawn
-    bool showsColour = false;  ///< colour is possible and wanted
-    /// Its width in characters as of now; 0 when unknown.
+    bool isTerminal = false;   ///< for a user; lines can be redrawn
+    bool showsColour = false;  ///< colour is supported and not disabled
+    /// Returns the current width in characters; 0 if unknown.
     std::function<int()> columns = [] { return 0; };
 };
 
-/// Looks at an open file descriptor and the environment (`NO_COLOR`, `TERM`).
+/// Inspects an open file descriptor and the environment (`NO_COLOR`, `TERM`).
 Terminal terminalOf(int descriptor);
 
 enum class Colour { none, green, yellow, red };
 
-/// Where the program talks to: results and progress on one stream, everything else on the other.
-/// A stream that breaks falls silent, which is said once unless it is a closed pipe; the work goes on.
+/// The output streams of the program: results and progress on one, everything else on the other. After a
+/// write error a stream is no longer written to. The error is reported once, unless it is a closed pipe, and
+/// the work continues.
 class Console {
 public:
     Console(std::ostream& out, std::ostream& error, Terminal outTerminal, Terminal errorTerminal);
 
     const Terminal& outTerminal() const { return m_outTerminal; }
 
-    /// Writes `text` as it is to standard output and flushes it.
+    /// Writes `text` unchanged to standard output and flushes it.
     void write(std::string_view text);
-    /// Writes `text` to standard output, made harmless, and ends the line.
+    /// Writes `text`, escaped by `printable`, and a line end to standard output.
     void writeLine(std::string_view text);
-    /// Writes "zeb: " and `text` to standard error, made harmless, and ends the line.
+    /// Writes "zeb: ", `text`, escaped by `printable`, and a line end to standard error.
     void complain(std::string_view text, Colour colour = Colour::red);
-    /// Writes `text` to standard error, made harmless, and ends the line.
+    /// Writes `text`, escaped by `printable`, and a line end to standard error.
     void log(std::string_view text);
 
-    /// False once standard output could not take something.
+    /// Returns false after a write error on standard output.
     bool outIsGood() const;
 
-    /// `text` in `colour` for standard output, plain where colour is not wanted.
+    /// Returns `text` in `colour` for standard output, or plain if colour is disabled.
     std::string coloured(std::string_view text, Colour colour) const;
 
 private:

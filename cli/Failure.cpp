@@ -35,7 +35,7 @@ ExitCode exitCodeOf(const ExportError& error) {
     }
 }
 
-/// For the exception that is being handled.
+/// Returns the exit code for the exception being handled.
 ExitCode currentExitCode() {
     try {
         throw;
@@ -48,7 +48,7 @@ ExitCode currentExitCode() {
     } catch (const ZEBFormatError&) {
         return ExitCode::unreadableInput;
     } catch (const FileError&) {
-        // Inputs are opened by the media layer, whose errors are its own.
+        // Only for outputs: the media layer opens inputs and does not throw `FileError`.
         return ExitCode::unwritableOutput;
     } catch (const OutputError&) {
         return ExitCode::unwritableOutput;
@@ -57,7 +57,7 @@ ExitCode currentExitCode() {
     }
 }
 
-/// Returns the sentence about the exception that is being handled, with the option that would help.
+/// Returns the sentence about the exception being handled, with an option that would help.
 std::string currentText(ExitCode exitCode) {
     if (exitCode == ExitCode::interrupted) return localizedText("error_interrupted");
     try {
@@ -88,7 +88,7 @@ std::string textNaming(const std::string& file, const std::exception& error) {
 Failure describeCurrentFailure() {
     const ExitCode exitCode = currentExitCode();
     Failure failure{currentText(exitCode), exitCode};
-    // The texts are joined with what became of the output.
+    // Callers append the text about the state of the output.
     if (failure.text.ends_with('.')) failure.text.pop_back();
     return failure;
 }

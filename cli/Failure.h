@@ -8,22 +8,22 @@
 
 namespace zeb::cli {
 
-/// How the program ends. Part of the contract with scripts; described in every command's help.
+/// Exit codes of the program. They are part of the interface for scripts and described in every command's
+/// help.
 enum class ExitCode {
     done = 0,
-    conversionFailed =
-        1,  ///< neither the input nor the output is to blame (format limit, memory); a movie is not right
+    conversionFailed = 1,  ///< neither input nor output is at fault (format limit, memory); invalid movie
     wrongUsage = 2,
-    unreadableInput = 3,   ///< missing, not a video or a movie, or nothing in it can be decoded
+    unreadableInput = 3,   ///< missing, not a video or a movie, or nothing can be decoded
     unwritableOutput = 4,  ///< exists already, cannot be created, disk full
     interrupted = 130,
 };
 
-/// The table of exit codes for the end of a help text.
+/// The table of exit codes at the end of a help text.
 inline constexpr const char* exitCodeHelp =
     "Exit codes:\n"
     "  0    done\n"
-    "  1    a conversion failed, or a movie is not right\n"
+    "  1    conversion failed, or movie invalid\n"
     "  2    wrong usage\n"
     "  3    an input cannot be read\n"
     "  4    an output cannot be written\n"
@@ -31,29 +31,29 @@ inline constexpr const char* exitCodeHelp =
     "With several files all are tried; the exit code is that of the first failure.\n"
     "An interrupt ends the whole program.";
 
-/// Arguments that make no sense. `what()` is one line for the person who typed them.
+/// Invalid arguments. `what()` is one line for the user.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// What a person, in the language in use, and a script are told about an error.
+/// An error for the user, in the current language, and for a script.
 struct Failure {
     std::string text;  ///< without a full stop
     ExitCode exitCode;
 };
 
-/// Whether `path` is the address of something that is no file of this computer ("http://..."), and no file
-/// has it as its name.
+/// Returns whether `path` is a URL of something that is not a local file ("http://...") and no file has this
+/// name.
 bool isRemoteAddress(const std::string& path);
 
-/// Returns what a person reads about an error of `file`: the text names it, whether the error does or not.
+/// Returns the error text for the user about `file`. The text names the file even if the error does not.
 std::string textNaming(const std::string& file, const std::exception& error);
 
-/// Describes the exception that is being handled. To be called in a catch block only.
+/// Describes the exception being handled. Must be called in a catch block.
 Failure describeCurrentFailure();
 
-/// The same for an error met with `file`, which the text names.
+/// Like `describeCurrentFailure`, for an error with `file`, which the text names.
 Failure describeFailureOf(const std::string& file);
 
 }  // namespace zeb::cli

@@ -9,7 +9,7 @@
 namespace zeb::cli {
 namespace {
 
-// A signal handler has no other way to reach the program than a global.
+// A signal handler can only communicate with the program through a global.
 std::atomic<bool> interrupted = false;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
@@ -22,7 +22,7 @@ void requestStopOn(int signal) {
     if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) return;
     action.sa_handler = noteInterruption;
     sigemptyset(&action.sa_mask);
-    // Reset: the second signal gets the system's default. Restart: writes of the movie are not cut into.
+    // Reset: the second signal has the default action. Restart: writes of the movie are not interrupted.
     action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
     sigaction(signal, &action, nullptr);
 }
@@ -31,7 +31,7 @@ void requestStopOn(int signal) {
 
 void prepareProcess() noexcept {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
-        // The lowest free number is taken, which is this one.
+        // `open` returns the lowest free descriptor, which is this one.
         if (fcntl(descriptor, F_GETFD) == -1) static_cast<void>(open("/dev/null", O_RDWR));
     }
     signal(SIGPIPE, SIG_IGN);

@@ -12,10 +12,10 @@ namespace zeb::cli {
 
 struct JsonField;
 
-/// An object: its fields in the order of the output.
+/// An object: its fields in output order.
 using JsonFields = std::vector<JsonField>;
 
-/// A value of JSON. An empty optional value is null.
+/// A JSON value. An empty optional is null.
 struct JsonValue {
     std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string, JsonFields> value;
 
@@ -39,7 +39,7 @@ struct JsonField {
     JsonValue value;
 };
 
-/// One line of JSON (RFC 8259) in ASCII; text that is not UTF-8 gets replacement characters.
+/// Returns one line of JSON (RFC 8259) in ASCII. Invalid UTF-8 becomes replacement characters.
 std::string jsonLine(const JsonFields& fields);
 
 }  // namespace zeb::cli

@@ -14,7 +14,7 @@
 namespace zeb::cli {
 namespace {
 
-/// The parser's messages may span lines; the program's errors are one line.
+/// Joins the lines of a parser message: the program's errors have one line.
 std::string oneLine(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
     while (!text.empty() && (text.back() == ' ' || text.back() == '.'))
@@ -63,7 +63,7 @@ void declareAll(CLI::App& parser, const Command& command, void* arguments) {
     parser.footer(notes + (notes.empty() ? "" : "\n\n") + exitCodeHelp);
 }
 
-/// The parser of the whole program, and what it has read.
+/// The parser of the whole program and its result.
 struct Program {
     CLI::App parser{programSummary, programName};
     const Command* chosen = nullptr;
@@ -87,8 +87,8 @@ struct Program {
     }
 };
 
-/// The parser takes a file named "[a,b]" for a list of two. Written as "./[a,b]" it is a file again; values
-/// of options stay as they are.
+/// Prefixes a file name "[a,b]" with "./", because the parser would treat it as a list of two. Values of
+/// options are unchanged.
 std::vector<std::string> withBracketsProtected(std::vector<std::string> words, const CLI::App& parser) {
     bool isValue = false;
     bool namesOnly = false;
@@ -103,7 +103,7 @@ std::vector<std::string> withBracketsProtected(std::vector<std::string> words, c
 }
 
 void parse(CLI::App& parser, std::vector<std::string> words) {
-    // The parser takes them last one first.
+    // The parser expects reverse order.
     std::reverse(words.begin(), words.end());
     parser.parse(words);
 }

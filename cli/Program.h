@@ -7,10 +7,11 @@
 
 namespace zeb::cli {
 
-/// Runs the program with the arguments after its name. Every error ends here as one line on `console`.
+/// Runs the program with the arguments after its name. Every error is reported as one line on `console`.
 ExitCode runProgram(const std::vector<std::string>& arguments, Console& console) noexcept;
 
-/// Reads the words after a command's name into `arguments`, made by its `makeArguments`. Throws `UsageError`.
+/// Reads the words after a command's name into `arguments`, created by its `makeArguments`. Throws
+/// `UsageError`.
 void readArguments(const Command& command, const std::vector<std::string>& words, void* arguments);
 
 }  // namespace zeb::cli

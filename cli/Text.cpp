@@ -11,10 +11,10 @@ namespace {
 
 struct CodePoint {
     char32_t value;
-    std::size_t length;  // in bytes; 0 when the bytes are not UTF-8
+    std::size_t length;  // in bytes; 0 if the bytes are not UTF-8
 };
 
-// The code point that `text`, which is not empty, starts with.
+// Returns the first code point of `text`, which is not empty.
 CodePoint firstCodePoint(std::string_view text) {
     const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
     const unsigned char lead = byte(0);

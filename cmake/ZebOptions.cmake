@@ -1,4 +1,4 @@
-# Options and compiler settings that every room shares.
+# Options and compiler settings shared by all rooms.
 
 option(ZEB_BUILD_TESTS "Build the test suite" ON)
 option(ZEB_BUILD_BENCHMARKS "Build the benchmarks" ON)
@@ -19,15 +19,15 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 # Kernels need -O3: -O2 does not vectorise them.
 set(CMAKE_CXX_FLAGS_RELEASE "-O3 -DNDEBUG")
 
-# What every target of our own is compiled with.
+# Compiler settings of all targets of this project.
 add_library(zeb_compile_options INTERFACE)
 target_compile_options(zeb_compile_options INTERFACE
   -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor -Werror
   # Output bytes must not depend on whether a compiler fuses multiply and add.
   -ffp-contract=off
-  # GCC 12 sees overlaps and overruns in its own strings and vectors that are not there (its bug 105651 and kin).
+  # GCC 12 reports false overlaps and overruns in its strings and vectors (GCC bug 105651 and related).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict -Wno-array-bounds -Wno-stringop-overflow>
-  # Not the tests themselves, which compile for longer than they run.
+  # Not for the tests themselves, whose compile time exceeds their run time.
   $<$<AND:$<BOOL:${ZEB_OPTIMISE_DEBUG}>,$<NOT:$<BOOL:$<TARGET_PROPERTY:ZEB_IS_TEST>>>>:-O1>)
 target_include_directories(zeb_compile_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_definitions(zeb_compile_options INTERFACE _FILE_OFFSET_BITS=64)
@@ -36,16 +36,17 @@ if(ZEB_SANITIZE)
   target_compile_options(zeb_compile_options INTERFACE
     -fsanitize=${ZEB_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(zeb_compile_options INTERFACE -fsanitize=${ZEB_SANITIZE})
-  # Sanitizer run-times start after the resolvers of multi-versioned functions have run.
+  # Sanitizer run-times start after the resolvers of multi-versioned functions have been called.
   target_compile_definitions(zeb_compile_options INTERFACE ZEB_NO_MULTIVERSIONING)
 endif()
 if(ZEB_BUILD_FUZZERS)
-  # Coverage that steers the fuzzer; only the targets themselves link its main function.
+  # Coverage instrumentation for the fuzzer; only the fuzz targets link its main function.
   target_compile_options(zeb_compile_options INTERFACE -fsanitize=fuzzer-no-link)
   target_link_options(zeb_compile_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# Windows are compiled ahead of time where they are to open at once; for tests that would cost more than it saves.
+# Compile QML ahead of time where windows must open quickly; in Debug builds this would cost more time than it
+# saves.
 if(CMAKE_BUILD_TYPE STREQUAL "Debug")
   set(ZEB_QML_OPTIONS NO_CACHEGEN)
 endif()

@@ -1,6 +1,6 @@
 # The Debian package of both programs: `cpack -G DEB` in the release build, configured with
-# ZEB_DEVELOPMENT_RESOURCES=OFF, lest the installed program looks for this source tree.
-# libzeb has components of its own and is not part of it.
+# ZEB_DEVELOPMENT_RESOURCES=OFF so that the installed program does not use this source tree. libzeb has
+# separate components and is not included.
 set(CPACK_PACKAGE_NAME zebmaker)
 set(CPACK_PACKAGE_CONTACT "ZEBMaker <zebmaker@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "converter and player of ZEB movies for the Sinclair QL")
@@ -18,7 +18,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# What the windows load at run time, which no tool reads from the programs.
+# QML modules loaded at run time. No tool can detect them in the binaries.
 set(run_time_modules
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
   qml6-module-qtquick-controls qml6-module-qtquick-layouts qml6-module-qtquick-shapes qml6-module-qtquick-templates

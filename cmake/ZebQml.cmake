@@ -1,6 +1,6 @@
 # zeb_qml(TARGET)
-# The house's compiler settings for a library that holds a QML module. What Qt compiles from QML converts and shadows as
-# it likes.
+# Applies the project's compiler settings to a library with a QML module. Conversion and shadowing warnings
+# are disabled for the code generated from QML.
 function(zeb_qml target)
   get_target_property(sources ${target} SOURCES)
   list(FILTER sources INCLUDE REGEX "qmlcache")

@@ -1,6 +1,6 @@
 # zeb_room(NAME SOURCES file... [USES target...] [PRIVATE_USES target...] [SEPARATE])
-# One room (top-level folder) as a static library with the house's compiler settings. SEPARATE: its sources name things
-# of their own alike, so that they cannot be compiled as one.
+# Adds one room (top-level folder) as a static library with the project's compiler settings. SEPARATE: the
+# sources use the same internal names, so they must not be compiled as one unit.
 function(zeb_room name)
   cmake_parse_arguments(ROOM "SEPARATE" "" "SOURCES;USES;PRIVATE_USES" ${ARGN})
   add_library(${name} STATIC ${ROOM_SOURCES})

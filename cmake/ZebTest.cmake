@@ -1,6 +1,7 @@
 # zeb_test(NAME SOURCES file... [USES target...] [ALONE] [SEPARATE])
-# One GoogleTest program whose cases CTest knows one by one. ALONE: nothing else is tested meanwhile. Its sources are
-# compiled as one, since most of the time goes into GoogleTest's headers; SEPARATE: as for rooms.
+# Adds one GoogleTest program whose cases are separate CTest tests. ALONE: no other test runs at the same
+# time. The sources are compiled as one unit, because most of the time is spent on GoogleTest's headers;
+# SEPARATE: as for rooms.
 include(GoogleTest)
 find_package(GTest REQUIRED)
 

@@ -99,7 +99,7 @@ ZEB_ALWAYS_INLINE void quantisePixels(const std::uint8_t* rgba, std::span<std::u
 }
 
 constexpr std::size_t rowsInFlight = 8;
-/// Pixels that a row is behind the row above, whose upper right neighbour is then complete.
+/// Distance in pixels of a row behind the row above: the upper right neighbour is then complete.
 constexpr std::size_t lag = 2;
 
 /// Vector types of the baseline instruction set of every supported processor.
@@ -124,8 +124,8 @@ struct Strip {
     const std::int64_t* valueSteps;  ///< difference of the bit patterns of the values of levels n + 1 and n
 };
 
-/// Dithers the rows of a strip in parallel. Each row is two pixels behind the row above, so that the errors
-/// from there are complete and the eight pixels are independent. A pixel receives its errors in the order of
+/// Dithers the rows of a strip in parallel. Each row is two pixels behind the row above. The errors from
+/// above are then complete, and the eight pixels are independent. A pixel receives its errors in the order of
 /// row-by-row processing, because floating-point sums depend on the order: upper left, upper, upper right,
 /// left.
 ///

@@ -255,7 +255,7 @@ struct FrameDecoder::Sprite {
 };
 
 bool FrameDecoder::canDecode(Bytes start, std::uint64_t size, int width, int height) {
-    // Room for what may stand between the parts of a sprite.
+    // Allowance for bytes between the parts of a sprite.
     constexpr std::uint64_t alwaysFits = 64 * 1024;
     if (size <= alwaysFits || isRawSize(size, width, height)) return true;
     if (start.size() < sprite::headerSize) return false;
@@ -263,7 +263,7 @@ bool FrameDecoder::canDecode(Bytes start, std::uint64_t size, int width, int hei
     if (isRawSide(ownWidth) && isRawSide(ownHeight) && isRawSize(size - 8, ownWidth, ownHeight)) return true;
     Sprite sprite(start);
     if (sprite.form == 0 || !sprite.hasSides() || !sprite.findGeometry()) return false;
-    // A pattern and a mask, each of which no compression makes more than twice as long.
+    // A pattern and a mask. No compression makes either more than twice as long.
     const std::int64_t part = std::max(sprite.patternBytes(), std::int64_t{sprite.width} * sprite.height);
     return size - alwaysFits <= static_cast<std::uint64_t>(4 * part);
 }

@@ -27,7 +27,7 @@ struct SpriteHeader {
     std::uint8_t control;
     int width;
     int height;
-    std::size_t patternAt;  ///< where the pattern begins
+    std::size_t patternAt;  ///< offset of the pattern in the record
 };
 
 /// Writes the header to the start of `record`, whose bytes are 0.

@@ -1,7 +1,7 @@
 // tiny_movie FILE
 //
-// Writes a movie of two seconds, a bar that moves over a coloured ground to a rising tone, and reads it back:
-// the whole way from pictures to a file and from the file to pictures again.
+// Writes a movie of two seconds, a bar moving over a coloured background with a rising tone, and reads it
+// back: from pictures to a file and from the file to pictures.
 
 #include <zeb/codec/SpriteEncoder.h>
 #include <zeb/format/ZEBReader.h>
@@ -17,12 +17,12 @@
 
 namespace {
 
-constexpr int width = 128, height = 64;  // the QL likes widths that are multiples of 8
+constexpr int width = 128, height = 64;  // a multiple of 8, which QL programs prefer
 constexpr int framesPerSecond = 5, seconds = 2;
-constexpr int soundRate = 20000;  // the only rate there is
+constexpr int soundRate = 20000;  // the only supported rate
 
-/// The encoder takes anything that can draw itself. Real pictures are scaled here; this one is made at any
-/// size.
+/// The encoder accepts any subclass of `Picture`. A real picture is scaled to the bitmap; this one is
+/// computed at its size.
 class MovingBar : public zeb::Picture {
 public:
     explicit MovingBar(int frame) : m_frame(frame) {}
@@ -61,7 +61,7 @@ void writeMovie(const std::string& path) {
     movie.width = width;
     movie.height = height;
     movie.fps = framesPerSecond;
-    movie.qlMode = 32;  // 16 bits per pixel; 4 would be the QL's four colours
+    movie.qlMode = 32;  // 16 bits per pixel; 4 selects the QL's four colours
     movie.totalFrames = framesPerSecond * seconds;
     movie.frameIndexCount = seconds;
     movie.audioChannels = 1;
@@ -77,18 +77,18 @@ void writeMovie(const std::string& path) {
         const std::vector<std::span<const std::uint8_t>> frames(records.begin(), records.end());
         writer.writeSecond(tone(440 * (second + 1)), frames);
     }
-    writer.finish();  // without it the movie still plays, but seeking is slow
+    writer.finish();  // without it the movie plays, but seeking is slow
     writer.close();
 }
 
-/// Whether the file holds what was written.
+/// Reads the movie back; returns false if it differs.
 bool readMovie(const std::string& path) {
     zeb::ZEBReader reader(path);
     const zeb::ZEBHeader& header = reader.readHeader();
     std::cout << header.title << ": " << header.width << " x " << header.height << ", " << header.fps
               << " frames per second, " << header.frameCount << " frames\n";
 
-    // Frames come in order, or from any frame on.
+    // Read frames in order, or from any frame on.
     for (const int frame : {0, 1, 2, framesPerSecond * seconds - 1}) {
         reader.seekToFrame(frame);
         const std::optional<zeb::FrameImage> image = reader.nextFrame(false);
@@ -96,7 +96,7 @@ bool readMovie(const std::string& path) {
             std::cerr << "frame " << frame << ": " << reader.lastDecodeDebug() << '\n';
             return false;
         }
-        // Blue, green, red, alpha; the bar is the only thing with red in it.
+        // Pixels are blue, green, red, alpha; only the bar contains red.
         int firstRed = 0;
         while (firstRed < image->width && image->pixels[static_cast<std::size_t>(4 * firstRed + 2)] == 0)
             ++firstRed;
@@ -119,7 +119,7 @@ int main(int argc, char** argv) {
         writeMovie(argv[1]);
         return readMovie(argv[1]) ? 0 : 1;
     } catch (const std::exception& error) {
-        // Every error of the library carries the text for a person.
+        // `what()` of every error is its description.
         std::cerr << error.what() << '\n';
         return 1;
     }

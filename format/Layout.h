@@ -19,7 +19,7 @@ namespace zeb::layout {
 
 inline constexpr std::array<std::uint8_t, 4> magic{'Z', 'E', 'B', '1'};
 
-/// What the header size counts starts here, with the title length.
+/// Offset of the first byte that the header size counts: the title length.
 inline constexpr std::uint64_t headerBody = 8;
 inline constexpr std::size_t titleLengthSize = 2;
 inline constexpr std::size_t maxTitleLength = 65535;
@@ -37,7 +37,7 @@ inline constexpr std::uint16_t loopOption = 1;
 
 /// Width of a size field and of an index entry.
 inline constexpr std::size_t wordSize = 4;
-/// The largest value of such a field, and so the last place where a block may start.
+/// The largest value of such a field, and so the largest offset of a block.
 inline constexpr std::uint64_t maxWord = 0xFFFFFFFF;
 
 }  // namespace zeb::layout

@@ -8,7 +8,7 @@
 
 namespace zeb {
 
-/// What ends a conversion for a reason of its own.
+/// An error of the conversion itself, not of a file or of the system.
 class ZEBConverterError : public LocalizableError {
 public:
     enum class Case { cannotCreateOutput, noVideoTrack, cancelled };
@@ -34,27 +34,27 @@ private:
     Case m_case;
 };
 
-/// A file that is no ZEB file or contradicts itself. Domain "ZEB".
+/// The file is not a ZEB file or contradicts itself. Domain "ZEB".
 class ZEBFormatError : public PlatformError {
 public:
     enum Code { wrongMagic = 1, malformed = 999 };
 
     static ZEBFormatError notAMovie() { return {wrongMagic, "Kein ZEB1-File", {"error_not_a_movie"}}; }
-    /// A header field lies beyond the header size.
+    /// A header field is beyond the header size.
     static ZEBFormatError headerTooShort() {
         return {malformed, "Header zu kurz", {"error_header_too_short"}};
     }
-    /// The title's length passes the header size.
+    /// The title is longer than the header size allows.
     static ZEBFormatError titleOutsideHeader() {
         return {malformed, "Titel außerhalb Header", {"error_title_outside_header"}};
     }
-    /// Fewer bytes than a size field promised.
+    /// The file has fewer bytes than a size field states.
     static ZEBFormatError unexpectedEnd() {
         return {malformed, "Unerwartetes EOF", {"error_unexpected_end"}};
     }
-    /// No block starts where the next one should.
+    /// The file ends where the next block should start.
     static ZEBFormatError endOfMovie() { return {malformed, "EOF", {"error_end_of_movie"}}; }
-    /// A read without an open file.
+    /// The reader has no open file.
     static ZEBFormatError noFileHandle() { return {malformed, "FileHandle nil", {"error_no_file_handle"}}; }
 
 private:
@@ -62,14 +62,14 @@ private:
         : PlatformError("ZEB", code, description, std::move(text)) {}
 };
 
-/// A file whose soundtrack cannot be read. Domain "ZEBReader".
+/// The soundtrack of a file cannot be read. Domain "ZEBReader".
 class ZEBReaderError : public PlatformError {
 public:
-    /// Fewer bytes than a size field promised.
+    /// The file has fewer bytes than a size field states.
     static ZEBReaderError unexpectedEnd() { return {1, "Unexpected EOF", {"error_unexpected_end"}}; }
-    /// One to three bytes where a 32-bit value should be.
+    /// The file ends within a 32-bit value.
     static ZEBReaderError truncatedWord() { return {2, "Truncated u32", {"error_truncated_word"}}; }
-    /// Nothing where a 32-bit value must be.
+    /// The file ends before a required 32-bit value.
     static ZEBReaderError missingWord() { return {3, "Unexpected EOF", {"error_unexpected_end"}}; }
     static ZEBReaderError notAMovie() { return {4, "Not a ZEB1 file", {"error_not_a_movie"}}; }
 
@@ -85,12 +85,11 @@ public:
         return {label, value};
     }
 
-    /// The field: "width", "height", "fps", "qlMode", "totalFrames", "header size" (the title and index are
-    /// too long for it), "sound data size", "frame data size", "one-second block length", "one-second block
-    /// total size", "one-second block file offset" or "frame index offsets count" (more seconds than
-    /// announced).
+    /// The field: "width", "height", "fps", "qlMode", "totalFrames", "header size" (title and index are too
+    /// long), "sound data size", "frame data size", "one-second block length", "one-second block total size",
+    /// "one-second block file offset" or "frame index offsets count" (more seconds written than announced).
     const std::string& label() const noexcept { return m_label; }
-    /// The offending value; a negative one is carried as 0.
+    /// The rejected value; 0 for a negative one.
     std::uint64_t value() const noexcept { return m_value; }
 
 private:
@@ -102,7 +101,7 @@ private:
           m_label(std::move(label)),
           m_value(value) {}
 
-    /// The label's key: "field_" and the label with lines in place of spaces and hyphens.
+    /// Returns the key of the label's text: "field_" and the label with underscores for spaces and hyphens.
     static KeyedText fieldText(std::string label) {
         for (char& character : label) {
             if (character == ' ' || character == '-') character = '_';
@@ -114,7 +113,7 @@ private:
     std::uint64_t m_value;
 };
 
-/// A movie with whole seconds behind damaged ones, which are not cut off.
+/// A movie has whole seconds after damaged ones. It is not cut off, which would lose them.
 class MovieDamageError : public LocalizableError {
 public:
     MovieDamageError(std::int64_t second, std::uint64_t offset, std::int64_t secondsBehind)
@@ -130,7 +129,7 @@ public:
     std::int64_t second() const noexcept { return m_second; }
     /// Bytes from the start of the file to its block.
     std::uint64_t offset() const noexcept { return m_offset; }
-    /// Whole seconds behind it.
+    /// Number of whole seconds after it.
     std::int64_t secondsBehind() const noexcept { return m_secondsBehind; }
 
 private:

@@ -11,8 +11,8 @@
 namespace zeb {
 namespace {
 
-/// Takes one character off the front of a text that is not empty; nothing unless it is well-formed UTF-8 (RFC
-/// 3629: shortest form, no surrogates, nothing above U+10FFFF).
+/// Removes the first character of a text that is not empty and returns it. Returns nothing unless it is
+/// well-formed UTF-8 (RFC 3629: shortest form, no surrogates, at most U+10FFFF).
 std::optional<char32_t> takeCharacter(std::string_view& text) {
     const auto byteAt = [&](std::size_t index) { return static_cast<std::uint8_t>(text[index]); };
     const std::uint8_t lead = byteAt(0);
@@ -41,7 +41,7 @@ bool isUTF8(std::string_view text) {
     return true;
 }
 
-/// Nothing when a character has no place in Latin-1. `text` is valid UTF-8.
+/// Returns nothing if a character is not in Latin-1. `text` is valid UTF-8.
 std::optional<std::vector<std::uint8_t>> latin1From(std::string_view text) {
     std::vector<std::uint8_t> bytes;
     while (!text.empty()) {
@@ -62,7 +62,7 @@ std::vector<std::uint8_t> encodeTitle(std::string_view title) {
 }
 
 std::string decodeTitle(std::span<const std::uint8_t> bytes) {
-    // ASCII is UTF-8 as it stands.
+    // ASCII is also valid UTF-8.
     std::string text(bytes.begin(), bytes.end());
     return isUTF8(text) ? text : "ZEB";
 }
@@ -75,11 +75,11 @@ Value need(std::optional<Value> value) {
     return *value;
 }
 
-/// Everything before the index; leaves `body` at the first entry.
+/// Parses all fields before the index; leaves `body` at the first index entry.
 ZEBHeader parseFields(ByteReader& body) {
     const auto titleBytes = body.take(need(body.read16()));
     if (!titleBytes) throw ZEBFormatError::titleOutsideHeader();
-    // The pad byte. Where it is missing, so are the fields, and they tell.
+    // Skip the pad byte. If it is missing, the fields are missing too and raise the error.
     if (body.position() % 2 != 0) body.take(1);
 
     ZEBHeader header;
@@ -121,7 +121,7 @@ LocatedHeader readHeader(ReadableFile& file) {
     if (bodySize > file.size() - std::min(file.size(), layout::headerBody))
         throw ZEBFormatError::unexpectedEnd();
 
-    // The longest title, its pad byte and the fields: nothing before the index lies beyond.
+    // The longest title, its pad byte and the fields: everything before the index.
     constexpr std::size_t longest =
         layout::titleLengthSize + layout::maxTitleLength + 1 + layout::fixedFieldsSize;
     std::vector<std::uint8_t> body(std::min<std::uint64_t>(bodySize, longest));

@@ -14,7 +14,7 @@
 namespace zeb {
 namespace {
 
-/// Appends `count` bytes to `target`; false when fewer are there.
+/// Appends `count` bytes to `target`; returns false if the file has fewer.
 bool appendBytes(FileCursor& file, std::uint64_t count, std::vector<std::uint8_t>& target) {
     if (count > file.remaining()) return false;
     const std::size_t before = target.size();
@@ -32,7 +32,7 @@ std::vector<std::uint32_t> readIndex(ReadableFile& file, const HeaderPlaces& pla
     return offsets;
 }
 
-/// A 32-bit value of the soundtrack path; nothing at the end of the file.
+/// Reads a 32-bit value of the soundtrack; returns nothing at the end of the file.
 std::optional<std::uint32_t> optionalWord(FileCursor& file) {
     std::array<std::uint8_t, layout::wordSize> bytes{};
     const std::size_t count = file.read(bytes);
@@ -106,7 +106,7 @@ void ZEBReader::seekToFrame(std::int64_t k) {
     }
 }
 
-/// Enters the block at the position; its absence is the end of the movie.
+/// Enters the block at the position. Throws `ZEBFormatError::endOfMovie` at the end of the file.
 void ZEBReader::startBlock() {
     if (!openFile().readWord()) {
         m_reachedEOF = true;
@@ -126,7 +126,7 @@ std::optional<FrameImage> ZEBReader::nextFrame(bool loop) {
     const std::uint32_t size = readWord();
     const ZEBHeader& header = m_located->header;
     if (!readFrameRecord(*m_file, size, header.width, header.height, m_record)) {
-        m_file->skip(size);  // to the end, where reading what there is would have led
+        m_file->skip(size);  // skips to the end of the file, as a partial read would
         throw ZEBFormatError::unexpectedEnd();
     }
     --m_framesLeftInSecond;

@@ -17,55 +17,58 @@ namespace zeb {
 /// The sound of a whole movie: unsigned 8-bit samples, channels interleaved, 128 is silence.
 struct Soundtrack {
     std::vector<std::uint8_t> bytes;
-    int sampleRate = 0;  ///< Hz, as the header says
+    int sampleRate = 0;  ///< Hz, from the header
     int audioChannels = 0;
 };
 
-/// Reads a ZEB file: header, frames in order or from any frame on, the soundtrack. Holds the header, one
-/// frame record and a position, never more; of an index the first `mostEntriesKept` entries. Used by one
-/// thread at a time; `readAllAudio` uses a handle of its own.
+/// Reads a ZEB file: header, frames in order or from any frame on, the soundtrack. Keeps only the header
+/// (with the first `mostEntriesKept` entries of the index), one frame record and a position in memory. Used
+/// by one thread at a time; `readAllAudio` opens the file separately.
 ///
-/// Create, `readHeader`, then `nextFrame` and `seekToFrame` in any order; `readAllAudio` at any time. Errors
-/// of the frame path are `ZEBFormatError`, those of the soundtrack `ZEBReaderError` (and `ZEBFormatError` for
-/// its header), those of the file `FileError`. After an error a seek recovers.
+/// Call `readHeader` first, then `nextFrame` and `seekToFrame` in any order; `readAllAudio` at any time.
+/// `nextFrame` and `seekToFrame` throw `ZEBFormatError`, `readAllAudio` throws `ZEBReaderError` (and
+/// `ZEBFormatError` for the header). File operations throw `FileError`. After an error a seek recovers.
 class ZEBReader {
 public:
     using Open = std::function<std::unique_ptr<ReadableFile>()>;
 
-    /// Entries of the index in the header that `readHeader` returns: three days. Later ones are read from the
-    /// file when they are needed.
+    /// Maximum number of index entries in the header that `readHeader` returns: three days. Later entries are
+    /// read from the file when needed.
     static constexpr std::size_t mostEntriesKept = std::size_t{1} << 18;
 
-    /// Opens nothing yet.
+    /// Does not open the file.
     explicit ZEBReader(const std::string& path);
-    /// On whatever `open` gives; it is called for the frame path and again for the soundtrack.
+    /// Reads the file that `open` returns. `open` is called once for header and frames and again for the
+    /// soundtrack.
     explicit ZEBReader(Open open);
 
-    /// Opens the file and parses its header; later calls return what the first one found.
+    /// Opens the file and parses its header; later calls return the first result.
     const ZEBHeader& readHeader();
 
-    /// The next frame. At the end of the movie: throws "EOF" once, then gives nothing; with `loop` starts
-    /// again at frame 0. Nothing, too, for a record that cannot be decoded (`lastDecodeDebug` tells why; the
-    /// first of a row is reported on standard output) and without an open file.
+    /// Returns the next frame. At the end of the movie it throws "EOF" once and returns nothing from then on;
+    /// with `loop` it continues at frame 0. Returns nothing without an open file, and for a record that
+    /// cannot be decoded: `lastDecodeDebug` has the reason, and the first of consecutive failures is printed
+    /// to standard output.
     std::optional<FrameImage> nextFrame(bool loop);
 
-    /// Makes frame `k` the next one; below 0 it is the first, beyond the end the last. Through the index
-    /// where it leads to a whole block (format/walk/BlockWalker.h), else by the lengths of the blocks before.
-    /// Does nothing before the header has been read.
+    /// Makes frame `k` the next one: the first frame if `k` is negative, the last one if `k` is too large.
+    /// Uses the index if its entry leads to a whole block (format/walk/BlockWalker.h), else the lengths of
+    /// the blocks before. Does nothing before `readHeader`.
     void seekToFrame(std::int64_t k);
 
-    /// The sound of all blocks. A movie that ends within a block's frames gives the sound up to there.
+    /// Returns the sound of all blocks. If the file ends between two frames of a block, the sound of this
+    /// block is the last one.
     Soundtrack readAllAudio();
 
     /// Closes the file. Also done on destruction.
     void close() noexcept { m_file.reset(); }
 
-    /// How 16-bit pixels are read from the next frame on; `rgb565LE`, the encoder's own, unless set.
+    /// Sets the layout of 16-bit pixels from the next frame on. The default is the encoder's `rgb565LE`.
     void setMode32Interpretation(Mode32Interpretation value) noexcept {
         m_decoder.mode32Interpretation = value;
     }
     Mode32Interpretation mode32Interpretation() const noexcept { return m_decoder.mode32Interpretation; }
-    /// One line about the last decoding of a frame.
+    /// A diagnostic line about the last decoded frame.
     const std::string& lastDecodeDebug() const noexcept { return m_decoder.lastDecodeDebug(); }
 
 private:

@@ -31,7 +31,7 @@ std::uint32_t checkedSize(std::uint64_t size, const char* label) {
     return static_cast<std::uint32_t>(size);
 }
 
-/// first + count x layout::wordSize, or the largest number where that is too much for one.
+/// Returns first + count x layout::wordSize, or the largest number if the sum overflows.
 std::uint64_t sizeWithWords(std::uint64_t first, std::uint64_t count) {
     constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
     return count > (largest - first) / layout::wordSize ? largest : first + count * layout::wordSize;
@@ -47,7 +47,7 @@ std::unique_ptr<WritableFile> createMovieFile(const std::string& path) {
     try {
         files::removeFile(path);
     } catch (const FileError&) {
-        // Then creating the file fails as well and says so.
+        // Creating the file fails too and throws the error.
     }
     try {
         return createForWriting(path);
@@ -67,7 +67,7 @@ ZEBWriter::ZEBWriter(std::unique_ptr<WritableFile> handle, const MovieParameters
 
     const std::vector<std::uint8_t> title = encodeTitle(movie.title);
     std::vector<std::uint8_t> header(layout::magic.begin(), layout::magic.end());
-    append32(header, 0);  // header size, once it is known
+    append32(header, 0);  // placeholder of the header size
     append16(header, static_cast<std::uint16_t>(title.size()));
     append(header, title);
     if (title.size() % 2 != 0) header.push_back(0);
@@ -86,7 +86,7 @@ ZEBWriter::ZEBWriter(std::unique_ptr<WritableFile> handle, const MovieParameters
 
     m_frameIndexCount = movie.frameIndexCount;
     m_frameIndexOffsetsPos = header.size();
-    // Checked before the index is made, so that an absurd count costs no memory.
+    // Check the size before the index is allocated, so that an absurd count costs no memory.
     const std::uint64_t headerSize =
         sizeWithWords(header.size() - layout::headerBody, static_cast<std::uint64_t>(m_frameIndexCount));
     bigEndian::store32(std::span(header).subspan<layout::magic.size(), 4>(),
@@ -113,7 +113,7 @@ void ZEBWriter::writeSecond(std::span<const std::uint8_t> sound,
     checkedSize(blockLength, "one-second block length");
     const std::uint64_t totalSize = layout::wordSize + blockLength;
 
-    // The block in pieces, so that nothing is copied together: each part behind its length.
+    // Write the block in pieces, each part after its length, so that no part is copied.
     std::vector<Word> lengths(2 + frames.size());
     std::vector<std::span<const std::uint8_t>> pieces;
     const auto add = [&](std::uint64_t length, std::span<const std::uint8_t> part) {
@@ -172,8 +172,8 @@ void ZEBWriter::close() {
     if (firstFailure) std::rethrow_exception(firstFailure);
 }
 
-/// After a failed write: what was begun at `position` goes. The failure itself is what matters, so that this
-/// one stays quiet; a torn block can still be cut off later.
+/// Removes the incomplete block that starts at `position` after a failed write. Ignores errors: the failed
+/// write is reported already, and a torn block can be cut off later.
 void ZEBWriter::cutOff(std::uint64_t position) noexcept {
     m_bytesWritten = position;
     try {

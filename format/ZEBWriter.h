@@ -10,10 +10,10 @@
 
 namespace zeb {
 
-/// What a movie's header says, as given to a writer. Signed and wide, so that the writer can refuse what does
-/// not fit its field.
+/// The header of a movie to be written. The numbers are signed and wide, so that the writer can reject values
+/// that do not fit their field.
 struct MovieParameters {
-    std::string title;       ///< UTF-8; stored as ISO Latin-1 where it can be, else as UTF-8
+    std::string title;       ///< UTF-8; stored as ISO Latin-1 if possible, else as UTF-8
     std::int64_t width = 0;  ///< pixels
     std::int64_t height = 0;
     std::int64_t fps = 0;              ///< frames per second and per block, at least 1
@@ -21,43 +21,43 @@ struct MovieParameters {
     std::int64_t totalFrames = 0;      ///< seconds x fps
     std::int64_t frameIndexCount = 0;  ///< seconds that will be written; not negative
     int audioChannels = 0;             ///< 0 (no sound), 1 or 2
-    bool loop = false;                 ///< the movie is meant to be played again and again
+    bool loop = false;                 ///< the movie is meant to loop
 };
 
-/// Creates the file for a movie, in place of one that stands there. When that is not possible:
-/// `ZEBConverterError::cannotCreateOutput(path)`.
+/// Creates the file for a movie and replaces an existing one. Throws
+/// `ZEBConverterError::cannotCreateOutput(path)` on failure.
 std::unique_ptr<WritableFile> createMovieFile(const std::string& path);
 
-/// Writes a ZEB file: the header with placeholders at creation, one one-second block per `writeSecond`, and
-/// at the end the size of the largest block and the frame index over their placeholders. Used by one thread
-/// at a time: create, `writeSecond` ..., `finish`, `close`. Without `finish` a valid header with a zero index
-/// remains, and readers walk the blocks.
+/// Writes a ZEB file: the header with placeholders at creation, a one-second block per `writeSecond`, and at
+/// the end the size of the largest block and the frame index over the placeholders. Used by one thread at a
+/// time. Call order: constructor, `writeSecond` for each second, `finish`, `close`. Without `finish` the file
+/// keeps a valid header with a zero index, and readers walk the blocks.
 ///
 /// Throws `ZEBWriterError` for values beyond the format's fields and `FileError` for the file. The layout of
 /// the file is in `format/Layout.h`.
 class ZEBWriter {
 public:
-    /// Makes the file by `createMovieFile` and writes the header.
+    /// Creates the file with `createMovieFile` and writes the header.
     ZEBWriter(const std::string& path, const MovieParameters& movie);
-    /// The same on a file that is already open and empty.
+    /// Writes the movie to `handle`, an open and empty file.
     ZEBWriter(std::unique_ptr<WritableFile> handle, const MovieParameters& movie);
 
-    /// Appends one second: its sound and its encoded frames in display order, exactly fps of them, records as
-    /// `SpriteEncoder` makes them. The sound is audioChannels x 20000 bytes, unsigned samples of 8 bits, 128
-    /// = silence, channels interleaved; empty without channels. The writer stores what it is given and counts
-    /// neither frames nor samples. The block is handed to the file as one write.
+    /// Appends one second: its sound and its encoded frames in display order, exactly fps records made by
+    /// `SpriteEncoder`. The sound is audioChannels x 20000 bytes, unsigned samples of 8 bits, 128 = silence,
+    /// channels interleaved; empty without channels. The numbers of frames and samples are not checked. The
+    /// block is passed to the file in one write.
     ///
-    /// Neither sound, frame nor block may reach 4 GiB, nor may a block begin there: `ZEBWriterError`, before
-    /// anything is written unless the length field alone takes the block that far. When writing fails, what
-    /// was written of the block is cut off again: whole seconds stay. The failed second keeps its place in
-    /// the index, so after a failure call `close` and `finishPartialFile` instead of `finish`.
+    /// Throws `ZEBWriterError` if the sound, a frame, the block or the block's offset reaches 4 GiB. Nothing
+    /// is written then, unless only the block's length field exceeds the limit. After a failed write the
+    /// incomplete block is cut off, so that whole seconds remain. The failed second keeps its entry in the
+    /// index: call `close` and `finishPartialFile` instead of `finish`.
     void writeSecond(std::span<const std::uint8_t> sound,
                      std::span<const std::span<const std::uint8_t>> frames);
 
-    /// Writes the largest block size and the index, and flushes the file. Once, after the last second.
+    /// Writes the largest block size and the index, and flushes the file. Called once, after the last second.
     void finish();
 
-    /// Flushes to disk and closes. Ends the writer's use.
+    /// Flushes to disk and closes. The writer cannot be used afterwards.
     void close();
 
     /// The file's length: header and whole blocks.

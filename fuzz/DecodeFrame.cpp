@@ -1,4 +1,4 @@
-// A frame record of any bytes, for file headers of any size, read in every order of bytes.
+// Decodes a frame record of any bytes, for file headers of any size, in every pixel layout.
 
 #include "codec/FrameDecoder.h"
 #include "fuzz/FuzzInput.h"
@@ -7,7 +7,7 @@ using namespace zeb;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::FuzzInput input(data, size);
-    static FrameDecoder decoder;  // its working memory comes from all inputs
+    static FrameDecoder decoder;  // keeps its working memory across inputs
     decoder.mode32Interpretation = allMode32Interpretations[input.number(1) % 4];
     const auto width = static_cast<int>(static_cast<std::uint32_t>(input.number(4)));
     const auto height = static_cast<int>(static_cast<std::uint32_t>(input.number(4)));

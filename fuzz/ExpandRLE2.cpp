@@ -1,4 +1,4 @@
-// A compressed block of any bytes and an expected length, against the literal expansion.
+// Expands a block of any bytes to an expected length and compares with a literal expansion.
 
 #include "codec/RLE2.h"
 #include "fuzz/FuzzInput.h"

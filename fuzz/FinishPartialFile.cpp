@@ -1,4 +1,4 @@
-// A file of any bytes made a finished movie, or copied into one: it then holds every whole second.
+// Finishes a file of any bytes in place and as a copy: the result contains every whole second.
 
 #include "format/ZEBErrors.h"
 #include "format/ZEBReader.h"
@@ -66,7 +66,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     checkMovie(disk.bytes, seconds);
     fuzz::require(copy.bytes == disk.bytes, "the copy is the same movie");
 
-    // Interrupted after some of the steps and started again.
+    // Interrupt after some of the steps and finish again.
     const std::size_t steps = disk.journal.empty() ? 0 : interruption % disk.journal.size();
     for (std::size_t i = 0; i < steps; ++i)
         disk.journal[i].applyTo(interrupted.bytes);

@@ -12,15 +12,15 @@ namespace zeb::fuzz {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Takes an input apart from its front: numbers for decisions, bytes for contents. An input that is used up
-/// gives zeros and nothing.
+/// Splits an input from its front: numbers for decisions, bytes for contents. An exhausted input returns
+/// zeros and empty contents.
 class FuzzInput {
 public:
     FuzzInput(const std::uint8_t* data, std::size_t size) : m_rest(data, size) {}
 
     bool isEmpty() const { return m_rest.empty(); }
 
-    /// An unsigned number of that many bytes, big-endian.
+    /// Returns an unsigned number of `bytes` bytes, big-endian.
     std::uint64_t number(std::size_t bytes) {
         std::uint64_t value = 0;
         for (std::size_t i = 0; i < bytes; ++i)
@@ -29,7 +29,7 @@ public:
         return value;
     }
 
-    /// Up to `count` bytes, in memory of exactly their size, so that a step beyond it is noticed.
+    /// Returns up to `count` bytes in a buffer of exactly that size, so that sanitizers detect overruns.
     Bytes bytes(std::size_t count) {
         const auto taken = m_rest.first(std::min(count, m_rest.size()));
         m_rest = m_rest.subspan(taken.size());
@@ -41,7 +41,7 @@ private:
     std::span<const std::uint8_t> m_rest;
 };
 
-/// What must hold for any input. Says so and ends the process when it does not.
+/// Checks a condition for all inputs. Prints it and ends the process if it is false.
 inline void require(bool holds, const char* what) {
     if (holds) return;
     std::fprintf(stderr, "broken: %s\n", what);

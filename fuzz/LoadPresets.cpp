@@ -1,5 +1,5 @@
-// Presets from whatever is stored under a legacy key: a sorted list that can be stored and read again, or
-// nothing.
+// Loads presets from any value under a legacy key: the result is a sorted list that can be stored and read
+// again, or nothing.
 
 #include <set>
 

@@ -1,5 +1,5 @@
-// Requests from outside: any text is a URL or none, a path comes back from its URL, and a target from its
-// request.
+// Parses requests to the application: any text is a URL or none; a path survives the way through its URL, and
+// a target through its request.
 
 #include <filesystem>
 #include <string>
@@ -11,7 +11,7 @@ using namespace zeb;
 
 namespace {
 
-/// RFC 3986, section 5.3.
+/// Joins the components of a URL (RFC 3986, section 5.3).
 std::string joined(const URL::Components& parts) {
     std::string text;
     if (parts.scheme) text += *parts.scheme + ":";
@@ -57,7 +57,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (url) checkURL(*url);
     fuzz::require(url || !parseAppAction(text), "a request is a URL");
 
-    // Every byte as an escape, so that no part of the text can mean anything.
+    // Escape every byte, so that no part of the text has a special meaning.
     std::string item = "?x=1&url=";
     constexpr std::string_view digits = "0123456789abcdef";
     for (const std::uint8_t byte : std::span(data, size))

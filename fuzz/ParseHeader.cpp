@@ -1,4 +1,4 @@
-// Header and title parsing: the ways to read a header agree, and titles are always UTF-8.
+// Parses headers and titles: all functions that read a header agree, and titles are always UTF-8.
 
 #include <tuple>
 

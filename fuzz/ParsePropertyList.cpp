@@ -1,5 +1,5 @@
-// Property lists of all forms: nothing but the documented error, and what was read can be written and read
-// again.
+// Parses property lists of all forms: only the documented error is thrown, and a parsed list can be written
+// and read again.
 
 #include "fuzz/FuzzInput.h"
 #include "platform/settings/PropertyList.h"

@@ -1,4 +1,4 @@
-// A reader over a file of any bytes, which may shrink, grow back or fail, driven by any sequence of calls.
+// Reads a file of any bytes, which may shrink, grow back or fail, with any sequence of calls.
 
 #include "format/ZEBReader.h"
 #include "fuzz/FuzzInput.h"
@@ -11,7 +11,7 @@ namespace {
 // The reader reports pictures that it cannot decode on standard output.
 [[maybe_unused]] const bool isQuiet = std::freopen("/dev/null", "w", stdout) != nullptr;
 
-/// After a number of calls, in the middle of whatever goes on then, the file gets another size.
+/// A file that changes its size after a number of calls.
 struct Disk {
     fuzz::Bytes whole, bytes = whole;
     std::size_t nextSize = whole.size();
@@ -72,7 +72,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         try {
             action();
         } catch (const PlatformError&) {
-            // The calls that follow must cope.
+            // Later calls must still work.
         }
     };
     attempt([&] { reader.readHeader(); });

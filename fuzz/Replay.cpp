@@ -1,4 +1,4 @@
-// Stands in for the fuzzing engine: runs the target over every file of the folders named on the command line.
+// Replaces the fuzzing engine: runs the target over every file of the folders on the command line.
 
 #include <algorithm>
 #include <filesystem>
@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
     }
     std::ranges::sort(files);
     for (const std::filesystem::path& path : files) {
-        std::fprintf(stderr, "%s\n", path.c_str());  // the last one named is the one that failed
+        std::fprintf(stderr, "%s\n", path.c_str());  // the last path printed is the failing input
         std::ifstream file(path, std::ios::binary);
         const zeb::fuzz::Bytes bytes{std::istreambuf_iterator<char>(file), {}};
         if (!file) {
@@ -26,5 +26,5 @@ int main(int argc, char** argv) {
         LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
     }
     std::fprintf(stderr, "%zu inputs\n", files.size());
-    return files.empty() ? 1 : 0;  // an empty corpus proves nothing
+    return files.empty() ? 1 : 0;  // an empty corpus is an error
 }

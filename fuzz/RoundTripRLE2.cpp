@@ -1,4 +1,4 @@
-// Pixels compressed as the literal loop would, and expanded to what they were.
+// Compresses pixels, compares with a literal compressor, and expands them to the original.
 
 #include "codec/RLE2.h"
 #include "format/BigEndian.h"
@@ -9,7 +9,7 @@ using namespace zeb;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::FuzzInput input(data, size);
-    // Repeated, because some boundaries lie beyond what a fuzzer likes to write.
+    // Repeat the input, because fuzzers rarely write inputs long enough for some boundaries.
     const std::uint64_t repetitions = 1 + input.number(1) % 16;
     const fuzz::Bytes piece = input.rest();
     fuzz::Bytes raw;

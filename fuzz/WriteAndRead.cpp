@@ -1,4 +1,4 @@
-// What the writer writes, finished or left early and then finished, comes back byte by byte.
+// Writes a movie, finished or interrupted and then finished, and reads it back byte by byte.
 
 #include "format/ZEBHeader.h"
 #include "format/ZEBReader.h"
@@ -53,7 +53,7 @@ void checkMovie(const fuzz::Bytes& bytes, const std::vector<Second>& seconds, co
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::FuzzInput input(data, size);
     const bool isFinished = input.number(1) % 4 != 0;
-    input.bytes(1);  // decides nothing, as the first of the two bytes of a field
+    input.bytes(1);  // ignored, as is the first byte of each two-byte field below
     const fuzz::Bytes title = input.bytes(input.number(1));
     MovieParameters movie;
     movie.title.assign(title.begin(), title.end());
@@ -80,7 +80,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         writer.writeSecond(second.sound, frames);
         fuzz::require(writer.bytesWritten() == disk.bytes.size(), "the writer knows its position");
     }
-    if (movie.fps == 0) return 0;  // readers take it as 1
+    if (movie.fps == 0) return 0;  // readers read 0 as 1
     if (isFinished && seconds.size() <= static_cast<std::uint64_t>(movie.frameIndexCount)) {
         writer.finish();
     } else {

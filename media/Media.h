@@ -12,43 +12,42 @@
 #include "platform/base/Picture.h"
 #include "platform/text/LocalizedText.h"
 
-/// Reading of video files: what an asset is, the pictures of its video track and the samples of its sound
-/// tracks.
+/// Reading of video files: the tracks of an asset, the pictures of its video track and the samples of its
+/// sound tracks.
 namespace zeb {
 
-/// A file that cannot be opened or decoded as a video. Domain "Media". The description says what is wrong,
-/// without the path of the file (the caller knows which file it asked for). The description is its text in
-/// English.
+/// A file that cannot be opened or decoded as a video. Domain "Media". The description is the English text;
+/// it does not contain the path of the file.
 class MediaError : public PlatformError {
 public:
     enum Code {
-        cannotOpen = 1,    ///< missing, unreadable, a folder, empty, not a media file, a refused format
-        cannotDecode = 2,  ///< a picture or sound that should be there could not be decoded
-        interrupted = 3,   ///< the caller's `isCancelled` answered true while the file was being read
-        cannotRead = 4,  ///< the system failed to read on, or the file has become shorter since it was opened
+        cannotOpen = 1,    ///< missing, unreadable, a folder, empty, not a media file, a rejected format
+        cannotDecode = 2,  ///< a picture or sound of the file could not be decoded
+        interrupted = 3,   ///< the caller's `isCancelled` returned true during a read
+        cannotRead = 4,    ///< a read failed, or the file has become shorter since it was opened
     };
     MediaError(Code code, const KeyedText& text) : PlatformError("Media", code, englishText(text), text) {}
 
     static MediaError wasInterrupted() { return {interrupted, {"error_cancelled"}}; }
 
-    /// Nothing more can be read: no later picture or sound will do better.
+    /// True if no later picture or sound can be read either.
     bool endsReading() const { return code() != cannotDecode; }
 };
 
-/// Asked between units of work, from any thread: true once the caller wants to stop.
+/// Called between units of work, from any thread; returns true to stop.
 using IsCancelled = std::function<bool()>;
 
-/// A moment in the presentation: `value` / `timescale` seconds after its start.
+/// A time in the presentation: `value` / `timescale` seconds after its start.
 struct MediaTime {
     std::int64_t value = 0;
     std::int32_t timescale = 1;
 
-    /// The moment nearest to `seconds` that the timescale can express.
+    /// Returns the multiple of 1 / `preferredTimescale` that is nearest to `seconds`.
     static MediaTime withSeconds(double seconds, std::int32_t preferredTimescale);
     double seconds() const { return static_cast<double>(value) / timescale; }
 };
 
-/// A width and a height that need not be whole.
+/// A width and a height that may be fractions.
 struct MediaSize {
     double width = 0;
     double height = 0;
@@ -63,10 +62,10 @@ struct AffineTransform {
     }
 };
 
-/// Where a track ends, in seconds from presentation time 0.
+/// The end of a track, in seconds from presentation time 0.
 struct TrackEnd {
-    double time = 0;  ///< of the last picture or sample that the file holds; 0 when there is none
-    /// The end that the file states for the track, where the track breaks off more than a second before it.
+    double time = 0;  ///< end of the last picture or sample in the file; 0 for an empty track
+    /// The end that the file states, if the track ends more than a second before it.
     std::optional<double> stated{};
 
     bool operator==(const TrackEnd&) const = default;
@@ -74,14 +73,14 @@ struct TrackEnd {
 
 struct VideoTrack {
     MediaSize naturalSize;               ///< before the transform, in square pixels (sample aspect applied)
-    AffineTransform preferredTransform;  ///< makes the pictures upright
+    AffineTransform preferredTransform;  ///< rotates and mirrors the pictures upright
     float nominalFrameRate = 0;          ///< pictures per second; 0 when unknown
     TrackEnd end{};                      ///< of the pictures
 };
 
 struct SoundTrack {
-    std::optional<double> sampleRate;         ///< Hz
-    std::optional<int> channelsPerFrame;      ///<
+    std::optional<double> sampleRate;  ///< Hz
+    std::optional<int> channelsPerFrame;
     std::optional<std::uint32_t> formatCode;  ///< four-character code of the coding, first character highest
     TrackEnd end{};                           ///< of the sound
 };
@@ -95,7 +94,7 @@ struct GrabSchedule {
     MediaTime at(std::int64_t index) const;
 };
 
-/// A picture and when it is shown, in seconds from the start of the presentation.
+/// A picture and its display time, in seconds from the start of the presentation.
 struct TimedPicture {
     double time = 0;
     std::shared_ptr<const Picture> picture;
@@ -106,71 +105,72 @@ class ImageGenerator {
 public:
     virtual ~ImageGenerator() = default;
 
-    /// Announces that every later grab will ask for a time of `schedule`, in ascending order, so that
-    /// pictures which none of them shows need not be decoded. Changes no grabbed picture.
+    /// Announces that every later grab uses a time of `schedule`, in ascending order, so that other pictures
+    /// need not be decoded. Does not change the grabbed pictures.
     virtual void expect(const GrabSchedule& schedule) = 0;
 
-    /// The picture on screen at `time`: the last one whose display time is not after it (times that the
-    /// container rounded are forgiven); before the first picture, the first one; after the last, the last.
-    /// The same picture comes back as the same object. Ascending times decode forwards; a jump far ahead or
-    /// back seeks.
+    /// Returns the picture on screen at `time`: the last one whose display time is not after it, with a
+    /// tolerance for times rounded by the container. Before the first picture returns the first one, after
+    /// the last picture the last one. The same picture is the same object. Ascending times decode forwards; a
+    /// jump far ahead or back seeks.
     ///
-    /// Throws `MediaError::cannotDecode` when the picture on screen at that moment is damaged (later grabs
-    /// may work again), `MediaError::interrupted` on cancellation, `MediaError::cannotRead`.
+    /// Throws `MediaError::cannotDecode` if this picture is damaged (later grabs may succeed),
+    /// `MediaError::interrupted` on cancellation, `MediaError::cannotRead`.
     virtual std::shared_ptr<const Picture> copyImage(MediaTime time) = 0;
 
-    /// A picture near `time` that takes little work, for who wants to know what the film looks like
-    /// thereabouts: of those that are reached by decoding at most `pictures` (at least 1) from a picture that
-    /// needs no other, at or before `time`, the last one not after it. Where the container leads to no such
-    /// picture, the next one that needs no other. A source that cannot be searched is read up to `time`,
-    /// gives only pictures that need no other, and finds the nearest with ascending times only. Two calls in
-    /// a row that find the same picture may return the same object; it is not that of `copyImage`.
+    /// Returns a picture near `time` that is cheap to decode, for samples. Starts at the last key frame at or
+    /// before `time`, decodes up to `pictures` pictures (at least 1) and returns the last one not after
+    /// `time`. If the container has no such key frame, starts at the next one. A source that cannot seek is
+    /// read up to `time`; it returns key frames only, and finds the nearest one only if times ascend. Two
+    /// consecutive calls that find the same picture may return the same object, which is not the object of
+    /// `copyImage`.
     ///
-    /// Ends what `expect` announced; changes no picture that `copyImage` gives later. Throws
-    /// `MediaError::cannotDecode` when there is no such picture or it is damaged, `MediaError::interrupted`
-    /// on cancellation, `MediaError::cannotRead`.
+    /// Ends the effect of `expect`; does not change later pictures of `copyImage`. Throws
+    /// `MediaError::cannotDecode` if there is no such picture or it is damaged, `MediaError::interrupted` on
+    /// cancellation, `MediaError::cannotRead`.
     virtual TimedPicture copyNearbyImage(MediaTime time, int pictures) = 0;
 };
 
-/// Some decoded sound.
+/// A piece of decoded sound.
 struct SampleBuffer {
     double sampleRate = 0;           ///< Hz; positive, at most 2^31 - 1
     int channelsPerFrame = 0;        ///< at least 1
     std::span<const float> samples;  ///< interleaved, nominally -1 ... 1; valid until the next call
 };
 
-/// Reads one sound track from presentation time 0 on: silence stands for a late start and for gaps longer
-/// than 20 ms, sound before time 0 is left out. Rate and channels are the same in all buffers: sound that
-/// changes them on the way is converted to those it started with. Used by one thread at a time.
+/// Reads one sound track from presentation time 0 on. A late start and gaps longer than 20 ms become silence;
+/// sound before time 0 is left out. Rate and channels are the same in all buffers: if they change within the
+/// track, later sound is converted to the first format. Used by one thread at a time.
 class SoundReader {
 public:
     virtual ~SoundReader() = default;
 
-    /// False when the track cannot be decoded here.
+    /// Returns false if the track cannot be decoded on this system.
     virtual bool startReading() = 0;
-    /// The next samples, whole frames; nothing at the end (or where a damaged file ends early).
+    /// Returns the next samples, whole sample frames; nothing at the end (a damaged file may end early).
     /// Throws `MediaError::interrupted` on cancellation, `MediaError::cannotRead`.
     virtual std::optional<SampleBuffer> copyNextSampleBuffer() = 0;
 };
 
-/// An opened video file. Readers made from it are independent of one another and may be used on different
-/// threads; they may outlive it. Times that begin again in the middle of a file (recordings put together) are
-/// continued: what follows starts where everything before it has ended, for pictures and sound alike.
+/// An opened video file. Readers made from it are independent, may be used on different threads and may
+/// outlive it. If timestamps restart within the file (concatenated recordings), the next part starts when all
+/// pictures and sound before it have ended.
 class MediaAsset {
 public:
     virtual ~MediaAsset() = default;
 
-    /// The tracks with moving pictures, the container's default one first; cover art is not among them.
+    /// The video tracks without cover art, the container's default track first.
     virtual const std::vector<VideoTrack>& videoTracks() const = 0;
     virtual const std::vector<SoundTrack>& soundTracks() const = 0;
     /// Length of the presentation in seconds: the latest end of the first video track and of all sound
-    /// tracks; 0 when there is nothing in it.
+    /// tracks; 0 for an empty presentation.
     double duration() const;
-    /// For the first video track; there must be one. `threads` is how many the decoder may use, at least 1.
-    /// Throws `MediaError::cannotRead` when the file has become shorter since it was opened.
+    /// Makes a generator for the first video track; there must be one. `threads` is the maximum number of
+    /// decoder threads, at least 1. Throws `MediaError::cannotRead` if the file has become shorter since it
+    /// was opened.
     virtual std::unique_ptr<ImageGenerator> makeImageGenerator(int threads,
                                                                IsCancelled isCancelled) const = 0;
-    /// For one of the sound tracks. Throws `MediaError::cannotRead` likewise.
+    /// Makes a reader for a sound track. Throws `MediaError::cannotRead` for the same reason.
     virtual std::unique_ptr<SoundReader> makeSoundReader(std::size_t track,
                                                          IsCancelled isCancelled) const = 0;
 };
@@ -180,9 +180,8 @@ class MediaLibrary {
 public:
     virtual ~MediaLibrary() = default;
 
-    /// Opens a local regular file; the name is only ever a file's name, never an address or a pattern.
-    /// Formats that would pull in other files (playlists, concatenation scripts, picture sequences) are
-    /// refused. Throws `MediaError`.
+    /// Opens a local regular file. `path` is never interpreted as a URL or a pattern. Formats that refer to
+    /// other files (playlists, concatenation scripts, picture sequences) are rejected. Throws `MediaError`.
     virtual std::shared_ptr<const MediaAsset> open(const std::string& path,
                                                    IsCancelled isCancelled) const = 0;
 };

@@ -13,8 +13,8 @@
 
 namespace zeb {
 
-/// A movie as a player reads it; the contract is `ZEBReader`'s. One thread at a time, but for `readAllAudio`,
-/// which may run meanwhile.
+/// Reads a movie for a player; the contract is that of `ZEBReader`. Used by one thread at a time, except
+/// `readAllAudio`, which may run concurrently.
 class MovieReader {
 public:
     virtual ~MovieReader() = default;
@@ -26,10 +26,10 @@ public:
     virtual Soundtrack readAllAudio() = 0;
 };
 
-/// Makes the reader of a movie; opens nothing yet.
+/// Creates the reader of a movie without opening the file.
 using MakeMovieReader = std::function<std::unique_ptr<MovieReader>(const std::string& path)>;
 
-/// The reader of a file.
+/// Creates a reader for a file.
 std::unique_ptr<MovieReader> makeFileMovieReader(const std::string& path);
 
 }  // namespace zeb

@@ -10,10 +10,10 @@
 namespace zeb {
 namespace {
 
-/// The pace of the samples at which the sound keeps up with the pictures.
+/// Returns the rate in samples per second at which the sound stays in step with the pictures.
 int paceOf(const Soundtrack& soundtrack, int fps) {
     const auto shown = std::chrono::duration<double>(playbackPeriod(fps)).count();
-    // Above 1000 frames per second pictures come as fast as they can; nothing to keep up with.
+    // Above 1000 frames per second pictures are shown as fast as possible, without a fixed rate.
     if (shown <= 0) return soundtrack.sampleRate;
     return static_cast<int>(std::lround(soundtrack.sampleRate * (1.0 / std::max(fps, 1)) / shown));
 }
@@ -67,7 +67,7 @@ void SoundtrackPlayer::picturesBeganAgain() {
     setLastPass();
 }
 
-/// The pass that the pictures are in is the last one unless they begin again.
+/// Makes the current pass of the pictures the last one unless the movie loops.
 void SoundtrackPlayer::setLastPass() {
     if (!m_playing) return;
     if (m_loops)

@@ -8,13 +8,13 @@ namespace zeb {
 namespace {
 
 // In seconds.
-constexpr double mostOutOfStep = 0.04;  // beyond it speech and lips come apart
-constexpr double settling = 1;          // until the device's own store is known
-constexpr double smoothing = 2;         // devices ask for samples in bursts
-constexpr double tolerance = 0.015;     // that nobody notices
-constexpr double correction = 10;       // in which a small difference is made good
+constexpr double mostOutOfStep = 0.04;  // maximum offset; above it lip sync is visibly lost
+constexpr double settling = 1;          // until the buffering of the device is known
+constexpr double smoothing = 2;         // because devices request samples in bursts
+constexpr double tolerance = 0.015;     // inaudible
+constexpr double correction = 10;       // time in which a small offset is corrected
 
-constexpr double mostBending = 0.005;  // of the pace, an eleventh of a semitone
+constexpr double mostBending = 0.005;  // maximum change of the pace, 1/11 of a semitone
 
 }  // namespace
 
@@ -68,12 +68,12 @@ std::size_t SoundtrackSource::render(std::span<float> samples) noexcept {
     return done;
 }
 
-/// Whether there is a frame to play; behind the end of a pass it is one of the next pass.
+/// Returns whether there is a frame to play; past the end of a pass, continues with the next pass.
 bool SoundtrackSource::isThere() noexcept {
     while (m_next >= m_passLength) {
         std::int64_t last = m_lastPass;
         if (m_pass >= last) {
-            // The last pass may become another one at this very moment.
+            // Another thread may change the last pass at the same time.
             if (last == ended || m_lastPass.compare_exchange_strong(last, ended)) return false;
             continue;
         }
@@ -102,13 +102,13 @@ void SoundtrackSource::keepStep() noexcept {
     const double lead = static_cast<double>(m_passed) / m_nominalPace - time;
     if (m_silence > 0) return;
     if (!m_firstTime) {
-        // Sound that joins pictures begins with a later one.
+        // The sound starts with a later picture: wait for it.
         if (lead > mostOutOfStep) {
             m_silence = static_cast<std::int64_t>(lead * m_nominalPace);
             return;
         }
         m_firstTime = m_lastTime = time;
-        // A device that had to be opened comes late.
+        // A device that had to be opened starts late.
         if (lead < -mostOutOfStep)
             leaveOut(-lead);
         else
@@ -128,7 +128,7 @@ void SoundtrackSource::keepStep() noexcept {
         leaveOut(-error);
         m_meanLead = m_usualLead;
     }
-    // Once begun, a correction goes on until little is left.
+    // Hysteresis: a correction continues until the offset is small.
     m_isCorrecting = std::abs(error) > (m_isCorrecting ? tolerance / 8 : tolerance);
     const double bending = m_isCorrecting ? std::clamp(error / correction, -mostBending, mostBending) : 0;
     m_pace = static_cast<int>(std::lround(m_nominalPace * (1 - bending)));

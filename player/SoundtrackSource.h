@@ -12,31 +12,30 @@
 
 namespace zeb {
 
-/// A movie's sound as an output plays it: from a sample on, in passes. A pass lasts as long as the movie's
-/// pictures: sound beyond it is left out, and silence fills it up. The first pass may begin in the middle,
-/// the later ones begin at the start. A byte b becomes (b - 128) / 128; a mono track is heard on both sides,
-/// of more than two channels the first two.
+/// The sound of a movie for an output, from a given sample on, in passes. A pass lasts as long as the
+/// pictures of the movie: longer sound is cut, shorter sound is padded with silence. The first pass may start
+/// in the middle, later passes start at the beginning. A byte b becomes (b - 128) / 128. A mono track is
+/// played on both sides; of more than two channels the first two are played.
 ///
-/// Keeps step with a clock: no sound device runs exactly at the rate that it claims, and one that had to wait
-/// for the processor goes on where it was. Small differences change the pace by a little that nobody hears,
-/// larger ones make it leave out what is late. What begins in the middle, where a wave would else jump, is
-/// faded over 3 ms.
+/// Follows a clock, because no sound device runs exactly at its nominal rate, and a device that had to wait
+/// for the processor continues at its old position. Small offsets are corrected by an inaudible change of the
+/// pace, larger ones by skipping the late samples. Sound that starts in the middle is faded over 3 ms to
+/// avoid a step in the waveform.
 class SoundtrackSource final : public AudioSource {
 public:
-    /// For `setLastPass`: no pass is the last one.
+    /// For `setLastPass`: unlimited passes.
     static constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
 
     /// `first`: a frame of the soundtrack, below `length`, to be heard at `begin` by `clock`. `length`:
-    /// frames of a pass, at least 1; the ends of passes are rounded to whole frames each, so that no error
-    /// adds up. `pace`: frames per second. The first pass is the last one unless `setLastPass` says
-    /// otherwise.
+    /// frames per pass, at least 1; each pass end is rounded to a whole frame, so that errors do not
+    /// accumulate. `pace`: frames per second. The first pass is the last one until `setLastPass` is called.
     SoundtrackSource(std::shared_ptr<const Soundtrack> soundtrack, std::int64_t first, double length,
                      int pace, const Clock& clock, Clock::Instant begin);
 
     static std::int64_t frameCount(const Soundtrack& soundtrack);
 
-    /// Ends the sound with the end of pass `pass`, counted from 0, or of the current one if that is later.
-    /// Does nothing after the end. Callable from any thread, as `hasEnded` is.
+    /// Ends the sound with the end of pass `pass`, counted from 0, or of the current pass if that is later.
+    /// Does nothing after the end. Callable from any thread, like `hasEnded`.
     void setLastPass(std::int64_t pass) noexcept;
     bool hasEnded() const noexcept { return m_lastPass == ended; }
 
@@ -53,7 +52,7 @@ private:
     static constexpr std::int64_t ended = -1;
 
     std::shared_ptr<const Soundtrack> m_soundtrack;
-    std::int64_t m_end;  ///< of what is stored
+    std::int64_t m_end;  ///< of the stored sound
     double m_length;
     int m_nominalPace;
     const Clock& m_clock;
@@ -65,19 +64,19 @@ private:
     std::int64_t m_next;  ///< within the pass
     int m_pace;
     std::int64_t m_silence = 0;  ///< frames before the first
-    std::int64_t m_passed = 0;   ///< frames played or left out
+    std::int64_t m_passed = 0;   ///< frames played or skipped
 
     std::int64_t m_fadeLength;
-    std::int64_t m_faded;                    ///< frames of the fade that have been played
-    std::optional<std::int64_t> m_fadedOut;  ///< the next frame of what fades out meanwhile, within its pass
+    std::int64_t m_faded;                    ///< frames of the fade already played
+    std::optional<std::int64_t> m_fadedOut;  ///< the next frame of the sound that fades out, within its pass
 
-    // In seconds; the lead is how far the frames handed out are before the clock.
+    // In seconds. The lead is the time of the frames handed out minus the clock.
     std::optional<double> m_firstTime;
     bool m_isCorrecting = false;
     double m_lateness = 0;  ///< of the first frame
     double m_lastTime = 0;
     double m_meanLead = 0;
-    double m_usualLead = 0;  ///< what the device keeps in store
+    double m_usualLead = 0;  ///< includes the buffering of the device
 };
 
 }  // namespace zeb

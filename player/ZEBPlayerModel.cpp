@@ -23,7 +23,7 @@ std::string headerLineOf(const ZEBHeader& header) {
            std::to_string(header.fps) + " fps • Mode " + std::to_string(header.mode);
 }
 
-/// Whether there is no such file, as the error that is being handled tells.
+/// Returns whether the exception being handled is a missing file.
 bool isMissing() {
     try {
         throw;
@@ -45,17 +45,17 @@ ZEBPlayerModel::Image imageOf(std::optional<FrameImage> frame) {
 }  // namespace
 
 struct ZEBPlayerModel::Reel {
-    std::unique_ptr<MovieReader> reader;  ///< under `mutex`, but for `readAllAudio`
+    std::unique_ptr<MovieReader> reader;  ///< guarded by `mutex`, except for `readAllAudio`
     std::atomic<bool> isLooping = false;
 
     std::mutex mutex;
     std::condition_variable_any wasShown;
-    std::optional<ReadFrame> readFrame;  ///< under `mutex`: read by a task, to be shown by the main thread
+    std::optional<ReadFrame> readFrame;  ///< guarded by `mutex`: read by a task, shown on the main thread
 };
 
 namespace {
 
-/// What the loop of a task needs; the model itself belongs to the main thread.
+/// Data of the playback task. The model itself belongs to the main thread.
 template <typename Reel>
 struct Playback {
     std::shared_ptr<Reel> reel;
@@ -65,10 +65,10 @@ struct Playback {
     std::chrono::milliseconds period{};
     const Clock& clock;
     MainActor& mainActor;
-    MainActor::Work show;  ///< on the main thread: what the reel holds
+    MainActor::Work show;  ///< shows the reel's frame; runs on the main thread
 };
 
-/// Plays until the end or until `token` asks to stop. Throws what the reader throws.
+/// Plays until the end or until `token` requests a stop. Throws the errors of the reader.
 template <typename Reel>
 void playLoop(Playback<Reel> playback, const std::stop_token& token) {
     Reel& reel = *playback.reel;
@@ -76,7 +76,8 @@ void playLoop(Playback<Reel> playback, const std::stop_token& token) {
     while (!token.stop_requested()) {
         {
             std::unique_lock lock(reel.mutex);
-            // Whoever cancels takes the lock afterwards: from then on the reader is not touched.
+            // The canceller takes the lock after requesting the stop, so the reader must not be used after
+            // this check.
             if (token.stop_requested()) return;
             if (playback.totalFrames > 0 && playback.next >= playback.totalFrames) {
                 if (!reel.isLooping) return;
@@ -88,7 +89,7 @@ void playLoop(Playback<Reel> playback, const std::stop_token& token) {
         }
         playback.mainActor.post(playback.show);
         {
-            // No frame is skipped: the next one is read when this one is on screen.
+            // No frame is skipped: read the next frame after this one has been shown.
             std::unique_lock lock(reel.mutex);
             reel.wasShown.wait(lock, token, [&] { return !reel.readFrame; });
         }
@@ -120,7 +121,7 @@ auto ZEBPlayerModel::whileAlive(Work work) {
     };
 }
 
-// MARK: What the window shows
+// MARK: State shown by the window
 
 double ZEBPlayerModel::durationSeconds() const {
     return m_totalFrames < 1 ? 0 : static_cast<double>(m_totalFrames) / std::max(m_fps, 1);
@@ -342,8 +343,8 @@ void ZEBPlayerModel::startAudio() {
     m_sound.start(m_currentFrameIndex, {m_totalFrames, m_fps}, m_nextMoment);
 }
 
-/// The sound is a little ahead of the pictures: at the end of the movie it may have ended before it was known
-/// that they begin again.
+/// Restarts the sound if it has ended. It runs slightly ahead of the pictures and may have ended before
+/// looping was switched on.
 void ZEBPlayerModel::rejoinSound() {
     if (m_isPlaying && m_sound.hasEnded()) startAudio();
 }

@@ -18,7 +18,7 @@
 
 namespace zeb {
 
-/// What a player stands on. All of it outlives the model; what tasks use (clock, main actor) outlives
+/// Services used by a player. All of them outlive the model. Clock and main actor, which tasks use, outlive
 /// `tasks`.
 struct PlayerServices {
     MakeMovieReader makeReader;
@@ -28,12 +28,12 @@ struct PlayerServices {
     const Clock& clock;
 };
 
-/// Plays one movie: shows frames one at a time, at the movie's rate while playing, with the sound in step.
-/// Main thread.
+/// Plays one movie: shows its frames one at a time, at the rate of the movie while playing, with the sound in
+/// step. Main thread.
 ///
-/// While a movie is shown, `displayedFrameIndex` is the frame before the one that the reader reads next.
-/// While it plays, frames are read and decoded in a task; every control operation waits for the frame that is
-/// being read, shows it, and only then touches the reader. Opening and seeking read their one frame at once.
+/// While a movie is shown, `displayedFrameIndex` is the frame before the next one to read. During playback a
+/// task reads and decodes the frames. Every control operation waits for the frame being read, shows it, and
+/// only then uses the reader. Opening and seeking read one frame synchronously.
 class ZEBPlayerModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged)
@@ -49,7 +49,7 @@ public:
     explicit ZEBPlayerModel(PlayerServices services, QObject* parent = nullptr);
     ~ZEBPlayerModel() override;
 
-    /// The frame on screen; none before the first one and for a frame that could not be decoded.
+    /// The frame on screen. Null before the first frame and for a frame that could not be decoded.
     const Image& image() const { return m_image; }
     bool isPlaying() const { return m_isPlaying; }
     QString statusText() const { return QString::fromStdString(m_statusText); }
@@ -64,19 +64,20 @@ public:
     double currentSeconds() const;
     bool canStepForward() const;
 
-    /// Shows the movie's first frame, not playing. Where no header can be read, the status says why, and
-    /// there is no movie.
+    /// Shows the movie's first frame, paused. If the header cannot be read, the status shows the error and no
+    /// movie is open.
     void open(const std::string& path);
-    /// Stops everything and forgets the movie.
+    /// Stops playback and closes the movie.
     void unload();
     void play();
     void pause();
-    /// Shows the given frame, or the nearest that there is, not playing.
+    /// Shows the given frame, clamped to the movie, paused.
     void seek(std::int64_t frame);
 
-    /// Start again at frame 0 after the last one.
+    /// Sets whether playback starts again at frame 0 after the last frame.
     void setLooping(bool isLooping);
-    /// How 16-bit pixels are read: at once while paused, from the next frame on while playing.
+    /// Sets how 16-bit pixels are interpreted: immediately while paused, from the next frame on while
+    /// playing.
     void setMode32(Mode32Interpretation mode32);
 
 signals:
@@ -93,11 +94,11 @@ signals:
 private:
     /// The open movie, shared with the task that plays it.
     struct Reel;
-    /// What a task has read and the main thread has not shown yet.
+    /// A frame read by a task and not yet shown by the main thread.
     struct ReadFrame {
         std::int64_t index = 0;
         Image image;
-        Clock::Instant nextMoment;  ///< when the one after it is to be on screen
+        Clock::Instant nextMoment;  ///< time at which the following frame is due on screen
     };
 
     template <typename T>
@@ -115,7 +116,7 @@ private:
     void startAudio();
     void rejoinSound();
 
-    // Qt Quick's sliders and texts count in 32 bits.
+    // Sliders and texts of Qt Quick use 32-bit numbers.
     int displayedFrameIndexForWindow() const;
     int totalFramesForWindow() const;
 
@@ -135,8 +136,8 @@ private:
     std::optional<Task> m_playTask;
     std::int64_t m_playback = 0;  ///< the number of the latest `play`
     SoundtrackPlayer m_sound;
-    std::int64_t m_currentFrameIndex = 0;  ///< the frame that is read next
-    Clock::Instant m_nextMoment;           ///< while playing: when that one is to be on screen
+    std::int64_t m_currentFrameIndex = 0;  ///< the frame to read next
+    Clock::Instant m_nextMoment;           ///< while playing: when that frame is due on screen
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
 };
 

@@ -1,17 +1,17 @@
 #!/usr/bin/env python3
-"""Checks that includes keep to the direction that the rooms allow.
+"""Checks that includes follow the allowed direction between rooms.
 
     check_includes.py [ROOT]
 
-Reads the #include lines of every C++ file below ROOT (default: this repository) and prints one line per fault:
+Reads the #include lines of every C++ file below ROOT (default: this repository) and prints one line per error:
 
-- a room or sub-room that includes another one which its row in ROOMS does not name;
-- a C++ file in a folder of the rooms that no row covers;
-- a header from outside at a place that FOREIGN does not list, directly or through a header of ours;
-- a header that neither the standard library, the repository nor FOREIGN knows, so that a new library is a decision;
-- an include between rooms' files that is not written as a path from the root.
+- a room or sub-room includes another one that its row in ROOMS does not name;
+- no row covers a C++ file in a folder of the rooms;
+- an external header is used, directly or through a header of the project, at a place that FOREIGN does not list;
+- a header is not in the standard library, the repository or FOREIGN, so that a new library is a deliberate decision;
+- an include between files of rooms is not written as a path from the root.
 
-Exits with 1 when there is a fault, and with 2 when there is nothing to check.
+Exits with 1 if there is an error, and with 2 if there is nothing to check.
 """
 
 import argparse
@@ -21,8 +21,8 @@ import sys
 
 ENGINE = ("conversion", "media", "format", "codec", "platform/base", "platform/files", "platform/text", "platform/tasks")
 
-# Each room or sub-room and those that it may include besides itself; "platform" stands for all of its sub-rooms. A file
-# belongs to the longest row that its path begins with. The other folders (tests, benchmarks) may include all.
+# Each room or sub-room and the others that it may include; "platform" means all of its sub-rooms. A file
+# belongs to the longest matching row. The other folders (tests, benchmarks) may include everything.
 ROOMS = {
     "platform/base": (),
     "platform/files": ("platform/base", "platform/text"),
@@ -47,8 +47,8 @@ TOPS = sorted({room.split("/")[0] for room in ROOMS})
 OTHERS = ("tests", "fuzz", "bench")
 MEDIA = ("media/ffmpeg/", "media/reading/", "media/drawing/", "media/writing/")
 
-# Headers from outside: name, pattern, the places that may use them, and whether the ban goes through headers of ours
-# (a header that shows a library's types is as good as the library itself).
+# External headers: name, pattern, the places that may use them, and whether the restriction also applies to
+# indirect includes (a header that exposes a library's types counts as the library).
 FOREIGN = (
     ("FFmpeg", r"lib(av|sw)\w+/", (*MEDIA, *OTHERS), True),
     ("zimg", r"zimg", (*MEDIA, *OTHERS), True),
@@ -81,7 +81,7 @@ SUFFIXES = (".h", ".hpp", ".cpp", ".cc", ".inc")
 
 
 def blankComments(text):
-    """Without block comments, line numbers kept."""
+    """Returns the text without block comments; line numbers are kept."""
     return COMMENT.sub(lambda match: "\n" * match.group().count("\n"), text)
 
 
@@ -90,12 +90,12 @@ def isAt(path, places):
 
 
 def roomOf(path):
-    """The row of ROOMS that `path` belongs to; None when there is none."""
+    """Returns the row of ROOMS that `path` belongs to; None if there is none."""
     return max((room for room in ROOMS if isAt(path, (room,))), key=len, default=None)
 
 
 def mayInclude(room, other):
-    """Whether a row allows another one: by its name, or by that of the room around it."""
+    """Returns whether a row allows another one, by its name or by the name of its parent room."""
     return other == room or any(other == named or named == "platform" and isAt(other, (named,)) for named in ROOMS[room])
 
 
@@ -115,14 +115,14 @@ class Tree:
                         for match in INCLUDE.finditer(text)]
 
     def resolved(self, file, name):
-        """The path from the root; the other folders may also name a file by its place beside theirs."""
+        """Returns the path from the root; in the other folders a relative path is allowed too."""
         neighbour = file.parent / name
         if isAt(file.relative_to(self.root).as_posix(), OTHERS) and neighbour.is_file():
             return neighbour.resolve().relative_to(self.root).as_posix()
         return name
 
     def foreignBehind(self, path, seen=None):
-        """The entries of FOREIGN that including `path` brings along."""
+        """Returns the entries of FOREIGN that `path` includes, directly or indirectly."""
         seen = seen if seen is not None else set()
         if path in seen:
             return set()

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # scripts/check_library.sh BUILD-FOLDER [COMPILER]
 #
-# Installs the library of a build into a temporary place and uses it as strangers do: compiles every public header for
-# itself, builds the example through find_package and through pkg-config, and runs it.
+# Installs the library of a build into a temporary folder and uses it like a client: compiles every public
+# header alone, builds the example through find_package and through pkg-config, and runs it.
 set -euo pipefail
 
 examples=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../examples" && pwd)
@@ -15,7 +15,7 @@ strict=(-std=c++20 -Wall -Wextra -Wconversion -Wshadow -Werror)
 for component in library development; do
     cmake --install "$build" --prefix "$work/first" --component "$component" > "$work/log" || { cat "$work/log"; exit 1; }
 done
-# An installed tree may be moved as a whole.
+# The installed tree must be relocatable.
 prefix=$work/prefix
 mv "$work/first" "$prefix"
 library=$(find "$prefix" -name libzeb.so)
@@ -41,7 +41,7 @@ for kind in shared static; do
     cmake --build "$work/$kind"
     "$work/$kind/tiny_movie" "$work/$kind.zeb"
 done
-# The static one must not have found the shared library after all.
+# The static program must not be linked to the shared library.
 if readelf -d "$work/static/tiny_movie" | grep libzeb; then exit 1; fi
 
 echo "--- pkg-config"

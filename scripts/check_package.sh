@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# The Debian package: built, unpacked into a scratch folder, its files validated and its programs run there; in CI it is
-# installed as well, and removed again.
+# Builds the Debian package, unpacks it into a scratch folder, validates its files and runs its programs
+# there. In CI also installs it and removes it again.
 #
-#     scripts/check_package.sh [PACKAGE.deb]     with a package: checks that one instead of building it
+#     scripts/check_package.sh [PACKAGE.deb]     with an argument: checks this package instead of building one
 set -euo pipefail
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
@@ -14,7 +14,7 @@ fail() { printf 'check_package: %s\n' "$*" >&2; exit 1; }
 package=${1:-}
 if [[ -z $package ]]; then
     cd -- "$root"
-    # A folder of its own: the programs must not know the source tree.
+    # A separate build folder: the programs must not contain the path of the source tree.
     cmake --preset release -B build/package -DZEB_DEVELOPMENT_RESOURCES=OFF -DZEB_BUILD_TESTS=OFF \
         -DZEB_BUILD_BENCHMARKS=OFF -DZEB_JOIN_SOURCES=ON > "$scratch/configure.log" || { cat "$scratch/configure.log"; exit 1; }
     cmake --build build/package > "$scratch/build.log" || { tail -40 "$scratch/build.log"; exit 1; }
@@ -26,7 +26,7 @@ dpkg-deb -x "$package" "$scratch/root"
 usr=$scratch/root/usr
 share=$usr/share
 
-# Nobody owns a domain for this application, so its id is a plain name.
+# The application has no domain, so its id is a plain name.
 desktop-file-validate "$share/applications/zebmaker.desktop"
 appstreamcli validate --no-net --override=cid-desktopapp-is-not-rdns=info "$share/metainfo/zebmaker.metainfo.xml"
 for page in zeb zebmaker; do
@@ -35,14 +35,14 @@ for page in zeb zebmaker; do
 done
 grep -rqF "$root" "$usr/bin" && fail "a program knows the source tree"
 
-# What the windows import is among the package's dependencies.
+# The modules imported by the windows must be among the package's dependencies.
 depends=$(dpkg-deb -f "$package" Depends)
 while read -r module; do
     name=qml6-module-$(tr '[:upper:].' '[:lower:]-' <<< "${module%.impl}")
     [[ $depends == *"$name"[,\ ]* ]] || fail "$module is imported, but $name is no dependency"
 done < <(grep -rhoE --include='*.qml' '^import Qt[A-Za-z.]+' "$root"/{app,platform,player,ui} | sort -u | cut -c8-)
 
-# The programs, with nothing but what was unpacked and a home of their own.
+# Run the programs with the unpacked files only and a separate home.
 for folder in CONFIG DATA CACHE STATE RUNTIME; do
     variable=XDG_${folder}_HOME
     [[ $folder == RUNTIME ]] && variable=XDG_RUNTIME_DIR
@@ -54,14 +54,14 @@ movie=$scratch/demo.zeb
 "$usr/bin/zeb" --version
 "$usr/bin/zeb" encode --size 256x192 --progress none -o "$movie" "$root/resources/demo/demo.mp4"
 "$usr/bin/zeb" verify "$movie"
-# As a file manager calls it.
+# With the command line that a file manager uses.
 thumbnailer=$(sed -n 's/^Exec=//p' "$share/thumbnailers/zebmaker.thumbnailer")
 thumbnailer=${thumbnailer//%s/64}
 thumbnailer=${thumbnailer//%i/$movie}
 (PATH=$usr/bin:$PATH && ${thumbnailer//%o/$scratch/small.png})
 [[ $(head -c 8 "$scratch/small.png" | od -An -tx1 | tr -d ' \n') == 89504e470d0a1a0a ]] || fail "the thumbnail is no PNG"
 
-# The type, by its magic alone and by its name alone.
+# The MIME type, detected by content alone and by name alone.
 update-mime-database "$share/mime" 2> /dev/null
 cp "$movie" "$scratch/nameless"
 echo unreadable > "$scratch/other.zeb"
@@ -70,14 +70,14 @@ for file in nameless demo.zeb; do
 done
 gio info -a standard::fast-content-type "$scratch/other.zeb" | grep -q video/x-zeb || fail "*.zeb: not taken for a movie"
 
-# Still running after two seconds, without a word about missing modules.
+# The window must still be running after two seconds, without messages about missing modules.
 status=0
 QT_QUICK_BACKEND=software SDL_AUDIODRIVER=dummy \
     xvfb-run -a timeout 2 "$usr/bin/zebmaker" "$movie" > "$scratch/window.log" 2>&1 || status=$?
 [[ $status == 124 ]] || fail "zebmaker ended with $status: $(cat "$scratch/window.log")"
 grep -E 'qml:|\.qml:|is not installed|cannot load' "$scratch/window.log" && fail "zebmaker complains"
 
-# Installed as a user would, where that may be done and undone: on a machine for checks.
+# Install the package like a user, only on a CI machine, where it can be removed again.
 if [[ ${CI:-} == true && $EUID == 0 ]] && ! dpkg-query -W zebmaker > /dev/null 2>&1; then
     apt-get install -y "$package" > "$scratch/install.log" 2>&1 < /dev/null || { cat "$scratch/install.log"; exit 1; }
     trap 'apt-get purge -y zebmaker > /dev/null 2>&1 < /dev/null; rm -rf -- "$scratch"' EXIT

@@ -3,13 +3,13 @@
 
     check_strings.py [ROOT]
 
-Prints one line per fault and exits with 1 when there is one, with 2 when there is nothing to check:
+Prints one line per error; exits with 1 if there is one, with 2 if there is nothing to check:
 
-- a key that one language has and another has not;
-- a text whose specifiers ask for other arguments than the same text of the first language (en);
-- a key that code or QML asks for (`localizedText("key"...`) or hands on ("error_..." and "warning_..." anywhere)
-  and no table has;
-- a key "error_..." or "warning_..." of the first language that nothing names.
+- a key that is missing in one of the languages;
+- a text whose specifiers require other arguments than the text of the first language (en);
+- a key that code or QML uses (`localizedText("key"...`) or passes on ("error_..." and "warning_..." anywhere)
+  and that is in no table;
+- a key "error_..." or "warning_..." of the first language that is not used.
 """
 
 import pathlib
@@ -25,7 +25,7 @@ FIRST = "en"
 
 
 def specifiers(text):
-    """The type that a text wants for each argument, by its position; a mistake's text when it contradicts itself."""
+    """Returns the type that a text requires for each argument, by position; an error text if it is inconsistent."""
     wanted, following = {}, 1
     for percent, position, kind in SPECIFIER.findall(text):
         if percent:
@@ -60,7 +60,7 @@ def faults(root):
             if path.suffix not in (".cpp", ".h", ".qml"):
                 continue
             source = path.read_text("utf-8")
-            # By the place of the key: a use may be found in both ways.
+            # By the position of the key: both patterns may match the same use.
             uses = {use.start(1): use.group(1) for kind in (USE, HANDED_ON) for use in kind.finditer(source)}
             named.update(uses.values())
             for place, key in sorted(uses.items()):

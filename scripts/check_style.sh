@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks that clang-format would change nothing in our own sources. Give --fix to let it.
+# Checks that clang-format would not change the sources. With --fix, formats them.
 set -euo pipefail
 
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # scripts/check_tidy.sh [FILE...]
 #
-# Runs clang-tidy over these sources with the commands of the dev preset; without any, over every source of our rooms
-# with those of the asan preset, which joins sources, so that headers are read far less often. The preset must have
-# been built.
+# Runs clang-tidy on these sources with the compile commands of the dev preset. Without arguments, runs on all
+# sources of the rooms with those of the asan preset, which joins sources, so that headers are parsed less
+# often. The preset must have been built.
 set -euo pipefail
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
@@ -21,8 +21,8 @@ else
     mapfile -t files < <(sed -nE 's/^ *"file": "(.*)",?$/\1/p' "$commands/compile_commands.json" |
         grep -E "^$root/($rooms)/|^$root/$commands/($rooms)/.*/Unity/" | sort -u)
 fi
-# The number of suppressed findings in the headers of others, which it counts on standard error, tells nobody anything.
-# A joined file includes sources: that is what it is for.
+# Filter out the count of suppressed findings in external headers, which is written to standard error. Disable
+# the check for included sources, because joined files include them.
 printf '%s\0' "${files[@]}" |
     xargs -0 -n 1 -P "$(nproc 2> /dev/null || echo 2)" \
         clang-tidy -p "$commands" --quiet --checks=-bugprone-suspicious-include \

@@ -1,5 +1,6 @@
 # shellcheck shell=bash disable=SC2154
-# What ./run, ./test and .ci/run share; sourced by them with `root` set to the repository's folder.
+# Functions shared by ./run, ./test and .ci/run, which source this file with `root` set to the repository's
+# folder.
 
 if [[ -z ${ZEB_TEST_MEDIA:-} && -d $root/../shared/media ]]; then
     ZEB_TEST_MEDIA=$(cd -- "$root/../shared/media" && pwd)
@@ -7,7 +8,7 @@ if [[ -z ${ZEB_TEST_MEDIA:-} && -d $root/../shared/media ]]; then
 fi
 
 # build PRESET [TARGET...]
-# Configures where needed and builds, without a word unless there is something to do or something fails.
+# Configures if necessary and builds. Prints nothing unless there is something to do or an error.
 build() (
     cd -- "$root" || exit
     preset=$1
@@ -15,7 +16,7 @@ build() (
     folder=build/$preset
     log=$folder/build.log
     mkdir -p "$folder"
-    # Two starts at once take turns.
+    # Serialise concurrent builds.
     if command -v flock > /dev/null; then
         exec 9> "$folder/.lock"
         flock 9

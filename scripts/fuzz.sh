@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # scripts/fuzz.sh TARGET [SECONDS]
 #
-# Builds a target of fuzz/ and runs it (20 minutes unless said otherwise) from the committed corpus. What it learns
-# stays in build/fuzz/corpus/TARGET, what it finds in build/fuzz/finds/.
+# Builds a target of fuzz/ and runs it (default: 20 minutes) from the committed corpus. New inputs are saved
+# in build/fuzz/corpus/TARGET, findings in build/fuzz/finds/.
 set -euo pipefail
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)

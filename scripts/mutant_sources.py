@@ -1,7 +1,7 @@
-"""Finds small changes in C++ sources and writes sources in which each can be switched on at run time.
+"""Finds small changes in C++ sources and writes sources in which each change can be enabled at run time.
 
-The sources are read as tokens. Binary operators are told from template brackets by the blanks around them, so the
-sources must be formatted as `.clang-format` says. A change that does not compile is dropped by the caller.
+The sources are read as tokens. Spaces distinguish binary operators from template brackets, so the sources must be
+formatted by `.clang-format`. The caller drops changes that do not compile.
 """
 
 import dataclasses
@@ -32,7 +32,7 @@ SWAPS = {
     "++": "--", "--": "++", "min": "max", "max": "min",
 }
 OPENING, CLOSING = {"(": ")", "[": "]", "{": "}"}, (")", "]", "}")
-# Words that end an operand to their right, and words that no droppable statement begins with.
+# Words that end an operand to their right, and words that cannot begin a droppable statement.
 STOPS = ("return", "throw", "case", "else", "do", "co_return", "new", "delete")
 NO_STATEMENT = (
     "if", "for", "while", "switch", "case", "default", "else", "do", "try", "catch", "using", "typedef",
@@ -75,7 +75,7 @@ class Token:
 
 
 class Source:
-    """A file's tokens, its brackets, and which of its places are code that runs."""
+    """The tokens and brackets of a file, and which of its parts are executable code."""
 
     def __init__(self, path, text):
         self.path, self.text = path, text
@@ -88,7 +88,8 @@ class Source:
             self.tokens.append(Token(kind, match[0], start, end, text[start - 1 : start].isspace(),
                                      text[end : end + 1].isspace()))
         self.partner, self.around = {}, {}
-        self.fixed, self.in_constexpr = set(), set()  # tokens that must stay, tokens of constexpr functions
+        # tokens that must not change, tokens of constexpr functions
+        self.fixed, self.in_constexpr = set(), set()
         self._match_brackets()
         self._find_fixed()
 
@@ -135,7 +136,7 @@ class Source:
         self.fixed.update(range(first, last + 1))
 
     def end_of(self, index, ends):
-        """The next token of `ends` outside of brackets that open on the way."""
+        """Returns the next token of `ends` outside of nested brackets."""
         while index < len(self.tokens) and self.word(index) not in ends:
             index = self.partner.get(index, index) + 1 if self.word(index) in OPENING else index + 1
         return index
@@ -152,7 +153,7 @@ class Source:
         return index
 
     def holds_code(self, brace):
-        """Whether the brackets that open at `brace` hold statements."""
+        """Returns whether the brackets that open at `brace` contain statements."""
         if brace is None or self.word(brace) != "{":
             return False
         before, blank = self.word(brace - 1), self.tokens[brace].blank_before
@@ -166,11 +167,11 @@ class Source:
         return blank and self.word(head) == "->"
 
     def closes_head(self, index):
-        """Whether a bracket closes what stands before the statement of a branch or loop."""
+        """Returns whether a bracket closes the head of a branch or loop."""
         return self.word(index) == ")" and self.word(self.partner[index] - 1) in ("if", "for", "while", "constexpr")
 
     def left_operand(self, index, precedence):
-        """The first token of what stands left of the operator at `index`."""
+        """Returns the first token of the left operand of the operator at `index`."""
         at = index - 1
         while at >= 0:
             token = self.tokens[at]
@@ -185,7 +186,7 @@ class Source:
         return at + 1
 
     def right_operand(self, index, precedence):
-        """The last token of what stands right of the operator at `index`."""
+        """Returns the last token of the right operand of the operator at `index`."""
         at = index + 1
         while at < len(self.tokens):
             word = self.word(at)
@@ -207,7 +208,7 @@ class Source:
 
 
 def find_mutants(path, text, seed):
-    """All changes of a source, in the order of their places."""
+    """Returns all changes of a source in the order of their positions."""
     source = Source(path, text)
     found = []
 
@@ -244,7 +245,7 @@ def find_mutants(path, text, seed):
             precedence = PRECEDENCE[word]
             first, last = source.left_operand(index, precedence), source.right_operand(index, precedence)
             if any(part.kind == "string" for part in source.tokens[first : last + 1]) and word in ("+", "<<"):
-                continue  # texts are put together, nothing is added
+                continue  # string concatenation, not an addition
             add("operator", first, last, swapped(first, last, index, SWAPS[word]), index)
         elif word in SWAPS and word in ASSIGNMENTS:
             first, last = source.left_operand(index, 1), source.right_operand(index, 1)
@@ -273,7 +274,7 @@ def find_mutants(path, text, seed):
 
 
 def add_condition(source, add, first, last):
-    """Negates a condition, unless that is what changing its only operator does."""
+    """Negates a condition, unless changing its only operator has the same effect."""
     words = [source.word(at) for at in range(first, last + 1)]
     if not words or ";" in words or "=" in words:
         return
@@ -284,7 +285,7 @@ def add_condition(source, add, first, last):
 
 
 def postfix_end(source, index):
-    """The last token of the name, call or member at `index`."""
+    """Returns the last token of the name, call or member at `index`."""
     at = index
     while at < len(source.tokens):
         word, token = source.word(at), source.tokens[at]
@@ -302,7 +303,7 @@ def postfix_end(source, index):
 
 
 def statement_end(source, index):
-    """The last token of the statement that begins at `index`, when it is one that can be dropped."""
+    """Returns the last token of the statement that begins at `index`, if the statement can be dropped."""
     if not source.holds_code(source.around[index]) or source.word(index) in NO_STATEMENT:
         return None
     before = source.word(index - 1)
@@ -319,7 +320,7 @@ def statement_end(source, index):
         return None
     if token.text == "return":
         return end if end == index + 1 else None
-    if token.text == "throw":  # not the last statement: the function would have no value
+    if token.text == "throw":  # not the last statement: the function would not return a value
         return None if source.word(end + 1) == "}" and not closes_branch(source, end + 1) else end
     if token.text in ("break", "continue", "emit", "Q_EMIT"):
         return end
@@ -340,13 +341,13 @@ def statement_end(source, index):
 
 
 def closes_branch(source, brace):
-    """Whether a closing brace ends a branch or loop rather than a function."""
+    """Returns whether a closing brace ends a branch or loop rather than a function."""
     first = source.partner[brace]
     return source.closes_head(first - 1) or source.word(first - 1) in ("else", "do")
 
 
 def other_number(word, choice):
-    """A number close by, written alike."""
+    """Returns a nearby number in the same notation."""
     match = re.fullmatch(r"(0[xX][\da-fA-F']+|0[bB][01']+|\d[\d']*(?:\.\d*)?(?:[eE][+-]?\d+)?)(\w*)", word)
     if not match:
         return None
@@ -363,7 +364,7 @@ def other_number(word, choice):
 
 
 def render(text, mutants):
-    """The source in which each of the mutants can be switched on, between marks that `owners` finds again."""
+    """Returns the source in which each mutant can be enabled, between marks that `owners` uses."""
     return '#include "zeb_mutant.h"\n#line 1\n' + _render(text, 0, len(text), sorted(
         mutants, key=lambda mutant: (mutant.start, -mutant.end, mutant.kind != "statement", mutant.number)))
 
@@ -389,8 +390,8 @@ def _render(text, first, last, mutants):
 
 
 def owners(rendered, line, column):
-    """The numbers of the mutants to blame for a compiler's complaint at a place of a rendered source."""
-    lines = rendered.split("\n")[2:]  # after the lines that come before #line
+    """Returns the numbers of the mutants that cause a compiler error at a position of a rendered source."""
+    lines = rendered.split("\n")[2:]  # skip the lines before #line
     if not 0 < line <= len(lines):
         return set()
     place = sum(len(text) + 1 for text in lines[: line - 1]) + column - 1

@@ -1,24 +1,24 @@
 #!/usr/bin/env python3
-"""Shows which faults the tests of a room would not notice.
+"""Shows which faults the tests of a room do not detect.
 
     mutants.py ROOM [--count N] [--seed S] [--files PATTERN ...] [--tests ROOM ...] [--only M ...] [--jobs N] [--list]
 
-Puts one small change at a time (a "mutant") into the sources of ROOM, for instance `codec`, and runs the room's
-tests. A mutant is caught when a test fails, crashes or takes far longer than usual. One that survives is a fault that
-no test would notice, or a change that makes no difference.
+Applies one small change at a time (a "mutant") to the sources of ROOM, for instance `codec`, and runs the room's
+tests. A mutant is caught if a test fails, crashes or takes much longer than usual. A surviving mutant is a fault that
+no test detects, or an equivalent change.
 
 The changes: another operator (`<` becomes `<=`), another constant (8 becomes 9), a negated condition, a dropped
-statement. They are drawn at random from the room's .cpp files; the same sources and seed give the same mutants. What
-the compiler needs to know (constexpr values, case labels, template arguments) and inline code of headers stay as they
-are, and changes that do not compile are replaced by others.
+statement. They are drawn at random from the room's .cpp files; the same sources and seed give the same mutants.
+Compile-time code (constexpr values, case labels, template arguments) and inline code of headers are not changed, and
+changes that do not compile are replaced by others.
 
-The working tree is never touched: all mutants are built at once into a copy in build/mutants/ROOM, each behind a
-question that an environment variable answers, and only tests that reach a mutant are run for it. The first run builds
-the copy; later ones build what has changed. To look into a survivor, change the line by hand.
+The working tree is not changed: all mutants are built at once into a copy in build/mutants/ROOM, each enabled by an
+environment variable, and only tests that reach a mutant are run for it. The first run builds the copy; later runs
+build only the differences. To examine a survivor, change the line by hand.
 
-Each line of the report is one mutant: number, result, file:line, the text before -> the text after. Survivors follow
-once more with their whole line. Exits with 0 when the run is complete, whatever it found; with 2 when the sources
-cannot be built or tests fail without any change.
+Each line of the report is one mutant: number, result, file:line, the text before -> the text after. Survivors are
+listed again with their whole line. Exits with 0 if the run is complete, with or without survivors; with 2 if the
+sources cannot be built or tests fail without any change.
 """
 
 import argparse
@@ -43,7 +43,7 @@ import time
 import mutant_sources
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-ROOMS = ("platform", "codec", "format", "conversion", "player", "ui", "cli", "app")
+ROOMS = ("platform", "media", "codec", "format", "conversion", "player", "ui", "cli", "app")
 QUICK = 0.3  # seconds: tests below are run together
 
 HEADER = """#pragma once
@@ -74,7 +74,7 @@ inline const char* const zeb_mutant_trace = std::getenv("ZEB_MUTANT_TRACE");
 }
 """
 
-# Included by the copy's configuration: warnings do not count in changed sources, and errors are all reported.
+# Included by the configuration of the copy: disables warnings in changed sources and reports all errors.
 CMAKE = """
 function(zeb_targets_below folder result)
   get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
@@ -124,7 +124,7 @@ class Result:
 
 
 class Runner:
-    """Runs test commands with limits, in a session each, all of which `stop` ends."""
+    """Runs test commands with limits, each in a separate session. `stop` ends all sessions."""
 
     def __init__(self, scratch):
         self.scratch = scratch
@@ -133,7 +133,7 @@ class Runner:
         self.is_stopped = False
 
     def run(self, command, folder, environment, seconds):
-        """Whether it failed and what it said. `seconds` is how long it takes usually."""
+        """Returns whether the command failed and its output. `seconds` is its usual run time."""
         with tempfile.TemporaryDirectory(dir=self.scratch) as place:
             variables = {**os.environ, **environment, "TMPDIR": place, "LC_ALL": "C.UTF-8"}
             limits = 'ulimit -c 0 -t "$0"; exec "$@"'
@@ -183,7 +183,7 @@ class Runner:
 
 
 class Copy:
-    """The copy of the sources in which the mutants are built."""
+    """The copy of the sources that contains the mutants."""
 
     def __init__(self, room, tests):
         self.room, self.test_rooms = room, tests
@@ -192,7 +192,7 @@ class Copy:
         self.build = self.tree / "build" / "dev"
 
     def update(self, rendered):
-        """Makes the copy equal to the working tree but for the rendered files, whose paths are the keys."""
+        """Makes the copy equal to the working tree except for the rendered files, whose paths are the keys."""
         listing = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=ROOT,
                                  capture_output=True, check=True).stdout
         wanted = {name for name in os.fsdecode(listing).split("\0") if name and (ROOT / name).is_file()}
@@ -226,14 +226,14 @@ class Copy:
             raise Failure(run.stdout + run.stderr)
 
     def compile(self, jobs):
-        """What the compiler complained of: file -> set of (line, column)."""
+        """Returns the compiler errors: file -> set of (line, column)."""
         print("building ...", file=sys.stderr)
         targets = [f"{folder}/all" for folder in (self.room, *(f"tests/{room}" for room in self.test_rooms))]
         command = ["ninja", "-C", str(self.build), "-k", "0", "-j", str(jobs), *targets]
         run = subprocess.run(command, capture_output=True, text=True, errors="replace", check=False,
                              env={**os.environ, "LC_ALL": "C.UTF-8", "ZEB_MUTANT": "0"})
         complaints = collections.defaultdict(set)
-        # An error within a system header is blamed on the place that led there.
+        # Attribute an error in a system header to the place that led there.
         pattern = r"^(\S+?):(\d+):(\d+):\s+(?:error|required from here|fatal error)"
         for match in re.finditer(pattern, run.stdout, re.MULTILINE):
             path = (self.build / match[1]).resolve()
@@ -260,7 +260,7 @@ class Copy:
 
 
 def choose(room, patterns, seed):
-    """All mutants of the room in the order in which they are drawn, and the sources."""
+    """Returns all mutants of the room in the order in which they are drawn, and the sources."""
     sources = {}
     for path in sorted((ROOT / room).rglob("*.cpp")):
         name = str(path.relative_to(ROOT))
@@ -303,7 +303,7 @@ def build(copy, mutants, sources, count, jobs):
 
 
 def try_unchanged(runner, tests, jobs):
-    """Runs each test without any change, to learn how long it takes and which mutants it reaches."""
+    """Runs each test without any change to measure its run time and to find the mutants that it reaches."""
     print(f"running {len(tests)} tests without any change ...", file=sys.stderr)
 
     def trial(test):
@@ -328,7 +328,7 @@ def try_unchanged(runner, tests, jobs):
 
 
 def batches(tests):
-    """Commands that run these tests, quick ones together and first: (command, folder, environment, seconds)."""
+    """Returns commands that run these tests, quick ones together and first: (command, folder, environment, seconds)."""
     groups = collections.defaultdict(list)
     singles = []
     for test in tests:

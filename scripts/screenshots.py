@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Makes the pictures of the windows in docs/, light and dark: scripts/screenshots.py [BUILD-FOLDER [light|dark]]
+"""Takes the pictures of the windows in docs/, light and dark: scripts/screenshots.py [BUILD-FOLDER [light|dark]]
 
-Every picture shows the application with its demonstration, on the display that the tests use.
+Every picture shows the application with the demo clip, on the display used by the tests.
 """
 
 import shutil
@@ -17,9 +17,9 @@ sys.dont_write_bytecode = True
 from desktop import Application, Desktop, await_equal, await_value  # noqa: E402
 
 CLIP = ROOT / "resources" / "demo" / "demo.mp4"
-# Its path can be read in the pictures.
+# The path is visible in the pictures.
 FILMS = Path("/tmp/Films")
-# The setting of a desktop that tells applications to be dark.
+# A desktop setting that requests the dark style.
 PORTAL = """
 from gi.repository import Gio, GLib
 node = Gio.DBusNodeInfo.new_for_xml('<node><interface name="org.freedesktop.portal.Settings"><method name="Read">'
@@ -41,7 +41,7 @@ class Photographer:
         self.docs.mkdir(exist_ok=True)
 
     def take(self, application, title, name):
-        """The window when nothing moves in it any more."""
+        """Takes a picture of the window once its content no longer changes."""
         application.activate(title)
         self.desktop.xdotool("mousemove", 1, 1)
         path, before = self.docs / f"{name}.png", None
@@ -84,7 +84,7 @@ class Photographer:
         application.stop()
 
     def splash(self):
-        """Taken at once: it leaves by itself, and its picture moves."""
+        """Takes the picture immediately: the welcome picture is animated and closes by itself."""
         application = Application(self.desktop)
         application.find("push button", "Close the welcome picture")
         application.activate("ZEB Maker")
@@ -122,7 +122,7 @@ def main():
     if len(sys.argv) > 2:
         take_all(build, sys.argv[2])
         return
-    # A process knows one accessibility bus, and so one desktop.
+    # A process can connect to one accessibility bus only, and so to one desktop.
     for theme in ("light", "dark"):
         subprocess.run([sys.executable, __file__, build, theme], check=True)
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # scripts/setup.sh GROUP...
 #
-# Makes sure that the packages of these groups of packages.txt are there. On Debian and its descendants what is
-# missing is installed (as root or through sudo); elsewhere it says what is needed and goes on if the tools are there.
-# Silent and instant when nothing is missing.
+# Installs the missing packages of these groups of packages.txt on Debian and its descendants (as root or
+# through sudo). On other systems prints what is needed and succeeds if the tools exist. Silent and instant if
+# nothing is missing.
 set -euo pipefail
 
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
@@ -39,7 +39,7 @@ if [[ ! -e /etc/debian_version ]] || ! command -v apt-get > /dev/null; then
     exit 0
 fi
 
-# One query for all; a package that dpkg has never heard of is simply not in the answer.
+# One query for all; packages unknown to dpkg are not in the output.
 installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}\n' "${wanted[@]}" 2> /dev/null || true)
 missing=()
 for package in "${wanted[@]}"; do
@@ -55,7 +55,7 @@ if [[ $(id -u) != 0 ]]; then
         exit 1
     fi
     as_root=(sudo)
-    # Nobody is there to type a password.
+    # No user is present to type a password.
     if [[ ! -t 0 ]]; then as_root+=(-n); fi
 fi
 
@@ -67,9 +67,9 @@ apt() {
 }
 
 say "Installing ${#missing[@]} Debian packages: ${missing[*]}"
-# An installation that was cut short keeps every other from beginning.
+# An interrupted installation blocks all others.
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive dpkg --configure -a < /dev/null >> "$log" 2>&1 || true
-# One package source that is out of reach need not matter; installing tells.
+# An unreachable package source may be harmless; the installation will show that.
 apt update || true
 if ! apt install --no-install-recommends "${missing[@]}"; then
     cat "$log" >&2

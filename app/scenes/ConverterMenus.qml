@@ -15,16 +15,16 @@ MenuBar {
     required property PresetMenuModel presetMenu
     required property Scenes scenes
 
-    // A question is open: it comes first.
+    // A question is open and must be answered first.
     required property bool isAsking
 
     signal closeRequested
 
-    // Alt is down, and no other key has been pressed since.
+    // Alt is pressed, and no other key has been pressed since.
     property bool altIsAlone: false
 
-    // The menus for the keyboard: F10 opens the first, and so does Alt without another key. To be called with the
-    // keys that the window's content leaves alone.
+    // Opens the first menu: for F10, and for Alt pressed alone. Must be called with the keys not handled by
+    // the window's content.
     function openFirst() {
         (itemAt(0) as MenuBarItem).triggered()
     }
@@ -86,7 +86,7 @@ MenuBar {
     Menu {
         id: presets
 
-        // The built-in presets may come later than the others.
+        // The built-in presets may be added after the others.
         function placeAfterLine(): int {
             let place = 0
             while (itemAt(place) !== line)

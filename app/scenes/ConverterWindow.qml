@@ -4,7 +4,7 @@ import ZEBMaker
 import ZEBMakerScenes
 import ZEBStyle
 
-// The converter's window: menus, the converter, and for a moment the welcome picture over it.
+// The converter's window: menus, the converter, and at the start the splash over it.
 ApplicationWindow {
     id: window
 
@@ -24,7 +24,7 @@ ApplicationWindow {
     maximumHeight: view.windowHeight + menus.height
     color: Theme.window
 
-    // A running conversion is not given up for a click beside the mark.
+    // Ask before closing: an accidental click must not cancel a running conversion.
     onClosing: close => {
         close.accepted = scenes.mayCloseConverter()
         if (!close.accepted)
@@ -138,7 +138,7 @@ ApplicationWindow {
         }
     }
 
-    // Over the welcome picture too, which makes room for what comes of the files.
+    // Also covers the splash, which is dismissed when files are dropped.
     DropArea {
         anchors.fill: parent
         keys: ["text/uri-list"]

@@ -9,7 +9,7 @@
 
 namespace zeb {
 
-/// The Presets menu: the user's presets by their names, and what choosing an item does. Main thread.
+/// The Presets menu: the names of the user's presets and the actions of the items. Main thread.
 class PresetMenuModel final : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -18,13 +18,13 @@ class PresetMenuModel final : public QObject {
     Q_PROPERTY(QStringList userPresetNames READ userPresetNames NOTIFY userPresetNamesChanged)
 
 public:
-    /// Defaults and notification centre outlive this.
+    /// Defaults and notification centre outlive the model.
     PresetMenuModel(UserDefaults& defaults, NotificationCenter& notifications, QObject* parent = nullptr);
 
     QStringList builtInTitles() const;
     QStringList userPresetNames() const { return m_userPresetNames; }
 
-    /// Asks the main window for the size of a preset, by its place in the menu.
+    /// Requests the main window to use the size of a preset, by index in the menu.
     Q_INVOKABLE void applyBuiltIn(int place);
     Q_INVOKABLE void applyUserPreset(int place);
 

@@ -64,7 +64,8 @@ void Scenes::chooseVideo() {
     if (!isAsking) content.vm()->chooseInput();
 }
 
-/// The converter's window, made if need be; with the welcome picture only when it is the first of all.
+/// Returns the converter's window, created if necessary. Only the first window of the process can show the
+/// splash.
 QQuickWindow* Scenes::converterWindow(bool welcomes) {
     if (!m_converter) {
         const bool isFirst = !std::exchange(m_hadConverter, true);
@@ -72,7 +73,8 @@ QQuickWindow* Scenes::converterWindow(bool welcomes) {
                                                {"presetMenu", QVariant::fromValue(&m_presetMenu)},
                                                {"backgroundPicture", m_background},
                                                {"showStartupSplash", welcomes && isFirst}});
-        // The first one's was done at the program's start: requests come without a window, too.
+        // For the first window this was done at program start, because requests are handled without a window
+        // too.
         if (!isFirst) m_services.appear();
     }
     return m_converter;
@@ -100,7 +102,7 @@ void Scenes::forget(QQuickWindow* window) {
     window->deleteLater();
 }
 
-// MARK: The end
+// MARK: Quitting
 
 void Scenes::quit() {
     if (m_services.content.vm()->isRunning()) {
@@ -112,7 +114,7 @@ void Scenes::quit() {
 }
 
 void Scenes::lastWindowClosed() {
-    // A file panel does not count as a window, but a person sees it.
+    // A file panel is not counted as a window by Qt, but is visible to the user.
     const bool isPanelOpen = std::ranges::any_of(QGuiApplication::topLevelWindows(),
                                                  [](const QWindow* window) { return window->isVisible(); });
     if (m_services.content.vm()->isRunning() || isPanelOpen) {
@@ -132,7 +134,7 @@ bool Scenes::mayCloseConverter() {
 
 void Scenes::quitAnyway() {
     setAskingToQuit(false);
-    // The run's job ends before its services go.
+    // The run's job ends before the services are destroyed.
     m_services.content.vm()->cancel();
     QCoreApplication::quit();
 }

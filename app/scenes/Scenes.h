@@ -17,8 +17,8 @@ class QQmlEngine;
 
 namespace zeb {
 
-/// The application's own windows: the converter, the settings, the help; at most one of each, made when it is
-/// asked for and gone when it is closed. And how the application ends. Main thread.
+/// The application's windows (converter, settings, help), at most one of each, created on demand and
+/// destroyed when closed, and the handling of quitting. Main thread.
 class Scenes final : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -26,42 +26,42 @@ class Scenes final : public QObject {
     Q_PROPERTY(bool isAskingToQuit READ isAskingToQuit NOTIFY isAskingToQuitChanged)
 
 public:
-    /// All of it outlives this.
+    /// All of them outlive the scenes.
     struct Services {
         QQmlEngine& engine;
         ContentViewModel& content;
         UserDefaults& defaults;
         NotificationCenter& notifications;
-        /// What is done when the converter's content comes into being. Called for each window after the
-        /// first.
+        /// Called when the content of a converter window is created, for each window after the first.
         std::function<void()> appear;
     };
 
     explicit Scenes(const Services& services, QObject* parent = nullptr);
     ~Scenes() override;
 
-    /// The converter's window, brought forward. The first one of the process begins with the welcome picture.
+    /// Brings the converter's window forward. The first window of the process begins with the splash.
     void showConverter();
-    /// Asks for a video in the converter's window, unless a question is open there: that comes first.
+    /// Shows the open panel in the converter's window, unless a question is open there.
     void chooseVideo();
-    /// The converter's window, hidden if it is new, without the welcome picture.
+    /// Returns the converter's window, hidden if it is new, without the splash.
     QQuickWindow* makeConverterWindow();
-    /// The window that panels belong to: the converter's while it is in sight.
+    /// Returns the parent window for panels: the converter's window while it is visible.
     QWindow* windowForPanels() const;
 
     Q_INVOKABLE void showSettings();
     Q_INVOKABLE void showHelp();
-    /// A window was closed: it goes.
+    /// Destroys a closed window.
     Q_INVOKABLE void forget(QQuickWindow* window);
 
-    /// Ends the application; asks first, in the converter's window, while a conversion runs.
+    /// Quits the application. While a conversion runs, asks first in the converter's window.
     Q_INVOKABLE void quit();
-    /// No window is in sight any more: ends the application. While a conversion runs or a file panel is open,
-    /// the hidden converter comes back instead, and nothing is asked.
+    /// Called when no window is visible any more: quits the application. While a conversion runs or a file
+    /// panel is open, shows the converter again instead, without a question.
     void lastWindowClosed();
-    /// Closing the converter's window ends its conversion: the same question.
+    /// Returns whether the converter's window may be closed. Closing ends its conversion, so asks the same
+    /// question.
     Q_INVOKABLE bool mayCloseConverter();
-    /// True while the question is open; it goes when the run ends.
+    /// True while the question is open. The question is closed when the run ends.
     bool isAskingToQuit() const { return m_isAskingToQuit; }
     // The answers.
     Q_INVOKABLE void quitAnyway();

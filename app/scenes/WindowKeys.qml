@@ -1,7 +1,7 @@
 import QtQuick
 import ZEBMakerScenes
 
-// The keys that every window without menus understands.
+// The keyboard shortcuts of every window without menus.
 Item {
     id: keys
 

@@ -7,15 +7,15 @@
 namespace zeb::cli {
 
 extern const Command
-    encodeCommand;                 ///< converts videos into movies; after a failure the next one is taken up
-extern const Command playCommand;  ///< becomes the application, with movies to play
-extern const Command infoCommand;  ///< shows what movies contain
-extern const Command verifyCommand;     ///< checks movies against every rule of the format, one line for each
-extern const Command repairCommand;     ///< makes a finished movie of one that was cut short
-extern const Command exportCommand;     ///< turns a movie into ordinary pictures, sound or film
+    encodeCommand;  ///< converts videos into movies; continues with the next one after a failure
+extern const Command playCommand;       ///< replaces the process by the application, with movies to play
+extern const Command infoCommand;       ///< shows what movies contain
+extern const Command verifyCommand;     ///< checks movies against every rule of the format, one line each
+extern const Command repairCommand;     ///< completes a movie that was cut short
+extern const Command exportCommand;     ///< converts a movie to standard pictures, sound or video
 extern const Command thumbnailCommand;  ///< writes a small picture of a movie
 
-/// All commands in the order of the help.
+/// All commands in help order.
 inline constexpr std::array commands = {&encodeCommand, &playCommand,   &infoCommand,     &verifyCommand,
                                         &repairCommand, &exportCommand, &thumbnailCommand};
 

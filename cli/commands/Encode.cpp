@@ -23,25 +23,25 @@ ExitCode encode(const EncodeArguments& arguments, Console& console) {
     for (const EncodeJob& job : jobs) {
         if (result == ExitCode::interrupted) {
             reporter->began(job);
-            reporter->failed({"not begun because of the interrupt", result, 0});
+            reporter->failed({"not started because of the interrupt", result, 0});
             continue;
         }
         Encoding encoding(arguments, job, *library, *reporter);
         const ExitCode code = arguments.estimate ? encoding.estimate() : encoding.run();
         if (result == ExitCode::done || code == ExitCode::interrupted) result = code;
-        // A forecast that cannot be shown is lost; a movie is there whoever reads about it.
+        // Without standard output a forecast is lost; a movie does not depend on it.
         if (arguments.estimate && !console.outIsGood()) return ExitCode::unwritableOutput;
     }
     return result;
 }
 
-// Bounds of the container's 16-bit fields.
+// Limits of the container's 16-bit fields.
 constexpr int highestSide = 65535;
 constexpr int highestRate = 65535;
 constexpr int highestTrack = 1'000'000;
 constexpr int highestThreadCount = 256;
 
-// The sizes that the presets have until a user changes them.
+// Default sizes of the presets.
 constexpr std::array presets = {
     Choice<FrameSize>{"dvd", {720, 576}},
     Choice<FrameSize>{"hd", {1280, 720}},
@@ -68,7 +68,7 @@ constexpr Option options[] = {
      .isRepeatable = true},
     {.names = "-o,--output",
      .placeholder = "FILE|FOLDER",
-     .help = "The movie, or its folder, made if it ends in / [the input's name with .zeb]",
+     .help = "The movie, or its folder (created if it ends in /) [the input's name with .zeb]",
      .expected = "a file or folder",
      .take = fileName<&EncodeArguments::output>},
     {.names = "--title",
@@ -120,7 +120,7 @@ constexpr Option options[] = {
      .flag = flag<&EncodeArguments::loop>},
     {.names = "--threads",
      .placeholder = "N",
-     .help = "Threads to decode and to encode with [0: one per processor core]",
+     .help = "Number of threads [0: one per processor core]",
      .expected = "a whole number from 0 to 256",
      .take = number<&EncodeArguments::threads, 0, highestThreadCount>},
     {.names = "--force",
@@ -129,7 +129,7 @@ constexpr Option options[] = {
      .flag = flag<&EncodeArguments::force>},
     {.names = "--estimate",
      .placeholder = "",
-     .help = "Write nothing, only tell how large the movie would be",
+     .help = "Write nothing, only forecast the size of the movie",
      .flag = flag<&EncodeArguments::estimate>},
     progressOption<&EncodeArguments::progress>,
     verboseOption<&EncodeArguments::verbose>,
@@ -137,13 +137,13 @@ constexpr Option options[] = {
 
 constexpr const char* notes =
     "The result goes to standard output, as does the progress; warnings, errors and the log go to\n"
-    "standard error. An interrupt (Ctrl-C) finishes the movie at its last whole second; a second\n"
-    "one ends the program at once.\n\n"
+    "standard error. An interrupt (Ctrl-C) finishes the movie at its last complete second; a\n"
+    "second one ends the program at once.\n\n"
     "The movie's sides are multiples of 8, at least 64 and no larger than the source's. Of surround\n"
     "sound the first two channels are taken.\n\n"
-    "A conversion that will pass the format's 4 GiB or the free space is warned of and goes on as far\n"
-    "as it can. --estimate ends with the code that it would end with: 1 beyond 4 GiB, 4 without the\n"
-    "space.";
+    "A warning announces a conversion that will exceed the format's 4 GiB or the free space; it\n"
+    "continues as far as possible. --estimate returns the same exit code: 1 above 4 GiB, 4 without\n"
+    "enough space.";
 
 }  // namespace
 

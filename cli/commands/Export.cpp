@@ -55,13 +55,13 @@ constexpr Option options[] = {
      .isRequired = true},
     {.names = "-o,--output",
      .placeholder = "OUT",
-     .help = "What to make: its ending tells the format (see below; required)",
+     .help = "Output file; its extension selects the format (required, see below)",
      .expected = "a file or folder",
      .take = fileName<&ExportArguments::output>,
      .isRequired = true},
     {.names = "--format",
      .placeholder = "NAME",
-     .help = "png, wav, gif, mp4, mkv or webm, whatever OUT's ending",
+     .help = "png, wav, gif, mp4, mkv or webm, instead of the one that OUT's extension selects",
      .expected = "one of png, wav, gif, mp4, mkv, webm",
      .take = choice<&ExportArguments::format, formats>},
     {.names = "--frame",
@@ -106,7 +106,7 @@ constexpr Option options[] = {
 };
 
 constexpr const char* notes =
-    "OUT's ending tells what is made:\n"
+    "The extension of OUT selects the format:\n"
     "  .png          one picture, with --frame or --at\n"
     "  %05d in .png  numbered pictures, \"frame-%05d.png\": %d is the frame's number in the\n"
     "                movie, counted from 0; %05d is the same with at least five digits\n"

@@ -33,7 +33,7 @@ ExitCode info(const InfoArguments& arguments, Console& console) {
             if (failure.exitCode == ExitCode::interrupted) return failure.exitCode;
             if (result == ExitCode::done) result = failure.exitCode;
         }
-        // Nobody reads on: `zeb info *.zeb | head`, or the disk is full.
+        // Stop if standard output failed (closed pipe, as in `zeb info *.zeb | head`, or full disk).
         if (!console.outIsGood()) return ExitCode::unwritableOutput;
     }
     return result;

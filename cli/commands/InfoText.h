@@ -6,10 +6,10 @@
 
 namespace zeb::cli {
 
-/// The facts of the movie in `file` as aligned lines, made harmless for a terminal.
+/// Returns the facts about the movie in `file` as aligned lines, escaped for a terminal.
 std::string infoText(const std::string& file, const MovieFacts& facts);
 
-/// The same as one line of JSON: file, title, width, height, framesPerSecond, mode, frames, seconds,
+/// Returns the facts as one line of JSON: file, title, width, height, framesPerSecond, mode, frames, seconds,
 /// soundChannels, soundRate (Hz, 0 without sound), loop, fileSize, bytesPerSecond, largestBlock (both in
 /// bytes), finished.
 std::string infoJson(const std::string& file, const MovieFacts& facts);

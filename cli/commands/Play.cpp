@@ -21,8 +21,8 @@ namespace {
 
 constexpr const char* applicationName = "zebmaker";
 
-/// Where the application is: installed beside this program, or in the neighbouring room of a build; else to
-/// be looked up in PATH.
+/// Returns the path of the application: installed beside this program or in the sibling folder of a build,
+/// otherwise the name, to be searched in PATH.
 std::string applicationPath() {
     std::error_code error;
     const auto here = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
@@ -49,7 +49,7 @@ ExitCode play(const PlayArguments& arguments, Console& console) {
             return ExitCode::unreadableInput;
         }
     }
-    // Full paths are no options, whatever they begin with.
+    // Absolute paths cannot be mistaken for options.
     std::vector<std::string> words = {applicationPath()};
     for (const std::string& file : arguments.files)
         words.push_back(std::filesystem::absolute(file).string());
@@ -68,7 +68,7 @@ ExitCode play(const PlayArguments& arguments, Console& console) {
 constexpr Option options[] = {
     {.names = "FILE",
      .placeholder = "...",
-     .help = "Movies to play, each in a window of its own",
+     .help = "Movies to play, each in a separate window",
      .take = append<&PlayArguments::files>,
      .isRequired = true,
      .isRepeatable = true},

@@ -27,7 +27,7 @@ struct RepairArguments {
     bool force = false;
 };
 
-/// There is nothing to make a movie of. The text names the file.
+/// The input has no usable part. The text names the file.
 class UnusableInput : public LocalizableError {
 public:
     UnusableInput(const std::string& path, const KeyedText& reason)
@@ -38,7 +38,7 @@ private:
 };
 
 void repairInPlace(PartialFile& movie, const std::string& path) {
-    // A file that is right already need not even be writable.
+    // A complete file need not be writable.
     if (movie.isComplete()) return;
     const auto target = openForUpdating(path);
     movie.finish(*target);
@@ -56,7 +56,7 @@ void repairInto(PartialFile& movie, const std::string& path, const std::string& 
     stage.commit();
 }
 
-/// What of the movie did not get into the repaired one.
+/// Describes the parts of the input that are missing in the repaired movie.
 std::string lossText(const MovieFacts& before) {
     std::string text;
     if (const auto& damage = before.damage) {
@@ -66,7 +66,7 @@ std::string lossText(const MovieFacts& before) {
         text += " left out";
     }
     if (before.end < before.fileSize)
-        text += "; " + byteText(before.fileSize - before.end) + " behind the last whole second cut off";
+        text += "; removed " + byteText(before.fileSize - before.end) + " after the last complete second";
     return text;
 }
 
@@ -131,13 +131,13 @@ constexpr Option options[] = {
 
 constexpr const char* notes =
     "Makes a finished movie of one that a crash, a full disk or an interrupt cut short: it ends\n"
-    "after its last whole second. A movie that is finished stays as it is.\n"
-    "Where whole seconds follow damaged ones, nothing is cut off in place (exit code 1); with -o\n"
-    "the new movie has every whole second, and damaged ones are left out with their sound.";
+    "after its last complete second. A movie that is finished stays as it is.\n"
+    "If complete seconds follow damaged ones, repair in place changes nothing (exit code 1); with -o\n"
+    "the new movie contains every complete second, without the damaged ones and their sound.";
 
 }  // namespace
 
 constinit const Command repairCommand =
-    command<repair>("repair", "Make a finished movie of one that was cut short", options, notes);
+    command<repair>("repair", "Finish a movie that was cut short", options, notes);
 
 }  // namespace zeb::cli

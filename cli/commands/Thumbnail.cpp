@@ -31,7 +31,7 @@ struct ThumbnailArguments {
     int size = 256;
 };
 
-/// The movie's first picture; of those that cannot be decoded at its beginning not many are passed over.
+/// Returns the first picture that can be decoded among the first `mostFramesTried` frames.
 FrameImage firstPicture(const std::string& path) {
     ZEBReader reader([&path] { return std::make_unique<MovieInput>(path, isInterrupted); });
     const std::int64_t frames = std::min<std::int64_t>(reader.readHeader().frameCount, mostFramesTried);
@@ -90,7 +90,7 @@ constexpr Option options[] = {
      .isRequired = true},
     {.names = "--size",
      .placeholder = "N",
-     .help = "The most pixels of its longer side",
+     .help = "Maximum length of the longer side in pixels",
      .expected = "a whole number from 1 to 4096",
      .take = number<&ThumbnailArguments::size, 1, mostPixelsOfASide>},
 };

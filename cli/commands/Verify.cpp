@@ -23,9 +23,9 @@ struct VerifyArguments {
 std::string verdictText(const std::string& file, const MovieCheck& check) {
     std::string line = printable(file) + ": ";
     if (check.fault) {
-        line += "wrong at byte " + std::to_string(check.fault->offset) + ": " + printable(check.fault->text);
+        line += "error at byte " + std::to_string(check.fault->offset) + ": " + printable(check.fault->text);
     } else {
-        line += "right, " + countText(check.seconds * check.header.fps, "frame", "frames") + ", " +
+        line += "valid, " + countText(check.seconds * check.header.fps, "frame", "frames") + ", " +
                 durationText(static_cast<double>(check.seconds));
     }
     return line + "\n";
@@ -56,7 +56,7 @@ ExitCode verify(const VerifyArguments& arguments, Console& console) {
             if (code == ExitCode::interrupted) return code;
         }
         if (result == ExitCode::done) result = code;
-        // Nobody reads on, or the disk is full.
+        // Stop if standard output failed (closed pipe or full disk).
         if (!console.outIsGood()) return ExitCode::unwritableOutput;
     }
     return result;
@@ -77,7 +77,7 @@ constexpr Option options[] = {
 
 constexpr const char* notes =
     "Checks header, index, blocks, sound and the decoding of every frame. The line of a movie\n"
-    "tells the first thing that is wrong with it and at which byte; 1 is then the exit code.";
+    "states the first error and its byte; the exit code is then 1.";
 
 }  // namespace
 

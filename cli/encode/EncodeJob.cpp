@@ -20,7 +20,7 @@ std::string outputOf(const std::string& input, const EncodeArguments& arguments)
     return fs::path(*arguments.output) / besideInput.filename();
 }
 
-// The path by which two spellings of one place are recognised, through links where they exist.
+// Returns a canonical path for comparison, with links resolved as far as they exist.
 fs::path identity(const std::string& path) {
     std::error_code error;
     const fs::path whole = fs::absolute(path, error);
@@ -47,7 +47,7 @@ std::vector<EncodeJob> planJobs(const EncodeArguments& arguments) {
     }
     for (const EncodeJob& job : jobs) {
         const auto found = inputOfOutput.find(identity(job.input));
-        // A job whose output is its own input is refused when its turn comes.
+        // A job whose output is identical to its input is rejected when it runs.
         if (found != inputOfOutput.end() && found->second != job.input) {
             throw UsageError("the movie of \"" + found->second + "\" would replace the input \"" + job.input +
                              "\"");

@@ -11,13 +11,13 @@
 
 namespace zeb::cli {
 
-/// What was asked of `zeb encode`. Empty options leave the choice to the analysis of the source.
+/// Arguments of `zeb encode`. The analysis of the source determines empty options.
 struct EncodeArguments {
     std::vector<std::string> inputs;    ///< at least one
     std::optional<std::string> output;  ///< a file, or the folder for files named after the inputs
     std::optional<std::string> title;
     std::optional<FrameSize> size;
-    bool stretch = false;  ///< do not keep the aspect
+    bool stretch = false;  ///< do not keep the aspect ratio
     std::optional<int> fps;
     int mode = 32;
     bool dither = false;
@@ -26,12 +26,12 @@ struct EncodeArguments {
     bool loop = false;
     int threads = 0;        ///< 0 = one per processor core
     bool force = false;     ///< replace an existing output
-    bool estimate = false;  ///< tell only how large the movies would be
+    bool estimate = false;  ///< only report the expected size of the movies
     ProgressStyle progress = ProgressStyle::automatic;
     bool verbose = false;
 };
 
-/// One input and the file that it becomes.
+/// One input and its output file.
 struct EncodeJob {
     std::string input;
     std::string output;
@@ -39,12 +39,12 @@ struct EncodeJob {
     bool operator==(const EncodeJob&) const = default;
 };
 
-/// Names the output of every input. Looks at the file system to tell folders from files, changes nothing.
-/// Throws `UsageError` when an input has no name, when several inputs would go to one file, or when an output
-/// would replace another job's input.
+/// Determines the output of every input. Reads the file system to distinguish folders from files; changes
+/// nothing. Throws `UsageError` if an input has no name, if several inputs have the same output, or if an
+/// output would replace another job's input.
 std::vector<EncodeJob> planJobs(const EncodeArguments& arguments);
 
-/// The settings for one input: what was asked for, and for the rest what the window would propose.
+/// Returns the settings for one input: the given arguments, and otherwise the window's proposals.
 Settings settingsFor(const EncodeArguments& arguments, const std::string& input, const SourceInfo& source);
 
 }  // namespace zeb::cli

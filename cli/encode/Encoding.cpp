@@ -72,8 +72,8 @@ SizeForecast Encoding::forecastAll(const MediaAsset& asset, const Settings& sett
     return settings.qlModeNumber == 32 ? forecastFromSamples(asset, about, {}) : forecastUpperBound(about);
 }
 
-/// What is worth the time before a run: where the most that the movie can become fits, no picture is looked
-/// at. What is wrong with the source, the run says itself.
+/// A quick forecast. If the upper bound fits, no picture is decoded. Returns nothing for an unreadable
+/// source; the run reports the error.
 std::optional<SizeForecast> Encoding::forecastQuickly(const MediaAsset& asset,
                                                       const Settings& settings) const {
     try {
@@ -130,7 +130,7 @@ void Encoding::convert() {
     };
     callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t bytesWritten) {
         const auto now = Clock::now();
-        // What came before the first frame, analysis and sound, says nothing about the frames to come.
+        // Restart the meter: the time before the first frame (analysis, sound) does not predict later frames.
         if (framesDone == 1) meter = SpeedMeter(now);
         bytes = bytesWritten;
         meter.note(now, framesDone);
@@ -146,7 +146,7 @@ void Encoding::convert() {
 OutputTerms Encoding::termsOf(const EncodeArguments& arguments) {
     OutputTerms terms;
     if (arguments.force) terms.existing = OutputTerms::Existing::replace;
-    // A folder whose name ends in "/" is made when it is not there.
+    // A missing folder is created if its name ends in "/".
     if (arguments.output && arguments.output->ends_with('/'))
         terms.missingFolder = OutputTerms::MissingFolder::make;
     return terms;
@@ -154,7 +154,7 @@ OutputTerms Encoding::termsOf(const EncodeArguments& arguments) {
 
 void Encoding::checkFiles() const {
     if (isInterrupted()) throw ZEBConverterError::cancelled();
-    // What is not there says more than where it would go.
+    // Report a missing input before a bad output.
     if (isRemoteAddress(m_job.input)) throw MediaError(MediaError::cannotOpen, {"error_not_local"});
     if (!files::kindOf(m_job.input)) throw MediaError(MediaError::cannotOpen, systemErrorText(ENOENT));
     m_output.check(m_job.input);

@@ -14,7 +14,7 @@
 
 namespace zeb::cli {
 
-/// The conversion of one input from the first look at it to the report of how it ended.
+/// The conversion of one input, including all reports about it.
 class Encoding {
 public:
     Encoding(const EncodeArguments& arguments, const EncodeJob& job, const MediaLibrary& library,
@@ -25,13 +25,13 @@ public:
           m_reporter(reporter),
           m_output(job.output, termsOf(arguments)) {}
 
-    /// Converts and reports; throws nothing that a conversion throws. A movie that could not be completed is
-    /// made a shorter one, or removed when it has no whole second.
+    /// Converts and reports; throws no error of the conversion. An incomplete movie is shortened to its whole
+    /// seconds, or removed if it has none.
     ExitCode run();
 
-    /// Reports how large the movie would be, and writes nothing. Ends as `run` would: `conversionFailed` when
-    /// the movie would pass the format's limit, `unwritableOutput` when the space would not suffice or the
-    /// output is refused.
+    /// Reports the expected size of the movie and writes nothing. Exit codes as for `run`: `conversionFailed`
+    /// if the movie would exceed the format's limit, `unwritableOutput` if the space would not suffice or the
+    /// output is rejected.
     ExitCode estimate();
 
 private:
@@ -42,8 +42,7 @@ private:
     void reportForecast(const Settings& settings, const SizeForecast& forecast);
     void convert();
     static OutputTerms termsOf(const EncodeArguments& arguments);
-    // Refuses what cannot become a movie, or an output that must not be made, before long work is done for
-    // nothing.
+    // Rejects an unusable input or output before long work is done in vain.
     void checkFiles() const;
     OpenedSource openSource() const;
     Settings proposeSettings(const MediaAsset& asset);

@@ -24,7 +24,7 @@ std::string secondText(std::int64_t second) {
     return durationText(static_cast<double>(second));
 }
 
-/// The size, with what is not certain about it.
+/// Returns the size with its uncertainty.
 KeyedText sizeOf(const SizeForecast& forecast) {
     const char* key = forecast.isExact                           ? "forecast_size_exact_format"
                       : forecast.basis == ForecastBasis::samples ? "forecast_size_about_format"
@@ -32,7 +32,7 @@ KeyedText sizeOf(const SizeForecast& forecast) {
     return {key, {byteText(forecast.bytes)}};
 }
 
-/// What the size rests on, where that is not plain.
+/// Returns the basis of the size, in parentheses; empty for an upper bound.
 std::string basisText(const SizeForecast& forecast) {
     if (forecast.isExact) return " (" + std::to_string(forecast.bytes) + " bytes)";
     if (forecast.basis != ForecastBasis::samples) return "";
@@ -43,7 +43,7 @@ std::string basisText(const SizeForecast& forecast) {
     return text + "from " + countText(forecast.samples, "picture", "pictures") + ")";
 }
 
-/// The options that help, as one would type them.
+/// Returns the options that help, as typed.
 std::vector<std::string> suggestedOptions(const ForecastSuggestion& suggestion) {
     std::vector<std::string> options;
     if (suggestion.fps) options.push_back("--fps " + std::to_string(*suggestion.fps));
@@ -124,7 +124,7 @@ std::string forecastText(const EncodeJob& job, const Settings& settings, const S
     }
     if (!forecast.fits()) {
         const std::string suggestion = suggestionText(forecast.suggestion);
-        line("What would fit", suggestion.empty() ? "no rate or size" : suggestion);
+        line("Suggestion", suggestion.empty() ? "none (no frame rate or size would fit)" : suggestion);
     }
     return text;
 }

@@ -7,7 +7,7 @@
 
 namespace zeb::cli {
 
-/// A video that was opened to look at it, handed on so that the conversion need not open and scan it again.
+/// A video opened for analysis. Passing it on saves the conversion from opening and scanning it again.
 class OpenedSource final : public MediaLibrary {
 public:
     /// Throws `MediaError`.

@@ -49,7 +49,7 @@ PartialOutcome settlePartialMovie(OutputPlace& output) {
         } catch (const MovieDamageError& error) {
             return stayUnfinished(errorText(error));
         } catch (const std::exception&) {
-            // Not even its header was written.
+            // The header is incomplete, so remove the file below.
         }
     } else if (hadCreated && files::kindOf(path)) {
         texts.push_back(localizedText("partial_other_file_format", {path}));

@@ -7,15 +7,15 @@
 
 namespace zeb::cli {
 
-/// What became of an output whose run ended early.
+/// State of an output whose run ended early.
 struct PartialOutcome {
-    std::int64_t keptSeconds = 0;  ///< of the shorter movie; 0 = there is none
-    std::string text;              ///< for a person; empty when there is nothing to tell
+    std::int64_t keptSeconds = 0;  ///< of the shorter movie; 0 = no movie
+    std::string text;              ///< for the user; empty if there is nothing to report
 };
 
-/// Ends the work on the output of a run that failed: makes its file a shorter movie that ends after its last
-/// whole second and leaves the old movie aside, or removes the file when it has none and puts the old movie
-/// back. Touches only a file that the run made. Throws nothing that files throw.
+/// Settles the output of a failed run. Shortens its file to a movie of whole seconds and leaves the previous
+/// movie aside. If it has no whole second, removes the file and moves the previous movie back. Changes only a
+/// file created by the run. Does not throw file errors.
 PartialOutcome settlePartialMovie(OutputPlace& output);
 
 }  // namespace zeb::cli

@@ -75,7 +75,7 @@ ExportJob planExport(const ExportArguments& arguments) {
                                         .filename()
                                         .replace_extension(endingOf(isPNG ? ExportFormat::png : format));
         job.output = fs::path(arguments.output) / name;
-        // The output's folder was named as one, for numbered pictures.
+        // For numbered pictures the user has named a folder explicitly.
         if (isPNG && !isSingle) job.settings.terms.missingFolder = OutputTerms::MissingFolder::make;
     }
 
@@ -90,7 +90,7 @@ ExportJob planExport(const ExportArguments& arguments) {
     if (settings.to && *settings.to <= settings.from) throw UsageError("--to does not lie after --from");
     if (isSingle && !isPNG) throw UsageError("--frame and --at make a PNG picture and nothing else");
     if (isPNG) {
-        // The name of the one picture in a folder is FILE's, whatever that holds.
+        // A single picture in a folder is named after FILE, whose name may contain a placeholder.
         const bool isNumbered =
             !(isFolder && isSingle) && NumberedName::parse(fs::path(job.output).filename()).has_value();
         if (!isNumbered && !isSingle) {
@@ -120,7 +120,7 @@ std::optional<std::int64_t> timeFrom(std::string_view text) {
         if (decimals.empty() || decimals.size() > mostDecimals) return std::nullopt;
     }
     std::int64_t seconds = 0;
-    // Below the first one, minutes and seconds end at 59.
+    // After the first number, minutes and seconds are limited to 59.
     for (int part = 0; part < 3; ++part) {
         const std::size_t colon = text.find(':');
         const auto value = wholeNumber(text.substr(0, colon), 0, part == 0 ? mostHours * 3600 : 59);

@@ -13,11 +13,11 @@ namespace zeb::cli {
 
 enum class ExportFormat { png, wav, gif, mp4, mkv, webm };
 
-/// What was asked of `zeb export`. Times are in microseconds.
+/// Arguments of `zeb export`. Times are in microseconds.
 struct ExportArguments {
     std::string input;
     std::string output;
-    std::optional<ExportFormat> format;  ///< nothing: by the output's ending
+    std::optional<ExportFormat> format;  ///< empty: by the extension of the output
     std::optional<int> frame;
     std::optional<std::int64_t> at;
     std::optional<std::int64_t> from;
@@ -29,19 +29,19 @@ struct ExportArguments {
     bool verbose = false;
 };
 
-/// One export as it was asked for: what is made of which file, and where.
+/// A planned export: its input, output and settings.
 struct ExportJob {
     std::string input;
-    std::string output;  ///< a file, or the pattern for the names of many
+    std::string output;  ///< a file, or the name pattern of many files
     ExportSettings settings;
 };
 
-/// Chooses format and output. Looks at the file system to tell folders from files, changes nothing. Throws
-/// `UsageError`.
+/// Determines format and output. Reads the file system to distinguish folders from files; changes nothing.
+/// Throws `UsageError`.
 ExportJob planExport(const ExportArguments& arguments);
 
-/// A time as people write it, in microseconds: seconds ("90", "2.5"), "M:SS" or "H:MM:SS", the seconds with
-/// up to six decimals. Nothing for another text.
+/// Parses a time to microseconds: seconds ("90", "2.5"), "M:SS" or "H:MM:SS", with up to six decimals of a
+/// second. Returns nothing for other text.
 std::optional<std::int64_t> timeFrom(std::string_view text);
 
 }  // namespace zeb::cli

@@ -79,7 +79,7 @@ void Exporting::exportMovie() {
 void Exporting::checkOutput() const {
     const OutputPlace place(m_job.output, m_job.settings.terms);
     if (m_job.settings.kind == Kind::pictures) {
-        place.checkFolder();  // the names of the files are known with the plan
+        place.checkFolder();  // file names are not known before the plan
     } else {
         place.check(m_job.input);
     }

@@ -7,18 +7,18 @@
 
 namespace zeb::cli {
 
-/// The export of one movie from the first look at it to the report of how it ended.
+/// The export of one movie, including all reports about it.
 class Exporting {
 public:
     Exporting(const ExportJob& job, const FilmLibrary& library, ProgressReporter& reporter)
         : m_job(job), m_library(library), m_reporter(reporter) {}
 
-    /// Exports and reports; throws nothing that an export throws.
+    /// Exports and reports; throws no error of the export.
     ExitCode run();
 
 private:
     void exportMovie();
-    // Refuses an output that must not be replaced or cannot be created, before long work is done for nothing.
+    // Rejects an output that must not be replaced or cannot be created before long work is done in vain.
     void checkOutput() const;
     void checkPictures(const ExportPlan& plan) const;
     void reportPlan(const ExportPlan& plan);

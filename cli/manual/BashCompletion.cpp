@@ -3,8 +3,8 @@
 namespace zeb::cli::manual {
 namespace {
 
-// Walks the words before the cursor as the parser does, so that a value that looks like an option or a
-// command is not mistaken for one. "--mode=32" arrives as three words.
+// Parses the words before the cursor like the program, so that a value similar to an option or a command is
+// not mistaken for one. "--mode=32" arrives as three words.
 constexpr const char* functions = R"bash(
 # The file names that begin with $cur; with an argument only those with this ending, and folders.
 _zeb_files() {
@@ -67,7 +67,7 @@ std::string options(const std::string& command, const std::vector<ArgumentDescri
     return "        " + shellQuoted(command) + ") echo " + shellQuoted(joined(names, " ")) + " ;;\n";
 }
 
-// "'encode -o' | 'encode --output'", as a pattern for command and option.
+// Returns "'encode -o' | 'encode --output'", a pattern for command and option.
 std::string pattern(const std::string& command, const ArgumentDescription& option) {
     std::vector<std::string> pairs;
     for (const std::string& name : option.names)

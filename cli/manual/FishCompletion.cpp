@@ -46,7 +46,7 @@ std::string fishCompletion(const ProgramDescription& program) {
         for (const ArgumentDescription& option : command.options)
             text += optionLine(inside, option);
         for (const ArgumentDescription& positional : command.positionals) {
-            // A required argument would belong to an option; these only offer names.
+            // "Required argument" refers to an option in fish; these lines only offer file names.
             text += inside + (positional.kind == ValueKind::movie ? " -k -a '(__fish_complete_suffix .zeb)'\n"
                                                                   : " -F\n");
         }

@@ -48,12 +48,12 @@ std::string asTyped(char character) {
     }
 }
 
-// A line that begins with a full stop would be a request.
+// Escapes a full stop at the start of a line, which would be a request.
 std::string line(const std::string& text) {
     return (text.starts_with('.') ? "\\&" : "") + text + "\n";
 }
 
-// Text of which every character comes out as it stands, to be copied into a shell.
+// Escapes text so that every character is output unchanged and can be copied into a shell.
 std::string literal(const std::string& text) {
     std::string result;
     for (const char character : text)
@@ -61,7 +61,8 @@ std::string literal(const std::string& text) {
     return result;
 }
 
-// Running text. Its hyphens are hyphens, but for words that begin with one: options, to be found and copied.
+// Escapes running text. Hyphens stay hyphens, except in words that begin with one: options must be searchable
+// and copyable.
 std::string prose(const std::string& text) {
     constexpr std::string_view wordStarts = " \"([";
     std::string result;
@@ -106,7 +107,7 @@ std::string optionItem(const ArgumentDescription& option) {
     std::string label = joined(names, ", ");
     if (option.takesValue()) label += " " + italic(option.placeholder);
     std::string text = prose(option.text) + (option.text.ends_with('.') ? "" : ".");
-    // The values of a choice and the kinds of files are in the description already.
+    // The description already contains the values of a choice and the kinds of files.
     if (option.kind == ValueKind::other && !option.expected.empty())
         text += "\n" + italic(option.placeholder) + " is " + prose(option.expected) + ".";
     if (!option.excludes.empty()) {
@@ -132,7 +133,7 @@ std::string synopsis(const std::string& program, const CommandDescription& comma
     return text;
 }
 
-// What a help text says in free form: indented lines are tables and keep their shape, the others are filled.
+// Converts the free text of a help: indented lines are tables and keep their layout, other lines are filled.
 std::string notes(const std::string& text) {
     std::string result = text.empty() ? "" : ".PP\n";
     bool isTable = false;
@@ -159,7 +160,7 @@ std::string commandText(const std::string& program, const CommandDescription& co
     return text + notes(command.notes);
 }
 
-// The help's table of exit codes: a number and its meaning in each indented line, then remarks.
+// Converts the help's table of exit codes: number and meaning in each indented line, then remarks.
 std::string exitStatus() {
     std::string text = heading("EXIT STATUS");
     std::string remarks;
@@ -205,7 +206,7 @@ std::string exampleTexts(const ProgramDescription& program) {
 }  // namespace
 
 std::string manPage(const ProgramDescription& program) {
-    // No date: the same sources make the same bytes on every day.
+    // No date, so that the output is reproducible.
     std::string text = ".TH ZEB 1 \"\" \"" + literal(program.version) + "\" \"User Commands\"\n" +
                        ".\\\" Written by the build from the program's own options.\n.nh\n.ad l\n";
     std::string summary = program.summary;

@@ -20,7 +20,7 @@ std::string value(const ArgumentDescription& argument) {
     return ":" + escaped(argument.placeholder, ":\\", "\\") + ":" + action(argument);
 }
 
-// One specification for each name, each shutting out the others and what it excludes.
+// Returns one specification per name. Each excludes the other names and the incompatible options.
 std::string optionSpecifications(const ArgumentDescription& option, const std::string& indent) {
     std::vector<std::string> shutOut = option.names;
     shutOut.insert(shutOut.end(), option.excludes.begin(), option.excludes.end());

@@ -26,7 +26,7 @@ void writeAll(const std::filesystem::path& folder) {
 
 }  // namespace
 
-// zeb_manual FOLDER: writes the manual page and the completions of the program there.
+// zeb_manual FOLDER: writes the manual page and the completions into FOLDER.
 int main(int argc, char** argv) {
     try {
         if (argc != 2) throw std::runtime_error("zeb_manual: one folder is needed");

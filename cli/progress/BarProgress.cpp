@@ -15,13 +15,13 @@ constexpr int usualColumns = 80;
 constexpr std::size_t widestBar = 40;
 constexpr std::size_t narrowestBar = 5;
 
-// The last column stays free: a character there makes some terminals go on to the next line.
+// Leaves the last column free: a character there makes some terminals wrap.
 std::size_t usableColumns(int columns) {
     return static_cast<std::size_t>(std::max((columns > 0 ? columns : usualColumns) - 1, 0));
 }
 
 std::string percentText(const ProgressState& state) {
-    // Rounded down: 100 means done.
+    // Rounded down: 100 means complete.
     const std::string number = std::to_string(static_cast<int>(std::floor(state.fraction() * 100)));
     return std::string(number.size() < 3 ? 3 - number.size() : 0, ' ') + number + " %";
 }
@@ -92,7 +92,7 @@ void BarProgress::logged(const std::string& line) {
     const std::string standing = m_line;
     clear();
     ProgressReporter::logged(line);
-    // Until frames come, the line tells what is going on.
+    // Before the first frame, show the log line.
     const bool showsLine = !m_started && !isVerbose();
     draw(showsLine ? fittedLine(line, console().outTerminal().columns()) : standing);
 }
@@ -116,7 +116,7 @@ void BarProgress::failed(const EncodeFailure& failure) {
 
 void BarProgress::draw(const std::string& line) {
     if (line == m_line) return;
-    // Blanks instead of a control sequence for "erase": every terminal knows them.
+    // Overwrite with spaces: not every terminal supports a control sequence for erasing.
     const std::size_t length = characterCount(line);
     const std::size_t oldLength = characterCount(m_line);
     std::string text = "\r";

@@ -6,22 +6,21 @@
 #include "cli/progress/ProgressReporter.h"
 #include "cli/progress/SpeedMeter.h"
 
-/// The lines that tell a person how far a conversion is.
+/// Progress lines for the user.
 
 namespace zeb::cli {
 
-/// "[#####.....]  50 %  123.4 fps  0:12 left  3.4 MB" in at most `columns` characters (0: unknown, taken as
-/// 80). Where that is little, the size goes first, then the bar, the speed and the time left.
+/// Returns "[#####.....]  50 %  123.4 fps  0:12 left  3.4 MB" in at most `columns` characters (0: unknown,
+/// use 80). In a narrow terminal the size is omitted first, then the bar, the speed and the remaining time.
 std::string barLine(const ProgressState& state, int columns);
 
 /// "  50 %  125 of 250 frames  123.4 fps  0:12 left  3.4 MB"
 std::string plainLine(const ProgressState& state);
 
-/// `text` made printable and cut to fit `columns` (0: unknown, taken as 80).
+/// Escapes `text` and truncates it to `columns` (0: unknown, use 80).
 std::string fittedLine(std::string_view text, int columns);
 
-/// One line on standard output that is drawn over itself, at most ten times a second. Messages stand above
-/// it.
+/// Redraws one line on standard output, at most ten times a second. Messages are printed above it.
 class BarProgress final : public ProgressReporter {
 public:
     using ProgressReporter::ProgressReporter;
@@ -35,13 +34,13 @@ public:
     void failed(const EncodeFailure& failure) override;
 
 private:
-    // Replaces what stands on the line; `line` is printable and fits.
+    // Replaces the text on the line; `line` is printable and fits.
     void draw(const std::string& line);
     void clear() { draw(""); }
 
     Pacer m_pacer{std::chrono::milliseconds(100)};
-    std::string m_line;      // what stands there now
-    bool m_started = false;  // the first frame of the job is done
+    std::string m_line;      // text on the line now
+    bool m_started = false;  // the first frame of the job is complete
 };
 
 }  // namespace zeb::cli

@@ -8,21 +8,19 @@ namespace zeb::cli {
 /// One JSON object (RFC 8259, ASCII only) per line on standard output, flushed at once. Every object has
 /// "type" and "input":
 /// - "start": output, title, width, height, framesPerSecond, frames, seconds, mode, sourceWidth,
-/// sourceHeight,
-///   sourceFramesPerSecond, sourceSeconds
+///   sourceHeight, sourceFramesPerSecond, sourceSeconds
 /// - "forecast", after "start" or, for `--estimate`, alone: output, width, height, framesPerSecond, frames,
-///   seconds, mode, bytes, bytesPerSecond, basis ("arithmetic", "samples" or "bound": the most that it can
-///   be), exact, samples (pictures encoded for it), uncertainty (of samples: standard error as a part of the
-///   whole, or null), fits, formatEndsAt (the first second without a place below 4 GiB, or null), freeSpace
-///   (bytes where the output goes, null = unknown), spaceEndsAt (the first second without space, or null),
-///   suggestedFramesPerSecond and suggestedSize (width, height), each enough to make it fit, or null
+///   seconds, mode, bytes, bytesPerSecond, basis ("arithmetic", "samples" or "bound" (upper bound)), exact,
+///   samples (number of encoded pictures), uncertainty (relative standard error of the samples, or null),
+///   fits, formatEndsAt (the first second past 4 GiB, or null), freeSpace (bytes for the output, null =
+///   unknown), spaceEndsAt (the first second without space, or null), suggestedFramesPerSecond and
+///   suggestedSize (width, height), each enough to make it fit, or null
 /// - "progress", at most ten times a second: frames, totalFrames, fraction (0 ... 1), bytes, speed (frames
-/// per
-///   second of work or null), remainingSeconds (or null)
+///   processed per second, or null), remainingSeconds (or null)
 /// - "log" and "warning": message
 /// - "done": output, width, height, frames, seconds, bytes, elapsedSeconds
-/// - "error": output, message, exitCode, keptSeconds (of a shorter movie that the output was made into, 0 =
-/// none); after an interrupt also for every input that was not begun
+/// - "error": output, message, exitCode, keptSeconds (of the shortened movie at the output, 0 = none); after
+///   an interrupt also for every input that was not begun
 class JsonProgress final : public ProgressReporter {
 public:
     using ProgressReporter::ProgressReporter;

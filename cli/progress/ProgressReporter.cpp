@@ -9,7 +9,7 @@
 namespace zeb::cli {
 namespace {
 
-/// Nothing on the way, the summary at the end.
+/// Prints only the summary at the end.
 class SilentProgress final : public ProgressReporter {
 public:
     using ProgressReporter::ProgressReporter;
@@ -50,7 +50,7 @@ void ProgressReporter::finished(const EncodeSummary& summary) {
 }
 
 void ProgressReporter::failed(const EncodeFailure& failure) {
-    // Some texts begin with the file already.
+    // Some texts already begin with the file.
     const bool namesFile =
         failure.message.starts_with(m_job.input + ": ") || failure.message.starts_with(m_job.output + ": ");
     m_console.complain(namesFile ? failure.message : m_job.input + ": " + failure.message);

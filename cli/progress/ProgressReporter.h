@@ -16,24 +16,24 @@
 
 namespace zeb::cli {
 
-/// How far a conversion is.
+/// Progress of a conversion.
 struct ProgressState {
     std::int64_t framesDone = 0;
     std::int64_t totalFrames = 1;
     int fps = 1;                             ///< of the movie
     std::uint64_t bytes = 0;                 ///< written so far
-    double speed = 0;                        ///< frames per second of work; 0 when not known yet
-    std::optional<double> remainingSeconds;  ///< estimated time left; nothing when not known yet
+    double speed = 0;                        ///< frames processed per second; 0 if not known yet
+    std::optional<double> remainingSeconds;  ///< estimated; empty if not known yet
 
     double fraction() const { return static_cast<double>(framesDone) / static_cast<double>(totalFrames); }
-    /// Seconds of the movie that are complete.
+    /// Complete seconds of the movie.
     std::int64_t secondsDone() const { return framesDone / fps; }
 };
 
 /// A finished conversion.
 struct EncodeSummary {
     FrameSize size;
-    std::int64_t frames = 0;   ///< 0, and no size, when it made sound only
+    std::int64_t frames = 0;   ///< 0, and no size, for sound only
     std::int64_t seconds = 0;  ///< of the movie
     std::uint64_t bytes = 0;   ///< the file's size
     double elapsedSeconds = 0;
@@ -41,17 +41,16 @@ struct EncodeSummary {
 
 /// A conversion that did not finish.
 struct EncodeFailure {
-    std::string message;  ///< for a person, with what became of the output
+    std::string message;  ///< for the user, with the state of the output
     ExitCode exitCode = ExitCode::conversionFailed;
-    std::int64_t keptSeconds =
-        0;  ///< seconds of the shorter movie that the output was made into; 0 = no output
+    std::int64_t keptSeconds = 0;  ///< seconds of the shortened movie at the output; 0 = no output
 };
 
 enum class Verbosity { quiet, verbose };
 
-/// Shows a person or a program what a conversion does. Warnings and failures always go to standard error, the
-/// log if it is wanted; the styles differ in what they put on standard output. For one job after the other,
-/// on one thread.
+/// Reports on conversions for a user or a program. Warnings and failures always go to standard error, and the
+/// log if requested. The styles differ in their standard output. Handles jobs one after the other, on one
+/// thread.
 class ProgressReporter {
 public:
     ProgressReporter(Console& console, Verbosity verbosity) : m_console(console), m_verbosity(verbosity) {}
@@ -59,13 +58,13 @@ public:
     ProgressReporter& operator=(const ProgressReporter&) = delete;
     virtual ~ProgressReporter() = default;
 
-    /// A job is taken up.
+    /// A job begins.
     virtual void began(const EncodeJob& job);
-    /// Its source has been analysed and the work starts.
+    /// The source of the job has been analysed and the work starts.
     virtual void planned(const Settings& settings, const ConversionPlan& plan);
-    /// How large the movie will be; after `planned`.
+    /// The forecast of the movie; after `planned`.
     virtual void forecast(const Settings& settings, const SizeForecast& forecast);
-    /// The same, when the forecast is all that was asked for.
+    /// The forecast, if only that was requested.
     virtual void estimated(const Settings& settings, const SizeForecast& forecast);
     /// Called very often.
     virtual void advanced(const ProgressState& state) = 0;
@@ -86,12 +85,12 @@ private:
     EncodeJob m_job;
 };
 
-/// `automatic` looks at where standard output leads.
+/// Creates a reporter. `automatic` depends on whether standard output is a terminal.
 std::unique_ptr<ProgressReporter> makeProgressReporter(ProgressStyle style, Console& console,
                                                        Verbosity verbosity);
 
-/// Lines on standard output: what is going to be made, then how far it is at whole seconds of the movie,
-/// about one line per second of work.
+/// Prints lines on standard output: first the plan, then the progress at whole seconds of the movie, about
+/// one line per second.
 class PlainProgress final : public ProgressReporter {
 public:
     using ProgressReporter::ProgressReporter;

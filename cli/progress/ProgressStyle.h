@@ -2,11 +2,11 @@
 
 namespace zeb::cli {
 
-/// How a conversion shows how far it is.
+/// Output style of the progress of a conversion.
 enum class ProgressStyle {
     automatic,  ///< `bar` on a terminal, `plain` elsewhere
-    bar,        ///< one line that is drawn anew
-    plain,      ///< a line now and then
+    bar,        ///< one line that is redrawn
+    plain,      ///< a line about once a second
     json,       ///< one JSON object per line
     none,       ///< only the summary at the end
 };

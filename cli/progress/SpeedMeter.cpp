@@ -6,8 +6,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto measuredTime = 10s;
-constexpr auto markDistance = 250ms;  // keeps the list short however fast frames come
-constexpr auto leastTime = 200ms;     // less says nothing
+constexpr auto markDistance = 250ms;  // limits the list at high frame rates
+constexpr auto leastTime = 200ms;     // shorter times are not significant
 
 }  // namespace
 

@@ -8,13 +8,14 @@
 
 namespace zeb {
 
-/// A movie that cannot give what an export asks for. Domain "Export"; the description is its text in English.
+/// Errors of an export whose movie lacks the requested content. Domain "Export"; the description is the
+/// English text.
 class ExportError : public PlatformError {
 public:
     enum Code {
         noSound = 1,
-        noPicture = 2,     ///< nothing of what was asked for can be decoded
-        outsideMovie = 3,  ///< a frame or time that the movie does not have
+        noPicture = 2,     ///< nothing of the requested part can be decoded
+        outsideMovie = 3,  ///< the movie does not have this frame or time
         tooLarge = 4,      ///< for the format
         unreadable = 5,    ///< the system refuses to read the movie
     };

@@ -10,9 +10,9 @@
 
 namespace zeb {
 
-/// A movie's file as jobs read it. Its errors are `ExportError::cannotRead`, so that they are not taken for
-/// an output's. Each read asks first whether the job shall stop, and then throws
-/// `ZEBConverterError::cancelled()`: whatever reads through it can be cancelled.
+/// A movie file as read by jobs. Errors are `ExportError::cannotRead`, to distinguish them from errors of the
+/// output. Each read first checks for cancellation and throws `ZEBConverterError::cancelled()`, so every
+/// reader of this file can be cancelled.
 class MovieInput final : public ReadableFile {
 public:
     /// `isCancelled` may be empty.

@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::size_t channels = 4;
 
-/// One direction: `count` values `step` bytes apart become `reduced` ones. Every target covers count /
-/// reduced sources; counted in parts of 1 / reduced the weights are whole.
+/// Reduces one direction: `count` values, `step` bytes apart, become `reduced` values. Each target covers
+/// count / reduced sources. In units of 1 / reduced the weights are integers.
 void reduceLine(const std::uint8_t* source, std::size_t step, std::int64_t count, std::uint8_t* target,
                 std::size_t targetStep, std::int64_t reduced) {
     for (std::int64_t i = 0; i < reduced; ++i) {

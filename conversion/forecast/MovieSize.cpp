@@ -47,7 +47,7 @@ MovieSize::MovieSize(const ConversionPlan& plan, const std::string& title, int c
     assert(!m_recordBytes.empty());
 }
 
-/// The first frame of a part, or behind the last part the number of frames.
+/// Returns the first frame of a part. For the index past the last part, returns the number of frames.
 std::int64_t MovieSize::partStart(std::size_t part) const {
     const auto count = static_cast<std::int64_t>(m_recordBytes.size());
     const auto index = static_cast<std::int64_t>(part);
@@ -74,7 +74,7 @@ bool MovieSize::isHeaderRefused() const {
 
 std::optional<std::int64_t> MovieSize::firstRefusedSecond() const {
     if (isHeaderRefused()) return 0;
-    // Starts only grow, so that the first one that is too far can be searched for by halves.
+    // Block starts increase, so a binary search finds the first one that is too far.
     std::int64_t refused = m_seconds;
     for (std::int64_t low = 0; low < refused;) {
         const std::int64_t middle = low + (refused - low) / 2;
@@ -84,7 +84,7 @@ std::optional<std::int64_t> MovieSize::firstRefusedSecond() const {
             low = middle + 1;
         }
     }
-    // What comes before lies within 4 GiB, but for its last block, which alone can be too long.
+    // Every earlier block starts below 4 GiB. Only the last one can be longer than 4 GiB itself.
     if (refused > 0 && startOfSecond(refused) - startOfSecond(refused - 1) > layout::maxWord) --refused;
     return refused < m_seconds ? std::optional(refused) : std::nullopt;
 }

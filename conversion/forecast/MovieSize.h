@@ -9,21 +9,22 @@
 
 namespace zeb {
 
-/// The size of the file that a run writes, from the sizes of its records. Sums that 64 bits cannot hold are
-/// the largest number.
+/// The size of the file that a conversion writes, computed from the sizes of its records. Sums saturate at 64
+/// bits.
 class MovieSize {
 public:
-    /// `recordBytes`, at least one: sizes of records that stand for equal parts of the movie, in its order.
+    /// `recordBytes`, at least one: sizes of records that represent equal parts of the movie, in order.
     MovieSize(const ConversionPlan& plan, const std::string& title, int channels,
               std::vector<std::uint64_t> recordBytes);
 
     std::uint64_t fileBytes() const { return startOfSecond(m_seconds); }
 
-    /// Where the block of a second (from 0) begins in the file; for their number, where the file ends.
+    /// Returns the file offset of the block of `second` (from 0). For `second` = number of seconds: the file
+    /// size.
     std::uint64_t startOfSecond(std::int64_t second) const;
 
-    /// The first second that the writer refuses, for a block that begins beyond its 32 bits or is too long
-    /// itself; 0 also when it refuses the header. Nothing when all fit.
+    /// Returns the first second that the writer rejects because its block starts beyond 32 bits or is too
+    /// long. Returns 0 also if the writer rejects the header. Empty if all seconds fit.
     std::optional<std::int64_t> firstRefusedSecond() const;
 
 private:
@@ -31,7 +32,7 @@ private:
     bool isHeaderRefused() const;
 
     std::uint64_t m_headerBytes;
-    std::uint64_t m_soundBytes;  ///< of a second
+    std::uint64_t m_soundBytes;  ///< per second
     std::int64_t m_fps;
     std::int64_t m_seconds;
     std::int64_t m_totalFrames;

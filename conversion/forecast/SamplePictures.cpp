@@ -15,8 +15,8 @@ using PicturePointer = std::shared_ptr<const Picture>;
 
 constexpr double tick = 1.0 / 600;
 
-/// Moments in the middle of equal parts of the movie, which shows the film's last picture until its last
-/// second is full.
+/// Returns times in the middle of equal parts of the movie. The movie repeats the last picture of the video
+/// until its last second is full.
 std::vector<MediaTime> wantedTimes(double duration, int count) {
     const double length = duration > 0 ? duration : 0;
     const double last = std::max(length - tick, 0.0);
@@ -28,7 +28,8 @@ std::vector<MediaTime> wantedTimes(double duration, int count) {
     return times;
 }
 
-/// Decoded pictures are kept; most take 1.5 bytes a pixel, deep and finely coloured ones up to 8.
+/// Limits the number of pictures kept in memory. Most take 1.5 bytes per pixel; high bit depths without
+/// chroma subsampling take up to 8.
 int pictureCount(const VideoTrack& track, int most) {
     constexpr double budget = 300e6;
     constexpr double bytesPerPixel = 3;
@@ -68,7 +69,7 @@ private:
     double m_secondsLeft;
     const IsCancelled& m_isCancelled;
     std::unique_ptr<ImageGenerator> m_generator;
-    std::vector<TimedPicture> m_pictures;  ///< one for each time; null where there is none
+    std::vector<TimedPicture> m_pictures;  ///< one per time; null if none was decoded
 };
 
 void Sampler::grabNearby() {
@@ -94,7 +95,7 @@ PicturePointer Sampler::grab(MediaTime time) {
     }
 }
 
-/// Decodes on to moments that found only the picture of the moment before.
+/// Decodes further for times whose picture is the same as that of the previous time.
 void Sampler::replaceRepeats() {
     PicturePointer last;
     double reached = 0;

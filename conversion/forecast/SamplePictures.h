@@ -8,22 +8,23 @@
 
 namespace zeb {
 
-/// How much may be spent on sample pictures.
+/// Limits for the work spent on sample pictures.
 struct SamplingEffort {
-    int pictures = 12;  ///< at most; fewer of very large ones, so that they take no more than about 300 MB
-    /// How many pictures may be decoded for one of them. Key pictures themselves are often coded with more
-    /// detail than the others, or with less: the further from them, the more like the average.
+    int pictures = 12;  ///< upper limit; lower for large pictures, to keep them within about 300 MB
+    /// Maximum number of decoded pictures per sample. Key pictures are often coded with more or with less
+    /// detail than the others. The further a sample is from its key picture, the closer it is to the average.
     int decodedPictures = 24;
-    /// Where several would still be the same because key pictures are far apart: seconds of the film that may
-    /// be decoded to reach others.
+    /// Seconds of video to decode in addition, used when several samples are the same picture because key
+    /// pictures are far apart.
     double decodedSeconds = 20;
-    int threads = 1;  ///< of the decoder
-    /// The movie's length, over which the pictures are spread; as long as the asset where it is not known.
+    int threads = 1;  ///< decoder threads
+    /// Length of the movie over which the samples are spread. Empty: the length of the asset.
     std::optional<double> movieSeconds{};
 };
 
-/// Pictures spread evenly over a film, in its order: near the wanted moments where that saves work. A picture
-/// that cannot be decoded is left out. The same film and effort give the same pictures.
+/// Returns pictures spread evenly over a video, in order. A sample may be near its nominal time if that saves
+/// work. Pictures that cannot be decoded are omitted. The result is deterministic for a given video and
+/// effort.
 ///
 /// Throws `MediaError`: `cannotDecode` when no picture can be decoded, `interrupted` on cancellation,
 /// `cannotRead`.

@@ -15,43 +15,43 @@
 
 namespace zeb {
 
-/// What the bytes of a forecast rest on.
+/// The origin of the bytes of a forecast.
 enum class ForecastBasis {
-    arithmetic,  ///< nothing depends on the pictures
-    samples,     ///< pictures of the film, encoded
-    bound,       ///< the most that it can become
+    arithmetic,  ///< independent of the pictures
+    samples,     ///< computed from encoded sample pictures of the video
+    bound,       ///< upper bound
 };
 
-/// What would make a movie fit that does not. Each fits by itself, with the other settings as they are;
-/// nothing where no value of it would do.
+/// Changes that would make the movie fit. Each one is enough alone. Empty if no value is small enough.
 struct ForecastSuggestion {
     std::optional<int> fps;  ///< the largest frame rate that fits at this size
-    /// Width and height for the settings such that the largest size that fits at this rate comes out: of the
-    /// same aspect as the frames have now, in steps of 8 pixels along the longer side.
+    /// Width and height settings that give the largest frame size that fits at this rate. Searched in steps
+    /// of 8 pixels along the longer side, with the current aspect ratio of the frames.
     std::optional<FrameSize> size;
 
     bool operator==(const ForecastSuggestion&) const = default;
 };
 
-/// How large the movie of a conversion will be.
+/// The forecast size of the movie of a conversion.
 struct SizeForecast {
     ConversionPlan plan;
     std::uint64_t bytes = 0;    ///< of the file
     double bytesPerSecond = 0;  ///< of the movie
     ForecastBasis basis = ForecastBasis::arithmetic;
-    /// The file will have exactly these bytes, whatever pictures and sound turn out to be.
+    /// The file will have exactly this size, whatever the pictures and the sound contain.
     bool isExact = false;
 
     int samples = 0;  ///< pictures that were encoded
-    /// For samples: the standard error of their mean as a part of it; nothing from one picture alone.
+    /// For samples: the relative standard error of their mean. Empty with a single picture.
     std::optional<double> uncertainty;
 
-    /// The second of the movie, from 0, that no longer finds a place below the format's 4 GiB: where a run
-    /// would end with `ZEBWriterError`. Nothing when all fit.
+    /// The first second of the movie, from 0, that does not fit into the 4 GiB of the format. The conversion
+    /// would end there with `ZEBWriterError`. Empty if all fit.
     std::optional<std::int64_t> formatEndsAt;
-    /// What may be written where the output goes; nothing when unknown.
+    /// Free space for the output in bytes. Empty if unknown.
     std::optional<std::uint64_t> freeSpace;
-    /// The second of the movie for which the space no longer suffices; nothing when it does, or is unknown.
+    /// The first second of the movie that exceeds the free space. Empty if there is none or the space is
+    /// unknown.
     std::optional<std::int64_t> spaceEndsAt;
 
     ForecastSuggestion suggestion;  ///< empty when it fits
@@ -63,24 +63,24 @@ struct SizeForecast {
     bool operator==(const SizeForecast&) const = default;
 };
 
-/// The sound of a movie as far as it is known before it is decoded.
+/// The sound of a movie as known before decoding.
 struct SoundOutlook {
-    int channels = 0;       ///< 0, 1 or 2: at most as many will be written
-    bool isCertain = true;  ///< just as many
+    int channels = 0;       ///< 0, 1 or 2; the maximum if not certain
+    bool isCertain = true;  ///< `channels` is exact
 };
 
-/// By the tracks alone; reads nothing. Not certain when there is a track, for it may turn out to be empty.
+/// Evaluates the track list only and reads nothing. Not certain if there is a track, which may be empty.
 SoundOutlook soundOutlook(const MediaAsset& asset, const Settings& settings);
 
-/// The same, made certain by decoding the track's beginning. Throws as `AudioReader::hasSound` does.
+/// Decodes the beginning of the track to make the result certain. Throws like `AudioReader::hasSound`.
 SoundOutlook certainSoundOutlook(const MediaAsset& asset, const Settings& settings,
                                  const IsCancelled& isCancelled);
 
-/// Returns the free space of the folder of `output`, or of the nearest folder above it that exists; nothing
-/// when unknown. A file that stands at `output` counts as used: it stays until the new one is complete.
+/// Returns the free space, in bytes, in the folder of `output` or in its nearest existing parent. Empty if
+/// unknown. An existing file at `output` counts as used, because it is kept until the new one is complete.
 std::optional<std::uint64_t> spaceFor(const std::string& output);
 
-/// What a forecast is about.
+/// Input of a forecast.
 struct ForecastCase {
     Settings settings;
     ConversionPlan plan;  ///< of these settings
@@ -88,19 +88,19 @@ struct ForecastCase {
     std::optional<std::uint64_t> freeSpace;
 };
 
-/// The records' sizes of a film's sample pictures, for forecasts in Mode 32. Keeps the pictures, so that
-/// another frame size only costs drawing and encoding them, and the sizes found for the last frame sizes.
-/// Used by one thread at a time.
+/// Record sizes of the sample pictures of a video, for forecasts in Mode 32. Keeps the pictures, so that
+/// another frame size only requires drawing and encoding. Caches the sizes for the latest frame sizes. Used
+/// by one thread at a time.
 class RecordSamples {
 public:
-    /// `pictures` in the film's order, at least one; `threads` to encode with.
+    /// `pictures` in the order of the video, at least one; `threads`: encoder threads.
     explicit RecordSamples(std::vector<std::shared_ptr<const Picture>> pictures, int threads = 1);
 
-    /// In the pictures' order; a picture that cannot be drawn is left out. Throws `MediaError::interrupted`
-    /// on cancellation, and the picture's error when none can be drawn.
+    /// Returns record sizes in the order of the pictures. Omits pictures that cannot be drawn. Throws
+    /// `MediaError::interrupted` on cancellation, and the error of a picture if none can be drawn.
     const std::vector<std::uint64_t>& at(FrameSize size, const IsCancelled& isCancelled);
 
-    /// How many pictures there are; the same one several times in a row counts once, and is encoded once.
+    /// Returns the number of pictures without immediate repetitions. A repeated picture is encoded once.
     int distinctPictures() const { return m_distinctPictures; }
 
 private:
@@ -112,12 +112,11 @@ private:
     std::map<std::pair<int, int>, std::vector<std::uint64_t>> m_known;
 };
 
-/// The most that the run can write, without looking at a picture: what fits by this fits. In Mode 4 that is
-/// what it does write.
+/// Returns an upper bound of the size without decoding a picture. In Mode 4 the bound is the actual size.
 SizeForecast forecastUpperBound(const ForecastCase& about);
 
-/// What the run will write. In Mode 32 the mean of the samples stands for every frame, and suggestions keep a
-/// distance of twice its uncertainty; `samples` is not used in Mode 4. Throws as `RecordSamples::at` does.
+/// Returns the expected size. In Mode 32 the mean of the samples represents every frame, and suggestions keep
+/// a margin of twice its uncertainty. In Mode 4 `samples` is not used. Throws like `RecordSamples::at`.
 SizeForecast forecastSize(const ForecastCase& about, RecordSamples& samples, const IsCancelled& isCancelled);
 
 }  // namespace zeb

@@ -22,7 +22,7 @@ struct Request {
     Settings settings;
 };
 
-/// A file as it stands on disk: another time or size means that what was read of it no longer holds.
+/// Identifies the contents of a file. Another time or size invalidates everything read from the file.
 struct SourceIdentity {
     std::string path;
     std::filesystem::file_time_type time;
@@ -36,7 +36,7 @@ SourceIdentity identityOf(const std::string& path) {
     return {path, std::filesystem::last_write_time(path, ignored), std::filesystem::file_size(path, ignored)};
 }
 
-/// What has been read of the latest source. Belongs to the task that runs.
+/// Data read from the latest source. Used only by the running task.
 class Source {
 public:
     SizeForecast forecast(const MediaLibrary& library, const Request& request,
@@ -49,8 +49,8 @@ private:
     std::optional<SourceIdentity> m_identity;
     std::shared_ptr<const MediaAsset> m_asset;
     std::optional<RecordSamples> m_samples;
-    double m_sampledSeconds = 0;     ///< the movie's length that the samples stand for
-    std::map<int, bool> m_hasSound;  ///< by track
+    double m_sampledSeconds = 0;     ///< movie length used for the samples
+    std::map<int, bool> m_hasSound;  ///< by track index
 };
 
 void Source::open(const MediaLibrary& library, const std::string& path, const IsCancelled& isCancelled) {
@@ -92,7 +92,7 @@ SizeForecast Source::forecast(const MediaLibrary& library, const Request& reques
     return forecastSize(about, *m_samples, isCancelled);
 }
 
-/// Nothing when it was cancelled.
+/// Returns nothing if the forecast was cancelled.
 std::optional<ForecastOutcome> outcomeOf(Source& source, const MediaLibrary& library, const Request& request,
                                          const std::stop_token& token) {
     const IsCancelled isCancelled = [token] { return token.stop_requested(); };
@@ -100,7 +100,7 @@ std::optional<ForecastOutcome> outcomeOf(Source& source, const MediaLibrary& lib
     try {
         return ForecastOutcome{source.forecast(library, request, isCancelled), ""};
     } catch (const std::exception& error) {
-        // Cancelled work ends in errors of several kinds.
+        // Cancelled work fails with various error types.
         if (isCancelled()) return std::nullopt;
         return ForecastOutcome{std::nullopt, errorText(error)};
     }
@@ -108,7 +108,7 @@ std::optional<ForecastOutcome> outcomeOf(Source& source, const MediaLibrary& lib
 
 }  // namespace
 
-/// All but the source belongs to the main thread. Closures hold it weakly.
+/// The main thread owns everything except the source. Closures hold a weak reference.
 class SizeForecaster::State : public std::enable_shared_from_this<State> {
 public:
     State(const MediaLibrary& library, Tasks& tasks, MainActor& mainActor, Publish publish)
@@ -123,7 +123,7 @@ public:
         });
     }
 
-    /// What runs and what waits is no longer wanted.
+    /// Cancels the running forecast and drops the waiting one.
     void stop() {
         ++m_version;
         m_wanted.reset();
@@ -131,12 +131,12 @@ public:
         if (m_task) m_task->cancel();
     }
 
-    /// The task that runs may still use the source that it has.
+    /// Creates a new source; the running task may still use the old one.
     void forgetSource() { m_source = std::make_shared<Source>(); }
 
 private:
     void begin() {
-        // One at a time: the cancelled one still holds the source, and ends soon.
+        // Run one task at a time: a cancelled task still uses the source, and ends soon.
         m_isDue = m_task.has_value();
         if (m_isDue || !m_wanted) return;
         auto work = [weak = weak_from_this(), source = m_source, request = *m_wanted, version = m_version,
@@ -161,9 +161,9 @@ private:
     const Publish m_publish;
     std::shared_ptr<Source> m_source = std::make_shared<Source>();
     std::optional<Request> m_wanted;
-    std::optional<Task> m_task;   ///< that runs
-    bool m_isDue = false;         ///< the patience is over, but another task runs
-    std::uint64_t m_version = 0;  ///< of what is wanted
+    std::optional<Task> m_task;   ///< running task
+    bool m_isDue = false;         ///< the delay is over, but another task still runs
+    std::uint64_t m_version = 0;  ///< of the latest request
 };
 
 SizeForecaster::SizeForecaster(const MediaLibrary& library, Tasks& tasks, MainActor& mainActor,

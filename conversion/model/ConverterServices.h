@@ -17,10 +17,10 @@
 
 namespace zeb {
 
-/// What a converter model stands on. All of it outlives the model; what tasks use (media, conversion, scope,
-/// main actor) outlives `tasks`.
+/// Services used by a converter model. All of them outlive the model. Media, conversion, scope and main
+/// actor, which tasks use, outlive `tasks`.
 struct ConverterServices {
-    /// `ConversionRun::convert`, or a stand-in of a test. Called on a task's thread.
+    /// `ConversionRun::convert`, or a test double. Called on a task's thread.
     using Convert = std::function<void(const std::string& input, OutputPlace& output,
                                        const Settings& settings, const ConversionCallbacks& callbacks)>;
 

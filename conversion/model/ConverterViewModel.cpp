@@ -33,8 +33,8 @@ bool isCancellation(const std::exception_ptr& error) {
     }
 }
 
-/// Whether an unfinished movie that stands at its place is worth a question. A run that was cancelled may
-/// have written less than a second; that is no reason to keep an older movie from its place.
+/// Returns whether to offer the unfinished movie at `output` to the user. If an earlier movie was set aside,
+/// or the run failed, the unfinished movie must have at least one whole second.
 bool leavesMovie(const OutputPlace& output, bool wasCancelled) {
     if (!output.isOwn()) return false;
     try {
@@ -46,7 +46,7 @@ bool leavesMovie(const OutputPlace& output, bool wasCancelled) {
     }
 }
 
-/// Gives an output up; an older movie that cannot be put back stays where it is.
+/// Discards an output. If the earlier movie cannot be moved back, it keeps its temporary name.
 void putBackQuietly(OutputPlace& output) {
     try {
         output.putBack();
@@ -71,7 +71,7 @@ bool isSamePlace(const URL& first, const URL& second) {
     return first == second || files::isSameFile(first.path(), second.path());
 }
 
-/// Whatever the platform grants for the time of a job.
+/// Holds the platform's access permission for the duration of a job.
 class ScopedAccess {
 public:
     ScopedAccess(SecurityScope& scope, std::string path)
@@ -115,7 +115,7 @@ auto ConverterViewModel::whileAlive(Work work) {
     };
 }
 
-// MARK: What the window shows
+// MARK: State shown by the window
 
 QString ConverterViewModel::inputPath() const {
     return m_inputURL ? QString::fromStdString(m_inputURL->path()) : QString();
@@ -213,7 +213,7 @@ void ConverterViewModel::setInput(const URL& url) {
     if (!url.isLocalFile()) return refuse(url);
     const URL input = url.standardizedFileURL();
     const std::string path = input.path();
-    // The start was meant for the video before.
+    // The waiting start was for the previous video.
     if (isWaiting()) withdrawStart("status_ready");
     m_services.defaults.set(lastInputDirKey, folderOf(path));
     const bool isAnother = m_inputURL && m_inputURL != input;
@@ -238,7 +238,7 @@ void ConverterViewModel::refuse(const URL& url) {
     appendLog(localizedText("log_error_format", {text}));
 }
 
-/// Whether a file stands at `path`, or a run is about to make one there.
+/// Returns whether a file exists at `path` or a run will create one there.
 bool ConverterViewModel::isTaken(const std::string& path) const {
     const auto writesThere = [&](const std::optional<Run>& run) { return run && run->output.path() == path; };
     return files::kindOf(path) || writesThere(m_activeRun) || writesThere(m_waitingRun);
@@ -323,14 +323,14 @@ void ConverterViewModel::adaptSoundSettings() {
     m_isAdaptingSound = false;
 }
 
-/// The person has switched the sound on or off.
+/// Handles a change of the sound option by the user.
 void ConverterViewModel::soundSwitched() {
     if (m_isAdaptingSound) return;
     m_hasSwitchedSoundOff = false;
     if (m_settings.includeAudio() && m_settings.audioChannels() == 0) m_settings.setAudioChannels(2);
 }
 
-/// Replaces a rate that was typed once the video's rate is asked for.
+/// Replaces a typed frame rate when the rate of the video is selected.
 void ConverterViewModel::takeSourceRate() {
     if (!m_settings.fpsFromSource()) return;
     if (m_sourceInfo) m_lastAutoFPS = proposedRate(m_sourceInfo->fps);
@@ -376,7 +376,7 @@ void ConverterViewModel::chooseOutput() {
                            }));
 }
 
-/// The user has picked a place for the movie.
+/// Takes the output path that the user picked.
 void ConverterViewModel::takeOutput(const std::string& path, const URL& url) {
     publishOutput(url);
     m_outputWasUserSelected = true;
@@ -394,7 +394,8 @@ void ConverterViewModel::playReadySoundIfNeeded() {
     m_services.sounds.play(SoundEffect::programLoadedAndReady);
 }
 
-/// Answers, perhaps later, whether there is a place for the movie; asks for another one if need be.
+/// Calls `answer`, possibly later, with whether the output can be written; asks the user for another path if
+/// necessary.
 void ConverterViewModel::ensureWritableOutput(const URL& output, std::function<void(bool)> answer) {
     if (m_outputWasUserSelected || writeTest(folderOf(output.path()))) return answer(true);
 
@@ -451,14 +452,15 @@ void ConverterViewModel::startNow() {
     m_isAskingForOutput = true;
     ensureWritableOutput(*m_outputURL, [this, input = m_inputURL](bool isWritable) {
         m_isAskingForOutput = false;
-        // A video that came while the panel was open has not been started.
+        // Ignore the start if the input changed while the panel was open.
         if (isWritable && m_inputURL == input) startLater([this] { beginRun(); });
     });
 }
 
 void ConverterViewModel::beginRun() {
     Run run{++m_runNumber, *m_inputURL, *m_outputURL, m_settings.value()};
-    // The window has asked about what stands there now. A job that still ends may have it set aside.
+    // The user has already confirmed replacing the existing file. A job that is still ending may have moved
+    // that file aside.
     const bool inherits = m_activeRun && isSamePlace(m_activeRun->output, run.output) &&
                           m_activeRun->existing == OutputTerms::Existing::replace;
     if (inherits || files::kindOf(run.output.path())) run.existing = OutputTerms::Existing::replace;
@@ -468,7 +470,7 @@ void ConverterViewModel::beginRun() {
     publish(m_progress, 0.0, &ConverterViewModel::progressChanged);
     setStatus("status_starting");
     setLastError({});
-    // An unfinished movie at this place is about to be replaced: there is nothing to decide any more.
+    // This run replaces the unfinished movie, so the question about it is obsolete.
     if (m_cancelledOutputPendingDeletion && isSamePlace(*m_cancelledOutputPendingDeletion, run.output)) {
         logPrevious(*m_pendingOutput, true);
         settlePendingOutput();
@@ -521,7 +523,7 @@ void ConverterViewModel::launch(const Run& run) {
                 failure->replaced = output->previousPath();
                 if (!failure->leavesMovie) putBackQuietly(*output);
             }
-            // The end is handled with access still, which goes with the last owner.
+            // Keep the access permissions until the end has been handled; the last owner releases them.
             mainActor.post([ended, failure, inputAccess = std::move(inputAccess),
                             outputAccess = std::move(outputAccess)]() mutable { ended(failure); });
         });
@@ -541,7 +543,7 @@ void ConverterViewModel::cancel() {
 void ConverterViewModel::takeReports(RunNumber number, RunReports& reports) {
     RunReports::Batch batch = reports.take();
     if (batch.lines.empty()) return;
-    // The status of a run that was cancelled stays "cancelled" while its job comes to its end.
+    // After a cancel the status stays "cancelled" until the job has ended.
     if (isCurrent(number) && m_task) {
         publish(m_progress, batch.fraction, &ConverterViewModel::progressChanged);
         publish(m_statusText, batch.lines.back(), &ConverterViewModel::statusTextChanged);
@@ -579,7 +581,7 @@ void ConverterViewModel::runFailed(const Run& run, const Failure& failure) {
 
 void ConverterViewModel::offerPartialFile(const Run& run, const Failure& failure) {
     const bool wasSetAside = !failure.replaced.empty();
-    // `m_waitingRun` is the only later run that there can be: it begins when this one has ended.
+    // `m_waitingRun` is the only possible later run: it begins when this one has ended.
     if (!failure.leavesMovie || (m_waitingRun && isSamePlace(m_waitingRun->output, run.output)))
         return logPrevious(*failure.output, wasSetAside);
     m_pendingOutput = failure.output;
@@ -588,7 +590,7 @@ void ConverterViewModel::offerPartialFile(const Run& run, const Failure& failure
             &ConverterViewModel::cancelledOutputPendingDeletionChanged);
 }
 
-/// Says where the movie is that was to be replaced.
+/// Logs the location of the movie that was to be replaced.
 void ConverterViewModel::logPrevious(const OutputPlace& output, bool wasSetAside) {
     if (!output.previousPath().empty()) {
         appendLog(localizedText("log_previous_kept_format", {output.previousPath()}));
@@ -597,13 +599,13 @@ void ConverterViewModel::logPrevious(const OutputPlace& output, bool wasSetAside
     }
 }
 
-/// The question about an unfinished movie is over.
+/// Closes the question about an unfinished movie.
 void ConverterViewModel::settlePendingOutput() {
     m_pendingOutput.reset();
     publish(m_cancelledOutputPendingDeletion, {}, &ConverterViewModel::cancelledOutputPendingDeletionChanged);
 }
 
-/// The job of `run` is gone: the next may begin.
+/// Starts the waiting run after the job of `run` has ended.
 void ConverterViewModel::runEnded(const Run& run) {
     m_activeRun.reset();
     if (isCurrent(run.number)) m_task.reset();

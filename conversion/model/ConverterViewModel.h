@@ -21,16 +21,16 @@
 
 namespace zeb {
 
-/// The converter behind the main window: the chosen files, the settings, the running job and all that the
-/// window shows of it. Main thread.
+/// The converter behind the main window: the chosen files, the settings, the running job and the state shown
+/// by the window. Main thread.
 ///
-/// One job runs at a time. After a cancel the job goes on until it notices; a run that is started meanwhile
-/// begins when it has ended, and already counts as running. What arrives late from an earlier run goes to the
-/// log only, but its unfinished file is offered for deletion unless a later run writes to the same place. A
-/// movie that a run replaces stays until the new one is complete.
+/// One job runs at a time. A cancelled job continues until it detects the cancellation. A run started before
+/// that counts as running and begins when the job has ended. Late reports of an earlier run only go to the
+/// log, but its unfinished file is offered for deletion unless a later run writes to the same path. A movie
+/// to be replaced is kept until the new one is complete.
 ///
-/// The latest input counts: its analysis cancels the one before, whose result is ignored. A start during an
-/// analysis waits for the result.
+/// Only the latest input is analysed: its analysis cancels the previous one, whose result is ignored. A start
+/// during an analysis waits for the result.
 class ConverterViewModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString inputPath READ inputPath NOTIFY inputURLChanged)
@@ -55,77 +55,77 @@ public:
 
     const std::optional<URL>& inputURL() const { return m_inputURL; }
     const std::optional<URL>& outputURL() const { return m_outputURL; }
-    /// The last movie that was written to its end, until input, output or run change.
+    /// The last completely written movie, until input, output or run change.
     const std::optional<URL>& playableOutputURL() const { return m_playableOutputURL; }
     SettingsModel* settings() { return &m_settings; }
     const SettingsModel* settings() const { return &m_settings; }
     const std::vector<AudioTrack>& availableAudioTracks() const { return m_availableAudioTracks; }
     const std::optional<SourceInfo>& sourceInfo() const { return m_sourceInfo; }
     bool isRunning() const { return m_isRunning; }
-    /// A start waits, for the analysis or for its `isReady`; `cancel` withdraws it.
+    /// Whether a start waits for the analysis or for its `isReady`; `cancel` withdraws it.
     bool isWaiting() const { return m_waitingStart.has_value(); }
     double progress() const { return m_progress; }  ///< 0 ... 1
     QString statusText() const { return QString::fromStdString(m_statusText); }
     const std::optional<std::string>& lastError() const { return m_lastError; }
-    /// The unfinished movie of a run that was cancelled or has failed, while the user has to decide about it.
+    /// The unfinished movie of a cancelled or failed run, until the user has decided about it.
     const std::optional<URL>& cancelledOutputPendingDeletion() const {
         return m_cancelledOutputPendingDeletion;
     }
-    /// Whether that run has failed, and was not cancelled.
+    /// Whether that run failed rather than being cancelled.
     bool pendingRunHasFailed() const { return m_pendingRunHasFailed; }
-    /// The movie that the unfinished one was to replace, under the name that it has now; empty without one.
+    /// Current path of the movie that the unfinished one was to replace; empty if there is none.
     std::string pendingPreviousPath() const { return m_pendingOutput ? m_pendingOutput->previousPath() : ""; }
     const std::deque<std::string>& logLines() const { return m_logLines; }
 
-    /// For windows: paths and texts that may be absent are empty then.
+    /// Accessors for windows. An absent path or text is an empty string.
     QString inputPath() const;
     QString outputPath() const;
     QString lastErrorText() const { return QString::fromStdString(m_lastError.value_or("")); }
     QStringList audioTrackLabels() const;
     QString logText() const;  ///< the lines, separated by line feeds
 
-    /// Whether a run could be started: input and output are there, none is running and no start waits.
+    /// Whether a run could be started: there are an input and an output, no run is active and no start waits.
     bool canStart() const;
 
-    /// Asks for a video with the open panel.
+    /// Shows the open panel for a video.
     Q_INVOKABLE void chooseInput();
-    /// Takes a video over: proposes output and title, and analyses it in the background. The output is
-    /// proposed afresh for another video unless the person has chosen it. Withdraws a start that waits. A URL
-    /// that names no file of this computer is refused: then an error is shown and nothing else changes.
+    /// Sets the input: proposes title and output, and analyses the video in the background. A new output is
+    /// not proposed if the user has chosen one. Withdraws a waiting start. A URL that is not a local file is
+    /// rejected with an error and changes nothing else.
     void setInput(const URL& url);
-    /// Shows the error that `url` names no file of this computer.
+    /// Shows the error that `url` is not a local file.
     void refuse(const URL& url);
-    /// Asks for the place of the movie; nothing happens without an input.
+    /// Shows the save panel for the movie. Does nothing without an input.
     Q_INVOKABLE void chooseOutput();
-    /// Starts a run, after asking for another place when the output's folder cannot be written to. During an
-    /// analysis the start waits, as with `startLater`. Nothing happens when `canStart` is false or that
-    /// question is open.
+    /// Starts a run, after asking for another path if the output's folder is not writable. During an analysis
+    /// the start waits, as with `startLater`. Does nothing if `canStart` is false or that panel is already
+    /// open.
     Q_INVOKABLE void start();
-    /// Calls `begin` when no analysis is under way and `isReady` is true: at once, or later; until then
-    /// `isWaiting`. An analysis that fails or finds no video withdraws the start and shows an error. Nothing
-    /// happens when `canStart` is false.
+    /// Calls `begin` once no analysis is running and `isReady` returns true: at once or later. Until then
+    /// `isWaiting` is true. If the analysis fails or finds no video, the start is withdrawn and an error is
+    /// shown. Does nothing if `canStart` is false.
     void startLater(
         std::function<void()> begin, std::function<bool()> isReady = [] { return true; });
-    /// Begins the start that waits, if there is one and it need not wait any longer.
+    /// Begins the waiting start if there is one and it no longer has to wait.
     void beginWaitingStart();
-    /// Ends the run, or withdraws the start that waits.
+    /// Cancels the run, or withdraws the waiting start.
     Q_INVOKABLE void cancel();
     Q_INVOKABLE void copyLog();
     Q_INVOKABLE void keepCancelledOutput();
     Q_INVOKABLE void deleteCancelledOutput();
     void appendLog(const std::string& line);
 
-    /// Proposes size and rate for a source where the user has not set them.
+    /// Proposes size and rate of a source unless the user has set them.
     void applyAutoSettings(int width, int height, int fps);
-    /// Shows an error of the window's own.
+    /// Shows an error that originates in the window.
     void setLastError(const std::optional<std::string>& text);
-    /// Tells something that is no error: in the log, and in the status while no run goes on.
+    /// Shows a message that is not an error: in the log, and in the status if no run is active.
     void showNotice(const std::string& text);
 
 signals:
     void inputURLChanged();
     void outputURLChanged();
-    /// The person has picked the movie's place in a file panel, perhaps the same once more.
+    /// The user has picked the movie's path in a file panel, possibly the same path again.
     void outputChosen();
     void playableOutputURLChanged();
     void availableAudioTracksChanged();
@@ -143,7 +143,7 @@ private:
     using RunNumber = std::int64_t;
 
     struct Analysis {
-        std::optional<SourceInfo> info;  ///< nothing without a video track
+        std::optional<SourceInfo> info;  ///< empty without a video track
         std::vector<AudioTrack> tracks;
         std::optional<std::string> failure;
     };
@@ -152,16 +152,16 @@ private:
         URL input;
         URL output;
         Settings settings;
-        /// A file that stood at the output when the run was asked for may be replaced.
+        /// An existing file at the output, when the run was requested, may be replaced.
         OutputTerms::Existing existing = OutputTerms::Existing::keep;
     };
-    /// How a run has ended that was not finished.
+    /// The end of an unfinished run.
     struct Failure {
         bool wasCancelled = false;
         std::string text;
         std::shared_ptr<OutputPlace> output;
-        bool leavesMovie = false;  ///< an unfinished movie stands at the output
-        std::string replaced;      ///< where the movie was put that was to be replaced; empty without one
+        bool leavesMovie = false;  ///< an unfinished movie exists at the output
+        std::string replaced;      ///< path of the movie to be replaced; empty if none
     };
 
     struct WaitingStart {
@@ -171,7 +171,7 @@ private:
 
     template <typename T>
     void publish(T& field, T value, void (ConverterViewModel::*changed)());
-    /// `work` such that it does nothing once this model is gone. To be called on the main thread.
+    /// Wraps `work` so that it does nothing after this model was destroyed. Main thread only.
     template <typename Work>
     auto whileAlive(Work work);
     void publishInput(const std::optional<URL>& url);
@@ -217,17 +217,17 @@ private:
     std::string m_statusText;
     std::optional<std::string> m_lastError;
     std::optional<URL> m_cancelledOutputPendingDeletion;
-    std::shared_ptr<OutputPlace> m_pendingOutput;  ///< of that movie
+    std::shared_ptr<OutputPlace> m_pendingOutput;  ///< of the unfinished movie
     bool m_pendingRunHasFailed = false;
     std::deque<std::string> m_logLines;
 
-    // What this model has proposed itself.
+    // Values proposed by this model.
     std::optional<std::string> m_lastAutoTitle;
     std::optional<int> m_lastAutoWidth;
     std::optional<int> m_lastAutoHeight;
     std::optional<int> m_lastAutoFPS;
 
-    // What an analysis of a silent source has switched off, until the person changes it.
+    // State after an analysis switched the sound off for a silent source, until the user changes the option.
     bool m_hasSwitchedSoundOff = false;
     std::optional<int> m_channelsBefore;
     bool m_isAdaptingSound = false;
@@ -242,8 +242,8 @@ private:
 
     RunNumber m_runNumber = 0;        ///< of the latest start
     std::optional<Task> m_task;       ///< of the latest run, until it is cancelled
-    std::optional<Run> m_activeRun;   ///< the one whose job has not ended
-    std::optional<Run> m_waitingRun;  ///< started while an earlier job still ends
+    std::optional<Run> m_activeRun;   ///< the run whose job has not ended
+    std::optional<Run> m_waitingRun;  ///< started while an earlier job was still ending
 
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
 };

@@ -7,21 +7,22 @@
 
 namespace zeb {
 
-/// What a job reports, on its way to the main thread: however often a job reports, one message is on its way
-/// at a time and takes along all that has come together. Callable from any thread.
+/// Collects the reports of a job for the main thread. At most one message is pending at a time; it delivers
+/// all reports collected so far. Callable from any thread.
 class RunReports {
 public:
-    /// A log shows no more lines than this; older ones are not kept here either.
+    /// Maximum number of log lines; older ones are dropped.
     static constexpr std::size_t maximumLines = 5000;
 
     struct Batch {
         std::deque<std::string> lines;  ///< since the last batch, oldest first
-        double fraction = 0;            ///< the newest
+        double fraction = 0;            ///< the latest
     };
 
-    /// Adds a line; without `fraction` the newest one stays. True when the main thread has to be told.
+    /// Adds a line; without `fraction` the latest fraction stays. Returns true if a message must be posted to
+    /// the main thread.
     bool add(const std::string& text, std::optional<double> fraction = {});
-    /// On the main thread: everything since the last time.
+    /// Returns everything since the last call. Main thread only.
     Batch take();
 
 private:

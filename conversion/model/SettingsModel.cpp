@@ -7,7 +7,7 @@ namespace zeb {
 void SettingsModel::setValue(const Settings& value) {
     if (value == m_value) return;
     const Settings before = std::exchange(m_value, value);
-    // What was asked for is compared, not what an observer makes of it meanwhile.
+    // Compare with the requested value: an observer may change the model during the notifications.
     const Settings after = value;
     const auto notify = [&](auto Settings::*field, void (SettingsModel::*changed)()) {
         if (before.*field != after.*field) emit(this->*changed)();

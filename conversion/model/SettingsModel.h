@@ -28,7 +28,7 @@ public:
     using QObject::QObject;
 
     const Settings& value() const noexcept { return m_value; }
-    /// Several fields at once: all are set before the first notification.
+    /// Sets all fields before the first notification.
     void setValue(const Settings& value);
 
     QString title() const { return QString::fromStdString(m_value.title); }

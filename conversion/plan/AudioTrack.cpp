@@ -9,7 +9,6 @@ namespace zeb {
 namespace {
 
 std::string channelText(const SoundTrack& track) {
-    // Nothing is known of the channels where nothing is known of the samples.
     const int channels = track.channelsPerFrame.value_or(0);
     if (channels < 1) return {};
     if (channels == 1) return "Mono";

@@ -13,15 +13,16 @@ namespace zeb {
 
 namespace {
 
-/// Sides are kept wide: 32-bit requests times 32-bit source sides stay exact enough and never overflow.
+/// Sides have 64 bits: the product of a 32-bit request and a 32-bit source side is precise enough and cannot
+/// overflow.
 int frameSide(std::int64_t side) {
     return proposedSide(
         static_cast<int>(std::clamp<std::int64_t>(side, 0, std::numeric_limits<std::int32_t>::max())));
 }
 
-/// One-second blocks for a duration that is not negative.
+/// Returns the number of one-second blocks for a non-negative duration.
 std::int64_t blockCount(double duration) {
-    // Grab times count ticks of 1/600 s in 64 bits.
+    // Grab times are 64-bit counts of 1/600 s.
     constexpr double longest = 0x1p63 / 600 - 1024;
     if (!(duration < longest)) {
         throw MediaError(MediaError::cannotDecode, {"error_source_duration"});
@@ -29,7 +30,7 @@ std::int64_t blockCount(double duration) {
     return std::max<std::int64_t>(1, static_cast<std::int64_t>(std::ceil(duration)));
 }
 
-/// The sound track that the movie takes; null when it takes none.
+/// Returns the sound track that the movie will contain; null if none.
 const SoundTrack* includedSound(const MediaAsset& asset, const Settings& settings) {
     const std::vector<SoundTrack>& tracks = asset.soundTracks();
     if (!settings.includeAudio || settings.audioChannels < 1 || tracks.empty()) return nullptr;
@@ -62,7 +63,7 @@ FrameSize targetSize(int sourceWidth, int sourceHeight, const Settings& settings
         }
     }
 
-    // Never larger than the source in either direction; both sides shrink by the same factor.
+    // Never exceed the source in either direction; scale both sides by the same factor.
     const double scale = std::min(sourceW / static_cast<double>(std::max<std::int64_t>(width, 1)),
                                   sourceH / static_cast<double>(std::max<std::int64_t>(height, 1)));
     if (scale < 1) {
@@ -102,7 +103,7 @@ std::string breakOffWarning(const MediaAsset& asset, const Settings& settings) {
 }
 
 GrabSchedule grabSchedule(const ConversionPlan& plan) {
-    // One tick before the end, so that the last grab lies strictly inside the video.
+    // The last grab is one tick before the end, strictly inside the video.
     constexpr double tick = 1.0 / 600;
     return {plan.totalFrames, plan.fps, std::max(plan.duration - tick, 0.0)};
 }

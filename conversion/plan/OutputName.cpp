@@ -44,8 +44,8 @@ std::string freeOutputBeside(const std::string& inputPath,
 
 namespace {
 
-/// The length of the number's place that `text` has at `start`: "%", up to two digits, "d"; 0 when it has
-/// none there.
+/// Returns the length of the number placeholder of `text` at `start`: "%", up to two digits, "d". Returns 0
+/// if there is none.
 std::size_t placeLength(const std::string& text, std::size_t start) {
     constexpr std::size_t mostDigits = 2;
     std::size_t end = start + 1;
@@ -112,7 +112,7 @@ bool writeTest(const std::string& folder) {
     try {
         files::removeFile(path);
     } catch (const FileError&) {
-        // It could be written, which is all that was asked.
+        // The test file could be written; leaving it behind is not an error.
     }
     return true;
 }

@@ -8,38 +8,38 @@
 
 namespace zeb {
 
-/// `text` such that it can be a file's name on every system: trimmed, with "_" for each of \ / : ? % * | " <
-/// >. Empty when nothing is left.
+/// Returns `text` as a valid file name on every system: trimmed, with "_" for each of \ / : ? % * | " < >.
+/// Empty if nothing remains.
 std::string safeFileName(std::string_view text);
 
-/// The file name that a save panel proposes for a movie with this title, made from this input.
+/// Returns the file name proposed by the save panel for a movie with this title made from this input.
 std::string proposedOutputName(std::string_view title, const std::string& inputPath);
 
-/// The place of a movie next to its source: the source's path with the extension "zeb".
+/// Returns the default movie path: the source's path with the extension "zeb".
 std::string outputBeside(const std::string& inputPath);
 
-/// The same, with a number from 2 on behind the name where `isTaken` says that a place is in use:
-/// "film 2.zeb".
+/// Like `outputBeside`, but appends a number from 2 on to the name while `isTaken` returns true: "film
+/// 2.zeb".
 std::string freeOutputBeside(const std::string& inputPath,
                              const std::function<bool(const std::string& path)>& isTaken);
 
-/// A file name with a place for a number, written as "%d" or, with leading zeros, "%05d".
+/// A file name with a placeholder for a number, written as "%d" or, with leading zeros, "%05d".
 class NumberedName {
 public:
-    /// Nothing when `pattern` has no such place, or more than one.
+    /// Returns nothing if `pattern` has no placeholder or more than one.
     static std::optional<NumberedName> parse(const std::string& pattern);
 
-    /// The name with `number`, which is not negative.
+    /// Returns the name with `number`, which must not be negative.
     std::string with(std::int64_t number) const;
 
 private:
     std::string m_before;
     std::string m_after;
-    int m_digits = 1;  ///< at least
+    int m_digits = 1;  ///< minimum number of digits
 };
 
-/// Whether a file can be made in `folder`: makes an empty one, called ".zebmaker-write-test-" and a UUID, and
-/// removes it again.
+/// Returns whether a file can be created in `folder`. Creates and removes an empty file named
+/// ".zebmaker-write-test-" and a UUID.
 bool writeTest(const std::string& folder);
 
 }  // namespace zeb

@@ -5,10 +5,10 @@
 
 namespace zeb {
 
-/// What a conversion is asked for.
+/// The requested settings of a conversion.
 struct Settings {
     std::string title = "Untitled";  ///< UTF-8
-    int width = 512;                 ///< requested frame width in pixels; the run derives the real one
+    int width = 512;                 ///< requested frame width in pixels; the plan derives the actual width
     int height = 256;
     bool preserveAspect = true;  ///< fit the source's aspect ratio into width x height
     int fps = 10;                ///< requested frames per second, an upper limit

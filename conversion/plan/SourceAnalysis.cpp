@@ -11,7 +11,7 @@ namespace zeb {
 
 namespace {
 
-/// Nearest integer, halves away from zero.
+/// Rounds to the nearest integer, halves away from zero.
 int roundedToInt(double value, const char* errorKey) {
     const double rounded = std::round(value);
     if (!(std::abs(rounded) <= std::numeric_limits<int>::max())) {

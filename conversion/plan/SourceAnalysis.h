@@ -6,7 +6,7 @@
 
 namespace zeb {
 
-/// What the analysis finds out about a source's pictures.
+/// Analysis result for the pictures of a source.
 struct SourceInfo {
     int width = 0;  ///< displayed size in pixels
     int height = 0;
@@ -15,16 +15,17 @@ struct SourceInfo {
     bool operator==(const SourceInfo&) const = default;
 };
 
-/// Size and rate of a source's first video track. Throws `MediaError` when a figure does not fit an integer.
+/// Returns size and rate of the first video track of a source. Throws `MediaError` if a number does not fit
+/// an integer.
 SourceInfo sourceInfo(const VideoTrack& track);
 
-/// The title proposed for a source: its file name without the extension.
+/// Returns the title proposed for a source: its file name without the extension.
 std::string proposedTitle(const std::string& path);
 
-/// The side length proposed for a source's side: rounded down to a multiple of 8, within 64 ... 4096.
+/// Returns the frame side proposed for a source side: rounded down to a multiple of 8, within 64 ... 4096.
 int proposedSide(int sourceSide);
 
-/// The frame rate proposed for a source's: within 1 ... 60.
+/// Returns the frame rate proposed for a source rate: clamped to 1 ... 60.
 int proposedRate(int sourceRate);
 
 }  // namespace zeb

@@ -24,14 +24,14 @@ namespace zeb {
 
 namespace {
 
-/// Three decimals and a dot, whatever the locale.
+/// Formats with three decimals and a dot, independent of the locale.
 std::string withThreeDecimals(double value) {
     char text[64];
     const auto end = std::to_chars(std::begin(text), std::end(text), value, std::chars_format::fixed, 3).ptr;
     return {text, end};
 }
 
-/// Passes on an error after which no picture can be read; any other one is for the caller to judge.
+/// Rethrows an error after which no picture can be read. Ignores all others.
 void rethrowIfReadingEnded(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
@@ -42,7 +42,7 @@ void rethrowIfReadingEnded(const std::exception_ptr& failure) {
     }
 }
 
-/// For the ways out where an error of closing says nothing more: after another failure, after `finish`.
+/// Closes the writer and ignores errors: after another failure or after `finish` they add no information.
 void closeQuietly(ZEBWriter& writer) {
     try {
         writer.close();
@@ -51,7 +51,7 @@ void closeQuietly(ZEBWriter& writer) {
     }
 }
 
-/// One conversion: what its steps share.
+/// The shared state of the steps of one conversion.
 class Run {
 public:
     Run(const MediaLibrary& library, int threads, const ConversionRun::CreateFile& createFile,
@@ -100,7 +100,7 @@ private:
     GrabSchedule m_schedule;
     int m_channels = 0;
     SoundBytes m_audio;
-    std::shared_ptr<const EncodedFrame> m_lastFrame;  ///< the latest that could be grabbed and encoded
+    std::shared_ptr<const EncodedFrame> m_lastFrame;  ///< the latest successfully encoded frame
 };
 
 void Run::convert(const std::string& input, OutputPlace& output) {
@@ -108,9 +108,8 @@ void Run::convert(const std::string& input, OutputPlace& output) {
     m_asset = m_library.open(input, m_isCancelled);
     plan();
     reportPlan();
-    // Pictures are grabbed and encoded while the sound is being read; nothing of that shows before the first
-    // second. With long films the little that the pipeline may work ahead saves no time worth the memory of a
-    // second reader.
+    // Grab and encode pictures while the sound is read; no report shows this before the first second. For
+    // long videos the pipeline's limited look-ahead saves no time worth the memory of a second reader.
     constexpr std::int64_t longFilm = 600;  // seconds
     std::unique_ptr<FramePipeline> pipeline;
     if (m_plan.seconds < longFilm) pipeline = startPipeline();
@@ -121,10 +120,10 @@ void Run::convert(const std::string& input, OutputPlace& output) {
     try {
         writeSeconds(*pipeline, writer);
         writer.finish();
-        // Before the file is closed: its identity is its own as long as it is open.
+        // Commit before closing: the open file guarantees that the file identity is not reused.
         output.commit();
     } catch (...) {
-        pipeline->stop();  // so that its threads end while the file is being closed
+        pipeline->stop();  // so that its threads end while the file is closed
         closeQuietly(writer);
         throw;
     }
@@ -160,7 +159,7 @@ std::unique_ptr<FramePipeline> Run::startPipeline() const {
                             : encoder.encodeMode4Sprite(picture, size.width, size.height, dither);
     };
 
-    // Two seconds ahead, if they are not too large; but always enough to keep every thread busy.
+    // Up to two seconds ahead within the memory limit, but always enough to keep every thread busy.
     constexpr std::uint64_t ampleBytes = 16 << 20;
     const std::uint64_t rawFrame =
         std::uint64_t{2} * static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
@@ -175,7 +174,7 @@ void Run::extractSound() {
     if (!m_settings.includeAudio || m_settings.audioChannels < 1) return;
     m_channels = std::min(m_settings.audioChannels, 2);
     report(localizedText("progress_extract_audio"), 0);
-    // Sound behind the last second is not written, so it is not kept either.
+    // Sound after the last second is not written, so do not keep it.
     constexpr std::int64_t boundlessSeconds = std::numeric_limits<std::int64_t>::max() / layout::sampleRate;
     const auto frames =
         static_cast<std::uint64_t>(std::min(m_plan.seconds, boundlessSeconds) * layout::sampleRate);
@@ -218,7 +217,7 @@ void Run::writeSeconds(FramePipeline& pipeline, ZEBWriter& writer) {
         for (std::int64_t index = first; index < end; ++index) {
             frames.push_back(takeFrame(pipeline, index));
             records.emplace_back(frames.back()->record);
-            // The last one counts when its second is written.
+            // The last frame is reported when its second has been written.
             if (index + 1 < end) advanced(index + 1, writer);
         }
         writer.writeSecond(audioSlice(second, m_channels, bytesPerSecond, m_audio), records);
@@ -226,9 +225,9 @@ void Run::writeSeconds(FramePipeline& pipeline, ZEBWriter& writer) {
     }
 }
 
-/// Frame `index`; the latest good one, with a warning, when that frame has failed.
+/// Returns frame `index`. If that frame failed, warns and returns the latest good frame.
 std::shared_ptr<const EncodedFrame> Run::takeFrame(FramePipeline& pipeline, std::int64_t index) {
-    constexpr std::chrono::milliseconds patience{20};  // between two questions whether to go on
+    constexpr std::chrono::milliseconds patience{20};  // interval between cancellation checks
     std::shared_ptr<const EncodedFrame> frame;
     do {
         poll();

@@ -13,12 +13,12 @@
 
 namespace zeb {
 
-/// How a run talks back. All but `isCancelled` are called on the thread that called `convert`, in order; each
-/// may be empty.
+/// Callbacks of a conversion. All except `isCancelled` are called in order on the thread that called
+/// `convert`. Each may be empty.
 struct ConversionCallbacks {
-    /// A line for status and log, and how far the run is, 0 ... 1.
+    /// A line for status and log, and the progress, 0 ... 1.
     std::function<void(const std::string& text, double fraction)> progress;
-    /// True once the run shall stop; asked often, from several threads.
+    /// Returns true once the conversion must stop. Called often, from several threads.
     IsCancelled isCancelled;
     /// The plan, once the source has been analysed.
     std::function<void(const ConversionPlan&)> planned;
@@ -28,18 +28,18 @@ struct ConversionCallbacks {
     std::function<void(const std::string& text)> warned;
 };
 
-/// Turns one source video into one ZEB file. A run has no state outside its own variables; several may go on
-/// at once. The bytes of the file depend on the source and the settings only, not on `threads` or timing.
+/// Converts one source video to one ZEB file. A conversion has no global state, so several may run at once.
+/// The bytes of the file depend only on the source and the settings, not on `threads` or timing.
 ///
-/// The output must not be the input by any path or link: that is refused before anything is touched. A file
-/// or link at the output is set aside first, even before the input is opened, and removed when the movie is
-/// complete; anything else there is an error. Inside, pictures are grabbed and encoded on threads of their
-/// own, at most about two seconds ahead of what is written, from the moment the plan stands; they are all
-/// gone when `convert` returns.
+/// The output must not be the input by any path or link; this is rejected before any file is changed. An
+/// existing file or link at the output is set aside first, even before the input is opened, and removed when
+/// the movie is complete. Any other object there is an error. Pictures are grabbed and encoded on internal
+/// threads, which start after planning, work at most about two seconds ahead of the writer, and have ended
+/// when `convert` returns.
 ///
-/// The output exists from the moment the sound has been read. On failure or cancellation after that it stays
-/// as far as it was written: whole one-second blocks, header not completed. After any failure the caller ends
-/// the work on `output` (`putBack`, `keepBoth`).
+/// The output file is created after the sound has been read. After a later failure or cancellation it keeps
+/// the whole one-second blocks written so far, with an incomplete header. After any failure the caller must
+/// settle `output` (`putBack`, `keepBoth`).
 ///
 /// Throws `ZEBConverterError` (cannot create the output, no video track, cancelled), `ZEBWriterError` (beyond
 /// the format's limits), `MediaError` (source), `OutputError` and `FileError` (output), `PlatformError`
@@ -48,14 +48,14 @@ class ConversionRun {
 public:
     using CreateFile = std::function<std::unique_ptr<WritableFile>(OutputPlace& output)>;
 
-    /// `threads`: how many the decoder and the encoders may each use; 0 = as many as the machine has cores.
-    /// `createFile` makes the output.
+    /// `threads`: number of decoder threads and of encoder threads; 0 = number of cores. `createFile` creates
+    /// the output.
     explicit ConversionRun(const MediaLibrary& library, int threads = 0, CreateFile createFile = createMovie);
 
     void convert(const std::string& input, OutputPlace& output, const Settings& settings,
                  const ConversionCallbacks& callbacks) const;
 
-    /// Creates the file at its place. Where the system refuses that: `ZEBConverterError::cannotCreateOutput`.
+    /// Creates the output file. Throws `ZEBConverterError::cannotCreateOutput` if the system refuses.
     static std::unique_ptr<WritableFile> createMovie(OutputPlace& output);
 
 private:

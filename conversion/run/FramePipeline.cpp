@@ -12,7 +12,7 @@ FramePipeline::FramePipeline(const MediaAsset& asset, const GrabSchedule& schedu
                              const Limits& limits, const IsCancelled& isCancelled)
     : m_schedule(schedule), m_encode(std::move(encode)), m_limits(limits) {
     assert(limits.threads >= 1 && limits.framesAhead >= 1);
-    // The decoder must also give up when the run ends for another reason than the caller's wish.
+    // The decoder must also stop when the run ends for a reason other than the caller's cancellation.
     m_generator = asset.makeImageGenerator(limits.threads, [isCancelled, token = m_stopping.get_token()] {
         return token.stop_requested() || (isCancelled && isCancelled());
     });
@@ -23,7 +23,7 @@ FramePipeline::FramePipeline(const MediaAsset& asset, const GrabSchedule& schedu
         for (int i = 0; i < limits.threads; ++i)
             startThread(&FramePipeline::encodeAll);
     } catch (...) {
-        m_stopping.request_stop();  // the threads that did start are joined on the way out
+        m_stopping.request_stop();  // threads already started are joined by the destructors
         throw;
     }
 }
@@ -57,8 +57,8 @@ std::shared_ptr<const EncodedFrame> FramePipeline::next(std::chrono::millisecond
     return slot->frame;
 }
 
-/// Whether one more picture may be grabbed. Never false for ever: the frame that is taken next needs no room
-/// to be finished, and taking frames makes room.
+/// Returns whether another picture may be grabbed. This cannot stay false forever: the frame taken next needs
+/// no room to be finished, and taking frames makes room.
 bool FramePipeline::hasRoom() const {
     return m_pictures.size() <= static_cast<std::size_t>(m_limits.threads) &&
            static_cast<std::int64_t>(m_frames.size()) < m_limits.framesAhead &&
@@ -66,7 +66,7 @@ bool FramePipeline::hasRoom() const {
 }
 
 void FramePipeline::grabAll(const std::stop_token& token) {
-    std::shared_ptr<const Picture> lastPicture;  // kept, so that no other picture can have its address
+    std::shared_ptr<const Picture> lastPicture;  // kept, so that no other picture can have the same address
     std::shared_ptr<Slot> lastSlot;
     bool hasEnded = false;
     for (std::int64_t index = 0; index < m_schedule.count && !hasEnded; ++index) {
@@ -124,7 +124,7 @@ std::shared_ptr<FramePipeline::Slot> FramePipeline::addPicture(std::shared_ptr<c
 }
 
 void FramePipeline::encodeAll(const std::stop_token& token) {
-    // The decoder is what everything waits for.
+    // Lower the priority: all threads depend on the decoder.
     giveWayToOtherThreads();
     SpriteEncoder encoder;
     for (;;) {

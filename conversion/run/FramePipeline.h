@@ -17,25 +17,25 @@
 
 namespace zeb {
 
-/// A frame of the movie on its way to the file: the encoded record, or the error of grabbing or encoding it.
+/// A frame of the movie: the encoded record, or the error from grabbing or encoding it.
 struct EncodedFrame {
     std::vector<std::uint8_t> record;
     std::exception_ptr error;
 };
 
-/// Grabs the pictures of a schedule and encodes them, ahead of the one who takes the records, on threads of
-/// its own: one grabs in ascending order, `threads` encode. Records come out in the order of the schedule.
-/// Grabs that give the same picture object are encoded once.
+/// Grabs and encodes the pictures of a schedule on internal threads, ahead of the consumer. One thread grabs
+/// in ascending order, `threads` threads encode. Records are returned in the order of the schedule. A picture
+/// object grabbed several times is encoded once.
 ///
-/// Held at any time are at most threads + 1 pictures that wait to be drawn (besides one per encoding thread
-/// and the one grabbed last), `framesAhead` frames in whatever state, and, counted once per picture,
-/// `bytesAhead` bytes of finished records plus what the pictures in hand will become.
+/// Memory limits: at most threads + 1 pictures waiting to be drawn (plus one per encoding thread and the one
+/// grabbed last); at most `framesAhead` frames in any state; at most `bytesAhead` bytes of finished records,
+/// counted once per picture, plus the records of the pictures being encoded.
 ///
-/// Used by one thread. Destroying it stops and joins its threads; that takes no longer than drawing a
-/// picture, given that the image generator heeds its `isCancelled`.
+/// Used by one thread. The destructor stops and joins the threads. This takes no longer than drawing a
+/// picture, provided that the image generator checks its `isCancelled`.
 class FramePipeline {
 public:
-    /// Called on the encoding threads, each with an encoder of its own.
+    /// Called on the encoding threads, each with a separate encoder.
     using Encode = std::function<std::vector<std::uint8_t>(SpriteEncoder& encoder, const Picture& picture)>;
 
     struct Limits {
@@ -44,29 +44,28 @@ public:
         std::uint64_t bytesAhead = 0;
     };
 
-    /// Starts at once. `isCancelled` (may be empty) is handed to the decoder and asked from other threads.
-    /// Throws what making the image generator throws.
+    /// Starts at once. `isCancelled` (may be empty) is passed to the decoder and called from other threads.
+    /// Throws the errors of `makeImageGenerator`.
     FramePipeline(const MediaAsset& asset, const GrabSchedule& schedule, Encode encode, const Limits& limits,
                   const IsCancelled& isCancelled);
     ~FramePipeline();
     FramePipeline(const FramePipeline&) = delete;
     FramePipeline& operator=(const FramePipeline&) = delete;
 
-    /// The next frame, the same object for frames that show the same picture; null when it is not there
-    /// within `patience`. To be called for as many frames as the schedule has; after an error
-    /// that ends reading no more come. Throws only when a thread's own bookkeeping failed (out of
-    /// memory).
+    /// Returns the next frame; the same object for frames that show the same picture. Returns null if the
+    /// frame is not ready within `patience`. Call once per frame of the schedule. After an error that ends
+    /// reading, no more frames follow. Throws only if a thread fails by itself (out of memory).
     std::shared_ptr<const EncodedFrame> next(std::chrono::milliseconds patience);
 
-    /// Tells the threads to stop and returns at once; no more frames come.
+    /// Requests the threads to stop and returns at once. No more frames follow.
     void stop() noexcept { m_stopping.request_stop(); }
 
 private:
-    /// A grabbed picture on its way to a record.
+    /// A grabbed picture and its record.
     struct Slot {
-        std::shared_ptr<const Picture> picture;     ///< until it is drawn
-        std::shared_ptr<const EncodedFrame> frame;  ///< once it is done
-        std::int64_t waiting = 0;                   ///< how many entries of m_frames it is
+        std::shared_ptr<const Picture> picture;     ///< until drawn
+        std::shared_ptr<const EncodedFrame> frame;  ///< once encoded
+        std::int64_t waiting = 0;                   ///< number of entries in m_frames
 
         std::uint64_t size() const { return frame ? frame->record.size() : 0; }
     };
@@ -85,16 +84,16 @@ private:
     std::stop_source m_stopping;
     std::unique_ptr<ImageGenerator> m_generator;
 
-    std::mutex m_mutex;  ///< guards what follows, slots included
+    std::mutex m_mutex;  ///< guards the members below, including the slots
     std::condition_variable_any m_roomMade;
     std::condition_variable_any m_pictureGrabbed;
     std::condition_variable_any m_frameDone;
-    std::deque<std::shared_ptr<Slot>> m_frames;    ///< grabbed and not taken yet, in order
-    std::deque<std::shared_ptr<Slot>> m_pictures;  ///< grabbed and not drawn yet
+    std::deque<std::shared_ptr<Slot>> m_frames;    ///< grabbed but not taken yet, in order
+    std::deque<std::shared_ptr<Slot>> m_pictures;  ///< grabbed but not drawn yet
     std::uint64_t m_bytesAhead = 0;                ///< of the records in m_frames, each counted once
-    std::exception_ptr m_failure;                  ///< what ended a thread against all plans
+    std::exception_ptr m_failure;                  ///< unexpected exception that ended a thread
 
-    std::vector<std::jthread> m_threads;  ///< last, so that they end first
+    std::vector<std::jthread> m_threads;  ///< last member: destroyed first, so that the threads end first
 };
 
 }  // namespace zeb

@@ -27,10 +27,10 @@ struct Request {
     }
 };
 
-/// What decoding the track has given.
+/// The result of decoding the track.
 struct Track {
     bool started = false;
-    SoundFormat format;  ///< once there are samples
+    SoundFormat format;  ///< valid once there are samples
     std::uint64_t samples = 0;
     SoundBytes bytes;
 };
@@ -42,7 +42,7 @@ void produceAll(SoundResampler& resampler, SoundBytes& bytes, const Request& req
 
 void resample(std::span<const float> samples, SoundResampler& resampler, SoundBytes& bytes,
               const Request& request) {
-    constexpr std::size_t pieceSize = 16384;  // bounds what the resampler keeps, however large a buffer is
+    constexpr std::size_t pieceSize = 16384;  // limits the memory of the resampler for large buffers
     while (!samples.empty()) {
         const auto piece = samples.first(std::min(samples.size(), pieceSize));
         resampler.append(piece);
@@ -52,7 +52,7 @@ void resample(std::span<const float> samples, SoundResampler& resampler, SoundBy
     }
 }
 
-/// The next buffer; damage counts as the end.
+/// Returns the next buffer. Damage is treated as the end.
 std::optional<SampleBuffer> nextBuffer(SoundReader& reader) {
     try {
         return reader.copyNextSampleBuffer();

@@ -11,41 +11,38 @@
 
 namespace zeb {
 
-/// Receives the lines that reading a soundtrack gives; both may be empty.
+/// Receives the messages about a soundtrack. Both may be empty.
 struct SoundReports {
     std::function<void(const std::string&)> logged;
     /// The sound is lost although the source has a track.
     std::function<void(const std::string&)> warned;
 };
 
-/// The position of sound track `index` among `count` tracks, of which there is at least one; of the nearest
-/// one when there is none of that number.
+/// Clamps `index` to the valid sound track positions 0 ... `count` - 1; `count` is at least 1.
 std::size_t nearestTrack(int index, std::size_t count);
 
-/// Takes the sound out of a source.
+/// Reads the sound of a source.
 class AudioReader {
 public:
     static constexpr std::uint64_t allFrames = std::numeric_limits<std::uint64_t>::max();
 
-    /// Decodes sound track `trackIndex` (the nearest one when there is none of that number) to unsigned 8-bit
-    /// sound (128 = silence) of `targetRate` frames per second and `channels` interleaved channels (1 or 2),
-    /// resampled as `SoundResampler` says. It is resampled while it is decoded: memory holds the result and a
-    /// bounded buffer.
+    /// Decodes sound track `trackIndex` (clamped to the existing tracks) to unsigned 8-bit
+    /// sound (128 = silence) with `targetRate` frames per second and `channels` interleaved channels (1 or
+    /// 2), resampled by `SoundResampler` while decoding. Memory holds the result and a bounded buffer.
     ///
-    /// Returns nothing, with one line to `reports`, when there is no track, none that can be decoded, or no
-    /// sample in it; else one line about the format is logged. Of the result the first `maximumFrames` frames
-    /// are kept.
+    /// Returns nothing, with one line to `reports`, if there is no track, none that can be decoded, or no
+    /// sample in it. Otherwise logs one line about the format. Keeps the first `maximumFrames` frames.
     ///
-    /// `isCancelled` (may be empty) is asked before each buffer of the source, at least every 4096 output
-    /// frames and at least every 16384 samples: then `ZEBConverterError::cancelled` is thrown. `MediaError`
-    /// when the track cannot be opened or reading it ends in an error of the system; damage further on ends
-    /// the sound there.
+    /// `isCancelled` (may be empty) is called before each source buffer, at least every 4096 output frames
+    /// and at least every 16384 samples. If true, throws `ZEBConverterError::cancelled`. Throws `MediaError`
+    /// if the track cannot be opened or a system error ends reading. Damage later in the track ends the sound
+    /// there.
     static SoundBytes read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
                            const IsCancelled& isCancelled, const SoundReports& reports,
                            std::uint64_t maximumFrames = allFrames);
 
-    /// Whether `read` would give any sound: decodes the track's beginning, no more of it than that takes.
-    /// Throws as `read` does.
+    /// Returns whether `read` would return any sound. Decodes only the beginning of the track. Throws like
+    /// `read`.
     static bool hasSound(const MediaAsset& asset, int trackIndex, const IsCancelled& isCancelled);
 };
 

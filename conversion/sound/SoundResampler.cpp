@@ -13,14 +13,14 @@ namespace {
 
 constexpr std::int64_t unlimited = std::numeric_limits<std::int64_t>::max();
 
-/// Bounded without branches: 1.0 and above become 255 by the formula, too.
+/// Clamps without branches. The formula also gives 255 for 1.0 and above.
 std::uint8_t byteOf(float value) {
     const float number = value == value ? value : 0.0F;
     const double bounded = std::min(std::max(number, -1.0F), 1.0F);
     return static_cast<std::uint8_t>(static_cast<int>(bounded * 127 + 128));
 }
 
-/// What output channel `channel` hears of one source frame.
+/// Returns the value of output channel `channel` for one source frame.
 template <int knownSourceChannels, int channels>
 float heard(const float* frame, int sourceChannels, int channel) {
     if constexpr (knownSourceChannels == 2 && channels == 1) return (frame[0] + frame[1]) * 0.5F;
@@ -55,7 +55,7 @@ std::uint64_t SoundResampler::targetFrames(std::uint64_t sourceFrames, const Sou
 void SoundResampler::append(std::span<const float> samples) {
     assert(!m_finished);
     m_received += samples.size();
-    if (m_next >= m_limit) return;  // nothing will be heard of these
+    if (m_next >= m_limit) return;  // these samples lie past the limit
     dropUsedFrames();
     m_pending.insert(m_pending.end(), samples.begin(), samples.end());
     m_frames = static_cast<std::int64_t>(sourceFrames(m_received, m_source));
@@ -84,11 +84,11 @@ bool SoundResampler::produce(SoundBytes& output) {
     return m_next > begin;
 }
 
-/// The first of the output frames m_next ... end whose right neighbour has not arrived yet.
+/// Returns the first of the output frames m_next ... end whose right neighbour has not arrived yet.
 std::int64_t SoundResampler::interpolatedEnd(std::int64_t end) const {
     const auto lastFrame = static_cast<double>(m_frames - 1);
     std::int64_t ready = m_next;  // everything before it is ready
-    std::int64_t open = end;      // everything from it on is not, or not asked for
+    std::int64_t open = end;      // everything from here on is not ready or not requested
     while (ready < open) {
         const std::int64_t middle = ready + (open - ready) / 2;
         if (position(middle) < lastFrame) {
@@ -100,7 +100,7 @@ std::int64_t SoundResampler::interpolatedEnd(std::int64_t end) const {
     return ready;
 }
 
-/// Forgets source frames left of the next output frame, but never the last whole one: it may have to be held.
+/// Drops source frames left of the next output frame, except the last whole one, which may have to be held.
 void SoundResampler::dropUsedFrames() {
     const double needed =
         std::min(position(m_next), static_cast<double>(std::max<std::int64_t>(m_frames - 1, 0)));
@@ -117,7 +117,7 @@ void SoundResampler::interpolateAs(std::int64_t end, std::uint8_t* bytes) const 
     const double targetRate = m_targetRate;
     const auto firstPending = static_cast<double>(m_firstPending);
 
-    // Step by step over small groups, so that compilers can make vector code of all steps but the lookup.
+    // Process small groups in separate steps, so that compilers can vectorise every step except the lookup.
     constexpr int groupSize = 128;
     std::int32_t offsets[groupSize];  // left neighbours, in frames from the first pending one
     float fractions[groupSize];
@@ -126,7 +126,7 @@ void SoundResampler::interpolateAs(std::int64_t end, std::uint8_t* bytes) const 
         const auto first = static_cast<double>(begin);
         const int count = static_cast<int>(std::min<std::int64_t>(groupSize, end - begin));
         for (int i = 0; i < count; ++i) {
-            // The difference is exact, so the fraction is that of the position itself.
+            // The difference is exact, so the fraction equals that of the position.
             const double place = (first + i) * sourceRate / targetRate - firstPending;
             offsets[i] = static_cast<std::int32_t>(place);
             fractions[i] = static_cast<float>(place - offsets[i]);
@@ -162,14 +162,14 @@ void SoundResampler::interpolate(std::int64_t end) {
     }
 }
 
-/// Fills `bytes` with the frames behind the last source frame, where both neighbours are that frame.
+/// Fills `bytes` with the frames past the last source frame, where both neighbours are the last frame.
 void SoundResampler::holdLastFrame(std::span<std::uint8_t> bytes) const {
     const float* const last = m_pending.data() + (m_frames - 1 - m_firstPending) * m_source.channels;
     const bool isMean = m_source.channels == 2 && m_channels == 1;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         const int channel = static_cast<int>(i) % m_channels;
         const float value = isMean ? heard<2, 1>(last, 2, 0) : heard<0, 2>(last, m_source.channels, channel);
-        bytes[i] = byteOf(value + (value - value));  // an infinite value is not a number here as elsewhere
+        bytes[i] = byteOf(value + (value - value));  // turns infinity into NaN, as interpolation does
     }
 }
 

@@ -8,7 +8,7 @@
 
 namespace zeb {
 
-/// How decoded samples lie: channels interleaved, `sampleRate` frames per second.
+/// Layout of decoded samples: channels interleaved, `sampleRate` frames per second.
 struct SoundFormat {
     double sampleRate = 44100;  ///< Hz, positive and finite
     int channels = 2;           ///< at least 1
@@ -16,34 +16,35 @@ struct SoundFormat {
     bool operator==(const SoundFormat&) const = default;
 };
 
-/// Turns 32-bit float samples into unsigned 8-bit sound of another rate and channel count while they arrive.
+/// Converts 32-bit float samples to unsigned 8-bit sound with another rate and channel count, incrementally.
 ///
-/// Output frame i lies at source position i x source rate / target rate (double precision) and is
-/// interpolated linearly between its two neighbours (single precision); behind the last source frame that
-/// frame is held. Stereo becomes mono as the mean, mono becomes stereo twice, otherwise output channel c is
-/// source channel c (the last one when there are fewer). A value v becomes the byte v x 127 + 128, cut
-/// off; 1.0 and above 255, -1.0 and below 1; what is not a number 128.
+/// Output frame i is at source position i x source rate / target rate (double precision) and is interpolated
+/// linearly between its two neighbours (single precision). Past the last source frame, that frame is held.
+/// Stereo becomes mono as the mean, mono becomes stereo by duplication; otherwise output channel c is source
+/// channel c (the last one if there are fewer). A value v becomes the byte v x 127 + 128, truncated; 1.0 and
+/// above give 255, -1.0 and below give 1, NaN gives 128.
 ///
-/// Use: `append` some samples, `produce` until it answers false, again; at the end `finish` and `produce`
-/// until it answers false. The result does not depend on how the samples are divided. Only samples that a
-/// later output frame still needs are kept: after `produce` has answered false that is one source frame and a
-/// bit.
+/// Usage: `append` samples, call `produce` until it returns false, repeat; at the end call `finish`, then
+/// `produce` until it returns false. The result does not depend on how the samples are divided. Only samples
+/// needed by later output frames are kept: one source frame and a fraction after `produce` has returned
+/// false.
 class SoundResampler {
 public:
-    /// Output frames that one call of `produce` makes at most: well below a millisecond of work.
+    /// Maximum number of output frames per call of `produce`: well below a millisecond of work.
     static constexpr std::int64_t framesPerStep = 4096;
 
-    /// `channels`: of the output, 1 or 2. Output beyond `maximumFrames` frames is dropped.
+    /// `channels`: output channels, 1 or 2. Output beyond `maximumFrames` frames is dropped.
     SoundResampler(SoundFormat source, int targetRate, int channels, std::uint64_t maximumFrames);
 
     void append(std::span<const float> samples);
     void finish();
-    /// Appends the next frames to `output`; false when none could be made.
+    /// Appends the next frames to `output`. Returns false if none could be made.
     bool produce(SoundBytes& output);
 
-    /// Source frames that a row of samples holds; an incomplete one at the end does not count.
+    /// Returns the number of complete source frames in `samples` samples.
     static std::uint64_t sourceFrames(std::uint64_t samples, const SoundFormat& source);
-    /// Frames that so many source frames become, were there no maximum. Throws `MediaError` beyond 64 bits.
+    /// Returns the number of output frames for `sourceFrames`, without the maximum. Throws `MediaError`
+    /// beyond 64 bits.
     static std::uint64_t targetFrames(std::uint64_t sourceFrames, const SoundFormat& source, int targetRate);
 
 private:
@@ -61,7 +62,7 @@ private:
     SoundFormat m_source;
     double m_targetRate;
     int m_channels;
-    std::int64_t m_limit;          ///< output frames at most
+    std::int64_t m_limit;          ///< maximum number of output frames
     std::int64_t m_next = 0;       ///< the next output frame
     std::uint64_t m_received = 0;  ///< samples so far
     std::int64_t m_frames = 0;     ///< whole source frames so far

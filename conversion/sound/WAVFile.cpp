@@ -11,7 +11,7 @@ namespace zeb {
 namespace {
 
 constexpr std::uint64_t headSize = 44;
-constexpr std::uint64_t riffOverhead = headSize - 8;  // of what the outermost size counts, beside the data
+constexpr std::uint64_t riffOverhead = headSize - 8;  // bytes counted by the RIFF size besides the data
 constexpr std::uint64_t largestSize = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t pcm = 1;
 
@@ -35,7 +35,7 @@ WAVFile::WAVFile(WritableFile& file, int channels, int sampleRate)
 }
 
 void WAVFile::add(std::span<const std::uint8_t> samples) {
-    // One more for the byte that makes an odd length even.
+    // Reserve one byte for the padding of an odd length.
     if (m_dataSize + samples.size() + 1 > largestSize - riffOverhead) throw ExportError::soundTooLong();
     m_file.write(samples);
     m_dataSize += samples.size();

@@ -7,16 +7,16 @@
 
 namespace zeb {
 
-/// A RIFF WAVE file of unsigned 8-bit PCM being written. All its integers are little-endian; sizes have 32
-/// bits (Multimedia Programming Interface and Data Specifications 1.0, IBM and Microsoft, 1991).
+/// Writes a RIFF WAVE file of unsigned 8-bit PCM. All integers are little-endian; sizes have 32 bits
+/// (Multimedia Programming Interface and Data Specifications 1.0, IBM and Microsoft, 1991).
 class WAVFile {
 public:
-    /// Writes the head into an empty file, which must outlive this. Throws `FileError`, as all do.
+    /// Writes the header into an empty file, which must outlive this object. All functions throw `FileError`.
     WAVFile(WritableFile& file, int channels, int sampleRate);
 
-    /// Appends samples, channels interleaved. Throws `ExportError` when the file would become too long.
+    /// Appends interleaved samples. Throws `ExportError` if the file would become too long.
     void add(std::span<const std::uint8_t> samples);
-    /// Writes the sizes into the head.
+    /// Writes the sizes into the header.
     void finish();
 
     std::uint64_t bytesWritten() const noexcept;

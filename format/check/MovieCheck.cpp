@@ -28,7 +28,7 @@ std::string text(Number number) {
     return std::to_string(number);
 }
 
-/// What is wrong with a header that cannot be read, in the words of the other faults.
+/// Returns the text of a fault for a header that cannot be read.
 std::string headerFault(const ZEBFormatError& error) {
     const std::string& key = error.text().key;
     if (key == ZEBFormatError::titleOutsideHeader().text().key)
@@ -126,7 +126,7 @@ Fault Checker::checkFields() {
     return std::nullopt;
 }
 
-/// The entry of the block at the position.
+/// Checks the index entry of the block at the position.
 Fault Checker::checkIndexEntry() {
     const std::uint64_t place = m_index.position();
     if (place + layout::wordSize > m_places.data)
@@ -166,7 +166,7 @@ Fault Checker::checkBlock() {
     return std::nullopt;
 }
 
-/// A size field at the position and what it counts; leaves the position behind the field.
+/// Reads the size field at the position and checks it; leaves the position after the field.
 Fault Checker::checkPart(std::uint64_t blockEnd, const std::string& name, std::uint32_t& size) {
     const std::uint64_t place = m_blocks.position();
     const std::optional<std::uint32_t> word =
@@ -182,7 +182,7 @@ Fault Checker::checkFrame(std::uint64_t blockEnd, const std::string& name) {
     std::uint32_t size = 0;
     if (Fault fault = checkPart(blockEnd, name, size)) return fault;
     const std::uint64_t offset = m_blocks.position();
-    // Movies hold no pixels without a sprite header, whose size the movie's own would tell.
+    // Movies store no raw pixels, so the size of the movie is not needed.
     if (!readFrameRecord(m_blocks, size, 0, 0, m_record))
         return MovieFault{offset, "the file ends within " + name};
     if (m_record.size() < size)
@@ -196,7 +196,8 @@ Fault Checker::checkRecord(std::uint64_t offset, const std::string& name) {
     const int colourMode = m_header.mode == 4 ? 0 : m_header.mode;
     if (m_record.size() <= sprite::controlAt || m_record[sprite::colourModeAt] != colourMode)
         return MovieFault{offset, name + " is not of Mode " + text(m_header.mode)};
-    // A sprite may have more to it; in movies high colour is always compressed, and nothing else is.
+    // Sprites may have more parts. In movies, Mode 32 patterns are always compressed and Mode 4 patterns
+    // never.
     if (m_record[sprite::controlAt] != (m_header.mode == 4 ? 0 : sprite::patternCompressed))
         return MovieFault{offset + sprite::controlAt, name + " is not stored as movies store frames"};
     const int width =
@@ -208,7 +209,7 @@ Fault Checker::checkRecord(std::uint64_t offset, const std::string& name) {
     return std::nullopt;
 }
 
-/// What the header says about all blocks together.
+/// Checks the header fields that describe all blocks together.
 Fault Checker::checkTotals() {
     m_index.skipZeroWords(m_places.data);
     if (m_index.position() < m_places.data)

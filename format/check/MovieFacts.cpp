@@ -40,7 +40,7 @@ MovieFacts readMovieFacts(ReadableFile& file) {
     }
 
     ZEBHeader& header = located.header;
-    // A movie without a second has no largest block.
+    // The largest block is 0 in a finished movie without seconds.
     facts.wasFinished =
         header.frameCount % header.fps == 0 && (header.blockSize != 0 || header.frameCount == 0);
     facts.wholeFrames = facts.wholeSeconds * header.fps;

@@ -16,7 +16,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// An index is worked on in pieces of this many bytes, whole entries.
+/// The index is processed in pieces of this many bytes, a multiple of the entry size.
 constexpr std::size_t indexPiece = 65536;
 /// Blocks are copied in pieces of this many bytes.
 constexpr std::size_t copyPiece = 1 << 20;
@@ -45,7 +45,7 @@ void copyRange(ReadableFile& source, std::uint64_t begin, std::uint64_t end, Wri
     while (begin < end) {
         piece.resize(std::min<std::uint64_t>(copyPiece, end - begin));
         const std::size_t count = source.readAt(begin, piece);
-        if (count == 0) return;  // the file was cut meanwhile
+        if (count == 0) return;  // the file was cut after the walk
         target.write(std::span(piece).first(count));
         begin += count;
     }
@@ -56,8 +56,9 @@ void copyRange(ReadableFile& source, std::uint64_t begin, std::uint64_t end, Wri
 PartialFile::PartialFile(ReadableFile& source)
     : m_source(source), m_located(readHeader(source)), m_facts(readMovieFacts(source)) {}
 
-/// Calls `visit(place, bytes)` for the index of a movie in which the whole seconds stand back to back, piece
-/// by piece. The blocks are walked instead of kept: a hostile file may have hundreds of millions.
+/// Calls `visit(place, bytes)` for each piece of the index of a movie that has the whole seconds back to
+/// back. Walks the blocks again instead of keeping their positions: a hostile file may have hundreds of
+/// millions.
 template <typename Visit>
 void PartialFile::composeIndex(const Visit& visit) {
     const HeaderPlaces& places = m_located.places;
@@ -73,7 +74,7 @@ void PartialFile::composeIndex(const Visit& visit) {
             position += block->size();
             block = nextWhole(walker);
         }
-        // Zeros behind the last entry. A hole of gigabytes is one here as well.
+        // Zeros after the last entry. An index of gigabytes may be a hole in the file and remains one.
         piece.resize(std::min<std::uint64_t>(indexPiece, places.data - place));
         visit(place, piece);
     }
@@ -98,12 +99,13 @@ void PartialFile::finish(WritableFile& target) {
         throw MovieDamageError(damage->firstSecond, damage->offset, damage->secondsBehind);
     if (m_facts.wholeSeconds == 0 || isComplete()) return;
 
-    // The blocks must be on the disk before anything points at them. The largest block comes last, because it
-    // says that the movie is finished; until then zero entries, or none, only make readers walk.
+    // The blocks must be on the disk before a field refers to them. The largest block is written last,
+    // because it marks the movie as finished; until then zero or missing index entries only make readers
+    // walk.
     target.truncate(m_facts.end);
     target.synchronise();
 
-    // Fits its field: a frame takes at least 4 bytes, and the blocks start within 32 bits.
+    // The number fits its field: a frame takes at least 4 bytes, and the blocks start within 32 bits.
     writeWordAt(target, m_located.places.totalFrames, static_cast<std::uint64_t>(m_facts.wholeFrames));
     Bytes standing;
     composeIndex([&](std::uint64_t place, const Bytes& piece) {

@@ -30,7 +30,7 @@ std::optional<BlockWalker::Block> BlockWalker::next() {
     return block;
 }
 
-/// Takes the block at the position, which is not whole, up to where the next second begins.
+/// Returns the block at the position, which is not whole, up to the start of the next second.
 BlockWalker::Block BlockWalker::passDamage() {
     Block block{m_second, m_position, m_fileSize, State::damaged};
     ++m_second;
@@ -44,7 +44,7 @@ BlockWalker::Block BlockWalker::passDamage() {
         leadsOn = true;
     }
     if (!leadsOn) {
-        // The next block is damaged as well. Its place cannot pass the next whole one.
+        // The next block is damaged too. It must start before the next whole one.
         const bool hasLead = findLead(block.offset);
         if (hasLead) block.end = *indexEntry(m_lead);
         if (indexed && *indexed < block.end) {
@@ -61,10 +61,10 @@ BlockWalker::Block BlockWalker::passDamage() {
     return block;
 }
 
-/// Makes `m_lead` the first entry of the index, from the second after the next on, that leads to a whole
-/// block behind `offset`; false when there is none.
+/// Makes `m_lead` the first index entry, from the second after the next on, that leads to a whole block after
+/// `offset`; returns false if there is none.
 bool BlockWalker::findLead(std::uint64_t offset) {
-    // So many seconds have room behind; entries beyond mean nothing.
+    // Maximum number of seconds after `offset`. Later index entries cannot be valid.
     const std::uint64_t room = (std::min(m_fileSize, layout::maxWord) - offset) / m_smallestBlock;
     const std::uint64_t count =
         std::min(m_places.frameIndexCount, static_cast<std::uint64_t>(m_second) + room + 1);
@@ -101,7 +101,7 @@ void BlockWalker::restart() {
     m_lead = 0;
 }
 
-/// Whether the lengths of the blocks before `second` lead from one to the next and on to `offset`.
+/// Returns true if the lengths of the blocks before `second` lead from block to block to `offset`.
 bool BlockWalker::lengthsLeadTo(std::int64_t second, std::uint64_t offset) {
     std::optional<std::uint64_t> position = m_places.data;
     for (; second > 0 && position && *position < offset; --second)
@@ -127,17 +127,17 @@ std::optional<std::uint64_t> BlockWalker::indexEntry(std::int64_t second) {
     return *offset;
 }
 
-/// The end of the whole block at `offset`; nothing when what stands there is none.
+/// Returns the end of the whole block at `offset`; nothing if no whole block starts there.
 std::optional<std::uint64_t> BlockWalker::endOfWhole(std::uint64_t offset) {
     const std::optional<std::uint64_t> end = announcedEnd(offset);
     if (!end || offset > layout::maxWord || *end - offset > layout::maxWord) return std::nullopt;
     return endOfParts(offset, *end) == end ? end : std::nullopt;
 }
 
-/// The end of the block at `offset` as its sound and frames have it; nothing when they pass `limit`.
+/// Returns the end of the block at `offset` from its sound and frame sizes; nothing if they pass `limit`.
 std::optional<std::uint64_t> BlockWalker::endOfParts(std::uint64_t offset, std::uint64_t limit) {
     std::uint64_t position = offset + layout::wordSize;
-    // The sound and each frame alike: a size and as many bytes.
+    // The sound and each frame are a size field and that many bytes.
     for (std::uint64_t part = 0; part < 1 + m_fps; ++part) {
         if (limit - position < layout::wordSize) return std::nullopt;
         const std::optional<std::uint32_t> size = wordAt(position);
@@ -148,7 +148,7 @@ std::optional<std::uint64_t> BlockWalker::endOfParts(std::uint64_t offset, std::
     return position;
 }
 
-/// The end of the block at `offset` as its length has it; nothing unless a block can be so long.
+/// Returns the end of the block at `offset` from its length field; nothing if the length cannot be valid.
 std::optional<std::uint64_t> BlockWalker::announcedEnd(std::uint64_t offset) {
     const std::optional<std::uint32_t> length = wordAt(offset);
     if (!length) return std::nullopt;

@@ -46,7 +46,7 @@ std::optional<std::uint32_t> FileCursor::readWord() {
     return bigEndian::load32(bytes);
 }
 
-/// Reads the piece that starts at the position; false at the end of the file.
+/// Reads the piece that starts at the position; returns false at the end of the file.
 bool FileCursor::loadPiece() {
     m_pieceLength = 0;  // in case reading throws
     m_pieceLength = m_file->readAt(m_position, m_piece);
@@ -63,8 +63,8 @@ void FileCursor::skipZeroWords(std::uint64_t end) {
         const std::uint64_t stop = std::min(m_pieceOffset + m_pieceLength, end);
         const auto bytes =
             std::span<const std::uint8_t>(m_piece).subspan(m_position - m_pieceOffset, stop - m_position);
-        // All bytes are 0 when the first is and each equals its neighbour: an index may be a hole of
-        // gigabytes.
+        // All bytes are 0 if the first is 0 and each equals its neighbour. This is fast, because an index may
+        // be a hole of gigabytes.
         const bool allZero =
             bytes[0] == 0 && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0;
         if (!allZero) {

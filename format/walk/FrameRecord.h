@@ -7,10 +7,10 @@
 
 namespace zeb {
 
-/// Reads the frame record of `size` bytes at the cursor in place of `record`'s contents and moves past it.
-/// `width` and `height` are the movie's. Memory is taken only for what can be a picture: a larger record
-/// (`FrameDecoder::canDecode`) is passed over and leaves `record` empty. False when the file has fewer bytes.
-/// Throws `FileError`.
+/// Replaces `record` by the frame record of `size` bytes at the cursor and moves past it. `width` and
+/// `height` are the movie's. A record too large for a picture (`FrameDecoder::canDecode`) is skipped without
+/// allocating memory, and `record` is then empty. Returns false if the file has fewer bytes. Throws
+/// `FileError`.
 bool readFrameRecord(FileCursor& file, std::uint64_t size, int width, int height,
                      std::vector<std::uint8_t>& record);
 

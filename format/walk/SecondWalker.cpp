@@ -35,7 +35,7 @@ void SecondWalker::collectParts(std::uint64_t start, std::uint64_t end, Second& 
         if (!size) break;
         const std::uint64_t partStart = position + layout::wordSize;
         if (*size > end - partStart) {
-            // Half a second's sound is worth having; half a picture is not.
+            // A part of the sound is useful; a part of a picture is not.
             if (part == 0) second.sound = {partStart, static_cast<std::uint32_t>(end - partStart)};
             break;
         }

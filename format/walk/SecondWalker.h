@@ -11,24 +11,23 @@
 
 namespace zeb {
 
-/// Goes through a movie second by second and tells where its sound and frame records lie, in damaged and
-/// unfinished movies as far as that can be found out (`BlockWalker`). Used by one thread.
+/// Walks a movie second by second and returns the positions of sound and frame records, in damaged and
+/// unfinished movies as far as they can be found (`BlockWalker`). Used by one thread.
 class SecondWalker {
 public:
     struct Piece {
         std::uint64_t offset = 0;  ///< in the file
-        std::uint32_t size = 0;    ///< bytes, all of which lay in the file
+        std::uint32_t size = 0;    ///< bytes, all within the file
     };
     struct Second {
         std::int64_t number = 0;
-        Piece sound;                ///< as far as it is there
-        std::vector<Piece> frames;  ///< those that can be found, at most fps
-        int frameCount = 0;         ///< that play: fps, but only the whole ones of a torn last second
+        Piece sound;                ///< cut at the end of the block or file
+        std::vector<Piece> frames;  ///< the frames found, at most fps
+        int frameCount = 0;  ///< number of frames to play: fps, or the whole frames of a torn last second
         BlockWalker::State state = BlockWalker::State::whole;
     };
 
-    /// Reads the header. Throws `ZEBFormatError` for a file that is no movie, `FileError`, as the other
-    /// functions do.
+    /// Reads the header. Throws `ZEBFormatError` if the file is not a movie. All functions throw `FileError`.
     explicit SecondWalker(std::unique_ptr<ReadableFile> file);
 
     /// Without the index.
@@ -36,12 +35,13 @@ public:
 
     /// Makes `number` the next second.
     void seekTo(std::int64_t number) { m_blocks.seekTo(number); }
-    /// The next second; nothing at the end.
+    /// Returns the next second; nothing at the end.
     std::optional<Second> next();
 
-    /// Reads a piece in place of `target`'s contents; false, and shorter, when the file was cut meanwhile.
+    /// Replaces `target` by a piece. Returns false, with a shorter `target`, if the file was cut after
+    /// `next`.
     bool read(const Piece& piece, std::vector<std::uint8_t>& target);
-    /// Reads a frame's record in place of `target`'s contents, which stays empty when that is no picture.
+    /// Replaces `target` by a frame's record; leaves it empty if the record cannot be a picture.
     void readFrame(const Piece& piece, std::vector<std::uint8_t>& target);
 
 private:

@@ -6,9 +6,9 @@
 namespace zeb::ffmpeg {
 namespace {
 
-constexpr double whiteNits = 203;     // diffuse white of a high-dynamic-range film, ITU-R BT.2408
+constexpr double whiteNits = 203;     // diffuse white of high-dynamic-range video, ITU-R BT.2408
 constexpr double hlgPeakNits = 1000;  // of the reference display, ITU-R BT.2100
-constexpr int finerSteps = 4095;      // of tables over roots
+constexpr int finerSteps = 4095;      // number of steps of tables over roots
 
 double decodeSRGB(double v) {
     return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
@@ -17,7 +17,7 @@ double encodeSRGB(double l) {
     return l <= 0.0031308 ? l * 12.92 : 1.055 * std::pow(l, 1 / 2.4) - 0.055;
 }
 
-/// SMPTE ST 2084, in nits.
+/// SMPTE ST 2084; light in nits.
 namespace pq {
 constexpr double m1 = 2610.0 / 16384, m2 = 2523.0 / 4096 * 128;
 constexpr double c1 = 3424.0 / 4096, c2 = 2413.0 / 4096 * 32, c3 = 2392.0 / 4096 * 32;
@@ -32,14 +32,14 @@ double fromNits(double nits) {
 }
 }  // namespace pq
 
-/// Inverse of the opto-electronic curve of hybrid log-gamma, scene light 0 ... 1.
+/// Inverse of the hybrid log-gamma opto-electronic transfer function; scene light 0 ... 1.
 double decodeHLG(double v) {
     constexpr double a = 0.17883277, b = 1 - 4 * a;
     const double c = 0.5 - a * std::log(4 * a);
     return v <= 0.5 ? v * v / 3 : (std::exp((v - c) / a) + b) / 12;
 }
 
-/// Light of a component: 1 = white for pictures of standard range, 1 = 203 nits for PQ, scene light for HLG.
+/// Returns the light of a component: 1 = white in standard range, 1 = 203 nits for PQ, scene light for HLG.
 double lightOf(Transfer transfer, double v) {
     switch (transfer) {
         case Transfer::sRGB:
@@ -113,8 +113,8 @@ Matrix product(const Matrix& a, const Matrix& b) {
     return result;
 }
 
-/// RGB light to XYZ in units of the white point (SMPTE RP 177), each axis divided by the white's own value,
-/// so that whites of different colour map onto each other.
+/// Returns the matrix from RGB light to XYZ (SMPTE RP 177). Each axis is divided by the white point's value,
+/// so that different whites map onto each other.
 Matrix toWhiteRelativeXYZ(Primaries primaries) {
     const Chromaticities c = chromaticities(primaries);
     const Matrix xyz = {c.rx,           c.gx, c.bx, c.ry, c.gy, c.by, 1 - c.rx - c.ry, 1 - c.gx - c.gy,
@@ -132,8 +132,8 @@ Matrix toWhiteRelativeXYZ(Primaries primaries) {
     return result;
 }
 
-/// Light up to `peakNits` brought down to a display whose white is diffuse white: the curve of ITU-R BT.2390,
-/// section 5.4.1 (black level 0), in PQ values. Both are in nits.
+/// Maps light up to `peakNits` to a display whose maximum is diffuse white: the curve of ITU-R BT.2390,
+/// section 5.4.1 (black level 0), in PQ values. Argument and result are in nits.
 double toneMapped(double nits, double peakNits) {
     const double peak = pq::fromNits(peakNits);
     const double target = pq::fromNits(whiteNits) / peak;
@@ -233,7 +233,7 @@ void ColourConversion::convertThroughLight(const std::uint16_t* red, const std::
             b *= factor;
         }
         if (!m_toneScale.empty()) {
-            // All components by the factor of the largest one: brightness gives way before hue does.
+            // Scale all components by the factor of the largest one: reduces brightness, keeps hue.
             const float largest = std::max({r, g, b});
             const float factor = m_toneScale[stepOf(std::sqrt(std::sqrt(largest / m_largestLight)))];
             r *= factor;

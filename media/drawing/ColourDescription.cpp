@@ -42,7 +42,7 @@ bool isFullRange(const AVFrame& frame, const AVPixFmtDescriptor& format, bool is
         default:
             break;
     }
-    // Grey pictures that say nothing come from picture codings rather than from video signals.
+    // Grey pictures without a stated range come from still-picture codings, not from video signals.
     return format.nb_components <= 2 && frame.color_range == AVCOL_RANGE_UNSPECIFIED;
 }
 
@@ -119,7 +119,7 @@ int chromaLocationOf(const AVFrame& frame, bool fullRange) {
         case AVCHROMA_LOC_LEFT:
             return 0;
         default:
-            return fullRange ? 1 : 0;  // pictures of the JPEG kind, pictures of the MPEG kind
+            return fullRange ? 1 : 0;  // centre as in JPEG, left as in MPEG-2
     }
 }
 

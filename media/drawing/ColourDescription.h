@@ -4,7 +4,7 @@ struct AVFrame;
 
 namespace zeb::ffmpeg {
 
-/// How RGB values stand for light.
+/// Transfer characteristics: the relation between RGB values and light.
 enum class Transfer {
     sRGB,   ///< IEC 61966-2-1
     video,  ///< the camera curve of ITU-R BT.601, BT.709 and BT.2020
@@ -17,10 +17,11 @@ enum class Transfer {
     hlg,  ///< ITU-R BT.2100 hybrid log-gamma
 };
 
-/// The colours of a signal's red, green, blue and white.
+/// Chromaticities of a signal's red, green, blue and white.
 enum class Primaries { bt709, bt601with625lines, bt601with525lines, bt470m, film, bt2020, dciP3, displayP3 };
 
-/// The coding of a picture's colours, complete: what a stream leaves open is filled in as players do.
+/// The complete colour coding of a picture. Values that the stream does not specify are guessed as players
+/// do.
 struct ColourDescription {
     int matrix = 1;          ///< coefficients from Y'CbCr, code point of ITU-T H.273; 0 = the values are RGB
     bool fullRange = false;  ///< 0 ... maximum instead of the studio range (16 ... 235 with 8 bits)

@@ -6,18 +6,18 @@ struct AVFilterContext;
 
 namespace zeb::ffmpeg {
 
-/// Makes whole pictures of interlaced frames, one for each; progressive ones pass unchanged. Frames come out
-/// one or two later than they went in. Their `pts` count nanoseconds.
+/// Converts interlaced frames to progressive ones, one for each; progressive frames pass unchanged. The
+/// output is delayed by one or two frames. `pts` is in nanoseconds.
 class Deinterlacer {
 public:
-    /// For frames like `first`. Throws `MediaError`.
+    /// For frames of the size and format of `first`. Throws `MediaError`.
     Deinterlacer(const AVFrame& first, int threads);
 
-    /// Whether frames like this one go in.
+    /// Returns true if the frame has the size and format of the first one.
     bool takes(const AVFrame& frame) const;
-    /// Takes the frame's contents; without one, the end.
+    /// Adds a frame and takes over its contents; a null pointer marks the end.
     void push(AVFrame* frame);
-    /// The next finished frame, or none until more is pushed.
+    /// Returns the next finished frame, or none until more frames are added.
     Frame pull();
 
 private:

@@ -11,11 +11,11 @@
 namespace zeb::ffmpeg {
 namespace {
 
-/// Where the pixels of an upright bitmap lie, seen from the scaled frame that still lies as it was coded.
+/// Positions of a coded frame's pixels in the upright bitmap.
 struct Placement {
     std::ptrdiff_t first;  ///< byte offset of the frame's top left pixel in the bitmap
     std::ptrdiff_t perX;   ///< bytes from a pixel to its right neighbour in the frame
-    std::ptrdiff_t perY;   ///< bytes from a pixel to the one below it in the frame
+    std::ptrdiff_t perY;   ///< bytes from a pixel to the pixel below it in the frame
 };
 
 Placement placement(const Orientation& orientation, int bitmapWidth, int bitmapHeight) {
@@ -84,7 +84,7 @@ std::unique_ptr<FrameScaler> DrawingTools::borrowScaler(const ScalingTask& task)
 }
 
 void DrawingTools::giveBack(std::unique_ptr<FrameScaler> scaler) {
-    constexpr std::size_t most = 32;  // a film whose pictures change in kind must not pile up scalers
+    constexpr std::size_t most = 32;  // limits the number of scalers if the pictures' format keeps changing
     const std::lock_guard lock(m_mutex);
     if (m_scalers.size() >= most) m_scalers.erase(m_scalers.begin());
     m_scalers.push_back(std::move(scaler));

@@ -12,8 +12,8 @@
 
 namespace zeb::ffmpeg {
 
-/// What drawing needs and what is costly to make: scalers and colour tables, lent to one drawing at a time
-/// and used again for the next picture of the same kind. Usable from several threads.
+/// Scalers and colour tables, which are costly to make. A drawing borrows them, and they are reused for the
+/// next picture of the same kind. May be used by several threads.
 class DrawingTools {
 public:
     std::unique_ptr<FrameScaler> borrowScaler(const ScalingTask& task);

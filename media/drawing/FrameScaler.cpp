@@ -62,7 +62,7 @@ zimg_image_format sourceFormat(const ScalingTask& task, const AVPixFmtDescriptor
     format.color_family = isRGB ? ZIMG_COLOR_RGB : isGrey ? ZIMG_COLOR_GREY : ZIMG_COLOR_YUV;
     format.pixel_range = task.fullRange ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
     format.chroma_location = static_cast<zimg_chroma_location_e>(task.chromaLocation);
-    // The meaning of the colours is not this one's business: equal on both sides.
+    // The scaler does not convert colours: source and target have the same colour description.
     format.matrix_coefficients = isRGB ? ZIMG_MATRIX_RGB : ZIMG_MATRIX_BT709;
     format.transfer_characteristics = ZIMG_TRANSFER_BT709;
     format.color_primaries = ZIMG_PRIMARIES_BT709;
@@ -92,9 +92,9 @@ struct FrameScaler::State {
     PlanarForm planarForm;
     std::unique_ptr<zimg_filter_graph, FreeGraph> graph;
     AlignedMemory temporary;
-    std::array<AlignedMemory, 4> rings;  ///< the latest rows of each component that comes out
+    std::array<AlignedMemory, 4> rings;  ///< the latest output rows of each component
     std::size_t stride = 0;
-    unsigned ringMask = 0;  ///< row y lies in a ring's row y & ringMask
+    unsigned ringMask = 0;  ///< row y is in the ring's row y & ringMask
     zimg_image_buffer_const source{};
     const TakeStretch* take = nullptr;  ///< while scaling
 
@@ -103,7 +103,7 @@ struct FrameScaler::State {
     void handOver(unsigned y, unsigned left, unsigned right) const;
 };
 
-/// The planar form's pixel format is known once the first frame has it.
+/// The pixel format of the planar form is known when the first frame has been converted.
 void FrameScaler::State::build() {
     const zimg_image_format sourceForm = sourceFormat(task, *pixels);
     const zimg_image_format target = targetFormat(task, sourceForm);
@@ -137,8 +137,8 @@ void FrameScaler::State::build() {
     }
 }
 
-/// Before source row `y` is read: asks for rows a little further down. Decoded frames are seldom in a cache,
-/// and rows lie too far apart for the processor to guess the next one.
+/// Prefetches rows a little below source row `y`, which is read next. Decoded frames are seldom in a cache,
+/// and rows are too far apart for hardware prefetching.
 void FrameScaler::State::aheadOf(unsigned y, unsigned left, unsigned right) const {
     constexpr std::size_t cacheLine = 64;
     for (int i = 0; i < pixels->nb_components; ++i) {

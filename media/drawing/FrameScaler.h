@@ -11,9 +11,9 @@ struct AVFrame;
 
 namespace zeb::ffmpeg {
 
-/// One scaling task: from which kind of frame to which size.
+/// Parameters of a scaler: format and size of the source, size of the target.
 struct ScalingTask {
-    int format = 0;  ///< pixel format of the frames, code of the libraries
+    int format = 0;  ///< AVPixelFormat of the frames
     int width = 0;   ///< of the frames
     int height = 0;
     bool fullRange = false;
@@ -24,18 +24,18 @@ struct ScalingTask {
     bool operator==(const ScalingTask&) const = default;
 };
 
-/// A stretch of a scaled row: 16-bit values of the components 0 to 2 (red, green, blue; Y', Cb, Cr; only 0 of
-/// grey) and of 3, the alpha channel, by which they are not multiplied.
+/// A part of a scaled row: 16-bit values of the components 0 to 2 (red, green, blue; Y', Cb, Cr; only 0 for
+/// grey) and of component 3, alpha. The values are not multiplied by alpha.
 struct ScaledStretch {
     int y = 0;
     int begin = 0;                                     ///< first column
-    int end = 0;                                       ///< behind the last column
-    std::array<const std::uint16_t*, 4> components{};  ///< from `begin` on; null for those that are not there
+    int end = 0;                                       ///< past the last column
+    std::array<const std::uint16_t*, 4> components{};  ///< start at column `begin`; null if missing
 };
 
-/// Scales the components of frames to one size in one step, by Lanczos filtering with three lobes; chroma
-/// comes to the size of luma. Components stay what they are (Y'CbCr, RGB or grey, range included). Used by
-/// one thread at a time.
+/// Scales the components of frames to one size in one step, by Lanczos filtering with three lobes; chroma is
+/// scaled to the size of luma. Does not convert between Y'CbCr, RGB and grey or between ranges. Used by one
+/// thread at a time.
 class FrameScaler {
 public:
     /// Must not throw.
@@ -48,15 +48,15 @@ public:
 
     const ScalingTask& task() const noexcept;
 
-    /// Takes in a frame of the task's kind, which must outlive the scaling. Throws `PlatformError`.
+    /// Sets the frame to scale, which matches the task and must outlive the scaling. Throws `PlatformError`.
     void load(const AVFrame& frame);
 
-    // Of the loaded frame:
+    // For the loaded frame:
 
     ComponentFamily family() const noexcept;
     bool hasAlpha() const noexcept;
-    /// Hands the scaled picture over piece by piece, while it is still in the processor's cache: all of it,
-    /// the same place perhaps more than once. Throws `PlatformError`.
+    /// Passes the scaled picture to `take` piece by piece, while it is in the processor's cache. The pieces
+    /// cover the whole picture and may overlap. Throws `PlatformError`.
     void scale(const TakeStretch& take);
 
 private:

@@ -26,7 +26,7 @@ LumaWeights lumaWeights(int matrix) {
     }
 }
 
-/// The nearest whole number within 0 ... largest. In this form the compiler makes vector code of it.
+/// Returns the nearest integer within 0 ... largest. The compiler vectorises this form.
 ZEB_ALWAYS_INLINE std::uint16_t component(float value, float largest) {
     value += 0.5F;
     value = value > 0.5F ? value : 0.5F;
@@ -34,7 +34,7 @@ ZEB_ALWAYS_INLINE std::uint16_t component(float value, float largest) {
     return static_cast<std::uint16_t>(static_cast<std::int32_t>(value));
 }
 
-/// One component of a row of Y'CbCr: offsets are taken off first.
+/// Converts a row of Y'CbCr to one component; subtracts the offsets first.
 struct Mixture {
     float lumaOffset, lumaScale, chromaOffset, fromCb, fromCr, largest;
 };
@@ -74,7 +74,7 @@ MatrixConversion::MatrixConversion(const ColourDescription& colour, ComponentFam
     m_chromaOffset = 128 * 256;
     const double chromaScale = largest / (isFull ? 65535.0 : 224.0 * 256);
     const auto scaled = [chromaScale](double factor) { return static_cast<float>(factor * chromaScale); };
-    if (colour.matrix == AVCOL_SPC_YCGCO) {  // Cg and Co stand in the places of Cb and Cr
+    if (colour.matrix == AVCOL_SPC_YCGCO) {  // Cg and Co are in the planes of Cb and Cr
         m_redFromCb = m_blueFromCb = scaled(-1);
         m_greenFromCb = m_redFromCr = scaled(1);
         m_blueFromCr = scaled(-1);
@@ -91,7 +91,7 @@ MatrixConversion::MatrixConversion(const ColourDescription& colour, ComponentFam
 void MatrixConversion::convertRow(const std::array<const std::uint16_t*, 3>& planes, int count,
                                   std::uint16_t* red, std::uint16_t* green, std::uint16_t* blue) const {
     if (m_family == ComponentFamily::yCbCr) {
-        // One component after the other: the compiler makes vector code of such loops only.
+        // One component at a time: the compiler vectorises only such loops.
         const auto mix = processorHasAVX2() ? mixRowAVX2 : mixRowAnywhere;
         Mixture mixture = {m_lumaOffset, m_lumaScale, m_chromaOffset, m_redFromCb, m_redFromCr, m_largest};
         mix(mixture, planes, count, red);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int alignment = 64;
 
-/// Whether every component has a plane of its own in a form that the scaler knows.
+/// Returns true if every component has a separate plane in a form that the scaler supports.
 bool isPlanarForm(const AVPixFmtDescriptor& format) {
     constexpr std::uint64_t unreadable =
         AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_BAYER;
@@ -37,8 +37,8 @@ bool isPlanarForm(const AVPixFmtDescriptor& format) {
     return true;
 }
 
-/// The planar format of the same kind, chroma sampling and at least the same depth, for packed, semi-planar,
-/// palette, big-endian and other layouts.
+/// Returns the planar format of the same kind and chroma sampling and of at least the same depth, for packed,
+/// semi-planar, palette, big-endian and other layouts.
 AVPixelFormat planarCounterpart(const AVPixFmtDescriptor& source) {
     const bool isRGB =
         (source.flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BAYER)) != 0;

@@ -6,15 +6,15 @@
 
 namespace zeb::ffmpeg {
 
-/// The error of a picture that cannot be drawn, with the reason.
+/// Returns the error for a picture that cannot be drawn.
 PlatformError cannotDraw(const TextArgument& reason);
 
-/// Brings decoded frames into the form that the scaler reads: one component per plane, native byte order,
-/// aligned, sides whole multiples of the chroma subsampling (by repeating the last column or row). Most
-/// decoders deliver that form, and then nothing is copied. Used by one thread at a time.
+/// Converts decoded frames to the form that the scaler reads: one component per plane, native byte order,
+/// aligned, sides multiples of the chroma subsampling (the last column or row is repeated). Most decoders
+/// deliver this form, which is not copied. Used by one thread at a time.
 class PlanarForm {
 public:
-    /// The frame itself where it fits, else a converted copy that is valid until the next call.
+    /// Returns the frame itself if it has the form, else a converted copy that is valid until the next call.
     /// Throws `PlatformError` for a pixel format that cannot be converted.
     const AVFrame& of(const AVFrame& frame);
 

@@ -4,9 +4,8 @@
 
 namespace zeb::ffmpeg {
 
-/// The functions of libavfilter, loaded when the first interlaced film asks for them: the library brings some
-/// thirty others along, which every start of the program would pay for in time and memory. Only for .cpp
-/// files.
+/// The functions of libavfilter, loaded for the first interlaced video. The library depends on about thirty
+/// others, which would make every start of the program slower and larger. Only for .cpp files.
 struct FilterLibrary {
     decltype(&::avfilter_get_by_name) getByName;
     decltype(&::avfilter_graph_alloc) graphAlloc;
@@ -18,8 +17,8 @@ struct FilterLibrary {
     decltype(&::av_buffersink_get_time_base) sinkGetTimeBase;
     decltype(&::av_buffersrc_add_frame) sourceAddFrame;
 
-    /// Stays loaded to the end of the process. Usable from any thread. Throws `MediaError::cannotDecode` when
-    /// the library is not installed.
+    /// Loads the library on the first call; it stays loaded until the process ends. May be called from any
+    /// thread. Throws `MediaError::cannotDecode` if the library is not installed.
     static const FilterLibrary& get();
 };
 

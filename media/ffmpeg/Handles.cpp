@@ -14,7 +14,7 @@ void Deleter::operator()(AVCodecContext* context) const noexcept {
     avcodec_free_context(&context);
 }
 void Deleter::operator()(AVFilterGraph* graph) const noexcept {
-    FilterLibrary::get().graphFree(&graph);  // loaded, or there would be no graph
+    FilterLibrary::get().graphFree(&graph);  // a graph exists, so the library is loaded
 }
 void Deleter::operator()(AVFrame* frame) const noexcept {
     av_frame_free(&frame);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Owners of the FFmpeg libraries' objects. Private to this folder.
+// Smart pointers for objects of the FFmpeg libraries. Private to this folder.
 
 #include <memory>
 

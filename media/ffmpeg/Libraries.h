@@ -1,6 +1,6 @@
 #pragma once
 
-// The FFmpeg libraries' headers, which predate C++ and our warnings. Only for .cpp files of this folder.
+// The C headers of the FFmpeg libraries, with our warnings disabled. Only for .cpp files of this folder.
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"

@@ -12,8 +12,8 @@ std::atomic<bool> writesMessages = false;
 
 void onMessage(void* sender, int level, const char* format, std::va_list arguments) {
     if (writesMessages) av_log_default_callback(sender, level, format, arguments);
-    // Every object of the libraries starts with a pointer to its class. The threads of a decoder have
-    // contexts of their own, which share the pointer set by `watchForDamage`.
+    // Every object of the libraries starts with a pointer to its class. Each thread of a decoder has a
+    // separate context, which copies the pointer set by `watchForDamage`.
     if (sender == nullptr || *static_cast<const AVClass* const*>(sender) != avcodec_get_class()) return;
     const std::string_view text(format);
     const bool isComplaint =

@@ -6,12 +6,12 @@ struct AVCodecContext;
 
 namespace zeb::ffmpeg {
 
-/// Takes over the libraries' messages for the whole process: to standard error or nowhere, and to those who
-/// watch.
+/// Handles the libraries' log messages for the whole process: prints them to standard error or drops them,
+/// and passes them to the damage watches.
 void routeMessages(bool toStandardError);
 
-/// Sets `sawDamage` when the decoder complains of its data or patches a picture: not every decoder marks the
-/// frames that it has patched, but all say so in their messages. Call before the decoder is opened.
+/// Sets `sawDamage` when the decoder logs an error in its data or conceals damage in a picture. Not every
+/// decoder marks concealed frames, but all log a message. Call before the decoder is opened.
 void watchForDamage(AVCodecContext& decoder, std::atomic<bool>& sawDamage);
 
 }  // namespace zeb::ffmpeg

@@ -22,7 +22,7 @@ namespace {
 
 constexpr int ioBufferSize = 64 * 1024;
 
-/// Formats that name other files or addresses, or that show any text as a picture.
+/// Formats that refer to other files or addresses, or that render any text as a picture.
 constexpr std::array refusedFormats = {
     "concat",      "dash",       "hls",  "imf",    "image2",
     "image2pipe",  "ffmetadata", "rtsp", "sdp",    "webm_dash_manifest",
@@ -39,7 +39,7 @@ bool isRefused(const AVInputFormat& format) {
         const std::string_view name = names.substr(0, comma);
         if (std::find(refusedFormats.begin(), refusedFormats.end(), name) != refusedFormats.end())
             return true;
-        if (name.ends_with("_pipe")) return true;  // single pictures, one after the other
+        if (name.ends_with("_pipe")) return true;  // sequences of single pictures
         names = comma == std::string_view::npos ? std::string_view() : names.substr(comma + 1);
     }
     return (format.flags & AVFMT_NOFILE) != 0;
@@ -48,7 +48,7 @@ bool isRefused(const AVInputFormat& format) {
 KeyedText textOf(int error) {
     if (error == AVERROR_INVALIDDATA || error == AVERROR_EOF || error == AVERROR_DEMUXER_NOT_FOUND)
         return {"error_media_not_a_video"};
-    // The library's codes are the negative error numbers of the system, and large numbers made of letters.
+    // Error codes are negated system error numbers, or large numbers composed of letters.
     constexpr int largestErrorNumber = 4095;
     if (AVUNERROR(error) > 0 && AVUNERROR(error) <= largestErrorNumber)
         return systemErrorText(AVUNERROR(error));
@@ -57,7 +57,8 @@ KeyedText textOf(int error) {
     return {"error_media_library_format", {text.data()}};
 }
 
-/// Only the extension may help to recognise a format; the rest of a name could look like a pattern.
+/// Returns a file name that keeps only the extension, which helps to recognise a format. The rest of the name
+/// could be taken for a pattern.
 std::string nameForProbing(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     const std::size_t dot = path.rfind('.');
@@ -92,10 +93,10 @@ struct Demuxer::State {
     std::uint64_t position = 0;
     std::uint64_t size = 0;
     IsCancelled isCancelled;
-    std::optional<KeyedText> failure;                ///< why no more can be read
-    TimeJoints joints;                               ///< that are bridged
-    std::vector<std::int64_t> latestPositions;       ///< by stream: where its latest packet starts
-    std::vector<std::optional<double>> latestTimes;  ///< by stream: of its latest packet, moved
+    std::optional<KeyedText> failure;                ///< reason why reading failed
+    TimeJoints joints;                               ///< joints to bridge
+    std::vector<std::int64_t> latestPositions;       ///< by stream: position of its latest packet
+    std::vector<std::optional<double>> latestTimes;  ///< by stream: shifted time of its latest packet
     AVIOContext* io = nullptr;
     AVFormatContext* format = nullptr;
 
@@ -109,12 +110,13 @@ struct Demuxer::State {
 
     static int read(void* opaque, std::uint8_t* buffer, int size) noexcept {
         State& state = *static_cast<State*>(opaque);
-        // Some formats are searched through from end to end within one call.
+        // Probing some formats searches the whole file within one library call.
         if (wantsToStop(opaque) != 0) return AVERROR_EXIT;
         try {
             const std::size_t count =
                 state.file->readAt(state.position, {buffer, static_cast<std::size_t>(size)});
-            // The libraries search for more behind errors and often take them for the end.
+            // After a read error the libraries search on and often report the end of the file, so store the
+            // failure.
             if (count == 0 && size > 0 && state.position < state.size) state.failure = becameShorter();
             state.position += count;
             return count == 0 ? AVERROR_EOF : static_cast<int>(count);
@@ -145,13 +147,14 @@ struct Demuxer::State {
         return offset;
     }
 
-    /// Whether the file ends within the packet. Streams without an index mark packets for other reasons.
+    /// Returns true if the file ends within the packet. Streams without an index mark packets as corrupt for
+    /// other reasons, too.
     bool isTorn(const AVPacket& packet) const {
         return (packet.flags & AV_PKT_FLAG_CORRUPT) != 0 && io->eof_reached != 0 &&
                (format->iformat->flags & AVFMT_TS_DISCONT) == 0;
     }
 
-    /// Completes the packet's position and bridges joints.
+    /// Sets a missing position of the packet and shifts its times.
     void place(AVPacket& packet) {
         const auto stream = static_cast<std::size_t>(packet.stream_index);
         if (latestPositions.size() <= stream) {

@@ -14,14 +14,14 @@ struct AVFormatContext;
 
 namespace zeb::ffmpeg {
 
-/// An opened media file that packets are read from. Reads through a file handle of our own, so that no name
-/// is ever taken for an address or a pattern and nothing else is opened. Used by one thread at a time.
+/// An opened media file that packets are read from. Reads through our file handle, so that no name is
+/// interpreted as a URL or a pattern and no other file is opened. Used by one thread at a time.
 class Demuxer {
 public:
-    /// Opens and probes the file. Throws `MediaError`: `cannotRead` when it has become shorter than
+    /// Opens and probes the file. Throws `MediaError`; its code is `cannotRead` if the file is shorter than
     /// `leastSize` bytes.
     Demuxer(const std::string& path, IsCancelled isCancelled, std::uint64_t leastSize = 0);
-    /// The same for a file that is handed over; `path` only names it.
+    /// Takes ownership of an open file; `path` is its name.
     Demuxer(std::unique_ptr<ReadableFile> file, const std::string& path, IsCancelled isCancelled,
             std::uint64_t leastSize = 0);
     ~Demuxer();
@@ -30,26 +30,27 @@ public:
 
     AVFormatContext* format() const noexcept;
 
-    /// Size of the file in bytes as it was opened.
+    /// Size of the file in bytes when it was opened.
     std::uint64_t fileSize() const noexcept;
 
-    /// Makes the times of packets go on where they begin again. Ends `canSeek`.
+    /// Shifts the times of later packets at the joints, so that they are continuous. `canSeek` is false from
+    /// then on.
     void bridge(TimeJoints joints);
 
-    /// Reads the next packet of any stream; false at the end, which is also where the container leads no
-    /// further or the file ends within a packet. A packet without a position has that of the one before it
-    /// in its stream. Throws `MediaError::interrupted` and, when the system fails to read or the file has
-    /// become shorter, `MediaError::cannotRead`.
+    /// Reads the next packet of any stream. Returns false at the end of the file, if the container cannot be
+    /// read any further, or if the file ends within a packet. A packet without a position gets the position
+    /// of the packet before it in its stream. Throws `MediaError::interrupted`, and `MediaError::cannotRead`
+    /// if a read fails or the file has become shorter.
     bool read(AVPacket& packet);
 
-    /// False where times do not lead to places in the file.
+    /// Returns false if times do not correspond to positions in the file.
     bool canSeek() const noexcept;
 
-    /// Moves to the last key frame of `stream` whose time is not after `timestamp` (in the stream's time
-    /// base), or as near as the container allows; false when it cannot.
+    /// Seeks to the last key frame of `stream` whose time is not after `timestamp` (in the stream's time
+    /// base), or as near as the container allows; returns false on failure.
     bool seek(int stream, std::int64_t timestamp);
 
-    /// Who is asked from now on whether reading shall stop.
+    /// Sets the cancellation check for later reads.
     void setCancellation(IsCancelled isCancelled);
 
 private:
@@ -57,7 +58,7 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// Opens the same file once more.
+/// Opens the same file again.
 using OpenDemuxer = std::function<std::unique_ptr<Demuxer>()>;
 
 }  // namespace zeb::ffmpeg

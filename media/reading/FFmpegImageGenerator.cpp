@@ -8,7 +8,7 @@
 namespace zeb::ffmpeg {
 namespace {
 
-/// A jump of more than this many seconds looks for a key frame nearer to its target.
+/// A jump ahead by more than this many seconds seeks to a key frame near its target.
 constexpr double farAhead = 3;
 
 }  // namespace
@@ -55,7 +55,7 @@ TimedPicture FFmpegImageGenerator::copyNearbyImage(MediaTime time, int pictures)
     const bool hasDecoded = m_current || m_next;
     m_current.reset();
     m_next.reset();
-    // Without seeking, only what lies ahead is found.
+    // Without seeking, the search only finds pictures after the current position.
     if (hasDecoded && !m_source->canSeek()) start(m_reopen());
     m_isElsewhere = true;
     const double target = time.seconds() + m_source->tolerance();
@@ -83,8 +83,8 @@ void FFmpegImageGenerator::advance() {
     m_next = m_source->next();
 }
 
-/// Goes on decoding at a key frame from which the picture at `target` is reached: the nearest one, or earlier
-/// ones where a container's idea of its key frames proves wrong, or the start.
+/// Restarts decoding at a key frame before `target`: the nearest one, or earlier ones if the container's key
+/// frames are wrong, or the start of the stream.
 void FFmpegImageGenerator::restart(double target) {
     constexpr std::array stepsBack = {0.0, 1.0, 10.0};
     m_current.reset();

@@ -12,7 +12,7 @@ namespace zeb::ffmpeg {
 /// Grabs pictures of one video stream by time.
 class FFmpegImageGenerator final : public ImageGenerator {
 public:
-    /// `demuxer` must not have been read from yet; `reopen` opens the same file once more.
+    /// No packet of `demuxer` has been read yet; `reopen` opens the same file again.
     FFmpegImageGenerator(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
                          double origin, int threads);
 
@@ -38,18 +38,18 @@ private:
     std::shared_ptr<DrawingTools> m_tools = std::make_shared<DrawingTools>();
     std::unique_ptr<FrameSource> m_source;
     std::optional<Shown> m_current;    ///< the picture on screen at the last grab
-    std::optional<TimedFrame> m_next;  ///< the one after it
-    bool m_isElsewhere = false;        ///< `m_source` was left where nothing can be decoded from
+    std::optional<TimedFrame> m_next;  ///< the picture after `m_current`
+    bool m_isElsewhere = false;        ///< `m_source` is at a position from which nothing can be decoded
 
     /// The last picture that `copyNearbyImage` found.
     struct Nearby {
         double keyTime = 0;
         int pictures = 0;
-        bool isLast = false;  ///< with so many pictures none later can be reached from that key
+        bool isLast = false;  ///< no later picture is reachable from this key frame within `pictures`
         TimedPicture picture;
     };
     std::optional<Nearby> m_nearby;
-    bool m_currentIsFirst = false;  ///< nothing comes before `m_current`
+    bool m_currentIsFirst = false;  ///< `m_current` is the first picture of the stream
 };
 
 }  // namespace zeb::ffmpeg

@@ -57,7 +57,7 @@ private:
         return open(m_path, m_fileSize, m_facts.joints, isCancelled);
     }
 
-    /// The one that the asset was opened with serves the first reader: probing a file takes its time.
+    /// Returns the asset's demuxer to the first reader, because opening and probing a file takes time.
     std::unique_ptr<Demuxer> takeDemuxer(const IsCancelled& isCancelled) const {
         std::unique_ptr<Demuxer> demuxer;
         {

@@ -6,13 +6,13 @@
 
 namespace zeb {
 
-/// Where the FFmpeg libraries' own messages go.
+/// Destination of the FFmpeg libraries' log messages.
 enum class MediaLogging {
-    silent,   ///< nowhere
+    silent,   ///< dropped
     verbose,  ///< standard error
 };
 
-/// The media library on the FFmpeg libraries. `logging` holds for the whole process.
+/// Makes the media library based on the FFmpeg libraries. `logging` applies to the whole process.
 std::unique_ptr<MediaLibrary> makeFFmpegMediaLibrary(MediaLogging logging);
 
 }  // namespace zeb

@@ -11,7 +11,7 @@
 namespace zeb::ffmpeg {
 namespace {
 
-constexpr double leastGap = 0.020;            // seconds; shorter ones are rounding and jitter
+constexpr double leastGap = 0.020;            // seconds; shorter gaps are rounding and jitter
 constexpr std::int64_t silenceAtOnce = 4096;  // sample frames
 
 bool sameFormat(const AVFrame& a, const AVFrame& b) {
@@ -77,19 +77,19 @@ std::optional<SampleBuffer> FFmpegSoundReader::copyNextSampleBuffer() {
     return buffer;
 }
 
-/// Decodes one frame into `m_samples` and `m_silence`; false at the end.
+/// Decodes one frame into `m_samples` and `m_silence`; returns false at the end.
 bool FFmpegSoundReader::decodeNextFrame() {
     for (;;) {
         const int result = avcodec_receive_frame(m_decoder.get(), m_frame.get());
         if (result >= 0) {
-            // Where the rate changes, some decoders put the one before into the first frame of the new one.
+            // At a change of rate some decoders put the old rate into the first frame of the new one.
             if (m_decoder->sample_rate > 0) m_frame->sample_rate = m_decoder->sample_rate;
             take(*m_frame);
             av_frame_unref(m_frame.get());
             return true;
         }
         if (result == AVERROR_EOF || m_packetsEnded) return false;
-        // Damaged packets are passed over; the gap that they leave is filled from the next one's time.
+        // Skip damaged packets. The time of the next packet shows the gap, which is filled with silence.
         bool isSent = false;
         while (!isSent) {
             if (!m_demuxer->read(*m_packet)) {
@@ -131,7 +131,7 @@ void FFmpegSoundReader::appendSilence(std::int64_t frames) {
     m_delivered += frames;
 }
 
-/// Makes the resampler fit the frame; leaves none where the format cannot be converted.
+/// Makes a resampler for the frame's format; none if the format cannot be converted.
 void FFmpegSoundReader::prepareResampler(const AVFrame& frame) {
     if (m_resampler && sameFormat(frame, *m_resamplerInput)) return;
     drainResampler();
@@ -164,7 +164,8 @@ void FFmpegSoundReader::appendConverted(const AVFrame& frame, std::int64_t skip)
     m_delivered += static_cast<std::int64_t>(converted - dropped);
 }
 
-/// What a change of rate keeps inside the resampler.
+/// Appends the samples that the resampler still holds and deletes it, before a change of format and at the
+/// end.
 void FFmpegSoundReader::drainResampler() {
     if (!m_resampler) return;
     const int most = swr_get_out_samples(m_resampler.get(), 0);

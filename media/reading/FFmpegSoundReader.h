@@ -12,12 +12,11 @@
 
 namespace zeb::ffmpeg {
 
-/// Decodes one sound stream to interleaved floats from presentation time 0 on. Where a stream changes its
-/// rate or channels on the way, the rest is brought to what it started with, so that pitch and length stay
-/// right.
+/// Decodes one sound stream to interleaved floats from presentation time 0 on. If the rate or the channels of
+/// a stream change, the rest is converted to the first format, so that pitch and length are preserved.
 class FFmpegSoundReader final : public SoundReader {
 public:
-    /// `duration` is the length of the presentation in seconds, 0 when unknown.
+    /// `duration` is the length of the presentation in seconds, 0 if unknown.
     FFmpegSoundReader(std::unique_ptr<Demuxer> demuxer, const SoundStreamFacts& facts, double origin,
                       double duration);
 
@@ -35,19 +34,19 @@ private:
     std::unique_ptr<Demuxer> m_demuxer;
     SoundStreamFacts m_facts;
     double m_origin;
-    double m_latest;  ///< seconds; times of sound beyond this are not believed
+    double m_latest;  ///< seconds; later times are taken for damage
     CodecContext m_decoder;
     Packet m_packet;
     Frame m_frame;
     bool m_packetsEnded = false;
 
-    int m_rate = 0;  ///< of what is delivered; 0 until the first frame
+    int m_rate = 0;  ///< Hz, of the output; 0 until the first frame
     int m_channels = 0;
-    std::int64_t m_delivered = 0;  ///< sample frames so far, presentation time 0 being 0
-    std::int64_t m_silence = 0;    ///< sample frames of silence still to deliver before `m_samples`
-    Frame m_layout;                ///< carries the channel layout of what is delivered
+    std::int64_t m_delivered = 0;  ///< sample frames returned, from presentation time 0 on
+    std::int64_t m_silence = 0;    ///< sample frames of silence to return before `m_samples`
+    Frame m_layout;                ///< holds the channel layout of the output
     Resampler m_resampler;
-    Frame m_resamplerInput;  ///< carries the format that the resampler takes
+    Frame m_resamplerInput;  ///< holds the format of the resampler's input
     std::vector<float> m_samples;
     std::vector<float> m_silentSamples;
     bool m_samplesPending = false;

@@ -17,7 +17,7 @@ constexpr double nanosecondsPerSecond = 1e9;
 double toleranceOf(const VideoStreamFacts& facts) {
     constexpr double leastTolerance = 0.001;
     const double tick = facts.timeBase.value();
-    // A clock that ticks about once a picture rounds nothing.
+    // Times whose tick is about one picture are not rounded.
     return tick < facts.frameDuration() / 2 ? std::max(leastTolerance, tick) : leastTolerance;
 }
 
@@ -26,8 +26,8 @@ bool isIntraOnly(AVCodecID id) {
     return descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
 }
 
-/// The type of the first NAL unit that carries a picture, with `typeOf` reading it from the unit's first byte
-/// and `isPicture` telling such types; -1 when there is none.
+/// Returns the type of the first NAL unit with a picture; -1 if there is none. `typeOf` returns the type for
+/// the unit's first byte, `isPicture` is true for types with a picture.
 template <typename TypeOf, typename IsPicture>
 int firstPictureUnit(std::span<const std::uint8_t> packet, int lengthSize, TypeOf typeOf,
                      IsPicture isPicture) {
@@ -90,8 +90,7 @@ void FrameSource::openDecoder(int threads) {
     if (!m_decoder) throw std::bad_alloc();
     if (avcodec_parameters_to_context(m_decoder.get(), stream.codecpar) < 0) throw std::bad_alloc();
     m_decoder->pkt_timebase = stream.time_base;
-    // Pictures wait for the ones that they are predicted from: two more threads than cores keep all cores
-    // busy.
+    // A picture waits for its reference pictures: two more threads than cores keep all cores busy.
     m_decoder->thread_count = threads > 1 ? threads + 2 : 1;
     watchForDamage(*m_decoder, m_sawDamage);
     if (avcodec_open2(m_decoder.get(), codec, nullptr) < 0) {
@@ -115,9 +114,9 @@ void FrameSource::reset() {
     m_ready.clear();
 }
 
-/// Everything handed out so far was sound. Starts again from the last packet before it that depends on
-/// nothing, or from the beginning. Planning goes on: a damaged packet that was passed over must be passed
-/// over again, or the pictures would depend on how early the damage was seen.
+/// Restarts with a single thread. Every frame returned so far was undamaged, so restart at the last group
+/// that begins before it, or at the beginning. Planning continues: a skipped damaged packet must be skipped
+/// again, or the pictures would depend on when the damage was noticed.
 void FrameSource::decodeCarefully() {
     m_isCareful = true;
     m_known = m_lastHandedOut;
@@ -134,8 +133,8 @@ void FrameSource::decodeCarefully() {
     m_sawDamage = false;
 }
 
-/// Decoders patch damaged pictures with what earlier ones left behind in their tables. A group that starts
-/// with a new decoder looks the same wherever decoding began.
+/// Decoders conceal damage with data from earlier pictures. With a new decoder, a group is decoded to the
+/// same pictures wherever decoding began.
 void FrameSource::renewDecoder() {
     const AVDiscard skipped = m_decoder->skip_frame;
     avcodec_send_packet(m_decoder.get(), nullptr);
@@ -162,8 +161,8 @@ void FrameSource::endPlanning() {
     m_planner.reset();
 }
 
-/// Where every packet is one picture with a time of its own, and pictures do not need their neighbours to
-/// become whole.
+/// Returns true if every packet is one picture with a time, and no picture needs its neighbours to be
+/// complete (interlaced fields).
 bool FrameSource::canPlan() const {
     const AVCodecParameters& parameters = *m_demuxer->format()->streams[m_facts.stream]->codecpar;
     if (parameters.field_order != AV_FIELD_PROGRESSIVE && parameters.field_order != AV_FIELD_UNKNOWN)
@@ -185,15 +184,15 @@ double FrameSource::seconds(std::int64_t timestamp) const {
     return static_cast<double>(timestamp) * m_facts.timeBase.value() - m_origin;
 }
 
-/// The container's key flag is not enough: H.264 and HEVC also mark pictures after which others still refer
-/// back.
+/// The container's key flag is not sufficient: H.264 and HEVC streams also set it for pictures that later
+/// pictures refer past.
 bool FrameSource::startsGroup(const AVPacket& packet) const {
     if ((packet.flags & AV_PKT_FLAG_KEY) == 0) return false;
     if (isIntraOnly(m_decoder->codec_id)) return true;
     const std::span<const std::uint8_t> extra(
         m_decoder->extradata, static_cast<std::size_t>(std::max(m_decoder->extradata_size, 0)));
     const std::span<const std::uint8_t> data(packet.data, static_cast<std::size_t>(std::max(packet.size, 0)));
-    // With a configuration record units are preceded by their length, else by start codes.
+    // With a configuration record, a length precedes each unit, else a start code.
     const bool hasRecord = extra.size() > 22 && extra[0] == 1;
     const bool hasShortRecord = extra.size() > 6 && extra[0] == 1;
     if (m_decoder->codec_id == AV_CODEC_ID_H264) {
@@ -210,16 +209,16 @@ bool FrameSource::startsGroup(const AVPacket& packet) const {
     return false;
 }
 
-/// Whether the packet leads to a picture of its own.
+/// Returns true if the packet produces a displayed picture.
 bool FrameSource::isShown(const AVPacket& packet) const {
     if ((packet.flags & AV_PKT_FLAG_DISCARD) != 0) return false;
-    // VP8 has pictures that only serve for prediction; a bit of the frame tag tells (RFC 6386, section 9.1).
+    // VP8 has pictures that are used for prediction only, marked by a bit of the frame tag (RFC 6386,
+    // section 9.1).
     return m_decoder->codec_id != AV_CODEC_ID_VP8 || packet.size == 0 || (packet.data[0] & 0x10) != 0;
 }
 
-/// After a seek: whether the packet can be decoded. Those before a key frame, and those behind it that are
-/// displayed before it, may be predicted from packets that were not read; decoders would take that for
-/// damage.
+/// Returns true if the packet can be decoded after a seek. Packets before the key frame, and later ones
+/// displayed before it, may refer to packets that were not read; decoders would report damage.
 bool FrameSource::isUsable(const AVPacket& packet) {
     if (m_awaitsKey) {
         const bool mustStartGroup = m_timing != Timing::byPresentation && m_decoder->has_b_frames > 0;
@@ -246,8 +245,7 @@ bool FrameSource::readPacket() {
                 }
                 if (*m_timing != Timing::byPresentation) endPlanning();
             }
-            // Decoders hand the stamp on to the picture: with decoding times it tells which packet it came
-            // from.
+            // Decoders copy the timestamp to the picture. A decoding time identifies the picture's packet.
             if (m_timing == Timing::byDecoding) m_packet->pts = m_packet->dts;
             return true;
         }
@@ -256,7 +254,7 @@ bool FrameSource::readPacket() {
     return false;
 }
 
-/// Keeps the packet just read until its turn comes, and plans with it.
+/// Appends the packet just read to `m_planned` and to the plan.
 void FrameSource::holdPacket() {
     if (m_packet->pts == AV_NOPTS_VALUE) endPlanning();
     if (m_planner) {
@@ -299,13 +297,13 @@ void FrameSource::sendNextPacket() {
     send(packet.get());
 }
 
-/// Hands a packet to the decoder (none: the end) and collects what comes out, so that a setting made for this
-/// packet is not seen by the next.
+/// Sends a packet to the decoder (null at the end) and receives all frames that are ready, so that a decoder
+/// setting for this packet does not affect the next one.
 void FrameSource::send(const AVPacket* packet) {
     const bool hasPicture = packet != nullptr && isShown(*packet);
     if (hasPicture && m_timing == Timing::byDecoding && packet->dts != AV_NOPTS_VALUE) {
         m_decodingTimes.push(packet->dts);
-        // Times of pictures that never came out must not hold back the others.
+        // Times of lost pictures must not delay the others.
         const std::size_t most =
             static_cast<std::size_t>(m_decoder->has_b_frames + (m_isCareful ? 1 : m_threads) + 2);
         while (m_decodingTimes.size() > most)
@@ -329,7 +327,7 @@ void FrameSource::send(const AVPacket* packet) {
 }
 
 void FrameSource::receiveFrames() {
-    // A decoder that reports one error after the other without taking anything in must not hold us here.
+    // Limit the loop for a decoder that reports errors without consuming data.
     int errorsInARow = 0;
     constexpr int mostErrorsInARow = 64;
     for (;;) {
@@ -361,8 +359,7 @@ double FrameSource::timeOf(const AVFrame& frame) {
         case Timing::byCounting:
             return static_cast<double>(m_counted++) * m_facts.frameDuration();
         case Timing::byDecoding: {
-            // What is left of before a packet that depends on none before it belonged to pictures that were
-            // lost.
+            // Discard decoding times older than this key frame: their pictures were lost.
             if (std::find(m_groupStarts.begin(), m_groupStarts.end(), frame.pts) != m_groupStarts.end()) {
                 while (!m_decodingTimes.empty() && m_decodingTimes.top() < frame.pts)
                     m_decodingTimes.pop();
@@ -382,7 +379,8 @@ double FrameSource::timeOf(const AVFrame& frame) {
 void FrameSource::accept(Frame frame) {
     if (frame->decode_error_flags != 0) m_sawDamage = true;
     m_awaited.erase(frame->pts);
-    // Times never run backwards; where a damaged stream claims so, the picture follows the one before.
+    // Times must not decrease. If a damaged stream contains an earlier time, use the time of the picture
+    // before.
     const double time = m_hasLastTime ? std::max(timeOf(*frame), m_lastTime) : timeOf(*frame);
     m_lastTime = time;
     m_hasLastTime = true;
@@ -415,8 +413,8 @@ void FrameSource::deliver(double time, Frame frame) {
 
 std::optional<TimedFrame> FrameSource::next() {
     for (;;) {
-        // A frame is handed out only after all packets up to its own have been decoded: no sign of damage
-        // until now means that it is sound.
+        // A frame is returned only after all packets up to its packet have been decoded. If no damage has
+        // been seen by then, the frame is undamaged.
         if (m_sawDamage && !m_isCareful) decodeCarefully();
         if (!m_ready.empty()) break;
         if (m_framesEnded) return std::nullopt;
@@ -438,9 +436,9 @@ bool FrameSource::hasLostPicture(double after, double upTo) const {
 
 bool FrameSource::canSeek() const noexcept {
     if (!m_facts.hasTimestamps || !m_demuxer->canSeek()) return false;
-    // Times in decoding order are dealt out in display order, which goes wrong where pictures after a key
-    // frame are predicted from before it and cannot be decoded. Only these codings mark key frames that
-    // nothing reaches past.
+    // Decoding times are assigned to pictures in display order. That fails if pictures after a key frame
+    // refer to pictures before it and cannot be decoded. Only these codings mark key frames that no later
+    // picture refers past.
     const bool marksEntries =
         m_decoder->codec_id == AV_CODEC_ID_H264 || m_decoder->codec_id == AV_CODEC_ID_HEVC;
     return m_timing == Timing::byPresentation || m_decoder->has_b_frames == 0 || marksEntries;
@@ -461,7 +459,7 @@ bool FrameSource::seek(double time) {
     return true;
 }
 
-/// Takes the packet just read for one that the search has passed, or keeps it; its time.
+/// Consumes the packet just read during a search: keeps a key frame, discards others. Returns its time.
 double FrameSource::passPacket() {
     const std::int64_t stamp = m_packet->pts;
     const double time = m_timing == Timing::byCounting || stamp == AV_NOPTS_VALUE
@@ -483,14 +481,14 @@ void FrameSource::readUpToKey(double time) {
 }
 
 std::optional<double> FrameSource::findKey(double time) {
-    // Only the first packet tells how the stream is timed, and so whether it can seek.
+    // The first packet determines the timing of the stream, and so whether it can seek.
     if (!m_timing && readPacket()) m_passedUpTo = passPacket();
     if (!canSeek()) {
         readUpToKey(time);
         return m_key ? std::optional(m_keyTime) : std::nullopt;
     }
     m_key.reset();
-    // Some containers lead to a key packet behind the time, or to none near the end.
+    // Some containers seek to a key packet after the time, or find none near the end.
     constexpr std::array stepsBack = {0.0, 1.0, 10.0};
     for (const double stepBack : stepsBack) {
         const double from = std::max(time - stepBack, 0.0);
@@ -512,7 +510,7 @@ std::optional<FrameSource::NearbyFrame> FrameSource::decodeFromKey(double time, 
     m_known.reset();
     m_sawDamage = false;
     send(m_key.get());
-    // The second field of a picture may come in a packet of its own.
+    // A packet may hold only one field; the second field is then in the next packet.
     const AVFieldOrder order = m_demuxer->format()->streams[m_facts.stream]->codecpar->field_order;
     const int least = order == AV_FIELD_PROGRESSIVE || order == AV_FIELD_UNKNOWN ? 1 : 2;
     const int most = canSeek() ? std::max(packets, least) : 1;

@@ -19,70 +19,69 @@
 
 namespace zeb::ffmpeg {
 
-/// A decoded picture and when it is shown, in seconds from presentation time 0.
+/// A decoded picture and its display time, in seconds from presentation time 0.
 struct TimedFrame {
     double time = 0;
     Frame frame;
 };
 
 /// Decodes one video stream from packets to progressive frames in display order. Used by one thread at a
-/// time; the decoder's own threads are inside. What reads packets throws `MediaError::interrupted` and
+/// time; the decoder's threads are internal. Functions that read packets throw `MediaError::interrupted` and
 /// `MediaError::cannotRead`.
 ///
-/// How decoders patch damaged pictures depends on the timing of their threads. So the first sign of damage
-/// makes this go back to a point from which all is sound, and decode with a single thread from there: the
+/// Concealment of damaged pictures depends on the timing of the decoder's threads. At the first sign of
+/// damage the source therefore returns to an undamaged point and decodes with a single thread from there: the
 /// pictures are the same for every number of threads.
 class FrameSource {
 public:
-    /// `demuxer` must not have been read from yet; `reopen` opens the same file once more.
-    /// Throws `MediaError` when there is no decoder for the stream.
+    /// No packet of `demuxer` has been read yet; `reopen` opens the same file again. Throws `MediaError` if
+    /// there is no decoder for the stream.
     FrameSource(std::unique_ptr<Demuxer> demuxer, OpenDemuxer reopen, const VideoStreamFacts& facts,
                 double origin, int threads);
 
-    /// How far a picture's time may lie after a moment and still count as not after it: what containers lose
-    /// by rounding times.
+    /// Tolerance for comparing a picture's time with a moment, in seconds: a picture that is later by at most
+    /// this counts as not after the moment. Covers the rounding of times by containers.
     double tolerance() const noexcept { return m_tolerance; }
 
-    /// From here on only pictures that the schedule shows need come out; others may be missing. Has no effect
-    /// where the stream does not allow it.
+    /// Allows `next` to leave out pictures that the schedule does not show. Has no effect for streams that do
+    /// not permit it.
     void expect(const GrabSchedule& schedule);
 
-    /// The next frame; nothing at the end.
+    /// Returns the next frame; nothing at the end.
     std::optional<TimedFrame> next();
 
-    /// Whether a picture that belongs between `after` (exclusive) and `upTo` (inclusive) is missing because
-    /// of damage.
+    /// Returns true if a picture between `after` (exclusive) and `upTo` (inclusive) is missing because of
+    /// damage.
     bool hasLostPicture(double after, double upTo) const;
 
-    /// False for streams whose pictures get their times by decoding from the start.
+    /// Returns false for streams whose picture times are known only by decoding from the start.
     bool canSeek() const noexcept;
 
-    /// Goes on with the key frame before `time`, as far as the container knows it; plans no more. False when
-    /// the container cannot seek.
+    /// Continues with the last key frame before `time`, according to the container; ends planning. Returns
+    /// false if the container cannot seek.
     bool seek(double time);
 
-    /// Looks for a packet whose picture can be decoded without any other: the last one at or before `time`,
-    /// else the nearest that is found. Its time, or nothing. Packets are read but not decoded; where the
-    /// source cannot seek, from where the last search ended. Afterwards only `findKey`, `seek` and, once,
-    /// `decodeFromKey`.
+    /// Finds a packet whose picture depends on no other: the last one at or before `time`, else the nearest.
+    /// Returns its time, or nothing. Packets are read but not decoded. If the source cannot seek, the search
+    /// starts where the last one ended. Afterwards only `findKey`, `seek` and, once, `decodeFromKey` may be
+    /// called.
     std::optional<double> findKey(double time);
 
     struct NearbyFrame {
         double time = 0;
         Frame frame;
-        bool isLast = false;  ///< so many packets lead no further
+        bool isLast = false;  ///< `packets` packets give no later picture
     };
 
-    /// From the packet that `findKey` has found, decodes it and those behind it, `packets` in all at most
-    /// (only that one where the source cannot seek): the last picture not after `time`, else the first.
-    /// Nothing when there is damage.
+    /// Decodes up to `packets` packets from the packet of `findKey` on (only this packet if the source cannot
+    /// seek). Returns the last picture not after `time`, else the first one; nothing if there is damage.
     std::optional<NearbyFrame> decodeFromKey(double time, int packets);
 
 private:
     enum class Timing {
         byPresentation,  ///< packets carry display times
-        byDecoding,  ///< packets carry times in decoding order only: the pictures take them in display order
-        byCounting,  ///< no times at all
+        byDecoding,      ///< packets carry decoding times only; in display order the pictures take them
+        byCounting,      ///< no times at all
     };
 
     void useDemuxer(std::unique_ptr<Demuxer> demuxer);
@@ -120,28 +119,28 @@ private:
     Packet m_packet;
     std::optional<Timing> m_timing;  ///< known from the first packet on
 
-    std::optional<GrabSchedule> m_schedule;  ///< while planning goes by it
+    std::optional<GrabSchedule> m_schedule;  ///< while planning follows it
     std::optional<GrabPlanner> m_planner;
-    std::deque<Packet> m_planned;  ///< read ahead: the packets that the planner holds, if there is one
+    std::deque<Packet> m_planned;  ///< packets read ahead, which the planner holds
     bool m_packetsEnded = false;
     bool m_framesEnded = false;
-    bool m_awaitsKey = false;                 ///< after a seek: what comes before a key frame is of no use
-    std::optional<std::int64_t> m_entryTime;  ///< display time of the key frame that a seek led to
+    bool m_awaitsKey = false;                 ///< after a seek: packets before a key frame are discarded
+    std::optional<std::int64_t> m_entryTime;  ///< display time of the key frame after a seek
 
-    std::int64_t m_counted = 0;  ///< frames so far, for counting
+    std::int64_t m_counted = 0;  ///< number of frames, for `Timing::byCounting`
     std::priority_queue<std::int64_t, std::vector<std::int64_t>, std::greater<>> m_decodingTimes;
     double m_lastTime = 0;
     bool m_hasLastTime = false;
 
-    std::set<std::int64_t> m_awaited;  ///< display times of packets sent whose pictures have not come out
-    bool m_isCareful = false;          ///< the stream has shown damage: one thread from here on
-    std::deque<std::int64_t> m_groupStarts;  ///< stamps of the latest packets that depend on none before them
+    std::set<std::int64_t> m_awaited;        ///< display times of sent packets without a received picture
+    bool m_isCareful = false;                ///< the stream is damaged: decode with one thread
+    std::deque<std::int64_t> m_groupStarts;  ///< timestamps of the latest packets that start a group
     std::optional<double> m_lastHandedOut;   ///< time of the last frame that `next` returned
-    std::optional<double> m_known;  ///< frames up to this time were handed out before damage was seen
+    std::optional<double> m_known;           ///< frames up to this time were returned before damage was seen
 
-    Packet m_key;  ///< what `findKey` has found
+    Packet m_key;  ///< the packet found by `findKey`
     double m_keyTime = 0;
-    double m_passedUpTo = 0;  ///< how far a search without seeking has come
+    double m_passedUpTo = 0;  ///< end of the search without seeking, in seconds
     std::int64_t m_passed = 0;
 
     std::unique_ptr<Deinterlacer> m_deinterlacer;

@@ -7,7 +7,7 @@
 namespace zeb::ffmpeg {
 namespace {
 
-// Beyond these the oldest packet is decoded without knowing whether it is needed.
+// Limits of the look-ahead. Beyond them the oldest packet is decoded even if its use is undecided.
 constexpr std::size_t mostPendingPackets = 600;
 constexpr std::size_t mostPendingBytes = 24 * 1024 * 1024;
 
@@ -34,8 +34,8 @@ void GrabPlanner::end() {
     m_decodedUpTo = forever;
 }
 
-/// A picture is needed exactly if the first grab that is not before it shows no later picture: every later
-/// grab prefers that later picture too.
+/// A picture is needed if and only if the first grab at or after it shows no later picture: every later grab
+/// would show that later picture, too.
 void GrabPlanner::decide(Pending& pending) const {
     if (pending.fate != Fate::undecided) return;
     const double time = pending.packet.displayTime;
@@ -51,7 +51,7 @@ void GrabPlanner::decide(Pending& pending) const {
                                                                   : m_schedule.count;
     }
     while (grab < m_schedule.count && m_schedule.at(grab).seconds() + m_tolerance < time) {
-        // All further grabs ask for the same last moment.
+        // All further grabs are at `last`.
         if (static_cast<double>(grab) >= m_schedule.last * static_cast<double>(m_schedule.perSecond)) {
             grab = m_schedule.count;
             break;
@@ -80,7 +80,7 @@ bool GrabPlanner::isReady() {
     decide(m_pending.front());
     if (m_pending.front().fate == Fate::needed || isFull() || m_decodedUpTo == forever) return true;
     if (m_pending.front().fate == Fate::undecided) return false;
-    // It can be dropped if nothing of its group is needed any more: look on until that is known.
+    // The packet can be dropped if no later packet of its group is needed: look ahead until that is decided.
     for (auto later = m_pending.begin() + 1; later != m_pending.end(); ++later) {
         if (later->packet.startsGroup) return true;
         decide(*later);

@@ -10,38 +10,38 @@
 
 namespace zeb::ffmpeg {
 
-/// What a decoder shall do with a packet.
+/// How the decoder must treat a packet.
 enum class PacketUse {
     decode,             ///< a grab shows its picture
     decodeIfReference,  ///< no grab shows it, but other pictures may be predicted from it
-    drop,               ///< nothing that a grab shows depends on it
+    drop,               ///< no grabbed picture depends on it
 };
 
-/// A packet as planning sees it. Times in seconds from presentation time 0.
+/// The properties of a packet that planning uses. Times in seconds from presentation time 0.
 struct PlannedPacket {
     double displayTime = 0;
     std::optional<double> decodeTime;  ///< no later packet is displayed before this
     bool startsGroup = false;          ///< neither this nor any later packet depends on an earlier one
-    bool isShown = true;               ///< false: only there for other pictures to be predicted from
+    bool isShown = true;               ///< false: the picture is only a reference for other pictures
     std::size_t size = 0;              ///< bytes
 };
 
-/// Tells which packets a schedule of grabs needs, from a look ahead over the packets' times. Plain
-/// computation: the answers depend on the sequence of packets only. The first packets are always needed, for
+/// Determines the packets that a schedule of grabs needs, by looking ahead over the packets' times. A pure
+/// computation: the results depend on the sequence of packets only. The first packets are always needed, for
 /// grabs before the first picture.
 class GrabPlanner {
 public:
-    /// A picture whose time is at most `tolerance` seconds after a grab's counts as not after it.
+    /// A picture up to `tolerance` seconds after a grab counts as not after it.
     GrabPlanner(const GrabSchedule& schedule, double tolerance);
 
     /// Adds the next packet in decoding order.
     void add(const PlannedPacket& packet);
-    /// No more packets follow.
+    /// Marks the end of the packets.
     void end();
 
-    /// Whether the fate of the oldest packet is known; if not, `add` more. Always after `end`.
+    /// Returns true if the use of the oldest packet is decided; if not, `add` more. Always true after `end`.
     bool isReady();
-    /// The fate of the oldest packet, which is thereby taken out. Only when `isReady`.
+    /// Removes the oldest packet and returns its use. Requires `isReady`.
     PacketUse take();
 
 private:
@@ -58,9 +58,9 @@ private:
     GrabSchedule m_schedule;
     double m_tolerance;
     std::deque<Pending> m_pending;
-    std::multiset<double> m_displayTimes;  ///< of the pending packets and those just before them
+    std::multiset<double> m_displayTimes;  ///< of the pending packets and the packets just before them
     double m_earliest;                     ///< display time of the first picture known so far
-    double m_decodedUpTo;                  ///< no packet yet to come is displayed before this
+    double m_decodedUpTo;                  ///< no later packet is displayed before this time
     std::size_t m_pendingBytes = 0;
     bool m_isFirst = true;
 };

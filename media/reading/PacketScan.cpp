@@ -13,23 +13,23 @@
 namespace zeb::ffmpeg {
 namespace {
 
-/// Even a slide show with a murmur of sound takes more than this per second.
+/// Slide shows with quiet sound have more bytes per second than this.
 constexpr double leastPlausibleBytesPerSecond = 2000;
-constexpr double neverDoubtedBelow = 20;  // seconds
-constexpr double fastestFilm = 10'000;    // pictures per second; more comes of damaged times
-/// A track that ends so many seconds before its stated end, or less, does not break off.
+constexpr double neverDoubtedBelow = 20;  // seconds; shorter stated durations are accepted
+constexpr double fastestFilm = 10'000;    // pictures per second; higher rates result from damaged times
+/// Tolerance in seconds for the end of a track before its stated end.
 constexpr double statedEndTolerance = 1;
-constexpr double longestOverlap = 1;  // seconds by which packets of one stream may lie out of order
+constexpr double longestOverlap = 1;  // seconds by which packets of one stream may be out of order
 
-/// What packets tell of a stream, in seconds of the container's clock.
+/// Measurements of a stream's packets, in seconds of the container's clock.
 struct ScannedStream {
     std::int64_t packets = 0;
     double firstTime = 0;
     double lastTime = 0;
     std::optional<double> end;
-    std::optional<double> doubtfulEnd;  ///< of the latest packet, where it lies far ahead
+    std::optional<double> doubtfulEnd;  ///< of the latest packet, if its time is far ahead
 
-    /// Counts a packet. A time far ahead counts unless the next one falls back: then it was damaged.
+    /// Adds a packet. A time far ahead is taken for damage if the time of the next packet falls back.
     void reach(double start, double packetEnd) {
         if (doubtfulEnd && start > *doubtfulEnd - longestOverlap) settle();
         if (end && start > *end && !followsInTime(*end, start)) {
@@ -39,7 +39,7 @@ struct ScannedStream {
             end = std::max(end.value_or(packetEnd), packetEnd);
         }
     }
-    /// No packet comes behind the doubtful one, or none that speaks against it.
+    /// Accepts the doubtful end: it was the last packet, or the next one confirms it.
     void settle() {
         if (doubtfulEnd) end = std::max(*end, *doubtfulEnd);
         doubtfulEnd.reset();
@@ -55,14 +55,14 @@ public:
           m_sounds(facts.sounds.size()),
           m_joints(facts.videos.front().stream) {}
 
-    /// Starts at the key frame before `time` instead of at the start.
+    /// Starts at the key frame before `time` instead of at the beginning.
     void skipTo(double time) {
         const VideoStreamFacts& video = m_facts.videos.front();
         m_demuxer->seek(video.stream, static_cast<std::int64_t>(time / video.timeBase.value()));
     }
 
-    /// Reads the packets of one stream only: where a container leads beyond the end of the file, reading
-    /// ends with the first stream that is led there.
+    /// Reads the packets of one stream only. If an index points past the end of the file, reading ends at the
+    /// first stream with such an entry.
     void readOnly(int stream) {
         AVFormatContext& format = *m_demuxer->format();
         for (unsigned i = 0; i < format.nb_streams; ++i)
@@ -134,7 +134,7 @@ bool isEstimate(const AVFormatContext& format) {
     return format.duration_estimation_method != AVFMT_DURATION_FROM_STREAM;
 }
 
-/// What the container says, in seconds; nothing where it says nothing to rely on.
+/// Returns the duration that the container states, in seconds; nothing if it is missing or implausible.
 std::optional<double> statedDuration(const Demuxer& demuxer, const ContainerFacts& facts) {
     const AVFormatContext& format = *demuxer.format();
     if (format.duration == AV_NOPTS_VALUE || format.duration <= 0) return std::nullopt;
@@ -149,7 +149,7 @@ std::optional<double> statedDuration(const Demuxer& demuxer, const ContainerFact
     return stated;
 }
 
-/// The seconds that a text such as "00:00:20.023000000" tells.
+/// Parses a time such as "00:00:20.023000000" to seconds.
 std::optional<double> clockTime(std::string_view text) {
     double seconds = 0;
     for (;;) {
@@ -163,13 +163,13 @@ std::optional<double> clockTime(std::string_view text) {
     }
 }
 
-/// The end that a container states for a stream, in seconds from presentation time 0.
+/// Returns the end that a container states for a stream, in seconds from presentation time 0.
 std::optional<double> statedEnd(const Demuxer& demuxer, int index, double origin) {
     const AVFormatContext& format = *demuxer.format();
     const AVStream& stream = *format.streams[index];
     if (isEstimate(format)) return std::nullopt;
     const double tick = av_q2d(stream.time_base);
-    // Without an index at its end, only the head of an AVI file tells the truth.
+    // If the index at the end of an AVI file is missing, only the frame count in its header is correct.
     if (std::string_view(format.iformat->name) == "avi" && stream.nb_frames > 0)
         return static_cast<double>(stream.nb_frames) * tick - origin;
     if (stream.start_time != AV_NOPTS_VALUE && stream.duration != AV_NOPTS_VALUE && stream.duration > 0)
@@ -177,17 +177,17 @@ std::optional<double> statedEnd(const Demuxer& demuxer, int index, double origin
     const AVDictionaryEntry* tag = av_dict_get(stream.metadata, "DURATION", nullptr, 0);
     const std::optional<double> tagged = tag == nullptr ? std::nullopt : clockTime(tag->value);
     if (!tagged || format.duration == AV_NOPTS_VALUE) return std::nullopt;
-    // A copied tag may tell of another file.
+    // A tag may have been copied from another file: limit it to the duration.
     return std::min(*tagged, static_cast<double>(format.duration) / AV_TIME_BASE) - origin;
 }
 
 enum class Index {
-    none,      ///< leads to key frames only, or not to the end
-    complete,  ///< leads to all pictures and sounds, which the file holds
-    cutOff,    ///< leads beyond the end of the file
+    none,      ///< lists key frames only, or not the whole file
+    complete,  ///< lists all pictures and sounds, and the file contains them
+    cutOff,    ///< points past the end of the file
 };
 
-/// What the index of a stream leads to, in containers whose index lists every packet.
+/// Returns the state of a stream's index, for containers whose index lists every packet.
 Index indexOf(const Demuxer& demuxer, int index, double origin) {
     AVStream* const stream = demuxer.format()->streams[index];
     const std::string_view name = demuxer.format()->iformat->name;
@@ -206,7 +206,7 @@ Index indexOf(const Demuxer& demuxer, int index, double origin) {
     return last >= *stated - statedEndTolerance ? Index::complete : Index::none;
 }
 
-/// The same for the first video and the sounds together.
+/// Returns the combined state of the indexes of the first video and all sounds.
 Index indexOf(const Demuxer& demuxer, const ContainerFacts& facts) {
     Index index = indexOf(demuxer, facts.videos.front().stream, facts.origin);
     for (const SoundStreamFacts& sound : facts.sounds) {
@@ -217,7 +217,7 @@ Index indexOf(const Demuxer& demuxer, const ContainerFacts& facts) {
     return index;
 }
 
-/// Fills in the rates of videos whose container names none.
+/// Sets the missing frame rates of videos.
 void measureRates(ContainerFacts& facts, const std::vector<ScannedStream>& scanned) {
     for (std::size_t i = 0; i < facts.videos.size(); ++i) {
         const ScannedStream& video = scanned[i];
@@ -282,7 +282,7 @@ private:
             m_facts.sounds[i].track.end.time = endOf(m_facts.sounds[i].stream, &Scan::sounds, i);
     }
 
-    /// Reads what lies near the stated end; false when no picture of the first video is found there.
+    /// Reads the packets near the stated end; returns false if no picture of the first video is among them.
     bool scanTail() {
         constexpr double tail = 1;  // second
         Scan scan(m_reopen(), m_facts);
@@ -308,7 +308,8 @@ private:
         takeEnds(*scan, 0);
     }
 
-    /// `from`: from where on all packets were read; streams without any have ended by then.
+    /// Sets the ends of all tracks. All packets from `from` on have been read; a stream without any of them
+    /// ends before `from`.
     void takeEnds(const Scan& scan, double from) {
         const auto endOf = [&](const ScannedStream& scanned, int stream) {
             if (scanned.end) return std::max(*scanned.end - m_facts.origin, 0.0);
@@ -331,7 +332,7 @@ private:
             note(sound.track.end, statedEndOf(sound.stream));
             latest = std::max(latest, sound.track.end.time);
         }
-        // The length of the whole tells of the pictures where nothing reaches it.
+        // If no track reaches the stated duration of the file, assume that the pictures break off.
         const bool isStated = m_stated && !isEstimate(*m_opened.format());
         if (!stated && isStated && latest + statedEndTolerance < *m_stated) stated = m_stated;
         note(video.end, stated);
@@ -340,7 +341,7 @@ private:
     ContainerFacts& m_facts;
     const Demuxer& m_opened;
     const OpenDemuxer& m_reopen;
-    std::optional<double> m_stated;  ///< length of the whole in seconds
+    std::optional<double> m_stated;  ///< stated duration of the file in seconds
 };
 
 }  // namespace

@@ -4,13 +4,13 @@
 
 namespace zeb::ffmpeg {
 
-/// Fills in what the head of a file does not tell, or not truly: where the tracks end, where times begin
-/// again, and the frame rate of a video whose container names none or an absurd one.
+/// Fills in facts that the header of a file lacks or misstates: the ends of the tracks, the places where
+/// times restart, and the frame rate of a video without a plausible one.
 ///
-/// Where an index leads to all pictures and sounds, and the file reaches as far, the container's figures
-/// count; else packets are read: those near the end, or all of them where times may begin again or nothing is
-/// stated. `reopen` opens the file that `opened` is, with the joints that `facts` has by then. Throws what
-/// reading throws.
+/// If an index covers all pictures and sounds and the file contains them, the container's values are used.
+/// Otherwise packets are read: those near the end, or all of them if times may restart or the container
+/// states no duration. `reopen` opens the file of `opened` again, with the joints that `facts` has at that
+/// moment. Throws the errors of reading.
 void measure(ContainerFacts& facts, const Demuxer& opened, const OpenDemuxer& reopen);
 
 }  // namespace zeb::ffmpeg

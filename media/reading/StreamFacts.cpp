@@ -20,8 +20,8 @@ bool isMovingPicture(const AVStream& stream) {
     return stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream.disposition & still) == 0;
 }
 
-/// The orientation nearest to a display matrix: the sign of its determinant tells mirroring, its angle the
-/// turn.
+/// Returns the orientation nearest to a display matrix. A negative determinant means mirroring; the angle is
+/// the rotation.
 Orientation orientationOf(const AVStream& stream) {
     std::size_t size = 0;
     const auto* matrix = reinterpret_cast<const std::int32_t*>(
@@ -39,7 +39,8 @@ Orientation orientationOf(const AVStream& stream) {
     return orientation;
 }
 
-/// What the container states, 0 for rates that are rather its clock's: those are to be measured.
+/// Returns the frame rate that the container states. Returns 0 for a rate that is probably a clock's tick
+/// rate; the frame rate is then measured.
 double frameRateOf(const AVStream& stream) {
     constexpr double likely = 480;
     for (const AVRational stated : {stream.avg_frame_rate, stream.r_frame_rate}) {
@@ -49,7 +50,7 @@ double frameRateOf(const AVStream& stream) {
     return 0;
 }
 
-/// The first four characters as a number, spaces where there are fewer.
+/// Packs the first four characters into a number, padded with spaces.
 std::uint32_t code(std::string_view characters) {
     std::uint32_t value = 0;
     for (std::size_t i = 0; i < 4; ++i)
@@ -57,7 +58,7 @@ std::uint32_t code(std::string_view characters) {
     return value;
 }
 
-/// The four-character code under which sound codings are commonly named.
+/// Returns the four-character code by which a sound coding is commonly known.
 std::uint32_t soundFormatCode(const AVCodecParameters& parameters) {
     const AVCodecID id = parameters.codec_id;
     switch (id) {
@@ -93,7 +94,7 @@ std::uint32_t soundFormatCode(const AVCodecParameters& parameters) {
     if (id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT) return code("lpcm");
     // A tag is stored with its first character lowest.
     if (parameters.codec_tag != 0) return av_bswap32(parameters.codec_tag);
-    // Some containers have none: then the beginning of the coding's name, as "vorb".
+    // Some containers have no tag: use the start of the coding's name, such as "vorb".
     return code(avcodec_get_name(id));
 }
 
@@ -105,10 +106,10 @@ SoundTrack soundTrack(const AVCodecParameters& parameters) {
     return track;
 }
 
-/// When the first sound or picture of a stream is presented, in seconds of the container's clock.
+/// Returns the presentation time of a stream's first sound or picture, in seconds of the container's clock.
 double presentedStart(const AVFormatContext& format, const AVStream& stream) {
     double start = static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
-    // Matroska stamps the encoder's lead-in, which decoders drop; other demuxers count it in already.
+    // Matroska's times include the encoder delay, which decoders drop; other demuxers subtract it already.
     const bool stampsLeadIn =
         std::string_view(format.iformat->name).find("matroska") != std::string_view::npos;
     const AVCodecParameters& parameters = *stream.codecpar;
@@ -119,7 +120,7 @@ double presentedStart(const AVFormatContext& format, const AVStream& stream) {
 }
 
 double originOf(const AVFormatContext& format) {
-    constexpr double rounding = 0.0011;  // of the containers that count whole milliseconds
+    constexpr double rounding = 0.0011;  // of containers that count whole milliseconds
     double origin = std::numeric_limits<double>::infinity();
     double firstPicture = std::numeric_limits<double>::infinity();
     for (unsigned i = 0; i < format.nb_streams; ++i) {
@@ -131,7 +132,7 @@ double originOf(const AVFormatContext& format) {
         if (!isSound) firstPicture = std::min(firstPicture, start);
     }
     if (!std::isfinite(origin)) return 0;
-    // Sound that starts a rounding error before the pictures must not shift them all.
+    // Sound that starts a rounding error earlier than the pictures must not shift them.
     return firstPicture - origin < rounding ? firstPicture : origin;
 }
 
@@ -171,7 +172,7 @@ ContainerFacts containerFacts(const Demuxer& demuxer) {
 
 VideoTrack videoTrack(const VideoStreamFacts& facts) {
     VideoTrack track;
-    // Players keep the lines of a picture and stretch or shrink its width.
+    // Keep the height and scale the width, as players do.
     track.naturalSize = {facts.codedWidth * facts.sampleAspect.value(),
                          static_cast<double>(facts.codedHeight)};
     constexpr std::array<AffineTransform, 4> turns = {

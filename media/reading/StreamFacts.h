@@ -11,8 +11,8 @@ struct AVStream;
 
 namespace zeb::ffmpeg {
 
-/// How a decoded picture is turned to stand upright: mirrored first (left and right exchanged) where asked
-/// for, then turned clockwise by quarter turns.
+/// Transforms a decoded picture to be upright: first mirrored (left and right exchanged) if set, then rotated
+/// clockwise by quarter turns.
 struct Orientation {
     bool mirrored = false;
     int quarterTurns = 0;  ///< 0 ... 3, clockwise
@@ -21,7 +21,7 @@ struct Orientation {
     bool operator==(const Orientation&) const = default;
 };
 
-/// One rational number of the libraries, as seconds per tick or as a plain ratio.
+/// A rational number of the libraries: seconds per tick or a plain ratio.
 struct Ratio {
     int numerator = 0;
     int denominator = 1;
@@ -29,7 +29,7 @@ struct Ratio {
     double value() const { return denominator == 0 ? 0 : static_cast<double>(numerator) / denominator; }
 };
 
-/// What the container and the probing of its first packets tell about a video stream.
+/// Facts about a video stream from the container and its first packets.
 struct VideoStreamFacts {
     int stream = -1;            ///< index within the container
     Ratio timeBase;             ///< seconds per tick of its timestamps
@@ -41,7 +41,7 @@ struct VideoStreamFacts {
     int codedHeight = 0;
     TrackEnd end;
 
-    /// Display duration of a picture where nothing better is known, in seconds.
+    /// Display duration of a picture in seconds, used if no better value is known.
     double frameDuration() const { return 1.0 / (frameRate > 0 ? frameRate : 25.0); }
 };
 
@@ -51,17 +51,17 @@ struct SoundStreamFacts {
     SoundTrack track;
 };
 
-/// The tracks of a container, in the order in which they count, and where its presentation starts.
+/// The tracks of a container in their order of preference, and the start of its presentation.
 struct ContainerFacts {
-    std::vector<VideoStreamFacts> videos;  ///< the container's default one first; no cover art
+    std::vector<VideoStreamFacts> videos;  ///< the container's default track first; no cover art
     std::vector<SoundStreamFacts> sounds;
-    double origin = 0;  ///< presentation time 0 in seconds of the container's clock
-    TimeJoints joints;  ///< where that clock starts again
+    double origin = 0;  ///< presentation time 0 on the container's clock, in seconds
+    TimeJoints joints;  ///< places where that clock restarts
 };
 
 ContainerFacts containerFacts(const Demuxer& demuxer);
 
-/// The track as the rest of the system sees it.
+/// Returns the track for the public interface.
 VideoTrack videoTrack(const VideoStreamFacts& facts);
 
 }  // namespace zeb::ffmpeg

@@ -9,11 +9,11 @@
 namespace zeb::ffmpeg {
 namespace {
 
-// The bounds that players use.
-constexpr double farthestBack = 0.1;  // seconds; less is disorder of a damaged or sloppy stream
-constexpr double longestGap = 10;     // seconds; less is a pause that the film has
+// The limits that players use.
+constexpr double farthestBack = 0.1;  // seconds; smaller steps are disorder in a damaged stream
+constexpr double longestGap = 10;     // seconds; a shorter gap is a pause in the video
 
-constexpr double clockRound = 0x1p33 / 90000;  // seconds after which the clocks of these files run over
+constexpr double clockRound = 0x1p33 / 90000;  // seconds after which the clock of these formats overflows
 
 }  // namespace
 
@@ -25,7 +25,7 @@ double shiftAt(const TimeJoints& joints, std::int64_t position, double time, std
     const auto next =
         std::upper_bound(joints.begin(), joints.end(), position,
                          [](std::int64_t place, const TimeJoint& joint) { return place < joint.position; });
-    const auto index = next - joints.begin();  // of the part of the file, the first being 0
+    const auto index = next - joints.begin();  // part of the file, from 0
     const auto shiftOf = [&](std::ptrdiff_t part) {
         return part == 0 ? 0 : joints[static_cast<std::size_t>(part) - 1].shift;
     };
@@ -62,8 +62,8 @@ void TimeJointFinder::add(const PlacedPacket& packet) {
     }
 }
 
-/// Which part of the file a stretch of sound starts: the one nearest in the file with times about the same.
-/// 0 for none.
+/// Returns the part of the file that begins with a stretch of sound: the part nearest in the file with
+/// similar times. Returns 0 for none.
 std::size_t TimeJointFinder::partOf(const Stretch& sound, const std::vector<Stretch>& parts) {
     std::size_t nearest = 0;
     for (std::size_t i = 1; i < parts.size(); ++i) {
@@ -86,7 +86,7 @@ TimeJoints TimeJointFinder::joints() const {
         for (std::size_t i = 0; i < stream.stretches.size(); ++i) {
             const Stretch& sound = stream.stretches[i];
             const std::size_t part = i == 0 ? 0 : partOf(sound, pictures);
-            if (i > 0 && part == 0) continue;  // damage of this stream alone
+            if (i > 0 && part == 0) continue;  // damage in this stream only
             parts[part].position = std::min(parts[part].position, sound.position);
             parts[part].start = std::min(parts[part].start, sound.start);
             parts[part].end = std::max(parts[part].end, sound.end);

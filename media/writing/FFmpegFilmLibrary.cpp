@@ -76,10 +76,10 @@ private:
     std::optional<SoundEncoder> m_sound;
 };
 
-// Half the time of the encoder's own choice, for files of the same size.
+// Takes half the time of the default options, for files of the same size.
 constexpr const char* pngOptions = "pred=paeth:compression_level=3";
 
-/// R, G, B or R, G, B, A of a pixel that is stored as blue, green, red, alpha, multiplied by alpha.
+/// Stores a pixel as R, G, B or R, G, B, A. The source is blue, green, red, alpha, multiplied by alpha.
 void storePNGPixel(const std::uint8_t* pixel, std::uint8_t* target, bool withAlpha) {
     const int alpha = withAlpha ? pixel[3] : 255;
     for (int c = 0; c < 3; ++c) {
@@ -139,7 +139,7 @@ private:
         context->height = height;
         context->time_base = {1, 1};
         context->pix_fmt = isOpaque ? AV_PIX_FMT_RGB24 : AV_PIX_FMT_RGBA;
-        context->color_primaries = AVCOL_PRI_BT709;  // with the next: sRGB, which the file then says
+        context->color_primaries = AVCOL_PRI_BT709;  // with `color_trc`: sRGB, which the file then states
         context->color_trc = AVCOL_TRC_IEC61966_2_1;
         context->thread_count = 1;
         context = openEncoder(*codec, std::move(context), pngOptions);

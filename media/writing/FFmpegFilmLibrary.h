@@ -7,7 +7,7 @@
 
 namespace zeb {
 
-/// The encoders of the FFmpeg libraries. `logging` holds for the whole process.
+/// Makes the encoders based on the FFmpeg libraries. `logging` applies to the whole process.
 std::unique_ptr<FilmLibrary> makeFFmpegFilmLibrary(MediaLogging logging);
 
 }  // namespace zeb

@@ -20,11 +20,11 @@ struct Muxer::State {
     WritableFile& file;
     std::uint64_t position = 0;
     std::uint64_t end = 0;
-    std::exception_ptr failure;  ///< the file's first; it cannot pass through the library
+    std::exception_ptr failure;  ///< first failure of the file; must not pass through the library
     AVIOContext* io = nullptr;
     AVFormatContext* format = nullptr;
-    bool isOpen = false;        ///< the head is written, the tail is not
-    bool isDiscarding = false;  ///< nothing goes to the file any more
+    bool isOpen = false;        ///< the header is written, the trailer is not
+    bool isDiscarding = false;  ///< writes to the file are dropped
 
     explicit State(WritableFile& target) : file(target) {}
     State(const State&) = delete;
@@ -32,8 +32,7 @@ struct Muxer::State {
 
     ~State() {
         if (isOpen) {
-            // The library frees the packets that wait in it, and some formats theirs, by writing the rest
-            // only.
+            // Only writing the trailer frees the packets queued in the library and in some muxers.
             isDiscarding = true;
             io->error = 0;
             av_write_trailer(format);
@@ -88,7 +87,7 @@ struct Muxer::State {
         return offset;
     }
 
-    /// Throws the file's failure, if there was one, and else the library's.
+    /// Throws the file's failure if there is one, else the library's.
     void require(int result) const {
         if (failure) std::rethrow_exception(failure);
         if (result < 0)
@@ -111,8 +110,8 @@ Muxer::Muxer(WritableFile& file, const char* format) : m_state(std::make_unique<
     }
     state.format->pb = state.io;
     state.format->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
-    // Encoders look ahead by so many pictures that at one per second sound would no longer be held back for
-    // them.
+    // Disable the interleaving limit: at one picture per second the encoder's look-ahead exceeds it, and
+    // sound would be written too early.
     state.format->max_interleave_delta = 0;
 }
 

@@ -10,8 +10,8 @@ struct AVStream;
 
 namespace zeb::ffmpeg {
 
-/// A film file being written: packets of its streams go in, bytes go to a file handle of our own. Throws
-/// `FilmError`, and the file's own errors.
+/// Writes packets of several streams as a video file through our file handle. Throws `FilmError`, and the
+/// file's errors.
 class Muxer {
 public:
     /// `format` is a muxer's short name. `file` must outlive the muxer.
@@ -20,13 +20,13 @@ public:
     Muxer(const Muxer&) = delete;
     Muxer& operator=(const Muxer&) = delete;
 
-    /// The encoder's flags that the format asks for; to be set before the encoder is opened.
+    /// Flags that the format requires of its encoders; set them before the encoder is opened.
     int encoderFlags() const;
-    /// A stream for what an opened encoder makes; before `start`.
+    /// Adds a stream for the output of an opened encoder. Call before `start`.
     AVStream& addStream(const AVCodecContext& encoder);
-    /// Writes the head of the file. `options`, a dictionary as text ("loop=0:..."), are the muxer's own.
+    /// Writes the header of the file. `options` are the muxer's, a dictionary as text ("loop=0:...").
     void start(const char* options);
-    /// Takes the packet's contents.
+    /// Writes a packet and takes over its contents.
     void write(AVPacket& packet, const AVCodecContext& encoder, const AVStream& stream);
     void finish();
 

@@ -39,7 +39,7 @@ PaletteReducer::PaletteReducer(int width, int height) : m_graph(filterLibrary().
                        ":pix_fmt=" + std::to_string(AV_PIX_FMT_RGB32) + ":time_base=1/100:pixel_aspect=1/1");
     AVFilterContext* fork = add("split", "fork", "2");
     AVFilterContext* palette = add("palettegen", "palette", "stats_mode=single:reserve_transparent=0");
-    // Diffusion leaves exact colours exact, which an ordered pattern does not.
+    // Error diffusion keeps exact colours, ordered dithering does not.
     AVFilterContext* apply = add("paletteuse", "apply", "new=1:dither=sierra2_4a");
     m_sink = add("buffersink", "out", "");
     require(library.link(m_source, 0, fork, 0));

@@ -6,16 +6,16 @@ struct AVFilterContext;
 
 namespace zeb::ffmpeg {
 
-/// Reduces pictures to 256 colours each, chosen per picture, with diffusion of the error; pictures of no more
-/// than 256 colours stay exactly as they are.
+/// Reduces pictures to 256 colours each, chosen per picture, with error diffusion. Pictures of at most 256
+/// colours are unchanged.
 class PaletteReducer {
 public:
-    /// For pictures of 32 bits in that size. Throws `FilmError` when the filter library is missing.
+    /// For 32-bit pictures of this size. Throws `FilmError` if the filter library is missing.
     PaletteReducer(int width, int height);
 
-    /// Takes the frame's contents; nothing = the end.
+    /// Adds a frame and takes over its contents; a null pointer marks the end.
     void push(AVFrame* frame);
-    /// A reduced picture with its time as it came in; nothing when none is ready.
+    /// Returns a reduced picture with its original time; nothing if none is ready.
     Frame pull();
 
 private:

@@ -10,13 +10,13 @@
 namespace zeb::ffmpeg {
 namespace {
 
-/// The pixels as they are handed over.
+/// Format of the pixels passed to `add`.
 constexpr AVPixelFormat pixelFormat = AV_PIX_FMT_BGR0;
 
 constexpr int gifClock = 100;     // ticks per second
-constexpr int shortestDelay = 2;  // ticks; players take shorter ones for a tenth of a second
+constexpr int shortestDelay = 2;  // ticks; players show pictures with a shorter delay for a tenth of a second
 
-// value: the quantiser scale for encoders that are told by that, else 0.
+// value: the quantiser scale, for encoders without a quality option; else 0.
 constexpr std::array mp4Encoders = {
     EncoderChoice{"libx264", "preset=veryfast:crf=12", AV_PIX_FMT_YUV420P, 0},
     EncoderChoice{"mpeg4", "", AV_PIX_FMT_YUV420P, 2},
@@ -65,7 +65,7 @@ bool isYCbCr(AVPixelFormat format) {
     return format == AV_PIX_FMT_YUV420P;
 }
 
-/// H.264 and its kin can only leave out whole chroma samples; the others store odd sides.
+/// The H.264 and AV1 encoders crop whole chroma samples only; the other encoders store odd sides.
 bool needsEvenSides(const std::string& encoder) {
     return encoder == "libx264" || encoder == "libsvtav1";
 }
@@ -84,10 +84,10 @@ void setUp(AVCodecContext& context, const EncoderChoice& choice, const FilmParam
     const int ticks = parameters.format == FilmFormat::gif ? gifClock : parameters.picturesPerSecond;
     context.time_base = {1, ticks};
     context.framerate = {parameters.picturesPerSecond, 1};
-    // A key picture every few seconds, so that players can jump.
+    // A key frame at least every four seconds, for seeking in players.
     context.gop_size = std::clamp(parameters.picturesPerSecond * 4, 4, 250);
     context.thread_count = 0;
-    // The pictures are sRGB; as luma and chroma they take the matrix of BT.709, which has its primaries.
+    // The pictures are sRGB. As Y'CbCr they use the matrix of BT.709, which has the same primaries.
     context.color_primaries = AVCOL_PRI_BT709;
     context.color_trc = AVCOL_TRC_IEC61966_2_1;
     if (isYCbCr(format)) {
@@ -170,7 +170,8 @@ void PictureEncoder::finish(const std::function<bool()>& isCancelled) {
     m_encoder.finish(isCancelled);
 }
 
-/// The picture with even sides, where it is going to be converted: the last column and row once more.
+/// Returns the picture as a frame. If it will be converted, repeats the last column and row to make the sides
+/// even.
 Frame PictureEncoder::makePixels(std::span<const std::uint8_t> pixels) const {
     const AVCodecContext& encoder = m_encoder.context();
     const AVPixelFormat format = m_reducer ? AV_PIX_FMT_RGB32 : pixelFormat;
@@ -196,7 +197,7 @@ Frame PictureEncoder::convert(const AVFrame& pixels) const {
                   frame->linesize) != pixels.height) {
         throw FilmError(FilmError::cannotEncode, {"error_film_colours"});
     }
-    // An odd side ends in the middle of a chroma sample: it was made of whole pairs of pixels, not stretched.
+    // Crop to the odd size. The chroma samples at the edge were made from whole pairs of pixels.
     frame->width = encoder.width;
     frame->height = encoder.height;
     frame->pts = pixels.pts;

@@ -10,7 +10,7 @@
 
 namespace zeb::ffmpeg {
 
-/// The picture stream of a film: takes sRGB pixels to the encoder's format and encodes them.
+/// The picture stream of a video: converts sRGB pixels to the encoder's format and encodes them.
 class PictureEncoder {
 public:
     PictureEncoder(Muxer& muxer, const FilmParameters& parameters);
@@ -27,7 +27,7 @@ private:
 
     const FilmParameters m_parameters;
     StreamEncoder m_encoder;
-    Converter m_converter;  ///< nothing when the encoder takes the pixels as they are
+    Converter m_converter;  ///< null if the encoder accepts the pixels unconverted
     std::unique_ptr<PaletteReducer> m_reducer;
     std::int64_t m_count = 0;
     std::int64_t m_lastTime = -1;

@@ -9,10 +9,10 @@
 namespace zeb::ffmpeg {
 namespace {
 
-constexpr int bitsPerChannel = 128'000;  // per second; ample for a band that ends at 10 kHz
-constexpr int longestFrame = 4096;       // of encoders that take any number of samples
+constexpr int bitsPerChannel = 128'000;  // per second; sufficient for sound up to 10 kHz
+constexpr int longestFrame = 4096;       // for encoders that accept any number of samples
 
-// value: the sample rate in Hz, 0 = as it is stored. The coders of films for players know no 20 kHz.
+// value: the sample rate in Hz, 0 = unchanged. The compressed formats do not support 20 kHz.
 constexpr std::array mp4Encoders = {
     EncoderChoice{"aac", "", -1, 48000},
     EncoderChoice{"libmp3lame", "", -1, 48000},
@@ -70,8 +70,8 @@ SoundEncoder::SoundEncoder(Muxer& muxer, const FilmParameters& parameters)
       m_resampler(makeResampler(m_encoder.context(), parameters)),
       m_queue(av_audio_fifo_alloc(m_encoder.context().sample_fmt, parameters.soundChannels, longestFrame)) {
     if (!m_queue) throw std::bad_alloc();
-    // WebM names the encoder's delay in the track's head and its players subtract it; the muxer leaves the
-    // times of the packets to us.
+    // WebM stores the encoder's delay in the track header, and players subtract it. The muxer does not shift
+    // the packets' times, so we add the delay.
     if (parameters.format == FilmFormat::webm) m_encoded = m_encoder.context().initial_padding;
 }
 

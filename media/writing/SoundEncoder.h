@@ -8,7 +8,7 @@
 
 namespace zeb::ffmpeg {
 
-/// The sound stream of a film: takes 8-bit samples to the encoder's format and rate and encodes them.
+/// The sound stream of a video: converts 8-bit samples to the encoder's format and rate and encodes them.
 class SoundEncoder {
 public:
     SoundEncoder(Muxer& muxer, const FilmParameters& parameters);
@@ -20,9 +20,9 @@ public:
     const StreamEncoder& stream() const { return m_encoder; }
 
 private:
-    /// Converts `samples`, or with none the resampler's rest, and queues them.
+    /// Converts `samples` and queues them; without samples, the remainder in the resampler.
     void convert(std::span<const std::uint8_t> samples);
-    /// Encodes what is queued in frames of the encoder's size; with `isEnd` the shorter rest, too.
+    /// Encodes queued samples in frames of the encoder's size; with `isEnd` also a shorter last frame.
     void encodeQueued(bool isEnd);
     Frame makeSamples(int count) const;
 
@@ -30,7 +30,7 @@ private:
     StreamEncoder m_encoder;
     Resampler m_resampler;
     AudioFifo m_queue;
-    std::int64_t m_encoded = 0;  ///< the next sample's time, in samples
+    std::int64_t m_encoded = 0;  ///< time of the next sample, in samples
 };
 
 }  // namespace zeb::ffmpeg

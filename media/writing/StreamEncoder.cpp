@@ -21,7 +21,7 @@ bool StreamEncoder::allocate(const EncoderChoice& choice) {
     m_context.reset(avcodec_alloc_context3(codec));
     if (!m_context) throw std::bad_alloc();
     m_context->flags |= m_muxer->encoderFlags() | AV_CODEC_FLAG_BITEXACT;
-    // Some encoders of general use are marked as experimental.
+    // Some commonly used encoders are marked as experimental.
     m_context->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
     return true;
 }

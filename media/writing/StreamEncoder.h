@@ -12,19 +12,19 @@ struct AVCodec;
 
 namespace zeb::ffmpeg {
 
-/// An encoder that a stream may be made with, in the order of preference.
+/// An encoder to try for a stream. Choices are listed in order of preference.
 struct EncoderChoice {
-    const char* name;     ///< the library's name of it
-    const char* options;  ///< its own options, as text ("crf=12:preset=veryfast")
+    const char* name;     ///< the library's name of the encoder
+    const char* options;  ///< options of the encoder, as text ("crf=12:preset=veryfast")
     int format;           ///< AVPixelFormat or AVSampleFormat; -1 = the encoder's first
-    int value;            ///< what the stream's own setup makes of it
+    int value;            ///< parameter for the set-up function of the stream
 };
 
-/// An opened encoder and the stream of a film that its packets go to.
+/// An opened encoder and the stream that receives its packets.
 class StreamEncoder {
 public:
-    /// Opens the first of `choices` that this system has and that takes what `setUp` asks of it. Throws
-    /// `FilmError`: there is no encoder for `what`, or none takes it.
+    /// Opens the first of `choices` that this system has and that accepts the parameters set by `setUp`.
+    /// Throws `FilmError` if there is no encoder for `what` or none accepts them.
     template <typename SetUp>
     StreamEncoder(Muxer& muxer, const KeyedText& what, std::span<const EncoderChoice> choices,
                   const SetUp& setUp)
@@ -39,12 +39,12 @@ public:
 
     AVCodecContext& context() const { return *m_context; }
     const std::string& name() const { return m_name; }
-    /// To be called once, before the film is started.
+    /// Adds the stream to the muxer. Called once, before `Muxer::start`.
     void attach() { m_stream = &m_muxer->addStream(*m_context); }
 
-    /// Encodes a frame and writes what is ready.
+    /// Encodes a frame and writes the packets that are ready.
     void encode(const AVFrame& frame) { send(&frame, {}); }
-    /// Writes all that is left; returns early when `isCancelled` answers true.
+    /// Writes all remaining packets; returns early if `isCancelled` returns true.
     void finish(const std::function<bool()>& isCancelled) { send(nullptr, isCancelled); }
 
 private:
@@ -58,10 +58,10 @@ private:
     AVStream* m_stream = nullptr;
     Packet m_packet = makePacket();
     std::string m_name;
-    bool m_wasRefused = false;  ///< an encoder is there but did not take it
+    bool m_wasRefused = false;  ///< an encoder exists but rejected the parameters
 };
 
-/// Opens an encoder by its name outside of any film; nothing when it is not there or refuses.
+/// Opens an encoder by its name, without a stream; returns null if it is missing or rejects the parameters.
 CodecContext openEncoder(const AVCodec& codec, CodecContext context, const char* options);
 
 }  // namespace zeb::ffmpeg

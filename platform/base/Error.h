@@ -8,9 +8,9 @@
 
 namespace zeb {
 
-/// The base of all typed errors. `what()` is the description: the same words in every language, for logs of
-/// developers and for programs without string tables. `text()` is what a person reads; `errorText`
-/// (ErrorText.h) makes the sentence of it.
+/// The base of all typed errors. `what()` is the description: the same words in every language, for logs and
+/// for programs without string tables. `text()` is the localisable text for the user; `errorText`
+/// (ErrorText.h) returns it as a sentence.
 class LocalizableError : public std::runtime_error {
 public:
     LocalizableError(const std::string& description, KeyedText text)
@@ -22,7 +22,7 @@ private:
     KeyedText m_text;
 };
 
-/// An error object as platforms hand them out: a domain, a code within it, and a description.
+/// An error with a domain, a code within it, and a description.
 class PlatformError : public LocalizableError {
 public:
     PlatformError(std::string domain, int code, const std::string& description, KeyedText text)

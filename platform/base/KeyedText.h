@@ -10,11 +10,11 @@ namespace zeb {
 struct KeyedText;
 
 /// An argument of a localised text: a whole number (%lld), a real number (%f, %.2f), a text (%@), or a text
-/// that has a key itself (%@).
+/// with a key (%@).
 using TextArgument = std::variant<std::int64_t, double, std::string, KeyedText>;
 
-/// A text for people as plain data: a key of the string tables (resources/strings/) and the arguments of its
-/// text. `localizedText` (LocalizedText.h) makes the sentence of it in the language in use.
+/// A localisable text: a key of the string tables (resources/strings/) and the arguments of its text.
+/// `localizedText` (LocalizedText.h) returns the text in the current language.
 struct KeyedText {
     std::string key;
     std::vector<TextArgument> arguments = {};

@@ -4,17 +4,16 @@
 
 namespace zeb {
 
-/// The place where the desktop shows the application. Used on the main thread; never fails visibly.
+/// The application's icon in the dock or task bar. Used on the main thread; errors are not reported.
 class DockTile {
 public:
     virtual ~DockTile() = default;
 
-    /// Pixels to a point of the pictures that suit it best.
+    /// Returns the best ratio of pixels to points for the pictures.
     virtual double devicePixelRatio() const = 0;
-    /// Shows `picture` in place of the icon, and `progress` (0 to 1) where the desktop draws a bar of its
-    /// own.
+    /// Shows `picture` in place of the icon, and `progress` (0 to 1) if the desktop draws a progress bar.
     virtual void show(const QImage& picture, double progress) = 0;
-    /// Shows the icon that was there before, and no bar.
+    /// Restores the original icon and hides the progress bar.
     virtual void clear() = 0;
 };
 

@@ -7,11 +7,11 @@
 
 namespace zeb {
 
-/// A kind of files that a panel offers.
+/// A kind of files to choose from.
 struct ContentType {
     enum Kind {
-        movie,              ///< films with sound
-        video,              ///< films
+        movie,              ///< videos with sound
+        video,              ///< videos
         data,               ///< any file
         filenameExtension,  ///< files that end in a dot and `extension`
     };
@@ -34,8 +34,8 @@ struct SavePanel {
     std::vector<ContentType> contentTypes;
 };
 
-/// The system's panels for choosing files. Used on the main thread. Only one panel is open at a time; a
-/// second request is answered with nothing.
+/// The system's dialogs for choosing files. Used on the main thread. Only one panel is open at a time; a
+/// second request returns nothing.
 class FilePanels {
 public:
     /// Called once, later, on the main thread with the confirmed path; nothing if the panel was cancelled.
@@ -43,10 +43,10 @@ public:
 
     virtual ~FilePanels() = default;
 
-    /// Asks for one existing file.
+    /// Shows a panel for one existing file.
     virtual void open(const OpenPanel& panel, Answer answer) = 0;
-    /// Asks for the place of a new file; the user can create folders. The panel has asked before it returns
-    /// an existing file.
+    /// Shows a panel for the path of a new file; the user can create folders. The panel confirms overwriting
+    /// before it returns an existing file.
     virtual void save(const SavePanel& panel, Answer answer) = 0;
 };
 

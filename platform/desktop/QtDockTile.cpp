@@ -11,15 +11,15 @@
 namespace zeb {
 namespace {
 
-/// Asking for a bus that is not there would make the bus library start one, for nobody.
+/// Checks for a session bus first: connecting to a missing bus would make the bus library start one.
 bool hasSessionBus() {
     if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")) return true;
     const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
     return !folder.isEmpty() && QFile::exists(folder + "/bus");
 }
 
-/// Shows an icon on the windows that are open and on those to come. A window keeps the first icon of the
-/// application that reaches it as an icon of the window, and does not follow the application's any more.
+/// Sets the icon of all open and future windows. A window keeps the first application icon that is set as its
+/// window icon and does not follow later changes of the application icon.
 void setIcons(const QIcon& icon) {
     QGuiApplication::setWindowIcon(icon);
     for (QWindow* window : QGuiApplication::topLevelWindows())
@@ -34,7 +34,7 @@ double QtDockTile::devicePixelRatio() const {
 
 void QtDockTile::show(const QImage& picture, double progress) {
     if (!m_isShown) m_normalIcon = QGuiApplication::windowIcon();
-    // Every window hands its icon to the desktop anew, so only a picture that looks different is worth it.
+    // Every window sends its icon to the desktop again, so skip equal pictures.
     if (!m_isShown || picture != m_picture) {
         m_picture = picture;
         setIcons(QIcon(QPixmap::fromImage(picture)));
@@ -56,7 +56,7 @@ void QtDockTile::signalProgress(double progress, bool isVisible) {
                                                       "com.canonical.Unity.LauncherEntry", "Update");
     message << QStringLiteral("application://%1").arg(QLatin1String(desktopEntryName))
             << QVariantMap{{"progress", progress}, {"progress-visible", isVisible}};
-    QDBusConnection::sessionBus().send(message);  // does not wait for anybody
+    QDBusConnection::sessionBus().send(message);  // does not wait for a reply
 }
 
 }  // namespace zeb

@@ -6,12 +6,12 @@
 
 namespace zeb {
 
-/// The name of the application's desktop entry, by which desktops know whose progress it is.
+/// The name of the application's desktop entry, which identifies its progress to desktops.
 inline constexpr const char* desktopEntryName = "zebmaker.desktop";
 
-/// The icon of the application's windows, and the signal `com.canonical.Unity.LauncherEntry.Update` on the
-/// session bus, to which several desktops' docks and task bars listen. Without a session bus the icon is all.
-/// The application object of Qt's windows must exist.
+/// Sets the icon of the application's windows, and sends the signal
+/// `com.canonical.Unity.LauncherEntry.Update` on the session bus, which several docks and task bars receive.
+/// Without a session bus only the icon changes. The application object of Qt's windows must exist.
 class QtDockTile final : public DockTile {
 public:
     double devicePixelRatio() const override;
@@ -22,8 +22,8 @@ private:
     void signalProgress(double progress, bool isVisible);
 
     bool m_isShown = false;
-    QImage m_picture;    ///< shown last
-    QIcon m_normalIcon;  ///< the one to go back to, while a picture is shown
+    QImage m_picture;    ///< the picture shown last
+    QIcon m_normalIcon;  ///< the original icon, while a picture is shown
 };
 
 }  // namespace zeb

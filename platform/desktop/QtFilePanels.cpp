@@ -15,7 +15,7 @@
 namespace zeb {
 namespace {
 
-/// The names that films usually have. Others are found under all files.
+/// Usual file names of videos. The filter "all files" shows the others.
 constexpr const char* videoPatterns =
     "*.3gp *.asf *.avi *.dv *.flv *.gif *.m2ts *.m2v *.m4v *.mkv *.mov *.mp4 *.mpeg *.mpg *.mts *.mxf *.ogg "
     "*.ogv *.ts *.vob *.webm *.wmv";
@@ -48,7 +48,7 @@ QStringList filtersOf(const std::vector<ContentType>& types) {
     }
     if (offersVideos) patterns << QString(videoPatterns).split(' ');
     patterns.removeDuplicates();
-    // Names in any case are meant.
+    // Match the patterns in any case.
     for (const QString& pattern : QStringList(patterns))
         patterns << pattern.toUpper();
 
@@ -66,12 +66,14 @@ std::unique_ptr<QFileDialog> makeDialog(const std::string& title, const std::str
     dialog->setDirectory(folder.empty() ? QDir::homePath() : QString::fromStdString(folder));
     dialog->setNameFilters(filtersOf(types));
     dialog->setOption(QFileDialog::HideNameFilterDetails);
-    // Players stay usable. Not left to `open`: by then the dialog's window exists, and keeps its modality.
+    // Keep player windows usable. Set this before `open`: by then the dialog's window exists and keeps its
+    // modality.
     dialog->setWindowModality(Qt::WindowModal);
     return dialog;
 }
 
-/// Dialogs take what follows any dot in a typed name for its extension: "Dr. No" is to become "Dr. No.zeb".
+/// Appends the extension. Dialogs take the text after any dot for an extension, but "Dr. No" must become
+/// "Dr. No.zeb".
 std::string withExtension(const std::string& path, const std::vector<ContentType>& types) {
     const ContentType* wanted = nullptr;
     for (const ContentType& type : types) {
@@ -115,7 +117,7 @@ void QtFilePanels::save(const SavePanel& panel, Answer answer) {
         const std::string file = path ? withExtension(*path, panel.contentTypes) : "";
         std::error_code ignored;
         if (path && file != *path && std::filesystem::exists(file, ignored)) {
-            // Nobody was asked whether to replace this one: the panel again, which asks.
+            // The added extension names an existing file. Reopen the panel so that it confirms overwriting.
             const std::filesystem::path place(file);
             save({panel.title, place.parent_path().string(), place.filename().string(), panel.contentTypes},
                  answer);
@@ -138,14 +140,15 @@ void QtFilePanels::show(std::unique_ptr<QFileDialog> dialog, Answer answer) {
                          std::optional<std::string> path;
                          if (result == QDialog::Accepted && !files.isEmpty())
                              path = files.first().toStdString();
-                         // This signal comes from the dialog itself.
+                         // The dialog itself sends this signal, so delete it later.
                          m_dialog.release()->deleteLater();
-                         // A window that was hidden meanwhile shows what comes of the answer.
+                         // Show the window again if it was hidden while the panel was open: it shows the
+                         // result.
                          if (path && parent) parent->setVisible(true);
                          answer(path);
                      });
     if (m_palette) m_dialog->setPalette(m_palette());
-    m_dialog->winId();  // makes the window, which the next line needs
+    m_dialog->winId();  // creates the window for the next line
     if (parent) m_dialog->windowHandle()->setTransientParent(parent);
     m_dialog->open();
 }

@@ -11,13 +11,13 @@ class QWindow;
 
 namespace zeb {
 
-/// The desktop's file dialogs where it has any, else Qt's. A QApplication must exist.
+/// The desktop's file dialogs if it has any, else Qt's. A QApplication must exist.
 class QtFilePanels final : public FilePanels {
 public:
     QtFilePanels();
     ~QtFilePanels() override;
 
-    /// Over which window a panel shall open (it may be none), and in which colours where the panel is Qt's.
+    /// Sets the window over which panels open (may be null), and the colours of Qt's panels.
     void setSurroundings(std::function<QWindow*()> parent, std::function<QPalette()> palette);
 
     void open(const OpenPanel& panel, Answer answer) override;

@@ -11,7 +11,8 @@
 
 namespace zeb {
 
-/// Work under a lock of our own; Qt's events only tell that there is some, so that a burst costs one event.
+/// The queue of work, protected by a lock. A Qt event only announces waiting work, so a burst needs one
+/// event.
 class QtMainActor::Queue final : public QObject {
 public:
     void add(Work work) {
@@ -28,7 +29,7 @@ public:
             m_isCalled = false;
             pieces = m_waiting.size();
         }
-        // What is posted meanwhile has an event of its own: windows are drawn between.
+        // Work posted during the loop is run by a later event, so that windows are drawn in between.
         for (; pieces > 0; --pieces) {
             if (const Work work = take()) work();
         }
@@ -43,7 +44,7 @@ private:
 
     Work take() {
         const std::lock_guard lock(m_mutex);
-        if (m_waiting.empty()) return {};  // an event loop inside a piece of work has run the rest
+        if (m_waiting.empty()) return {};  // a nested event loop has run the rest
         Work work = std::move(m_waiting.front());
         m_waiting.pop_front();
         return work;
@@ -63,7 +64,7 @@ void QtMainActor::post(Work work) {
 }
 
 void QtMainActor::postAfter(std::chrono::nanoseconds delay, Work work) {
-    // Timers belong to a thread, so they are started on the main one.
+    // A timer belongs to a thread: start it on the main thread.
     Queue* queue = m_queue.get();
     post([queue, delay, work = std::move(work)] {
         const auto wait = std::chrono::ceil<std::chrono::milliseconds>(delay);

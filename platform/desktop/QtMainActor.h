@@ -6,8 +6,8 @@
 
 namespace zeb {
 
-/// The thread on which this is created and destroyed, through Qt's event loop. The application object must
-/// exist.
+/// Runs work through Qt's event loop on the thread that creates and destroys this object. The application
+/// object must exist.
 class QtMainActor final : public MainActor {
 public:
     QtMainActor();

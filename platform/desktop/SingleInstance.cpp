@@ -9,13 +9,13 @@
 namespace zeb {
 namespace {
 
-constexpr int patience = 3000;               ///< milliseconds for the other instance to answer
+constexpr int patience = 3000;               ///< timeout in milliseconds for the answer of the other instance
 constexpr qint64 longestMessage = 16 << 20;  ///< bytes; hundreds of long paths
 constexpr auto streamVersion = QDataStream::Qt_6_0;
 constexpr char taken = 1;
 
-/// Requests as UTF-8 texts that a zero byte ends. As one run of bytes a stream reads them without
-/// believing a count before it has the bytes.
+/// Encodes requests as zero-terminated UTF-8 texts in one byte array. QDataStream then allocates no memory
+/// for a count before it has received the bytes.
 QByteArray joined(const QStringList& requests) {
     QByteArray message;
     for (const QString& request : requests)
@@ -35,7 +35,7 @@ SingleInstance::SingleInstance(const QString& folder, const QString& name, QObje
     : QObject(parent),
       m_socket(QDir(folder).filePath(name + ".socket")),
       m_lock(QDir(folder).filePath(name + ".lock")) {
-    // The lock is given up by its holder only, or when that is gone.
+    // Only the end of the holder's process releases the lock, not its age.
     m_lock.setStaleLockTime(0);
 }
 
@@ -46,7 +46,7 @@ SingleInstance::~SingleInstance() {
 bool SingleInstance::isFirst(const QStringList& requests) {
     if (!m_lock.tryLock(0)) {
         if (handOver(requests)) return false;
-        // It may have ended meanwhile. If not, it hangs, or the folder cannot be written to.
+        // The other instance may have ended. If not, it hangs, or the folder is not writable.
         if (!m_lock.tryLock(0)) return true;
     }
     listen();
@@ -55,7 +55,7 @@ bool SingleInstance::isFirst(const QStringList& requests) {
 
 bool SingleInstance::handOver(const QStringList& requests) const {
     QLocalSocket socket;
-    // The first one takes its lock a moment before it listens.
+    // The first instance takes the lock shortly before it listens.
     for (int attempt = 0; attempt < 20; ++attempt) {
         socket.connectToServer(m_socket);
         if (socket.waitForConnected(patience)) break;
@@ -77,7 +77,7 @@ bool SingleInstance::handOver(const QStringList& requests) const {
 void SingleInstance::listen() {
     m_server = std::make_unique<QLocalServer>();
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
-    // Whoever had the lock before may have left its socket behind.
+    // A previous holder of the lock may have left its socket.
     QLocalServer::removeServer(m_socket);
     connect(m_server.get(), &QLocalServer::newConnection, this, &SingleInstance::take);
     m_server->listen(m_socket);

@@ -9,26 +9,26 @@
 
 namespace zeb {
 
-/// Lets one instance of a program do the work of all that a user starts: the later ones hand what they were
-/// asked for to the first and end. Main thread.
+/// Makes one instance of a program serve all requests of a user: a later instance passes its requests to the
+/// first one and ends. Main thread.
 ///
-/// The first holds a lock file, which the system gives free however it ends, and listens at a local socket
-/// that only the same user can reach.
+/// The first instance holds a lock file, which the system releases even after a crash, and listens at a local
+/// socket that only the same user can access.
 class SingleInstance final : public QObject {
     Q_OBJECT
 
 public:
-    /// `name` tells this program from others; the lock and the socket are in `folder`, which must exist.
+    /// `name` identifies the program; the lock and the socket are in `folder`, which must exist.
     SingleInstance(const QString& folder, const QString& name, QObject* parent = nullptr);
     ~SingleInstance() override;
 
-    /// True when this instance is the first, from now on until it ends. False when another one has taken
-    /// `requests` over; then this one has nothing more to do. When another one holds the lock but does not
-    /// answer within a few seconds, this one carries on alone: true.
+    /// Returns true if this instance is the first; it stays the first until it ends. Returns false if another
+    /// instance has accepted `requests`; this one should then end. Returns true as well if another instance
+    /// holds the lock but does not answer within a few seconds.
     bool isFirst(const QStringList& requests);
 
 signals:
-    /// Another instance has been started and asked for these (perhaps nothing).
+    /// Another instance was started with these requests (may be empty).
     void requested(const QStringList& requests);
 
 private:

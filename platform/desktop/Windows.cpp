@@ -6,7 +6,7 @@
 namespace zeb {
 namespace {
 
-/// A title bar and borders as high and wide as the usual desktops draw them.
+/// Title bar and borders in the usual sizes of desktops.
 constexpr QMargins largeFrame(8, 40, 8, 8);
 
 }  // namespace
@@ -25,7 +25,7 @@ QRect placedContents(const QRect& available, const QSize& size) {
 void placeOnScreen(QWindow& window) {
     const QRect available = window.screen()->availableGeometry();
     const QSize size = window.size();
-    // First, as a size below the minimum would not be taken.
+    // Set the minimum first: a smaller size would be rejected.
     window.setMinimumSize(window.minimumSize().boundedTo(roomForContents(available).size()));
     window.setGeometry(placedContents(available, size));
 }

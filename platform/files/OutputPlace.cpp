@@ -20,7 +20,7 @@ bool isFolder(const std::string& path) {
     return fs::is_directory(path, ignored);
 }
 
-/// The first `count` bytes of UTF-8 text, without a part of a character at the end.
+/// Returns at most the first `count` bytes of a UTF-8 text, without an incomplete character at the end.
 std::string leadingBytes(std::string text, std::size_t count) {
     if (text.size() <= count) return text;
     while (count > 0 && (static_cast<unsigned char>(text[count]) & 0xc0) == 0x80)
@@ -66,7 +66,7 @@ OutputPlace::~OutputPlace() {
     try {
         putBack();
     } catch (const std::exception&) {
-        // The old file stays where it is, under its other name.
+        // The old file keeps its other name.
     }
 }
 
@@ -84,7 +84,7 @@ void OutputPlace::checkStanding(const std::string& input) const {
     if (!input.empty() && files::isSameFile(input, m_path)) throw OutputError(Case::isInput, m_path);
     if (namesFolder(m_path)) throw OutputError(Case::isFolder, m_path);
     if (!files::kindOf(m_path)) return;
-    // Replacing a link to a device would remove the link.
+    // Replacing a link to a device would remove the link, so reject it.
     std::error_code ignored;
     const fs::file_status target = fs::status(m_path, ignored);
     if (fs::exists(target) && !fs::is_regular_file(target)) throw OutputError(Case::notRegular, m_path);
@@ -100,7 +100,7 @@ void OutputPlace::checkFolder() const {
     files::requireWritableFolder(folder, m_path);
 }
 
-/// "film.previous.zeb", "film.previous-2.zeb" and so on, shortened where the system takes no longer name.
+/// Returns "film.previous.zeb", "film.previous-2.zeb" and so on, shortened to the longest allowed name.
 std::string OutputPlace::freeNameFor(int number) const {
     constexpr std::size_t longestName = 255;
     const std::string name(lastPiece(m_path));
@@ -152,7 +152,7 @@ void OutputPlace::commit() {
         m_files.removeFile(m_previous);
         m_previous.clear();
     } catch (const FileError&) {
-        // The new file is complete all the same.
+        // The new file is complete, so do not report the error.
     }
 }
 
@@ -162,7 +162,7 @@ void OutputPlace::putBack() {
         if (isThere) m_files.removeFile(m_path);
         m_previous.clear();
     } else if (isThere) {
-        // One step: there is no moment without a file at the place.
+        // Atomic: a file exists at the path at every moment.
         m_files.moveFile(m_previous, m_path);
         m_previous.clear();
     } else if (m_files.moveToFreePlace(m_previous, m_path)) {
@@ -177,7 +177,7 @@ void OutputPlace::hold() {
     try {
         m_hold = openForReading(m_path);
     } catch (const FileError&) {
-        // A file system that lets nobody read it: the number alone has to do.
+        // No read permission: identify the file by its number without holding it open.
     }
 }
 
@@ -189,7 +189,7 @@ void OutputPlace::settle() noexcept {
 void OutputPlace::removeMadeFolder() noexcept {
     if (m_madeFolder.empty()) return;
     std::error_code ignored;
-    fs::remove(m_madeFolder, ignored);  // fails where something is in it
+    fs::remove(m_madeFolder, ignored);  // fails if it is not empty
     m_madeFolder.clear();
 }
 

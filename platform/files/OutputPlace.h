@@ -9,8 +9,8 @@
 
 namespace zeb {
 
-/// The calls by which an output changes a file system, so that tests can make each of them fail. All throw
-/// `FileError`.
+/// The file system calls that change files, as virtual functions so that tests can make each of them fail.
+/// All throw `FileError`.
 class OutputFileSystem {
 public:
     virtual ~OutputFileSystem() = default;
@@ -22,31 +22,29 @@ public:
     virtual void makeFolder(const std::string& folder);
 };
 
-/// What an output may do to a place.
+/// Rules for existing files and missing folders.
 struct OutputTerms {
     enum class Existing {
-        keep,     ///< a file or link that stands there is an error
-        replace,  ///< it gives way, in the end
+        keep,     ///< an existing file or link is an error
+        replace,  ///< an existing file is overwritten at the end
     };
     enum class MissingFolder {
         refuse,
-        make,  ///< the folder of the output is made, if it alone is missing
+        make,  ///< the folder is created if only its last piece is missing
     };
 
     Existing existing = Existing::keep;
     MissingFolder missingFolder = MissingFolder::refuse;
 };
 
-/// The place of a file that is being made: tells what may stand there and keeps it until the new file is
-/// complete.
+/// The path of a file being written. Checks what exists there and keeps it until the new file is complete.
 ///
-/// `setAside` gives an old file another name beside its place ("film.previous.zeb"), `create` makes the new
-/// one, and one of three calls ends the work: `commit` removes the old file, `putBack` removes the new one
-/// and gives the old one its name again, `keepBoth` leaves both. A process that is killed leaves both as
-/// well. A file that others put at the place is never touched. Links are treated as what they are: the link
-/// is set aside, never what it leads to.
+/// `setAside` renames an old file in its folder ("film.previous.zeb"), and `create` creates the new one. One
+/// of three calls ends the work: `commit` removes the old file; `putBack` removes the new file and restores
+/// the old one; `keepBoth` leaves both. Both files also remain if the process is killed. A file that another
+/// process creates at the path is never changed. Links are renamed as links; their targets are not changed.
 ///
-/// Without any of these calls the destructor puts the old file back if no new one was created. Used by one
+/// Without any of these calls the destructor restores the old file if no new one was created. Used by one
 /// thread at a time.
 class OutputPlace {
 public:
@@ -55,40 +53,41 @@ public:
     OutputPlace(const OutputPlace&) = delete;
     OutputPlace& operator=(const OutputPlace&) = delete;
 
-    /// Whether `path` means a folder for files named otherwise: one is there, or the path ends in "/".
+    /// Returns true if `path` names a folder in which the caller chooses file names: it exists as a folder or
+    /// ends in "/".
     static bool namesFolder(const std::string& path);
 
     const std::string& path() const noexcept { return m_path; }
     const OutputTerms& terms() const noexcept { return m_terms; }
 
-    /// Throws where no file can be made by these terms: `OutputError`, or `FileError` for a folder that is
-    /// not writable. `input`, if not empty, must not be what stands there. Changes nothing.
+    /// Throws if no file can be created by these terms: `OutputError`, or `FileError` for a folder without
+    /// write permission. `input`, if not empty, must not be the file at the path. Changes nothing.
     void check(const std::string& input = {}) const;
-    /// The part of `check` that is about the folder.
+    /// Checks the folder only.
     void checkFolder() const;
 
-    /// Refuses what `check` refuses of what stands there, and renames a file or link that may be replaced.
-    /// Throws `OutputError`, `FileError`.
+    /// Rejects an existing file as `check` does, and renames a file or link that may be replaced. Throws
+    /// `OutputError`, `FileError`.
     void setAside(const std::string& input = {});
-    /// Creates the file, with its folder if that is to be made. `OutputError` when something stands there by
-    /// now, else `FileError`.
+    /// Creates the file, and its folder if the terms allow it. Throws `OutputError` if a file exists at the
+    /// path, else `FileError`.
     std::unique_ptr<WritableFile> create();
 
-    /// Whether the file that was created stands at the place. False before `create`.
+    /// Returns true if the created file is at the path. False before `create`.
     bool isOwn() const;
     bool hasCreated() const noexcept { return m_created.has_value(); }
-    /// The old file's place while it is set aside; empty when there is none.
+    /// The path of the old file while it is set aside; empty if there is none.
     const std::string& previousPath() const noexcept { return m_previous; }
 
-    /// The new file is complete. Throws `OutputError` (replaced, removed) when it does not stand at its
-    /// place; nothing is changed then. Otherwise removes the old file; where that fails it stays, and
-    /// `previousPath` tells so.
+    /// Completes the new file. Throws `OutputError` (replaced, removed), without changes, if it is not at its
+    /// path. Otherwise removes the old file. If that fails, the old file stays and `previousPath` returns its
+    /// path.
     void commit();
-    /// The new file is given up. Removes it, puts the old one in its place and removes the folder that was
-    /// made, if it is empty. What others have put at the place stays; the old file then stays aside. Throws
-    /// `FileError`; files are then where they were.
+    /// Discards the new file: removes it, restores the old one and removes the created folder if it is empty.
+    /// A file of another process at the path stays; the old file then stays aside. Throws `FileError`,
+    /// without having moved a file.
     void putBack();
-    /// The new file stays although it is not complete, and the old one stays aside.
+    /// Ends the work with the incomplete new file at the path and the old file aside.
     void keepBoth() noexcept { settle(); }
 
 private:
@@ -105,7 +104,7 @@ private:
     std::string m_previous;
     std::string m_madeFolder;
     std::optional<FileIdentity> m_created;
-    /// Open until the work has ended, so that the system gives the number of a removed file to no other one.
+    /// Open until the work has ended, so that the system does not reuse the inode number of a removed file.
     std::unique_ptr<ReadableFile> m_hold;
     bool m_isSettled = false;
 };

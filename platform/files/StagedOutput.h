@@ -10,23 +10,23 @@
 
 namespace zeb {
 
-/// Files that appear under their names only when all of them are complete: until then they grow in a hidden
-/// folder beside their places. What stood at a place survives everything but `commit`; without it nothing is
-/// left behind. Used by one thread.
+/// Files that appear under their names only when all of them are complete. Until then they are in a hidden
+/// folder beside their paths. Only `commit` replaces existing files; without it no file is left behind. Used
+/// by one thread.
 class StagedOutput {
 public:
-    /// For files in `folder` ("" = the current one), by these terms. Throws `FileError`.
+    /// For files in `folder` ("" = the current folder). Throws `FileError`.
     StagedOutput(std::string_view folder, OutputTerms terms);
     ~StagedOutput();
     StagedOutput(const StagedOutput&) = delete;
     StagedOutput& operator=(const StagedOutput&) = delete;
 
-    /// Begins the file that will be called `name`, without a folder. Its errors name its later place. Throws
-    /// what `OutputPlace::check` throws of it.
+    /// Creates the file that will be called `name`, without a folder. Its errors contain its final path.
+    /// Throws the errors of `OutputPlace::check`.
     std::unique_ptr<WritableFile> create(std::string_view name);
 
-    /// Moves the files, which were closed, to their places, in the order of their creation. What stands there
-    /// and must not be replaced is an error. Throws as `create` does; what has been moved by then stays.
+    /// Moves the files, which must be closed, to their paths, in the order of their creation. An existing
+    /// file that must not be overwritten is an error. Throws the errors of `create`; files moved before stay.
     void commit();
 
 private:

@@ -22,7 +22,7 @@ ResourceFolders foldersOfThisProcess() {
     std::string_view rest = variable && *variable ? variable : "/usr/local/share:/usr/share";
     while (!rest.empty()) {
         const std::filesystem::path folder = rest.substr(0, rest.find(':'));
-        if (folder.is_absolute()) folders.push_back((folder / folderName).string());  // others are not valid
+        if (folder.is_absolute()) folders.push_back((folder / folderName).string());  // else invalid
         rest.remove_prefix(std::min(rest.size(), folder.native().size() + 1));
     }
     return folders;

@@ -16,15 +16,13 @@ using ResourceFolders = std::vector<std::string>;
 const ResourceFolders& standardResourceFolders();
 
 /// Returns the path of the resource file "NAME.EXTENSION" in the first folder that has it; nothing if none
-/// does.
-/// `name` may begin with folders ("sounds/Logs Accessed").
+/// does. `name` may begin with folders ("sounds/Logs Accessed").
 std::optional<std::string> resourcePath(std::string_view name, std::string_view extension,
                                         const ResourceFolders& folders = standardResourceFolders());
 
 /// Returns the folder that the application shares with companion tools: "zebmaker" in the user's data
-/// directory
-/// ($XDG_DATA_HOME or ~/.local/share, XDG base directories; on macOS ~/Library/Application Support). It need
-/// not exist. Returns nothing if the environment names no absolute path.
+/// directory ($XDG_DATA_HOME or ~/.local/share, XDG base directories; on macOS ~/Library/Application
+/// Support). It may be missing. Returns nothing if the environment contains no absolute path.
 std::optional<std::string> applicationGroupContainer();
 
 }  // namespace zeb

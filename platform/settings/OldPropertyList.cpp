@@ -13,7 +13,7 @@
 namespace zeb::propertyList {
 namespace {
 
-constexpr char32_t end = 0xFFFFFFFF;  ///< no character, stands behind the last
+constexpr char32_t end = 0xFFFFFFFF;  ///< no character; marks the end of the text
 
 /// The upper half of the NeXTSTEP character set.
 constexpr std::array<char16_t, 128> nextStepSet = {
@@ -28,13 +28,13 @@ constexpr std::array<char16_t, 128> nextStepSet = {
     0x0141, 0x00D8, 0x0152, 0x00BA, 0x00F2, 0x00F3, 0x00F4, 0x00F5, 0x00F6, 0x00E6, 0x00F9, 0x00FA, 0x00FB,
     0x0131, 0x00FC, 0x00FD, 0x0142, 0x00F8, 0x0153, 0x00DF, 0x00FE, 0x00FF, 0xFFFD, 0xFFFD};
 
-/// Three octal digits can say more than a byte; the uppermost bit is lost then.
+/// Converts a byte of the NeXTSTEP set. Three octal digits can exceed a byte; the highest bit is dropped.
 char32_t fromNextStep(unsigned code) {
     const unsigned byte = code & 0xFF;
     return byte < 0x80 ? byte : nextStepSet.at(byte - 0x80);
 }
 
-/// UTF-16 units to characters; a surrogate without its partner becomes U+FFFD.
+/// Converts UTF-16 units to characters; a surrogate without its partner becomes U+FFFD.
 std::u32string joinSurrogates(const std::u32string& units) {
     std::u32string characters;
     for (std::size_t i = 0; i < units.size(); ++i) {

@@ -8,7 +8,8 @@
 
 namespace zeb {
 
-/// Thrown for bytes that are no property list, or one beyond the limits below. The text describes the error.
+/// Thrown for bytes that are not a property list, or for a list beyond the limits below. The text describes
+/// the error.
 class PropertyListError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -53,8 +53,8 @@ private:
         return true;
     }
 
-    /// To `end`. Brackets that would be read differently with and without regard to quotes do not pass, nor
-    /// does the one that begins declarations of entities.
+    /// Skips to `end`. Rejects `<` and `>`, which parsers may or may not treat as quoted, and `[`, which
+    /// begins entity declarations.
     void skipQuoting(std::string_view end) {
         const std::size_t place = m_rest.find(end);
         require(place != std::string_view::npos);
@@ -63,7 +63,7 @@ private:
         while (true) {
             const std::size_t opening = inside.find_first_of("\"'");
             if (opening == std::string_view::npos) break;
-            // A quote of the other kind inside might count or not, depending on the reader.
+            // Parsers differ on a quote of the other kind inside quotes, so reject it.
             const std::size_t closing = inside.find_first_of("\"'", opening + 1);
             require(closing != std::string_view::npos && inside[closing] == inside[opening]);
             inside.remove_prefix(closing + 1);
@@ -102,7 +102,7 @@ private:
     std::size_t m_count = 0;
 };
 
-/// Big-endian, up to 8 bytes.
+/// Reads a big-endian number of up to 8 bytes.
 std::uint64_t number(std::span<const std::uint8_t> bytes) {
     std::uint64_t value = 0;
     for (const std::uint8_t byte : bytes)
@@ -136,17 +136,17 @@ public:
 private:
     static constexpr std::size_t signatureSize = 8;
     static constexpr std::size_t trailerSize = 32;
-    /// Of shared values, which are built once for each place where they stand.
+    /// Limit for shared values: the library builds one copy per reference.
     static constexpr std::uint64_t largestExpansion = 4 * largestSize;
 
-    /// What an object takes with everything in it.
+    /// Size of an object including its children.
     struct Extent {
         std::uint64_t count = 1;
         std::uint64_t bytes = 0;
         int height = 1;
     };
     struct Known {
-        bool isOpen = false;  ///< on the way from the top to the object at hand
+        bool isOpen = false;  ///< on the path from the root to the current object
         std::optional<Extent> extent;
     };
 
@@ -194,7 +194,7 @@ private:
         if (isContainer) return extentOfReferences(rest, kind == 0xD ? Pairs::yes : Pairs::no, size, depth);
         const std::uint64_t unit = kind == 0x6 ? 2 : 1;
         require(size <= rest.size() / unit);
-        // The library would change such texts, and keys with them, each time that it writes them.
+        // The library would change such texts, and keys with them, each time it writes the list.
         if (kind == 0x5) requireASCII(rest.first(static_cast<std::size_t>(size)));
         if (kind == 0x6) requireUTF16(rest.first(static_cast<std::size_t>(2 * size)));
         return {1, size * unit, 1};
@@ -213,7 +213,7 @@ private:
         require(!isInPair);
     }
 
-    /// A size that stands in a whole number behind its object's first byte.
+    /// Reads a size that is stored as a whole number after its object's first byte.
     static std::uint64_t longSize(std::span<const std::uint8_t>& rest) {
         require(!rest.empty() && rest[0] >> 4 == 0x1 && (rest[0] & 0xF) <= 3);
         const std::size_t bytes = std::size_t{1} << (rest[0] & 0xF);
@@ -234,7 +234,7 @@ private:
             sum.count += part.count;
             sum.bytes += part.bytes;
             sum.height = std::max(sum.height, part.height + 1);
-            // At once, so that the look costs little even where many objects lie on the same bytes.
+            // Check after each element, so that many objects on the same bytes cost little time.
             if (sum.count > largestCount || sum.bytes > largestExpansion)
                 throw PropertyListError("too many values");
         }

@@ -8,7 +8,7 @@ namespace zeb::propertyList {
 
 /// Validates a property list before libplist parses it: libplist allocates all declared values at once and
 /// recurses without a limit. Both functions throw `PropertyListError` for a list beyond the limits of
-/// `PropertyList.h`. Bytes that pass may still be no property list.
+/// `PropertyList.h`. Bytes that pass need not be a valid property list.
 
 /// Checks XML: elements of property lists only, no attributes except on <plist>, no declarations.
 void checkXML(std::string_view text);

@@ -24,7 +24,7 @@ struct Free {
 template <typename T>
 using Allocated = std::unique_ptr<T, Free>;
 
-/// The library ends a text at its first zero byte, and writes control characters as they are.
+/// Repairs a text. The library ends a text at its first zero byte and writes control characters unchanged.
 std::string asXMLText(const std::string& text) {
     std::string clean;
     for (const char32_t character : decodeUTF8(text)) {
@@ -73,7 +73,7 @@ plist_t makeNode(const PropertyValue& value) {
     return checked(std::visit(NodeMaker{}, value.value()));
 }
 
-/// The library keeps whether a number has a sign to itself, except in what it writes.
+/// The library has no function for the sign of a number; only its written form shows it.
 PropertyValue numberOf(plist_t node) {
     std::uint64_t bits = 0;
     plist_get_uint_val(node, &bits);
@@ -120,7 +120,7 @@ PropertyValue dictionaryOf(plist_t node, int depth) {
 }
 
 std::optional<PropertyValue> valueOf(plist_t node, int depth) {
-    assert(depth <= propertyList::greatestDepth + 1);  // the look before parsing has seen to it
+    assert(depth <= propertyList::greatestDepth + 1);  // guaranteed by the checks before parsing
     switch (plist_get_node_type(node)) {
         case PLIST_BOOLEAN: {
             std::uint8_t truth = 0;
@@ -229,7 +229,7 @@ PropertyData PropertyListTree::bytes() const {
     const Allocated<char> owner(written);
     if (written == nullptr) throw PropertyListError("cannot be written");
     PropertyData bytes(written, written + size);
-    // What could not be read again would be lost.
+    // Parse the result: bytes that cannot be read again would be lost.
     parse(bytes);
     return bytes;
 }

@@ -16,8 +16,8 @@ using PropertyArray = std::vector<PropertyValue>;
 using PropertyDictionary = std::map<std::string, PropertyValue, std::less<>>;
 using PropertyData = std::vector<std::uint8_t>;
 
-/// A value as property lists hold them: a whole number, a real number, a boolean, a text (UTF-8), bytes, an
-/// array or a dictionary. Property lists have other, rare kinds, such as dates, which are not among them.
+/// A value of a property list: a whole number, a real number, a boolean, a text (UTF-8), bytes, an array or a
+/// dictionary. Rare kinds, such as dates, are not supported.
 class PropertyValue {
 public:
     using Value = std::variant<std::int64_t, double, bool, std::string, PropertyData, PropertyArray,
@@ -33,7 +33,7 @@ public:
     PropertyValue(PropertyArray array) : m_value(std::move(array)) {}
     PropertyValue(PropertyDictionary dictionary) : m_value(std::move(dictionary)) {}
 
-    /// The value as a T, one of the kinds above; nullptr when it is of another kind.
+    /// Returns the value as a T, one of the kinds above; nullptr if it is of another kind.
     template <typename T>
     const T* as() const {
         return std::get_if<T>(&m_value);

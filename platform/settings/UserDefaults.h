@@ -20,7 +20,7 @@ class UserDefaults {
 public:
     virtual ~UserDefaults() = default;
 
-    /// Returns the value of `key`; nothing if there is none.
+    /// Returns the value of `key`; nothing for an absent key.
     virtual std::optional<PropertyValue> object(std::string_view key) const = 0;
     /// Returns all keys with their values.
     virtual PropertyDictionary dictionaryRepresentation() const = 0;

@@ -12,17 +12,17 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t framesAtOnce = 512;
-constexpr int fadesPerSecond = 200;  // a stopped source is gone after 5 ms, too slow for a click
+constexpr int fadesPerSecond = 200;  // a stopped source fades for 5 ms, to avoid a click
 
 }  // namespace
 
-/// One source as it plays.
+/// A source that is being played.
 class AudioMixer::Voice {
 public:
     Voice(std::shared_ptr<AudioSource> source, AudioOutput::Finished finished)
         : m_source(std::move(source)), m_finished(std::move(finished)) {}
 
-    /// Comes before the first `addTo`.
+    /// Must be called before the first `addTo`.
     void setSampleRate(int rate) {
         m_converter.reset();
         m_rate = rate;
@@ -33,7 +33,7 @@ public:
     bool plays(const AudioSource& source) const { return m_source.get() == &source; }
     void fadeOut() { m_isFading = true; }
 
-    /// Adds to `samples`; false when this was the end.
+    /// Adds the next frames to `samples`; returns false if the source has ended.
     bool addTo(std::span<float> samples) {
         const int sourceRate = m_source->sampleRate();
         if (m_converter)
@@ -120,7 +120,7 @@ std::vector<std::unique_ptr<AudioMixer::Voice>> AudioMixer::takeAll() {
 
 void AudioMixer::render(std::span<float> samples) noexcept {
     std::fill(samples.begin(), samples.end(), 0.0F);
-    std::vector<std::unique_ptr<Voice>> ended;  // told, and freed, without the lock
+    std::vector<std::unique_ptr<Voice>> ended;  // notified and destroyed without the lock
     {
         const std::lock_guard lock(m_mutex);
         if (m_isSuspended) return;

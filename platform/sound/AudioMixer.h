@@ -35,10 +35,10 @@ public:
     /// Removes all sources without a report.
     void clear();
 
-    /// Fills `samples` (interleaved left and right) and reports the end of sources that ended in it.
+    /// Fills `samples` (interleaved left and right) and calls `finished` of the sources that ended in it.
     void render(std::span<float> samples) noexcept;
 
-    /// Whether a source plays or waits.
+    /// Returns true if a source plays or waits.
     bool isPlaying() const;
     /// Frames rendered since the last source ended.
     std::int64_t silentFrames() const;

@@ -13,10 +13,10 @@ namespace {
 constexpr int halfWidth = 32;                // source frames on either side, at full bandwidth
 constexpr int phases = 256;                  // positions between two source frames in the table
 constexpr double kaiserBeta = 8.5;           // side lobes at -84 dB
-constexpr double leastBandwidth = 1.0 / 64;  // bounds the kernel for rates that are worlds apart
-constexpr std::size_t framesAtOnce = 512;    // pulled from the source
+constexpr double leastBandwidth = 1.0 / 64;  // limits the kernel's size for very different rates
+constexpr std::size_t framesAtOnce = 512;    // read from the source
 
-/// The modified Bessel function of the first kind and order 0.
+/// Returns the modified Bessel function of the first kind and order 0.
 double bessel(double x) {
     double sum = 1;
     double term = 1;
@@ -34,8 +34,8 @@ double sinc(double x) {
 
 }  // namespace
 
-/// The weights of the source frames for each phase. Between phases they are interpolated linearly, which is
-/// off by less than -100 dB.
+/// The weights of the source frames for each phase. Between phases they are interpolated linearly, with an
+/// error below -100 dB.
 class RateConverter::Kernel {
 public:
     explicit Kernel(double bandwidth)
@@ -54,12 +54,12 @@ public:
                 row[tap] = static_cast<float>(weight);
                 sum += weight;
             }
-            for (std::size_t tap = 0; tap < taps(); ++tap)  // a constant stays what it is
+            for (std::size_t tap = 0; tap < taps(); ++tap)  // normalised: keeps constants
                 row[tap] = static_cast<float>(row[tap] / sum);
         }
     }
 
-    /// Tables are kept: all conversions upwards share one, and a device has few rates.
+    /// Kernels are cached: all conversions upwards share one, and a device has few rates.
     static std::shared_ptr<const Kernel> forBandwidth(double bandwidth) {
         static std::mutex mutex;
         static std::map<double, std::shared_ptr<const Kernel>> kernels;
@@ -70,7 +70,7 @@ public:
     }
 
     std::size_t taps() const { return 2 * static_cast<std::size_t>(m_half); }
-    /// Frames that lie left of the position's own.
+    /// Number of frames before the frame at the position.
     std::size_t before() const { return static_cast<std::size_t>(m_half - 1); }
 
     void apply(const float* frames, double fraction, float& left, float& right) const {
@@ -118,10 +118,10 @@ std::size_t RateConverter::render(AudioSource& source, std::span<float> samples)
     return frames;
 }
 
-/// Makes the window reach beyond the kernel; false when the position is behind the source's last frame.
+/// Fills the window beyond the kernel; returns false if the position is past the source's last frame.
 bool RateConverter::fill(AudioSource& source) noexcept {
     while (m_left + m_kernel->taps() > m_filled) {
-        if (m_left > 0) {  // what the kernel has passed makes room
+        if (m_left > 0) {  // drop the frames before the kernel
             const std::size_t passed = std::min(m_left, m_filled);
             std::copy(m_window.begin() + static_cast<std::ptrdiff_t>(2 * passed),
                       m_window.begin() + static_cast<std::ptrdiff_t>(2 * m_filled), m_window.begin());

@@ -15,8 +15,8 @@ struct SampledSound {
     std::vector<float> samples;  ///< interleaved left and right
 };
 
-/// Returns the tone that tells of an error: a note with a little of its third harmonic that swells within a
-/// few milliseconds and dies away. Many desktops have no bell, or keep it silent.
+/// Returns the error sound: a note with some of its third harmonic, with an attack of a few milliseconds and
+/// a decay. Many desktops have no bell or mute it.
 SampledSound errorTone();
 
 /// Plays a sound once from start to end. Several sources may share one sound.

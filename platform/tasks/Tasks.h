@@ -14,7 +14,7 @@ enum class TaskPriority {
     utility,        ///< lower than all other work
 };
 
-/// Work in the background. Copies are handles of the same task; destroying them does not end the task.
+/// Handle of background work. Copies refer to the same task; destroying them does not end the task.
 class Task {
 public:
     explicit Task(std::stop_source source) : m_source(std::move(source)) {}

@@ -9,7 +9,7 @@
 namespace zeb {
 
 ThreadTasks::~ThreadTasks() {
-    // All are asked before the first is waited for.
+    // Request all stops before the first join.
     for (Running& task : m_running)
         task.thread.request_stop();
 }
@@ -21,7 +21,7 @@ Task ThreadTasks::start(TaskPriority priority, Work work) {
         std::jthread([&task, priority, work = std::move(work)](const std::stop_token& token) mutable {
             if (priority == TaskPriority::utility) giveWayToOtherThreads();
             work(token);
-            work = nullptr;  // what it holds is gone before the task counts as ended
+            work = nullptr;  // destroys the captured state before the task counts as ended
             task.hasEnded = true;
         });
     return Task(task.thread.get_stop_source());

@@ -5,8 +5,8 @@
 
 namespace zeb {
 
-/// Returns what a person reads about `error`, in the language in use (TextLocale.h): the text of a
-/// `LocalizableError`, of missing memory and of a system error; `what()` of any other error.
+/// Returns the text of `error` for the user, in the current language (LocalizedText.h): the text of a
+/// `LocalizableError`, of a failed allocation and of a system error; `what()` of any other error.
 std::string errorText(const std::exception& error);
 
 /// Returns the same for the exception that is being handled. Called in a `catch` block only.

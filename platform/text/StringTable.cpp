@@ -10,7 +10,7 @@ class Scanner {
 public:
     explicit Scanner(std::string_view source) : m_rest(source) {}
 
-    /// Skips blanks and comments; true when something follows them.
+    /// Skips blanks and comments; returns true if more text follows.
     bool skipToNext() {
         while (!m_rest.empty()) {
             if (m_rest.starts_with("//")) {

@@ -9,8 +9,8 @@ namespace zeb {
 /// Returns the system's own text for an error number (errno). Callable from any thread.
 std::string systemErrorDescription(int errorNumber);
 
-/// Returns what a person reads about an error number: a text of the string tables for those that occur with
-/// files, disks and processes; the system's own text for the others.
+/// Returns the text of an error number for the user: a text of the string tables for errors of files, disks
+/// and processes; the system's text for the others.
 KeyedText systemErrorText(int errorNumber);
 
 }  // namespace zeb

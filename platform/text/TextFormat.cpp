@@ -12,10 +12,10 @@ namespace {
 
 constexpr int defaultPrecision = 6;
 
-/// One specifier at the start of a text.
+/// A specifier at the start of a text.
 struct Specifier {
     std::size_t length = 0;               ///< in characters, per cent sign included
-    std::optional<std::size_t> position;  ///< of its argument from 1, when it names one
+    std::optional<std::size_t> position;  ///< number of its argument from 1, if stated
     int precision = defaultPrecision;
 };
 
@@ -23,7 +23,7 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-/// Takes up to two digits off the front; nothing when there are none or more.
+/// Removes one or two digits from the front and returns their number; nothing for none or more digits.
 std::optional<int> takeNumber(std::string_view& text) {
     std::size_t digits = 0;
     int number = 0;
@@ -36,7 +36,7 @@ std::optional<int> takeNumber(std::string_view& text) {
     return number;
 }
 
-/// The specifier that `text`, which starts with a per cent sign, starts with; nothing when it is none.
+/// Returns the specifier at the start of `text`, which starts with a per cent sign; nothing if it is invalid.
 std::optional<Specifier> specifierAt(std::string_view text) {
     Specifier specifier;
     std::string_view rest = text.substr(1);
@@ -73,8 +73,8 @@ struct ArgumentText {
 
     std::string operator()(std::int64_t number) const { return std::to_string(number); }
     std::string operator()(double number) const {
-        // Room for the largest double, 309 digits, and 99 decimals. Unlike printf this knows no locale, which
-        // a user-interface library may have set for the whole process.
+        // Size for the largest double, 309 digits, and 99 decimals. Unlike printf, this ignores the locale,
+        // which a user-interface library may have set for the process.
         std::array<char, 512> buffer{};
         const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
                                        std::chars_format::fixed, precision);

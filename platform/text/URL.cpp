@@ -12,7 +12,7 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-// Characters are judged as ASCII, whatever the locale says.
+// Characters are classified as ASCII, independent of the locale.
 bool isDecimalDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -49,14 +49,14 @@ bool isUnreserved(char c) {
     return isLetter(c) || isDecimalDigit(c) || std::string_view("-._~").find(c) != npos;
 }
 
-// What a part may hold besides unreserved characters and escapes.
+// Allowed characters of a part, besides unreserved characters and escapes.
 constexpr std::string_view hostCharacters = "!$&'()*+,;=";
 constexpr std::string_view userInfoCharacters = "!$&'()*+,;=:";
 constexpr std::string_view pathCharacters = "!$&'()*+,;=:@/";
 constexpr std::string_view queryCharacters = "!$&'()*+,;=:@/?";
 
 enum class PercentSigns {
-    beginEscapes,  ///< and stay where they do
+    beginEscapes,  ///< existing escapes are kept
     areThemselves,
 };
 
@@ -98,7 +98,7 @@ struct Parts {
     std::string_view path;
 };
 
-/// What follows the first `delimiter`, which is cut off `text` with it; nothing when there is none.
+/// Removes the first `delimiter` and the rest from `text` and returns the rest; nothing without a delimiter.
 std::optional<std::string_view> cutTail(std::string_view& text, char delimiter) {
     const std::size_t at = text.find(delimiter);
     if (at == npos) return std::nullopt;
@@ -108,7 +108,7 @@ std::optional<std::string_view> cutTail(std::string_view& text, char delimiter) 
 }
 
 void splitAuthority(std::string_view authority, Parts& parts) {
-    // The last "@" counts: otherwise a name before it could pass for the host.
+    // Split at the last "@": otherwise a user name could be taken for the host.
     if (const std::size_t at = authority.rfind('@'); at != npos) {
         parts.userInfo = authority.substr(0, at);
         authority.remove_prefix(at + 1);
@@ -119,7 +119,7 @@ void splitAuthority(std::string_view authority, Parts& parts) {
     if (colon != npos) parts.port = authority.substr(colon + 1);
 }
 
-/// RFC 3986, section 3 and appendix B.
+/// Splits a URL as in RFC 3986, section 3 and appendix B.
 Parts split(std::string_view text) {
     Parts parts;
     if (const std::size_t end = text.find_first_of(":/?#"); end != npos && text[end] == ':') {
@@ -166,8 +166,7 @@ bool isIPv4(std::string_view text) {
     return numbers == 4;
 }
 
-/// How many 16-bit groups the side of an IPv6 address before or after its "::" has; nothing when it is
-/// malformed.
+/// Returns the number of 16-bit groups of an IPv6 address before or after its "::"; nothing if malformed.
 std::optional<int> countGroups(std::string_view side, bool mayEndInIPv4) {
     if (side.empty()) return 0;
     int count = 0;
@@ -192,7 +191,8 @@ bool isIPv6(std::string_view text) {
     return before && after && *before + *after <= 7;
 }
 
-/// "[...]": an IPv6 address, perhaps with a zone (RFC 6874), or an address of a future version.
+/// Returns true for "[...]" with an IPv6 address, perhaps with a zone (RFC 6874), or an address of a future
+/// version.
 bool isIPLiteral(std::string_view text) {
     if (text.size() < 2 || text.front() != '[' || text.back() != ']') return false;
     std::string_view address = text.substr(1, text.size() - 2);
@@ -216,7 +216,8 @@ bool isHost(std::string_view text) {
     return text.find_first_of("[]") == npos || isIPLiteral(text);
 }
 
-/// RFC 3986, section 5.2.4, on a path of the file system; "" stands for none, never for the current folder.
+/// Removes dot segments as in RFC 3986, section 5.2.4, from a file path. "" is no path, not the current
+/// folder.
 std::string withoutDetours(std::string_view path) {
     const bool isAbsolute = path.starts_with('/');
     std::vector<std::string_view> pieces;
@@ -279,7 +280,7 @@ URL URL::forFile(std::string_view path) {
     if (!path.starts_with('/')) {
         std::error_code error;
         whole = std::filesystem::current_path(error).string();
-        // A current folder that has been removed has no path; then the name has to do.
+        // A removed current folder has no path: keep the relative path.
         if (error || whole.empty()) return URL("file:" + escapedPath(path));
         if (!path.empty() && !whole.ends_with('/')) whole += '/';
     }

@@ -12,14 +12,14 @@ struct Decoded {
     std::size_t length = 1;
 };
 
-/// The first character of `text`, which is not empty.
+/// Decodes the first character of `text`, which is not empty.
 Decoded decodeFirst(std::string_view text) {
     const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned char lead = byteAt(0);
     if (lead < 0x80) return {lead, 1};
     if (lead < 0xC2 || lead > 0xF4) return {};
     const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    // The second byte's range shuts out overlong forms, surrogates and what lies beyond U+10FFFF.
+    // The second byte's range excludes overlong forms, surrogates and values above U+10FFFF.
     unsigned char lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     unsigned char highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
     char32_t character = lead & (0x7Fu >> length);
@@ -73,7 +73,7 @@ std::string repairedUTF8(std::string text) {
 namespace {
 
 // The characters with the property White_Space, in UTF-8 (Unicode 15, PropList.txt), and the zero width
-// space, which text frameworks count among them.
+// space, which text frameworks treat as white space.
 constexpr std::array<std::string_view, 26> whiteSpace = {
     " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085", "\u00a0", "\u1680",
     "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007", "\u2008",

@@ -12,13 +12,13 @@ inline constexpr char32_t replacementCharacter = 0xFFFD;
 /// 3.9).
 std::u32string decodeUTF8(std::string_view text);
 
-/// Appends one character; a surrogate or a value above U+10FFFF is appended as U+FFFD.
+/// Appends one character; replaces a surrogate or a value above U+10FFFF by U+FFFD.
 void appendUTF8(std::string& text, char32_t character);
 
 /// Returns `text` with ill-formed sequences replaced by U+FFFD.
 std::string repairedUTF8(std::string text);
 
-/// `text` (UTF-8) without the white space and line breaks (the Unicode property White_Space) at its ends.
+/// Returns `text` (UTF-8) without the white space and line breaks (Unicode property White_Space) at its ends.
 std::string_view trimmed(std::string_view text);
 
 }  // namespace zeb

@@ -11,10 +11,10 @@
 namespace zeb {
 namespace {
 
-/// A picture on the very bytes of a frame, which live as long as it.
+/// Returns a picture that shares the bytes of a frame and keeps the frame alive.
 QImage imageOn(const ZEBPlayerModel::Image& frame) {
     auto* owner = new ZEBPlayerModel::Image(frame);
-    // Blue, green, red, alpha: on little-endian machines that is what this format means.
+    // On little-endian machines this format is the byte order blue, green, red, alpha.
     return {frame->pixels.data(),
             frame->width,
             frame->height,

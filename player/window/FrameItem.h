@@ -8,7 +8,7 @@
 
 namespace zeb {
 
-/// Shows a player's frame: whole, its aspect kept, its pixels sharp at every size. Black where there is none.
+/// Shows the whole frame of a player with its aspect ratio kept and without smoothing. Black without a frame.
 class FrameItem : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -20,8 +20,8 @@ public:
     ZEBPlayerModel* player() const { return m_player; }
     void setPlayer(ZEBPlayerModel* player);
 
-    /// Where a frame of `frame` pixels is drawn in an area: as large as it fits, in the middle, its corner on
-    /// a whole device pixel; at a whole multiple of its size when the area allows one within a device pixel.
+    /// Returns where a frame of `frame` pixels is drawn in an area: as large as possible, centred, the corner
+    /// on a whole device pixel. Uses an integer scale if the frame then fills the area within a device pixel.
     static QRectF placeOf(QSizeF frame, QSizeF area, double devicePixelRatio);
 
 signals:

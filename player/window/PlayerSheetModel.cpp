@@ -43,7 +43,7 @@ PlayerSheetModel::PlayerSheetModel(std::string path, PlayerServices services, Us
 
 PlayerSheetModel::~PlayerSheetModel() = default;
 
-// MARK: What the controls show
+// MARK: State shown by the controls
 
 QString PlayerSheetModel::statusLine() const {
     return oneLine(m_model.statusText());
@@ -83,7 +83,7 @@ QStringList PlayerSheetModel::mode32Labels() const {
     return labels;
 }
 
-// MARK: What is kept
+// MARK: Stored settings
 
 int PlayerSheetModel::storedMode32() const {
     const auto stored = mode32InterpretationFrom(m_defaults.text(mode32Key).value_or(""));
@@ -111,7 +111,7 @@ void PlayerSheetModel::applyStored() {
     m_model.setLooping(storedLoop());
 }
 
-// MARK: What the controls do
+// MARK: Actions of the controls
 
 bool PlayerSheetModel::movieHasChanged() const {
     return files::versionOf(m_path) != m_version;

@@ -21,7 +21,7 @@
 
 namespace zeb {
 
-/// The commands of the application's other windows that a player's keys give as well. An empty one does
+/// Commands of other windows that are also available by keys in a player window. An empty command does
 /// nothing. Called on the main thread.
 struct PlayerCommands {
     std::function<void()> chooseVideo;
@@ -32,10 +32,10 @@ struct PlayerCommands {
     std::function<void(const URL&)> openMovie;
 };
 
-/// `text` with a blank for each line end.
+/// Returns `text` with a space for each line end.
 QString oneLine(QString text);
 
-/// Tells QML about the model, which itself knows nothing of QML.
+/// Registers the model with QML; the model itself does not depend on QML.
 struct PlayerModelForQML {
     Q_GADGET
     QML_FOREIGN(zeb::ZEBPlayerModel)
@@ -43,7 +43,7 @@ struct PlayerModelForQML {
     QML_UNCREATABLE("Every sheet has its own")
 };
 
-/// The logic of a player window's content: what its controls show, and what they do. Main thread.
+/// The logic of a player window's content: the state and the actions of its controls. Main thread.
 class PlayerSheetModel final : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -68,23 +68,23 @@ public:
     static constexpr std::string_view mode32Key = "zeb.player.mode32";
     static constexpr std::string_view loopKey = "zeb.player.loop";
 
-    /// What the close and the converter buttons do.
+    /// Actions of the close and converter buttons.
     struct Actions {
         std::function<void()> close;
         std::function<void()> openMaker;
         PlayerCommands commands;
     };
 
-    /// `path` is the movie's. Services, defaults and notification centre outlive this.
+    /// `path` is the path of the movie. Services, defaults and notification centre outlive the model.
     PlayerSheetModel(std::string path, PlayerServices services, UserDefaults& defaults,
                      NotificationCenter& notifications, Actions actions, QObject* parent = nullptr);
     ~PlayerSheetModel() override;
 
     ZEBPlayerModel* model() { return &m_model; }
 
-    /// The model's status as one line, whatever the movie's title holds.
+    /// The model's status on one line, even if the title of the movie has several.
     QString statusLine() const;
-    /// While the slider is held, time and counter are those of the frame that it is at.
+    /// While the slider is held, time and counter refer to the frame at the slider.
     QString timeText() const;
     QString counterText() const;
     double sliderValue() const;
@@ -97,17 +97,17 @@ public:
     QString modeText() const;
     QStringList mode32Labels() const;
 
-    /// Shared by all player windows and kept: the reading of 16-bit pixels, as its place among the labels,
-    /// and whether to play again and again.
+    /// Stored settings shared by all player windows: the interpretation of 16-bit pixels, as an index into
+    /// the labels, and looping.
     int storedMode32() const;
     void setStoredMode32(int index);
     bool storedLoop() const;
     void setStoredLoop(bool loops);
 
-    /// Whether the file is another one, or has other contents, than when it was opened.
+    /// Whether the file was replaced or modified since it was opened.
     bool movieHasChanged() const;
 
-    /// On appearing, and again with the reload button: opens the movie.
+    /// Opens the movie: when the window appears, and with the reload button.
     Q_INVOKABLE void appear();
     Q_INVOKABLE void disappear();
     Q_INVOKABLE void toBeginning();
@@ -122,15 +122,15 @@ public:
     Q_INVOKABLE void playMovie();
     Q_INVOKABLE void showSettings();
     Q_INVOKABLE void showHelp();
-    /// Between the whole screen and the size that the window had before, maximised or not.
+    /// Switches between full screen and the previous state of the window, maximised or not.
     Q_INVOKABLE void toggleFullScreen(QWindow* window);
-    /// Files dropped on the window: movies are opened.
+    /// Handles files dropped on the window: opens movies.
     Q_INVOKABLE bool takesURLs(const QList<QUrl>& urls) const;
     Q_INVOKABLE void takeDroppedURLs(const QList<QUrl>& urls);
-    /// The slider: nothing is read while it is held; a key moves it and is done.
+    /// Handles the slider: no frame is read while it is held. A key press moves it once.
     Q_INVOKABLE void setScrubbing(bool isScrubbing);
     Q_INVOKABLE void scrubTo(double frame);
-    /// A key (Qt::Key) that no control has taken; true when it means something here.
+    /// Handles a key (Qt::Key) not handled by a control. Returns whether the key has a function here.
     Q_INVOKABLE bool handleKey(int key, int modifiers);
 
 signals:

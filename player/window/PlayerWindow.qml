@@ -20,7 +20,7 @@ ApplicationWindow {
     }
 
     objectName: "ZEBPlayerWindow"
-    // With room for a title bar on small screens.
+    // Leaves room for a title bar on small screens.
     width: Math.max(minimumWidth, Math.min(920, Screen.desktopAvailableWidth))
     height: Math.max(minimumHeight, Math.min(620, Screen.desktopAvailableHeight - 40))
     minimumWidth: 700
@@ -29,7 +29,7 @@ ApplicationWindow {
 
     onClosing: sheetModel.close()
 
-    // The list of colours takes the key for itself.
+    // An open colour list handles Escape itself.
     Shortcut {
         sequences: ["Escape"]
         enabled: !sheet.listIsOpen

@@ -75,7 +75,7 @@ FocusScope {
         event.accepted = sheetModel.handleKey(event.key, event.modifiers)
     }
 
-    // Over the whole screen the picture is alone, but for a while after the mouse or Tab has asked for the controls.
+    // In full screen only the picture is visible. Mouse movement or Tab shows the controls for a while.
     Timer {
         id: attention
 
@@ -86,7 +86,7 @@ FocusScope {
         property point place
 
         cursorShape: controls.isShown ? Qt.ArrowCursor : Qt.BlankCursor
-        // It is told of a mouse that rests, too.
+        // The signal is also sent while the mouse rests.
         onPointChanged: {
             if (point.position === place)
                 return
@@ -330,7 +330,7 @@ FocusScope {
                 property bool keepsKeys
 
                 objectName: "mode32"
-                // Narrower where the window is, so that all else has its room.
+                // Narrower in a narrow window, to leave room for the other controls.
                 Layout.fillWidth: true
                 Layout.minimumWidth: 80
                 Layout.maximumWidth: 160
@@ -345,8 +345,8 @@ FocusScope {
                 ToolTip.delay: 600
                 onActivated: index => sheet.sheetModel.storedMode32 = index
 
-                // The open list has the keys, however it was opened, and gives them back. The window's own keys go
-                // on working: only a list that closes itself with Escape would keep them from it.
+                // The open list takes the keyboard focus, however it was opened, and returns it when closed.
+                // The shortcuts of the window keep working, because the list does not handle Escape itself.
                 popup.width: Math.max(width, 160)
                 popup.closePolicy: Popup.CloseOnPressOutsideParent
                 popup.onAboutToShow: {

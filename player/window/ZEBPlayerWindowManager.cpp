@@ -14,7 +14,7 @@
 namespace zeb {
 namespace {
 
-/// What a window leaves of its screen on each side when it is in the middle.
+/// Returns the space between a centred window and the edges of its screen.
 QPoint margins(const QWindow& window) {
     const QSize room = (window.screen()->availableSize() - window.size()) / 2;
     return {room.width(), room.height()};
@@ -24,10 +24,10 @@ QPoint middlePlace(const QWindow& window) {
     return window.screen()->availableGeometry().topLeft() + margins(window);
 }
 
-/// How far a window is moved aside for another one, so that both title bars can be seen.
+/// Offset between two windows, so that both title bars are visible.
 constexpr int step = 32;
 
-/// Menus, tool tips and the like go with their windows.
+/// Excludes menus, tool tips and other windows that belong to a window.
 bool isProperWindow(const QWindow& window) {
     return window.type() == Qt::Window && window.transientParent() == nullptr;
 }
@@ -35,8 +35,8 @@ bool isProperWindow(const QWindow& window) {
 }  // namespace
 
 ZEBPlayerWindowManager::ZEBPlayerWindowManager(Services services) : m_services(std::move(services)) {
-    // Where Qt cannot wait for the screen it waits 5 ms before it draws what has changed. Pictures have their
-    // moments already.
+    // Without vertical synchronisation Qt waits 5 ms before it draws an update. The player already times its
+    // frames.
     if (!qEnvironmentVariableIsSet("QT_QPA_UPDATE_IDLE_TIME")) qputenv("QT_QPA_UPDATE_IDLE_TIME", "1");
 }
 
@@ -62,7 +62,7 @@ void ZEBPlayerWindowManager::openPlayer(const URL& url, bool hideMaker) {
     auto* window = qobject_cast<QQuickWindow*>(
         component.createWithInitialProperties({{"sheetModel", QVariant::fromValue(sheet)}}));
     if (!window) qFatal("%s", qPrintable(component.errorString()));
-    // The sheet goes with its window, after the items that show it.
+    // Destroy the sheet after its window, whose items use it.
     QObject::connect(window, &QObject::destroyed, sheet, &QObject::deleteLater);
     window->setTitle(oneLine(QString::fromStdString(std::string(nameWithoutExtension(movie.path())))));
     window->setPosition(freePlace(*window));
@@ -72,7 +72,7 @@ void ZEBPlayerWindowManager::openPlayer(const URL& url, bool hideMaker) {
     if (hideMaker) hideMakerWindows(window);
 }
 
-/// In the middle of the screen, or as many steps aside as it takes not to cover another player exactly.
+/// Returns the centre of the screen, moved by as many steps as needed not to cover another player exactly.
 QPoint ZEBPlayerWindowManager::freePlace(const QWindow& window) const {
     const QPoint middle = middlePlace(window);
     const QPoint furthest = margins(window);
@@ -103,7 +103,7 @@ void ZEBPlayerWindowManager::closeWindow(const std::string& key) {
 
 void ZEBPlayerWindowManager::hideMakerWindows(QQuickWindow* kept) {
     orderOutMakerWindows(kept);
-    // A desktop may bring a converter window forward again while the new one is being activated.
+    // Some desktops raise a converter window again while the new window is being activated.
     for (const int milliseconds : {100, 400, 900}) {
         m_services.player.mainActor.postAfter(
             std::chrono::milliseconds(milliseconds),

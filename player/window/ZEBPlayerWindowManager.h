@@ -17,10 +17,10 @@ class QQmlEngine;
 
 namespace zeb {
 
-/// The player windows: one for each movie. Main thread.
+/// The player windows, one per movie. Main thread.
 ///
-/// Windows are told apart by their object names: player windows are called "ZEBPlayerWindow", a converter
-/// window made here "ZEBMakerMainWindow"; everything else is some other window of the application's.
+/// Windows are identified by object name: player windows are "ZEBPlayerWindow", a converter window made here
+/// is "ZEBMakerMainWindow". All others are other windows of the application.
 class ZEBPlayerWindowManager {
 public:
     static constexpr const char* playerWindowName = "ZEBPlayerWindow";
@@ -31,7 +31,7 @@ public:
         PlayerServices player;
         UserDefaults& defaults;
         NotificationCenter& notifications;
-        /// Makes a converter window, hidden, when there is none to bring forward.
+        /// Makes a hidden converter window if none exists.
         std::function<QQuickWindow*()> makeMakerWindow;
         PlayerCommands commands = {};
     };
@@ -41,11 +41,11 @@ public:
     ZEBPlayerWindowManager(const ZEBPlayerWindowManager&) = delete;
     ZEBPlayerWindowManager& operator=(const ZEBPlayerWindowManager&) = delete;
 
-    /// Opens a movie in a window of its own, or brings the window forward that shows it already; that one
-    /// opens the file again if it has changed since. With `hideMaker` all windows that are no player windows
-    /// go, and are brought back by `showMaker` only.
+    /// Opens a movie in a new window, or brings forward the window that already shows it, which reloads the
+    /// file if it has changed. With `hideMaker`, hides all windows except player windows until `showMaker` is
+    /// called.
     void openPlayer(const URL& url, bool hideMaker);
-    /// Ends what `hideMaker` has begun: a converter window that is shown from now on stays.
+    /// Ends the effect of `hideMaker`: converter windows shown from now on stay visible.
     void stopHidingMaker();
     /// Brings a converter window forward.
     void showMaker();
@@ -66,7 +66,7 @@ private:
     Services m_services;
     std::map<std::string, Player> m_windows;  ///< by the movie's standardised URL
     QPointer<QQuickWindow> m_makerWindow;
-    std::shared_ptr<const bool> m_hidesMaker = std::make_shared<const bool>(true);  ///< while it lives
+    std::shared_ptr<const bool> m_hidesMaker = std::make_shared<const bool>(true);  ///< reset to stop
 };
 
 }  // namespace zeb

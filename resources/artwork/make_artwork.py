@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Makes the artwork that is not drawn by hand: the icons, the window's background and the welcome animation.
+"""Generates the artwork: the icons, the window's background and the welcome animation.
 
-    python3 resources/artwork/make_artwork.py ZEB [FOLDER]   writes it (default: beside this file)
+    python3 resources/artwork/make_artwork.py ZEB [FOLDER]   writes it (default: into the folder of this file)
 
 ZEB is the command-line program, whose Mode 4 dithering makes the background; ffmpeg packs frames and pictures.
-Nothing is random, so the same pictures come out every time. Everything keeps to the QL's four colours, black, red,
-green and white; the icons soften them a little.
+Nothing is random, so the pictures are reproducible. All pictures use the QL's four colours, black, red, green and
+white; the icons use softer shades of them.
 """
 
 import math
@@ -18,10 +18,10 @@ BLACK, RED, GREEN, WHITE = range(4)
 COLOURS = ((12, 13, 16), (232, 40, 44), (24, 190, 84), (250, 250, 246))
 
 
-# Shapes: lists of points, in the icon's units or in pixels.
+# Shapes: lists of points, in the units of the icon or in pixels.
 
 def clip(shape, a, b, c):
-    """The part of a convex shape where a*x + b*y >= c."""
+    """Returns the part of a convex shape where a*x + b*y >= c."""
     kept = []
     for (x0, y0), (x1, y1) in zip(shape, shape[1:] + shape[:1]):
         d0, d1 = a * x0 + b * y0 - c, a * x1 + b * y1 - c
@@ -34,7 +34,7 @@ def clip(shape, a, b, c):
 
 
 def rounded(shape, radius, steps=8):
-    """A convex shape with its corners rounded."""
+    """Returns a convex shape with rounded corners."""
     result = []
     count = len(shape)
     for i, (x, y) in enumerate(shape):
@@ -56,11 +56,11 @@ def path(shape):
 
 
 def striped_triangle(left, right, top, bottom, slant, gap, corner):
-    """The play symbol as a zebra wears it: cut into three by slanted gaps."""
+    """Returns the play symbol with zebra stripes: cut into three parts by slanted gaps."""
     triangle = rounded([(left, top), (right, (top + bottom) / 2), (left, bottom)], corner)
     height = (bottom - top) / 3
     for band in range(3):
-        # slant: how far a cut rises from the left edge to the right corner
+        # slant: height difference of a cut between the left edge and the right corner
         rise = slant / (right - left)
         shape = triangle
         if band > 0:
@@ -89,7 +89,7 @@ def icon():
             '  <rect x="10" y="10" width="236" height="236" rx="50" fill="url(#ground)"/>',
             '  <path d="M60 12h136a48 48 0 0 1 47 40a46 46 0 0 0-46-36h-138a46 46 0 0 0-46 36a48 48 0 0 1 47-40z" '
             'fill="#fff" fill-opacity=".22"/>']
-    # Perforations of a film on either side, on whole pixels at 16, 32 and 64.
+    # Film perforations on both sides, aligned to whole pixels at 16, 32 and 64.
     for x, colour in ((26, "red"), (206, "green")):
         for y in (48, 96, 144, 192):
             out.append(f'  <rect x="{x}" y="{y - 8}" width="24" height="32" rx="6" fill="url(#{colour})"/>')
@@ -116,7 +116,7 @@ def document_icon():
 # Pictures: rows of colour numbers, filled span by span.
 
 def spans(shapes, height):
-    """For each row the spans that shapes together cover, by the even-odd rule."""
+    """Returns, for each row, the spans covered by all shapes, by the even-odd rule."""
     crossings = [[] for _ in range(height)]
     for shape in shapes:
         for (x0, y0), (x1, y1) in zip(shape, shape[1:] + shape[:1]):
@@ -136,7 +136,7 @@ def overlap(some, others):
 
 
 def shrunk(rows, rim):
-    """What is left of spans when a rim is cut away all around."""
+    """Returns the spans without a rim of width `rim` on all sides."""
     result = []
     for y in range(len(rows)):
         left = rows[y]
@@ -152,7 +152,7 @@ def ring(cx, cy, rx, ry, start, end, steps=40):
 
 
 def letters(x, y, height, width, space, stem):
-    """Z, E and B as the welcome picture has them."""
+    """Returns Z, E and B as shapes of the welcome picture."""
     bar, bottom = stem * 0.86, y + height
     z = [(x, y), (x + width, y), (x + width, y + bar), (x + stem * 1.3, bottom - bar), (x + width, bottom - bar),
          (x + width, bottom), (x, bottom), (x, bottom - bar), (x + width - stem * 1.3, y + bar), (x, y + bar)]
@@ -174,7 +174,7 @@ def letters(x, y, height, width, space, stem):
     return [z, e, b, *holes]
 
 
-# The welcome picture: ZEB in running stripes between two films that run against each other.
+# The welcome picture: ZEB in moving stripes between two filmstrips that move in opposite directions.
 
 WIDTH, HEIGHT, SHARPER = 640, 426, 2
 FRAMES, RATE = 40, 20
@@ -184,7 +184,7 @@ def animation(target):
     w, h = WIDTH * SHARPER, HEIGHT * SHARPER
     wordmark = spans(letters(226, 258, 336, 248, 42, 88), h)
     striped = shrunk(wordmark, 7)  # the rim keeps the letters legible
-    period = 64  # of the stripes; they move by two periods in one round, the films by two pictures
+    period = 64  # of the stripes; in one loop they move by two periods, the filmstrips by two pictures
     stripe_row = bytes([WHITE] * 37 + [BLACK] * 27) * (w // period + 12)
     picture = 224
     film_height, margin = 168, 26
@@ -244,23 +244,24 @@ def animation(target):
             raise SystemExit("ffmpeg failed")
 
 
-# The background: stars, a glow and a plain at night, dithered by the program itself, two screen pixels to each of its own.
+# The background: stars, a glow and a plain at night, dithered by the program, two screen pixels per source
+# pixel.
 
 BACKGROUND = (488, 336)
 SHOWN = (970, 665)
-RED_GREY, GREEN_GREY, WHITE_GREY = 85, 170, 255  # what the quantiser makes these of
+RED_GREY, GREEN_GREY, WHITE_GREY = 85, 170, 255  # grey levels that the quantiser maps to these colours
 
 
 def background(zeb, target):
     w, h = BACKGROUND
     horizon = round(h * 0.74)
     grey = bytearray(w * h)
-    # The glow grows in steps, so that its dots stand in calm rows.
+    # The glow increases in steps, so that its dots form regular rows.
     for y in range(horizon):
         step = max(0, 6 - (horizon - y) // 15)
         grey[y * w:(y + 1) * w] = bytes([round(RED_GREY * step / 8)]) * w
     for i in range(110):
-        # Spread evenly, but in no rows.
+        # Evenly distributed, but not in rows.
         x = int((i * 0.7548776662 + 0.06 * math.sin(i * i)) % 1 * w)
         y = int((i * 0.5698402910 + 0.06 * math.cos(i * i)) % 1 * (horizon - 100))
         grey[y * w + x] = WHITE_GREY

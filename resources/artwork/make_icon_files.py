@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Packs the icons' pictures into the files that macOS and Windows take: python3 resources/artwork/make_icon_files.py
+"""Packs the icons into the files for macOS and Windows: python3 resources/artwork/make_icon_files.py
 
-Both kinds of files hold PNGs as they are. An icns file: "icns", the file's size, then per picture a type that stands for
-its size, the bytes of the piece and the PNG, big-endian. An ico file: a directory, then the PNGs, little-endian.
+Both file formats contain unchanged PNGs. An icns file: "icns", the size of the file, then for each picture a type that
+encodes its size, the length of the entry and the PNG, big-endian. An ico file: a directory and the PNGs, little-endian.
 """
 
 import struct

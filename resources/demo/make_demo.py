@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Makes demo.mp4, the clip that ./run converts: four bars of chip music and three jumping letters.
+"""Generates demo.mp4, the clip that ./run converts: four bars of chip music and three jumping letters.
 
     python3 resources/demo/make_demo.py [OUTPUT.mp4]
 
-The scene is drawn here in a palette of up to 256 colours at 320 x 180, one frame every 1/25 s, and handed to the
-ffmpeg program, which doubles the pixels and encodes H.264 and AAC. Fixed seeds, one encoder thread and bit-exact
-flags give the same file again from the same encoder version. Picture and sound loop without a seam: 16 beats at
-160 per minute are 6 s.
+The scene is drawn in a palette of up to 256 colours at 320 x 180, one frame every 1/25 s, and passed to the ffmpeg
+program, which doubles the pixels and encodes H.264 and AAC. Fixed seeds, one encoder thread and bit-exact flags make
+the file reproducible with the same encoder version. Picture and sound loop seamlessly: 16 beats at 160 per minute
+are 6 s.
 """
 
 import array
@@ -52,7 +52,7 @@ class Palette:
                 for i in range(steps)]
 
     def tables(self):
-        """Per channel a translation table from index to value."""
+        """Returns a translation table from index to value for each channel."""
         padded = self.colours + [(0, 0, 0)] * (256 - len(self.colours))
         return [bytes(colour[channel] for colour in padded) for channel in range(3)]
 
@@ -66,7 +66,7 @@ class Scene:
         self.stars = palette.ramp((90, 90, 150), (255, 255, 255), 8)
         self.sun = palette.ramp((255, 240, 130), (255, 80, 100), 16)
         self.hills = (palette.add(74, 30, 96), palette.add(46, 20, 76))
-        # Both tiles fade into one haze before they are too narrow to be told apart.
+        # Both tiles fade to the same haze before they become too narrow to distinguish.
         self.floor = (palette.ramp((255, 160, 112), (140, 48, 116), 12), palette.ramp((104, 36, 120), (140, 48, 116), 12))
         self.shaded = (palette.ramp((128, 76, 80), (70, 24, 66), 12), palette.ramp((48, 16, 70), (70, 24, 66), 12))
         self.letters = [tuple(palette.add(*c) for c in triple) for triple in (
@@ -82,7 +82,7 @@ class Scene:
         self.starfield = [(dice.randrange(WIDTH), dice.randrange(62), dice.random()) for _ in range(70)]
 
     def drawSky(self):
-        """A sunset in sixteen colours, the steps between them broken up by a 4 x 4 threshold pattern."""
+        """Draws a sunset in sixteen colours with ordered dithering (4 x 4 thresholds)."""
         rows = bytearray()
         for y in range(HEIGHT):
             level = min(y / HORIZON, 1) * (len(self.sky) - 1.001)
@@ -128,7 +128,7 @@ class Scene:
                     self.picture[y * WIDTH + x] = self.hills[layer]
 
     def drawFloor(self, time, places):
-        """Chequered ground rushing towards the eye; the letters' shadows lie on it."""
+        """Draws chequered ground that moves towards the viewer, with the shadows of the letters."""
         for y in range(HORIZON, HEIGHT):
             depth = 1 / (y - HORIZON + 1.5)
             parity = int(60 * depth + 16 * time) & 1
@@ -148,7 +148,7 @@ class Scene:
                     self.picture[y * WIDTH + px] = plain.get(self.picture[y * WIDTH + px], self.picture[y * WIDTH + px])
 
     def drawRainbow(self, beat):
-        """Six stripes arching over the scene, waving with the music."""
+        """Draws an arch of six stripes over the scene that waves with the music."""
         for x in range(WIDTH):
             wave_ = 3 * math.sin(2 * math.pi * (x / 160 - beat / 4))
             top = int(20 + (x - WIDTH / 2) ** 2 / 900 + wave_)
@@ -158,7 +158,7 @@ class Scene:
 
     @staticmethod
     def letterPlaces(beat):
-        """Each letter jumps on its own beat of the bar, all three on the fourth."""
+        """Returns the letter positions: each letter jumps on a different beat of the bar, all three on the fourth."""
         places = []
         for index in range(3):
             phase = beat % 4
@@ -170,7 +170,7 @@ class Scene:
         return places
 
     def drawLetter(self, letter, centre, bottom, squash, colours):
-        """A glyph of large blocks with a lit edge and a side, standing on `bottom`."""
+        """Draws a glyph of large blocks with a lit edge and a side; its lower edge is at `bottom`."""
         face, light, side = colours
         block = 11
         tall = block * squash
@@ -189,7 +189,7 @@ class Scene:
                         self.picture[y * WIDTH + x:y * WIDTH + x + block] = bytes([colour]) * block
 
     def drawMessage(self, time):
-        """A waving line of text that runs through the clip exactly once."""
+        """Draws a waving line of text that scrolls through exactly once per clip."""
         span = len(MESSAGE) * 14
         for place, letter in enumerate(MESSAGE):
             x0 = round((place * 14 - span * time * 2) % span) - 14
@@ -207,7 +207,7 @@ class Scene:
 
 
 def music(rate=44100):
-    """Four bars: a square-wave melody left of the middle, arpeggios right of it, a triangle bass and noise drums."""
+    """Returns four bars: a square-wave melody (left), arpeggios (right), a triangle bass and noise drums."""
     tune = "E5 . G5 A5 . G5 E5 . C5 . D5 E5 . . G4 . A4 . C5 D5 . C5 A4 . B4 . D5 G5 . F5 D5 .".split()
     chords = ("C4 E4 G4", "C4 E4 G4", "F4 A4 C5", "G4 B4 D5")
     bass = "C3 C3 F2 G2".split()

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Makes the seven sounds of the application: the console of a friendly small spaceship.
+"""Generates the seven sounds of the application, in the style of a small spaceship's console.
 
-    python3 resources/sounds/make_sounds.py [FOLDER]     writes them (default: beside this file)
-    python3 resources/sounds/make_sounds.py --check      compares them with the files that are there
+    python3 resources/sounds/make_sounds.py [FOLDER]     writes them (default: into the folder of this file)
+    python3 resources/sounds/make_sounds.py --check      compares them with the existing files
 
-Everything is added up from sine waves with smooth envelopes; nothing is random, so the same bytes come out every time.
-Each file is AIFF: 16 bits, one channel, 44100 Hz, below 100 KB, from silence to silence, its peak at -6 dB or a
-little below.
+All sounds are sums of sine waves with smooth envelopes; nothing is random, so the bytes are reproducible. Each file is
+AIFF: 16 bits, one channel, 44100 Hz, below 100 KB. It begins and ends with silence; its peak is at or slightly below
+-6 dB.
 """
 
 import array
@@ -19,7 +19,7 @@ RATE = 44100
 PEAK = 0.5
 FADE_IN, FADE_OUT = 0.003, 0.030  # of the whole sound, in seconds
 
-# Timbres: partials as (multiple of the pitch, amplitude, factor on the time to die away).
+# Timbres: partials as (multiple of the pitch, amplitude, factor of the decay time).
 MALLET = ((1, 1.0, 1.0), (3.93, 0.28, 0.35), (9.2, 0.06, 0.15))
 BELL = ((1, 1.0, 1.0), (2.0, 0.35, 0.8), (2.76, 0.30, 0.6), (5.4, 0.14, 0.35), (8.9, 0.05, 0.2))
 REED = ((1, 1.0, 1.0), (3, 0.32, 0.9), (5, 0.14, 0.8), (7, 0.06, 0.6))
@@ -28,14 +28,14 @@ PURE = ((1, 1.0, 1.0), (2, 0.06, 0.7))
 
 
 def pitch(name):
-    """The frequency of a note such as "A4" or "Eb5", in equal temperament."""
+    """Returns the frequency of a note such as "A4" or "Eb5", in equal temperament."""
     semitone = {"C": -9, "D": -7, "E": -5, "F": -4, "G": -2, "A": 0, "B": 2}[name[0]]
     semitone += {"#": 1, "b": -1}.get(name[1], 0)
     return 440.0 * 2 ** (semitone / 12 + int(name[-1]) - 4)
 
 
 def smooth(x):
-    """From 0 to 1 without a corner while x does so."""
+    """Returns a smooth transition from 0 to 1 for x from 0 to 1."""
     x = min(max(x, 0.0), 1.0)
     return 0.5 - 0.5 * math.cos(math.pi * x)
 
@@ -46,14 +46,14 @@ class Sound:
         self.samples = [0.0] * round(seconds * RATE)
 
     def add(self, start, seconds, value):
-        """Adds value(t) for `seconds` from `start` on, as far as the sound reaches; fades out over the last 10 ms."""
+        """Adds value(t) for `seconds` from `start` on, clipped to the sound; fades out over the last 10 ms."""
         first = round(start * RATE)
         for i in range(min(round(seconds * RATE), len(self.samples) - first)):
             t = i / RATE
             self.samples[first + i] += value(t) * smooth((seconds - t) / 0.010)
 
     def strike(self, start, note, level=1.0, decay=0.15, timbre=MALLET, attack=0.004):
-        """A struck tone that dies away to a third every `decay` seconds."""
+        """Adds a struck tone that decays by a factor of e every `decay` seconds."""
         frequency = pitch(note)
         partials = [(2 * math.pi * frequency * multiple, amplitude, decay * factor)
                     for multiple, amplitude, factor in timbre if frequency * multiple < 14000]
@@ -61,7 +61,7 @@ class Sound:
             amplitude * math.exp(-t / time) * math.sin(angle * t) for angle, amplitude, time in partials))
 
     def hold(self, start, seconds, note, level=1.0, timbre=REED, attack=0.03, release=0.08, detune=0.0):
-        """A sustained tone; `detune` (a ratio) lets a second one beat against it."""
+        """Adds a sustained tone; `detune` (a ratio) adds a second tone that beats against it."""
         voices = [pitch(note) * (1 + sign * detune) for sign in ((-1, 1) if detune else (0,))]
         self.add(start, seconds, lambda t: level / len(voices) * smooth(t / attack)
                  * smooth((seconds - t) / release)
@@ -69,7 +69,7 @@ class Sound:
                        for voice in voices for multiple, amplitude, _ in timbre))
 
     def glide(self, start, seconds, begin, end, level=1.0, timbre=WARM, tremolo=0.0, depth=0.0, release=0.1):
-        """A tone whose pitch moves evenly from one note to another, throbbing `tremolo` times a second."""
+        """Adds a tone whose pitch glides evenly from one note to another, with `tremolo` pulses per second."""
         low, octaves = pitch(begin), math.log2(pitch(end) / pitch(begin))
 
         def value(t):
@@ -82,13 +82,13 @@ class Sound:
         self.add(start, seconds, value)
 
     def warble(self, start, seconds, note, ratio, index, level=1.0, decay=0.2):
-        """A frequency-modulated tone, glassy at first and pure at its end."""
+        """Adds a frequency-modulated tone, glassy at first and pure at the end."""
         carrier = 2 * math.pi * pitch(note)
         self.add(start, seconds, lambda t: level * smooth(t / 0.006) * math.exp(-t / decay) * math.sin(
             carrier * t + index * math.exp(-t / (decay * 0.6)) * math.sin(carrier * ratio * t)))
 
     def echo(self, delay, level, count=3):
-        """Adds quieter and duller repetitions."""
+        """Adds repetitions, each quieter and duller."""
         dry = list(self.samples)
         for repetition in range(1, count + 1):
             shift = round(delay * repetition * RATE)
@@ -99,7 +99,7 @@ class Sound:
         return self
 
     def numbers(self):
-        """The finished samples as whole numbers of 16 bits."""
+        """Returns the finished samples as 16-bit integers."""
         length = len(self.samples)
         mean = sum(self.samples) / length
         faded = [(value - mean) * smooth(i / (FADE_IN * RATE)) * smooth((length - 1 - i) / (FADE_OUT * RATE))
@@ -117,7 +117,7 @@ def accessingFile():
 
 
 def transferComplete():
-    """Done and well: a chord of bells, rung from the bottom to the top."""
+    """Success: a chord of bells, rung from the lowest to the highest."""
     sound = Sound(0.95)
     for i, note in enumerate(("C5", "E5", "G5", "C6")):
         sound.strike(0.10 * i, note, 0.75 + 0.1 * i, 0.14 if i < 3 else 0.26, BELL)
@@ -125,7 +125,7 @@ def transferComplete():
 
 
 def programLoadedAndReady():
-    """Two soft chords on reeds, the second one comes to rest."""
+    """Two soft reed chords; the second resolves the first."""
     sound = Sound(0.80)
     for start, seconds, notes in ((0.00, 0.24, ("G4", "B4", "F5")), (0.22, 0.58, ("C4", "G4", "C5", "E5"))):
         for note in notes:
@@ -159,7 +159,7 @@ def logsAccessed():
 
 
 def nowEstablishingDatalink():
-    """A call into the distance and its answer: two glassy pings with an echo."""
+    """A call and its answer: two glassy pings with an echo."""
     sound = Sound(1.00)
     sound.warble(0.00, 0.40, "A5", 1.41, 2.2, 0.9, 0.11)
     sound.warble(0.17, 0.60, "E6", 1.41, 1.6, 1.0, 0.15)
@@ -178,7 +178,7 @@ SOUNDS = {
 
 
 def aiff(numbers):
-    """The bytes of an AIFF file. Its rate is an 80-bit float: sign and exponent, then the mantissa with its leading 1."""
+    """Returns an AIFF file. Its rate is an 80-bit float: sign and exponent, then the mantissa with its leading 1."""
     exponent = RATE.bit_length() - 1
     rate = struct.pack(">HQ", 16383 + exponent, RATE << (63 - exponent))
     samples = array.array("h", numbers)

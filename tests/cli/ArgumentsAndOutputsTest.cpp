@@ -121,14 +121,13 @@ TEST(PartialOutput, FinishesOnlyFileOfItsRun) {
     } cases[] = {
         {false, {}, false, 0, false, ""},
         {true, {}, false, 0, true, ""},
-        {false, header, false, 0, false, "no whole second yet and was removed"},
-        {true, header, false, 0, true,
-         "whole second yet and was removed; the movie of before is back in its place"},
-        {true, golden::Bytes(), false, 0, true, "is back in its place"},
+        {false, header, false, 0, false, "contained no complete second and was removed"},
+        {true, header, false, 0, true, "complete second and was removed; the previous movie was restored"},
+        {true, golden::Bytes(), false, 0, true, "was restored"},
         {false, unfinished, false, 2, false, "finished after 2 seconds"},
         {true, unfinished, false, 2, false, "a.previous.zeb"},
-        {false, unfinished, true, 0, false, "is left alone"},
-        {true, unfinished, true, 0, false, "is left alone; the movie of before is now "},
+        {false, unfinished, true, 0, false, "was not changed"},
+        {true, unfinished, true, 0, false, "was not changed; the previous movie is now "},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);

@@ -46,7 +46,7 @@ TEST_F(EncodeProgram, FollowsOptionsAndReportsProgressAsJSON) {
              "--audio", "mono",   "--loop",    "--title",    "QL",    "--threads", "2",      "--track",
              "7",       "-o",     "other.zeb", "--progress", "json",  "a.mov"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.error, "zeb: a.mov: there is no sound track 7; track 1, the last one, is taken\n");
+    EXPECT_EQ(result.error, "zeb: a.mov: there is no sound track 7; using the last one, track 1\n");
     const ZEBHeader header = rightMovie(m_folder.file("other.zeb")).header;
     EXPECT_EQ(header.width, 80);
     EXPECT_EQ(header.height, 80);
@@ -138,9 +138,9 @@ TEST_F(EncodeProgram, FullDiskKeepsWholeSeconds) {
         const auto result = zeb({"encode", "a.mov", "--force"});
         EXPECT_EQ(result.exitCode, 4);
         const std::string outcome = isLate ? "was finished after 2 seconds and plays as a shorter movie; "
-                                             "the movie of before is now a.previous.zeb\n"
-                                           : "had no whole second yet and was removed; "
-                                             "the movie of before is back in its place\n";
+                                             "the previous movie is now a.previous.zeb\n"
+                                           : "contained no complete second and was removed; "
+                                             "the previous movie was restored\n";
         EXPECT_EQ(result.error, "zeb: a.zeb: File too large; a.zeb " + outcome);
         EXPECT_EQ(rightMovie(m_movie).seconds, 2);
         EXPECT_EQ(rightMovie(m_folder.file("a.previous.zeb")).seconds, 3);
@@ -177,7 +177,7 @@ TEST_F(EncodeProgram, KeepsOldMovieUntilNewIsComplete) {
         zeb.sendSignal(SIGINT);
     });
     EXPECT_EQ(first.exitCode, 130);
-    EXPECT_THAT(first.error, HasSubstr("a.zeb is another file by now and is left alone"));
+    EXPECT_THAT(first.error, HasSubstr("a.zeb was replaced by another program and was not changed"));
     EXPECT_EQ(rightMovie(m_movie).seconds, 3);
     EXPECT_EQ(contents(previous), "precious");
 }
@@ -255,7 +255,7 @@ TEST_F(EncodeProgram, InterruptMakesShorterMovie) {
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
         EXPECT_EQ(result.exitCode, 130);
         EXPECT_THAT(result.error, HasSubstr("zeb: long.mkv: interrupted; long.zeb was finished after "));
-        EXPECT_THAT(result.error, HasSubstr("zeb: a.mov: not begun because of the interrupt\n"));
+        EXPECT_THAT(result.error, HasSubstr("zeb: a.mov: not started because of the interrupt\n"));
         std::istringstream lines(result.out.substr(result.out.find("{\"type\":\"error\"")));
         for (const std::string input : {"long.mkv", "a.mov"}) {
             std::string line;

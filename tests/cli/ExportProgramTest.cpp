@@ -87,7 +87,7 @@ TEST_F(ExportProgram, FailuresPrintOneLineLeaveNothing) {
         {{"a.zeb", "-o", "link.mp4", "--force"}, 4, "link.mp4: is the input itself"},
         {{"a.zeb", "-o", "pipe.mp4", "--force"}, 4, "pipe.mp4: not a regular file"},
         {{"a.zeb", "-o", "missing/n.mp4"}, 4, "missing/n.mp4: there is no folder \"missing\""},
-        {{"a.zeb", "-o", "n.png", "--frame", "30"}, 2, "There is nothing at frame 30"},
+        {{"a.zeb", "-o", "n.png", "--frame", "30"}, 2, "frame 30 is past the end"},
         {{"a.zeb", "-o", "n.png"}, 2, "names one picture"},
     };
     for (auto [words, exitCode, text] : cases) {

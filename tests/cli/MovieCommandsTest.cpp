@@ -127,8 +127,8 @@ protected:
 TEST_F(RepairProgram, VerifyDistinguishesValidAndInvalidMovies) {
     const auto text = zeb({"verify", "movie.zeb", "torn.zeb", "missing"});
     EXPECT_EQ(text.exitCode, 1);
-    EXPECT_THAT(text.out, HasSubstr("movie.zeb: right, "));
-    EXPECT_THAT(text.out, HasSubstr("torn.zeb: wrong at byte 24: the movie was never finished\n"));
+    EXPECT_THAT(text.out, HasSubstr("movie.zeb: valid, "));
+    EXPECT_THAT(text.out, HasSubstr("torn.zeb: error at byte 24: the movie was never finished\n"));
     EXPECT_THAT(text.error, HasSubstr("missing: No such file"));
     const auto json = nlohmann::json::parse(zeb({"verify", "--json", "torn.zeb"}).out);
     EXPECT_EQ(json["right"], false);
@@ -142,7 +142,7 @@ TEST_F(RepairProgram, RepairsIntoNewFileOrInPlace) {
     EXPECT_EQ(zeb({"repair", "torn.zeb"}).exitCode, 2) << "in place only with --force";
     const auto result = zeb({"repair", "torn.zeb", "-o", "mended.zeb"});
     EXPECT_EQ(result.exitCode, 0) << result.error;
-    EXPECT_THAT(result.out, EndsWith(" behind the last whole second cut off\n"));
+    EXPECT_THAT(result.out, EndsWith(" after the last complete second\n"));
     EXPECT_EQ(rightMovie(m_mended).seconds, 2);
     EXPECT_EQ(zeb({"repair", "torn.zeb", "-o", "mended.zeb"}).exitCode, 4) << "exists already";
     expectFailure({"repair", "torn.zeb", "-o", "torn.zeb", "--force"}, 4,
@@ -166,9 +166,10 @@ TEST_F(RepairProgram, KeepsFinishedMovieRescuesSecondsAfterDamage) {
         fs::last_write_time(m_movie, longAgo);
         const auto inPlace = zeb({"repair", "movie.zeb", "--force"});
         EXPECT_EQ(inPlace.exitCode, isWhole ? 0 : 1);
-        EXPECT_EQ(inPlace.error, isWhole ? ""
-                                         : "zeb: movie.zeb: second 0 (at byte 48) is damaged; whole seconds "
-                                           "behind it: 2; to keep them, name a new movie with -o\n");
+        EXPECT_EQ(inPlace.error, isWhole
+                                     ? ""
+                                     : "zeb: movie.zeb: second 0 (at byte 48) is damaged; complete seconds "
+                                       "after it: 2; to keep them, name a new movie with -o\n");
         EXPECT_EQ(contents(m_movie), bytes);
         EXPECT_EQ(fs::last_write_time(m_movie), longAgo);
         const auto copied = zeb({"repair", "movie.zeb", "-o", "mended.zeb", "--force"});
@@ -225,7 +226,7 @@ TEST_F(ClipTest, InterruptStopsVerifyWithinMovie) {
     makeLongClip(m_folder.file("long.mkv"), "640x480", 30, 20);
     ASSERT_EQ(zeb({"encode", "a.mov", "long.mkv", "--progress", "none"}).exitCode, 0);
     ChildProcess verify(zebCommand({"verify", "a.zeb", "long.zeb"}), m_options);
-    EXPECT_THAT(verify.readLine().value_or(""), StartsWith("a.zeb: right"));
+    EXPECT_THAT(verify.readLine().value_or(""), StartsWith("a.zeb: valid"));
     verify.sendSignal(SIGINT);
     const auto result = verify.finish();
     EXPECT_EQ(result.exitCode, 130);

@@ -135,16 +135,16 @@ TEST(ForecastText, ShowsOneFactPerLine) {
     forecast.spaceEndsAt = 60;
     EXPECT_EQ(text(), head + "about 12.3 MB (within 4 %, from 12 pictures)" + rate +
                           "not reached\n  Free space     5.0 MB, used up after 1:00\n"
-                          "  What would fit no rate or size\n");
+                          "  Suggestion     none (no frame rate or size would fit)\n");
     EXPECT_EQ(forecastWarning(forecast, "out"),
               "the movie would need about 12.3 MB, but out has only 5.0 MB left; "
-              "no rate or size is small enough");
+              "no frame rate or size would fit");
     forecast.isExact = true;
     forecast.formatEndsAt = 59;
     forecast.suggestion.size = FrameSize{64, 40};
     EXPECT_EQ(text(), head + "12.3 MB (12300000 bytes)" + rate +
                           "passed after 0:59\n  Free space     5.0 MB, used up after 1:00\n"
-                          "  What would fit --size 64x40\n");
+                          "  Suggestion     --size 64x40\n");
     EXPECT_EQ(forecastLine(forecast), "Forecast: 12.3 MB, 201.6 kB per second");
     EXPECT_EQ(forecastWarning({}, "out"), "");
 }

@@ -202,7 +202,7 @@ TEST_F(ConversionRunTest, RepeatsLastFrameWhenGrabFails) {
     ASSERT_EQ(reports.size(), 6u + 2 + 6);
     for (const auto& [report, time] : {std::pair(5, "1.000"), {6, "1.100"}, {9, "2.498"}}) {
         EXPECT_EQ(reports[static_cast<std::size_t>(report)],
-                  std::string("! No picture at ") + time + " s: the frame before it is repeated.");
+                  std::string("! No picture at ") + time + " s: the previous frame is repeated.");
     }
     // Before the first frame there is nothing to repeat.
     takeFilm([](double, const IsCancelled&) { return std::make_shared<FakePicture>(0, false); });

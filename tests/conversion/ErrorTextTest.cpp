@@ -76,7 +76,7 @@ TEST_F(ErrorTextTest, TextsFollowTheLanguage) {
         {ExportError::cannotRead(full), "/a%@.zeb: No space left on device",
          "/a%@.zeb: Auf dem Datenträger ist kein Platz mehr"},
         {ExportError::outside(KeyedText{"frame_format", {std::int64_t{9}}}, 1, "0:01"),
-         "There is nothing at frame 9: the movie has 1 frame (0:01)",
+         "frame 9 is past the end: the movie has 1 frame (0:01)",
          "Bei Bild 9 ist nichts: Der Film hat 1 Bild (0:01)"},
         {ZEBWriterError::valueOutOfRange("width", 65536),
          "ZEBWriter: width is out of range for ZEB1 (32-bit limit). Value=65536. The resulting .zeb would "

@@ -158,7 +158,7 @@ TEST_F(Export, RepeatsPictureBeforeDamage) {
     writeMovie({{0, damaged}, {5, {}}, {6, damaged}});
     EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 4, 4, 7, 8, 9, 10, 11));
     EXPECT_THAT(m_warnings, ElementsAre("frame 0 cannot be decoded; black is shown instead",
-                                        "frames 5 to 6 cannot be decoded; the picture before is repeated"));
+                                        "frames 5 to 6 cannot be decoded; the previous picture is repeated"));
     EXPECT_THROW(run({.kind = Kind::picture, .frame = 5}), ExportError) << "alone it has no picture before";
     EXPECT_THAT(m_folder.names(), ElementsAre("a.zeb"));
     // The size field of a record exceeds its block.
@@ -216,8 +216,8 @@ TEST_F(Export, KeepsSoundInTimeDespiteDamage) {
     // A sound size that exceeds its block: one second of sound is read.
     overwrite(blockOffset(1) + 4, word(0x00FFFFFF));
     EXPECT_EQ(exported({.kind = Kind::sound}), m_sound);
-    EXPECT_THAT(m_warnings, ElementsAre("the sound of 1 second is not as long as it should be; it is cut or "
-                                        "filled with silence"));
+    EXPECT_THAT(m_warnings, ElementsAre("the sound of 1 second has the wrong length; it is cut or "
+                                        "padded with silence"));
     EXPECT_EQ(redsOf({}).size(), 12U);
 
     // A second is overwritten, then also its index entry.
@@ -420,12 +420,12 @@ TEST_F(Export, ReportsMissingFrameTimeOrSound) {
         return {};
     };
     const std::string end = ": the movie has 12 frames (3 s)";
-    EXPECT_EQ(text({.kind = Kind::picture, .frame = 12}), "There is nothing at frame 12" + end);
-    EXPECT_EQ(text({.kind = Kind::picture, .at = 3'000'000}), "There is nothing at 3 s" + end);
-    EXPECT_EQ(text({.from = 3'500'000}), "There is nothing at 3.5 s" + end);
-    EXPECT_EQ(text({.from = 10'000'001}), "There is nothing at 10.000001 s" + end);
+    EXPECT_EQ(text({.kind = Kind::picture, .frame = 12}), "frame 12 is past the end" + end);
+    EXPECT_EQ(text({.kind = Kind::picture, .at = 3'000'000}), "3 s is past the end" + end);
+    EXPECT_EQ(text({.from = 3'500'000}), "3.5 s is past the end" + end);
+    EXPECT_EQ(text({.from = 10'000'001}), "10.000001 s is past the end" + end);
     EXPECT_EQ(text({.from = std::numeric_limits<std::int64_t>::max()}),
-              "There is nothing at 9223372036854.775807 s" + end);
+              "9223372036854.775807 s is past the end" + end);
     EXPECT_EQ(text({.kind = Kind::picture, .frame = 11}), "");
     overwrite(8 + 2 + 18, {0, 0});
     EXPECT_EQ(text({.kind = Kind::sound}), "The movie has no sound");

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "format/ZEBErrors.h"
 #include "platform/text/LocalizedText.h"
 #include "tests/conversion/model/ConverterTest.h"
 #include "ui/presets/StoredPresets.h"
@@ -87,6 +88,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     content->setPresetIndex(3);
     settle();
     EXPECT_EQ(size(), std::pair(1920, 1080));
+    EXPECT_FALSE(shown.empty());
     EXPECT_THAT(shown, Each("Full HD")) << "no flash of the custom size between width and height";
 
     postApplyPreset(notifications, 720, 576);
@@ -100,12 +102,16 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     const auto preset = [](const char* name, int width, int height) {
         return PropertyDictionary{{"name", name}, {"w", width}, {"h", height}};
     };
+    shown.clear();
     defaults.set("customPresets", PropertyArray{preset("äpfel", 640, 480), preset("Zebra", 320, 240),
                                                 preset("TV", 1280, 720), preset("Apfel", 64, 64)});
     EXPECT_THAT(content->presetTitles(),
                 ElementsAre("Custom size", "DVD", "HD", "Full HD", "Apfel", "äpfel", "TV", "Zebra"));
+    EXPECT_THAT(shown, Each("DVD"));
+    EXPECT_FALSE(shown.empty()) << "other titles";
     setSize(640, 480);
     EXPECT_EQ(selected(), "äpfel");
+    EXPECT_EQ(shown.back(), "äpfel");
     // Built-in presets match first. A user preset of the same size can be chosen until it is deleted.
     content->setPresetIndex(6);
     EXPECT_EQ(selected(), "TV");
@@ -114,6 +120,10 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     EXPECT_EQ(selected(), "HD");
     content->setPresetIndex(0);
     EXPECT_EQ(size().first, 1280) << "custom is no size of its own";
+    EXPECT_EQ(selected(), "Custom size");
+    for (const int none : {-1, 4})
+        content->setPresetIndex(none);
+    EXPECT_EQ(selected(), "Custom size");
     setSize(1920, 1080);
     EXPECT_EQ(selected(), "Full HD") << "at once";
 
@@ -142,6 +152,7 @@ TEST_F(ContentViewModelTest, CarriesOutRequestsFromOutside) {
         model->setLastError({});
         requests.post(PlayAction{*URL::parse(missing), true});
         EXPECT_THAT(model->lastError().value_or(""), HasSubstr(".zeb")) << missing;
+        EXPECT_THAT(model->logLines().back(), HasSubstr(model->lastError().value_or("?")));
     }
     EXPECT_EQ(timesShown, 3) << "what is said must be seen";
     EXPECT_EQ(opened.size(), 1U);
@@ -186,7 +197,7 @@ TEST_F(ContentViewModelTest, OpensDroppedFilesByKind) {
         mainActor.run();
         content->takeDroppedURLs({local(input), local(longFilm)});
         EXPECT_EQ(model->statusText(), "Second 1") << "the status is the run's";
-        EXPECT_THAT(model->logText().toStdString(), testing::EndsWith("others are not."));
+        EXPECT_THAT(model->logText().toStdString(), testing::EndsWith("others were ignored."));
     };
     startAndSettle();
 }
@@ -214,14 +225,37 @@ TEST_F(ContentViewModelTest, ShowsTimesAndSizeDuringRun) {
         EXPECT_EQ(ticks, 2) << "the elapsed time moves while there is no progress";
         QObject::disconnect(connection);
     };
+    std::string told;
+    QObject::connect(content.get(), &ContentViewModel::timesTextChanged,
+                     [&] { told = content->timesText().toStdString(); });
     startAndSettle();
     EXPECT_THAT(shown, ElementsAre("Remaining: —   Elapsed: 0:00   Size: —",
                                    "Remaining: —   Elapsed: 0:03   Size: 3.4 MB",
                                    "Remaining: 1:00   Elapsed: 0:13   Size: 3.4 MB"));
     EXPECT_EQ(content->timesText(), "Remaining: —   Elapsed: —   Size: 3.4 MB") << "the size stays";
+    EXPECT_EQ(told, content->timesText().toStdString());
     EXPECT_THAT(dock.shown, ElementsAre(0, 0.125, 0.25, 1, -1));
     mainActor.pass(seconds(5));
     EXPECT_EQ(content->elapsedText(), "—");
+}
+
+TEST_F(ContentViewModelTest, UnansweredQuestionKeepsMovie) {
+    takeFilm(input);
+    int questions = 0;
+    QObject::connect(content.get(), &ContentViewModel::cancelledOutputQuestionChanged, [&] { ++questions; });
+    run = [this](const ConversionCallbacks&, const std::string& output) {
+        test::store(output, std::string(100, 'x'));
+        model->cancel();
+        throw ZEBConverterError::cancelled();
+    };
+    startAndSettle();
+    EXPECT_THAT(content->cancelledOutputQuestion().toStdString(), HasSubstr("holiday.zeb"));
+    EXPECT_EQ(questions, 1);
+    content->dismissCancelledOutputQuestion();
+    content->dismissCancelledOutputQuestion();
+    EXPECT_EQ(content->cancelledOutputQuestion(), "");
+    EXPECT_EQ(questions, 2);
+    EXPECT_EQ(test::contents(movie).size(), 100U);
 }
 
 TEST_F(ContentViewModelTest, NamesFileBeingConverted) {
@@ -256,6 +290,12 @@ TEST_F(ContentViewModelTest, AsksBeforeReplacingFile) {
     EXPECT_FALSE(model->isRunning());
     content->dismissReplaceQuestion();
     films.add(folder.file("holiday.avi"), {});
+    model->chooseOutput();
+    panels.answer(movie);
+    content->start();
+    EXPECT_EQ(content->replaceQuestion(), "") << "the panel has asked";
+    EXPECT_TRUE(model->isRunning());
+    settle();
     model->chooseOutput();
     panels.answer(movie);
     takeFilm(folder.file("holiday.avi"));

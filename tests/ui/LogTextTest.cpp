@@ -57,8 +57,11 @@ TEST_F(LogTextTest, ReportsAppendedAndRemovedLines) {
     std::vector<double> heights;
     QObject::connect(&log, &LogText::appended, [&](int length) { lengths.push_back(length); });
     QObject::connect(&log, &LogText::shortened, [&](double height) { heights.push_back(height); });
-    log.setText("1\n2\n3");
-    log.setText("1\n2\n3\n4");
+    int changes = 0;
+    QObject::connect(&log, &LogText::textChanged, [&] { ++changes; });
+    for (const char* text : {"1\n2\n3", "1\n2\n3\n4", "1\n2\n3\n4"})
+        log.setText(text);
+    EXPECT_EQ(changes, 2);
     EXPECT_EQ(lengths, (std::vector{0, 5}));
     EXPECT_TRUE(heights.empty());
     log.setText("3\n4\n5");

@@ -10,7 +10,7 @@
 namespace zeb {
 namespace {
 
-/// The name of the effect's file.
+/// Returns the file name of the effect.
 std::string_view resourceName(SoundEffect effect) {
     switch (effect) {
         case SoundEffect::accessingFile:
@@ -73,7 +73,7 @@ void AppSoundPlayer::play(SoundEffect effect) {
     }
     const auto sound = std::make_shared<SampledSoundSource>(sampled);
     m_activeSounds->push_back(sound);
-    // The sound may outlive this player, so nothing of it is touched but the list, if that is still there.
+    // The sound may outlive this player, so the callback only uses the list, if that still exists.
     const auto remove = [list = std::weak_ptr(m_activeSounds), ended = sound.get()] {
         const auto active = list.lock();
         if (active) std::erase_if(*active, [ended](const auto& entry) { return entry.get() == ended; });

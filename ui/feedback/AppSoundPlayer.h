@@ -14,11 +14,11 @@
 
 namespace zeb {
 
-/// The effects from sound files among the resources, "sounds/NAME.aiff". A file that is missing or cannot be
-/// read is replaced by the error tone. Used on the main thread.
+/// Plays the effects from the sound resources "sounds/NAME.aiff". The error tone replaces a file that is
+/// missing or unreadable. Main thread.
 class AppSoundPlayer final : public SoundEffects {
 public:
-    /// All of it outlives the player.
+    /// All of them outlive the player.
     struct Services {
         const UserDefaults& defaults;
         const MediaLibrary& media;
@@ -31,7 +31,7 @@ public:
 
     void play(SoundEffect effect) override;
 
-    /// The sounds that play now, in the order of their starts.
+    /// The sounds playing now, in order of their start.
     const ActiveSounds& activeSounds() const { return *m_activeSounds; }
 
 private:

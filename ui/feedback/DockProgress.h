@@ -2,15 +2,15 @@
 
 namespace zeb {
 
-/// The progress of a run where the desktop shows the application: its icon in the dock, the task bar, the
-/// switcher. Used on the main thread; never fails visibly.
+/// Shows the progress of a run on the application's icon in the dock, task bar or switcher. Main thread.
+/// Errors are ignored.
 class DockProgress {
 public:
     virtual ~DockProgress() = default;
 
-    /// Shows this much, from 0 to 1; values beyond count as the nearer end.
+    /// Shows `progress`, clamped to 0 ... 1.
     virtual void update(double progress) = 0;
-    /// Shows the plain icon again.
+    /// Shows the plain icon.
     virtual void clear() = 0;
 };
 

@@ -10,8 +10,8 @@
 namespace zeb {
 namespace {
 
-// All in points.
-constexpr double margin = 14;  // of the bar, to the left, the right and below
+// In points.
+constexpr double margin = 14;  // of the bar, on the left, right and bottom
 constexpr double barHeight = 12;
 constexpr double radius = barHeight / 2;
 constexpr double outlineWidth = 1;
@@ -33,7 +33,7 @@ QImage DockProgressView::draw(double devicePixelRatio) const {
     painter.setRenderHint(QPainter::Antialiasing);
 
     if (!m_appIcon.isNull()) {
-        // The painter's own scaling would skip pixels of an icon that is much larger.
+        // QPainter's scaling skips pixels when it reduces an icon by a large factor.
         QImage icon = m_appIcon.scaled(image.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         icon.setDevicePixelRatio(devicePixelRatio);
         painter.drawImage(QPointF(0, 0), icon);
@@ -45,7 +45,7 @@ QImage DockProgressView::draw(double devicePixelRatio) const {
     painter.setBrush(QColor::fromRgbF(0, 0, 0, static_cast<float>(trackOpacity)));
     painter.drawRoundedRect(bar, radius, radius);
 
-    // Never narrower than its round ends.
+    // Never narrower than the rounded ends.
     QRectF fill = bar;
     fill.setWidth(std::min(std::max(bar.width() * m_progress, barHeight), bar.width()));
     painter.setBrush(m_accent);
@@ -62,7 +62,7 @@ namespace {
 constexpr int tileSize = 128;  // points
 constexpr std::chrono::milliseconds timeBetweenDrawings{100};
 
-/// What is not a number counts as nothing done.
+/// Treats NaN as 0.
 double clampedProgress(double progress) {
     return progress > 0 ? std::min(progress, 1.0) : 0;
 }

@@ -11,7 +11,7 @@
 
 namespace zeb {
 
-/// The picture in the dock: the application's icon with a bar over its lower edge. Used on the main thread.
+/// The picture in the dock: the application's icon with a bar over its lower edge. Main thread.
 class DockProgressView {
 public:
     /// A square of `size` x `size` points. Without an icon (a null image) only the bar is drawn; `accent` is
@@ -21,10 +21,10 @@ public:
     double progress() const { return m_progress; }
     /// From 0 to 1.
     void setProgress(double progress) { m_progress = progress; }
-    /// The palette may change while the program runs.
+    /// Sets the bar colour: the palette may change while the program runs.
     void setAccent(const QColor& accent) { m_accent = accent; }
 
-    /// Draws the picture, transparent where nothing is, with so many pixels to a point.
+    /// Draws the picture on a transparent background with `devicePixelRatio` pixels per point.
     QImage draw(double devicePixelRatio) const;
 
 private:
@@ -34,15 +34,15 @@ private:
     double m_progress = 0;
 };
 
-/// Draws the progress into the dock tile, at most ten times a second; what comes in between is left out but
-/// for the newest, which is shown when its turn comes. Clearing happens at once.
+/// Draws the progress into the dock tile, at most ten times a second. Of the updates between two drawings
+/// only the latest is drawn, at the next drawing. `clear` takes effect immediately.
 class DockProgressController final : public DockProgress {
 public:
-    /// All of it outlives the controller.
+    /// All of them outlive the controller.
     struct Services {
         DockTile& tile;
         MainActor& mainActor;
-        std::function<QColor()> accent;  ///< the colour of choice of the palette of this moment
+        std::function<QColor()> accent;  ///< returns the current accent colour of the palette
     };
 
     DockProgressController(Services services, QImage appIcon);

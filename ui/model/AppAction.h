@@ -7,7 +7,7 @@
 
 namespace zeb {
 
-/// Take this file as the converter's source.
+/// Use this file as the source of the converter.
 struct EncodeAction {
     URL url;
 
@@ -22,12 +22,12 @@ struct PlayAction {
     bool operator==(const PlayAction&) const = default;
 };
 
-/// What somebody outside asks the application to do.
+/// An action requested from outside the application.
 using AppAction = std::variant<EncodeAction, PlayAction>;
 
-/// One asking. The id is fresh every time, so that two requests for the same action differ.
+/// A request for an action. The id is unique, so that two requests for the same action differ.
 struct AppActionRequest {
-    std::string id;  ///< a random UUID in its textual form
+    std::string id;  ///< a random UUID in textual form
     AppAction action;
 
     bool operator==(const AppActionRequest&) const = default;

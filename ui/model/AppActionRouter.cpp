@@ -20,8 +20,8 @@ void AppActionRouter::post(AppAction action) {
     m_request = AppActionRequest{QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString(),
                                  std::move(action)};
     m_unannounced.push_back(*m_request);
-    // An observer that posts, or that lets events in while it asks something, must not have the observers
-    // behind it hear of the newer request first.
+    // An observer may post, or run an event loop for a question. Queue the new request, so that the remaining
+    // observers receive the older one first.
     if (m_unannounced.size() > 1) return;
     while (!m_unannounced.empty()) {
         m_changes.post(requestChanged);

@@ -9,26 +9,25 @@
 
 namespace zeb {
 
-/// Where requests from outside meet the window that carries them out. Used on the main thread only, save for
-/// `shared`.
+/// Delivers requests from outside to the window that handles them. Main thread only, except `shared`.
 class AppActionRouter {
 public:
     using Observation = NotificationCenter::Observation;
     /// Must not throw.
     using Observer = std::function<void(const AppActionRequest&)>;
 
-    /// The one of the process, created on first use. Callable from any thread.
+    /// Returns the router of the process, created on first use. Callable from any thread.
     static AppActionRouter& shared();
 
     AppActionRouter() = default;
     AppActionRouter(const AppActionRouter&) = delete;
     AppActionRouter& operator=(const AppActionRouter&) = delete;
 
-    /// Makes `action` the current request, under a fresh id, and tells the observers. An observer may post:
-    /// then every observer hears of that request after this one, before the outer `post` returns.
+    /// Makes `action` the current request with a new id and notifies the observers. An observer may post:
+    /// every observer then receives that request after this one, before the outer `post` returns.
     void post(AppAction action);
 
-    /// The latest request, never cleared; nothing before the first.
+    /// The latest request, never cleared. Empty before the first.
     const std::optional<AppActionRequest>& request() const noexcept { return m_request; }
 
     /// Calls `observer` with every later request, until the observation is destroyed.

@@ -18,9 +18,9 @@
 namespace zeb {
 namespace {
 
-/// As names are sorted in the user's language, whatever their case.
+/// Returns the case-insensitive sort order of the user's language.
 NameOrder localizedOrder() {
-    // Without a language of the user's, an order for people is still better than one by code points.
+    // Without a language, an English order is still better than code point order.
     const QLocale locale = QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale();
     auto collator = std::make_shared<QCollator>(locale);
     collator->setCaseSensitivity(Qt::CaseInsensitive);
@@ -37,8 +37,7 @@ ContentViewModel::ContentViewModel(ContentServices services, QObject* parent)
       m_presets(m_services.defaults, m_services.notifications, m_services.mainActor, *vm()->settings(),
                 localizedOrder(),
                 {.optionsChanged = [this] { emit presetsChanged(); },
-                 .selectedPresetIDChanged = [this] { emit presetsChanged(); },
-                 .isApplyingPresetChanged = {}}),
+                 .selectedPresetIDChanged = [this] { emit presetsChanged(); }}),
       m_forecaster(m_services.media, m_services.tasks, m_services.mainActor,
                    [this](const ForecastOutcome& outcome) {
                        m_forecastIsAwaited = false;
@@ -118,7 +117,7 @@ void ContentViewModel::setPresetIndex(int index) {
         m_presets.selectPreset(options[static_cast<std::size_t>(index)].id);
 }
 
-// MARK: What the movie will be
+// MARK: Expected movie
 
 QString ContentViewModel::sourceTargetText() const {
     const auto& source = vm()->sourceInfo();
@@ -135,7 +134,7 @@ void ContentViewModel::updateForecast() {
     }
 }
 
-/// Questions and forecast were about another video, or about less of this one.
+/// Closes the questions and discards the forecast, which were for another source or an incomplete analysis.
 void ContentViewModel::sourceChanged() {
     m_forecastIsAwaited = true;
     askAboutReplacing({});
@@ -144,7 +143,7 @@ void ContentViewModel::sourceChanged() {
 }
 
 void ContentViewModel::takeForecast(const ForecastOutcome& outcome) {
-    // Why there is no forecast is said by the analysis, or will be by the run.
+    // The analysis or the run reports the reason for a missing forecast.
     m_forecastText = outcome.forecast ? zeb::forecastText(*outcome.forecast) : "";
     m_forecastIsWarning = outcome.forecast && !outcome.forecast->fits();
     emit forecastChanged();
@@ -158,7 +157,7 @@ void ContentViewModel::start() {
         [this, alive = std::weak_ptr(m_alive)] {
             if (!alive.expired()) askAndStart();
         },
-        // Without a usable source there is nothing to forecast.
+        // There is no forecast without a usable source.
         [this, alive = std::weak_ptr(m_alive)] {
             return alive.expired() || !m_forecastIsAwaited || !vm()->sourceInfo();
         });
@@ -211,7 +210,7 @@ void ContentViewModel::askAboutMisfit(const QString& question) {
     emit misfitQuestionChanged();
 }
 
-// MARK: The run
+// MARK: Run
 
 void ContentViewModel::runBegan() {
     m_runStartedAt = m_services.clock.now();
@@ -227,7 +226,7 @@ void ContentViewModel::runBegan() {
 }
 
 void ContentViewModel::runEnded() {
-    m_mayReplace.reset();  // the next run is asked about again
+    m_mayReplace.reset();  // the next run must ask again
     updateTargetSizeText();
     m_runStartedAt.reset();
     m_runSourceText.clear();
@@ -248,7 +247,7 @@ void ContentViewModel::runAdvanced() {
     emit timesTextChanged();
 }
 
-/// Lets the elapsed time move while a run makes no progress.
+/// Updates the elapsed time once a second while a run makes no progress.
 void ContentViewModel::tick(std::int64_t run) {
     m_services.mainActor.postAfter(std::chrono::seconds(1), [this, run, alive = std::weak_ptr(m_alive)] {
         if (alive.expired() || run != m_runs || !m_runStartedAt) return;
@@ -295,7 +294,7 @@ void ContentViewModel::playMovie() {
     if (const auto movie = vm()->playableOutputURL()) return openZEBFile(*movie, false);
     OpenPanel panel;
     panel.title = localizedText("play_zeb");
-    // What was cancelled and kept lies there.
+    // Start in the output's folder, which also contains the movies of cancelled runs.
     if (const auto& output = vm()->outputURL())
         panel.folder = std::filesystem::path(output->path()).parent_path().string();
     panel.contentTypes = {{ContentType::filenameExtension, "zeb"}};
@@ -326,7 +325,7 @@ bool ContentViewModel::findsMovie(const URL& url) {
     // The player reports why an existing file cannot be read.
     std::error_code ignored;
     if (std::filesystem::status(path, ignored).type() != std::filesystem::file_type::not_found) return true;
-    // The window shows the last of several, the log has all of them.
+    // The window shows only the last of several errors, the log shows all.
     const std::string text = localizedText("error_zeb_missing_format", {path});
     vm()->setLastError(text);
     vm()->appendLog(localizedText("log_error_format", {text}));
@@ -360,7 +359,7 @@ void ContentViewModel::sayOneVideoIsTaken(const URL& taken) {
 
 void ContentViewModel::handleRequest(const AppActionRequest& request) {
     AppAction action = request.action;
-    // The window that has just been made for a request once more stays.
+    // A repeated request must not hide the window that has just been created.
     auto* play = std::get_if<PlayAction>(&action);
     if (play && request.id == m_lastRequest) play->hideMaker = false;
     m_lastRequest = request.id;

@@ -26,7 +26,7 @@
 
 namespace zeb {
 
-/// What the main window's logic stands on. All of it outlives the model.
+/// Services used by the main window's logic. All of them outlive the model.
 struct ContentServices {
     ConverterViewModel& converter;
     UserDefaults& defaults;
@@ -39,16 +39,16 @@ struct ContentServices {
     SoundEffects& sounds;
     DockProgress& dockProgress;
     AppActionRouter& appActions;
-    /// Opens a movie in a player window; with `hideMaker` the converter window goes.
+    /// Opens a movie in a player window; with `hideMaker` hides the converter window.
     std::function<void(const URL& url, bool hideMaker)> openPlayer;
-    /// Brings the converter's window forward, so that what it says is seen.
+    /// Brings the converter's window forward, so that its messages are visible.
     std::function<void()> showConverter;
-    std::string version;  ///< of the program; empty when unknown
+    std::string version;  ///< of the program; empty if unknown
     std::string build;
 };
 
-/// What the main window does besides showing the converter: presets, estimates, requests from outside, the
-/// dock's progress. Main thread.
+/// The main window's logic besides the converter: presets, estimates, external requests and dock progress.
+/// Main thread.
 class ContentViewModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(zeb::ConverterViewModel* vm READ vm CONSTANT)
@@ -72,57 +72,56 @@ public:
     ConverterViewModel* vm() const { return &m_services.converter; }
     QString versionText() const;
 
-    /// The size presets, and which of them the size is.
+    /// The size presets, and the index of the preset that matches the size.
     QStringList presetTitles() const;
     int presetIndex() const;
     void setPresetIndex(int index);
 
     /// Empty without a source.
     QString sourceTargetText() const;
-    /// How large the movie will be; empty while unknown.
+    /// The forecast size of the movie; empty while unknown.
     QString forecastText() const { return QString::fromStdString(m_forecastText); }
-    /// It would pass the format's 4 GiB or the free space.
+    /// Whether the forecast exceeds the format's 4 GiB or the free space.
     bool forecastIsWarning() const { return m_forecastIsWarning; }
     const std::string& etaText() const { return m_remaining.etaText(); }
     std::string elapsedText() const;
     const std::string& targetSizeText() const { return m_targetSizeText; }
-    /// Names the file that is being converted, whatever has been chosen since; empty while no run goes on.
+    /// Names the file being converted, independent of later choices; empty if no run is active.
     QString runSourceText() const { return m_runSourceText; }
-    /// Remaining and elapsed time and the size of the file, while a run goes on.
+    /// Remaining and elapsed time and the size of the file during a run.
     QString timesText() const;
-    /// Whether to start a run in whose place a file stands that nobody has said may go; empty when there is
-    /// nothing to ask.
+    /// Question shown before a run would overwrite a file that the user has not confirmed. Empty if there is
+    /// none.
     QString replaceQuestion() const { return m_replaceQuestion; }
-    /// Whether to start a run whose movie would pass the format's limit or the free space, and why not; empty
-    /// when there is nothing to ask.
+    /// Question shown before a run whose movie would exceed the format's limit or the free space, with the
+    /// reason. Empty if there is none.
     QString misfitQuestion() const { return m_misfitQuestion; }
-    /// Whether to keep the unfinished movie of a run that was cancelled or has failed; empty when there is
-    /// nothing to ask.
+    /// Question whether to keep the unfinished movie of a cancelled or failed run; empty without one.
     QString cancelledOutputQuestion() const;
 
-    /// A window comes: reads the presets and carries the latest request out, also one that was carried out
-    /// before, which then hides no converter.
+    /// Must be called when a window appears: reads the presets and handles the latest request. A request that
+    /// was already handled does not hide the converter again.
     void appear();
-    /// Plays the movie that was made, or asks for one.
+    /// Plays the converted movie, or shows the open panel for one.
     Q_INVOKABLE void playMovie();
-    /// Starts a run, as soon as the source is analysed and its first forecast is there; before one that would
-    /// replace a file or whose movie would not fit, asks first.
+    /// Starts a run once the source is analysed and its first forecast is available. Asks first if the run
+    /// would replace a file or the movie would not fit.
     Q_INVOKABLE void start();
-    /// The answers to these questions.
+    /// Answers to these questions.
     Q_INVOKABLE void replaceAndStart();
     Q_INVOKABLE void dismissReplaceQuestion();
     Q_INVOKABLE void startAnyway();
     Q_INVOKABLE void dismissMisfitQuestion();
-    /// Files were dropped on the window: movies are played, the last of the others becomes the source, and
-    /// what lies elsewhere is refused.
+    /// Handles files dropped on the window: plays movies, uses the last other file as the source, and rejects
+    /// URLs that are not local files.
     Q_INVOKABLE void takeDroppedURLs(const QList<QUrl>& urls);
-    /// The question about the unfinished movie was left without an answer.
+    /// Closes the question about the unfinished movie without an answer.
     Q_INVOKABLE void dismissCancelledOutputQuestion();
-    /// Says that `taken` is the only one of several videos that becomes the source.
+    /// Shows that `taken` is the only one of several videos used as the source.
     void sayOneVideoIsTaken(const URL& taken);
-    /// Refuses a URL that names no file of this computer.
+    /// Opens a movie in a player; rejects a URL that is not a local file.
     void openZEBFile(const URL& url, bool hideMaker);
-    /// Whether there is a file for a player; says so in the converter's window when there is none.
+    /// Returns whether the movie's file exists; shows an error in the converter's window if not.
     bool findsMovie(const URL& url);
     void handleAppAction(const AppAction& action);
 
@@ -137,8 +136,6 @@ signals:
     void cancelledOutputQuestionChanged();
 
 private:
-    /// The size as presets see it.
-
     void connectConverter();
     void runBegan();
     void runEnded();
@@ -159,18 +156,18 @@ private:
     SizeForecaster m_forecaster;
     std::string m_forecastText;
     bool m_forecastIsWarning = false;
-    bool m_forecastIsAwaited = false;  ///< the source has changed since the last one
+    bool m_forecastIsAwaited = false;  ///< the source has changed since the last forecast
     QString m_replaceQuestion;
     QString m_misfitQuestion;
-    /// A source and the place of its movie, where what stands may go: the person has been asked, by the file
-    /// panel or before the start. Ends with the run.
+    /// A source and an output whose existing file may be replaced, as confirmed by the user in the file panel
+    /// or before the start. Reset at the end of the run.
     std::optional<std::pair<URL, URL>> m_mayReplace;
     AppActionRouter::Observation m_requests;
-    std::string m_lastRequest;  ///< id of the last one that was carried out
+    std::string m_lastRequest;  ///< id of the last handled request
     RemainingTime m_remaining;
     std::optional<Clock::Instant> m_runStartedAt;
     std::optional<URL> m_runOutput;  ///< of the latest run
-    std::int64_t m_runs = 0;         ///< so far
+    std::int64_t m_runs = 0;         ///< number of runs so far
     QString m_runSourceText;
     std::string m_targetSizeText;
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);

@@ -6,8 +6,8 @@
 
 namespace zeb {
 
-/// What the window says of a movie's size, localised: the size, or that the movie would not fit and what
-/// would.
+/// Returns the localised text about a movie's size: the size, or a warning that the movie would not fit, with
+/// suggestions.
 std::string forecastText(const SizeForecast& forecast);
 
 }  // namespace zeb

@@ -7,16 +7,16 @@
 
 namespace zeb {
 
-/// Estimates how long a run still takes, from its progress at several moments: the speed is smoothed
-/// exponentially, with a weight of 1/5 for the newest.
+/// Estimates the remaining time of a run from its progress. The speed is smoothed exponentially with a weight
+/// of 1/5 for the latest sample.
 class RemainingTime {
 public:
-    /// Forgets everything: a run begins or has ended.
+    /// Resets the estimate at the beginning or end of a run.
     void reset();
-    /// The progress, 0 ... 1, at the moment `now`. Samples closer than a quarter of a second, or falling
-    /// ones, are left out.
+    /// Adds a sample: the progress, 0 ... 1, at time `now`. Ignores samples that follow within a quarter of a
+    /// second, and decreasing progress.
     void updateETA(double progress, Clock::Instant now);
-    /// As a clock shows it, or "—".
+    /// Formatted as a clock time, or "—".
     const std::string& etaText() const noexcept { return m_etaText; }
 
 private:

@@ -19,7 +19,7 @@ std::string audioText(const Settings& settings) {
 }  // namespace
 
 TargetDescription targetDescription(const SourceInfo& source, const Settings& settings) {
-    // By the very rule that the run uses.
+    // Uses the same function as the run.
     return {targetSize(source.width, source.height, settings),
             settings.fps < 1 ? 1 : std::min(settings.fps, std::max(source.fps, 1)), settings.qlModeNumber,
             audioText(settings)};

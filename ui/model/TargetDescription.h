@@ -8,7 +8,7 @@
 
 namespace zeb {
 
-/// What a run with these settings would make of a source.
+/// Properties of the movie that a run with these settings would create.
 struct TargetDescription {
     FrameSize size;
     int fps = 1;
@@ -20,11 +20,11 @@ struct TargetDescription {
 
 TargetDescription targetDescription(const SourceInfo& source, const Settings& settings);
 
-/// Source and target on one line, localised.
+/// Returns source and target on one line, localised.
 std::string sourceTargetText(const SourceInfo& source, const Settings& settings);
 
-/// How the window names the program's version: "v0.1.0 (7)", "v—" without one; a build that is blank is left
-/// out.
+/// Returns the program's version as shown by the window: "v0.1.0 (7)"; "v—" without a version. A blank build
+/// is omitted.
 std::string versionText(const std::string& version, const std::string& build);
 
 }  // namespace zeb

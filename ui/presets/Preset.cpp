@@ -14,7 +14,7 @@ std::int64_t orDefault(std::int64_t side, std::int64_t defaultSide) {
 std::int64_t storedSide(const UserDefaults& defaults, std::string_view key, std::int64_t defaultSide) {
     const auto value = defaults.object(key);
     const bool isNumber = value && (value->as<std::int64_t>() != nullptr || value->as<double>() != nullptr);
-    // Settings in the old text form hold texts only.
+    // Settings in the old text format contain only texts.
     return isNumber ? defaults.integer(key) : orDefault(defaults.integer(key), defaultSide);
 }
 

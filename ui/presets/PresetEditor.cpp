@@ -23,7 +23,7 @@ void PresetEditor::loadUserPresets() {
 }
 
 void PresetEditor::saveUserPresets() {
-    // Known before it is announced: our own list is no news.
+    // Set before the notification, so that the observer recognises the list as known.
     m_stored = encodeUserPresets(m_userPresets).value_or(PropertyData());
     m_defaults.set(userPresetsKey, m_stored);
 }

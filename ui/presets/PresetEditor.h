@@ -13,38 +13,37 @@
 
 namespace zeb {
 
-/// What the settings window shows and changes: the sizes of the built-in presets, the user's presets and the
-/// switch of the sound effects. Every change is stored at once. Main thread only.
+/// The data of the settings window: the sizes of the built-in presets, the user's presets and the sound
+/// effects setting. Every change is stored at once. Main thread only.
 ///
-/// Since nothing here is ever unsaved, the stored list is the true one: when somebody else has changed it
-/// (another instance of the program, say) the editor takes it over, so that its own next change does not undo
-/// theirs.
+/// There are no unsaved changes, so the stored list takes precedence. The editor loads it again after another
+/// process has changed it, so that the next change here does not undo the other one.
 class PresetEditor {
 public:
-    /// Who shows the fields hears of their changes, after they were stored. All may be empty.
+    /// Callbacks for changes, called after they were stored. All may be empty.
     struct Changes {
-        std::function<void()> listChanged;                ///< rows came, went, or are others now
-        std::function<void(std::size_t row)> rowChanged;  ///< its name or its size
-        std::function<void()> settingsChanged;            ///< perhaps the built-in sizes or the switch
+        std::function<void()> listChanged;                ///< rows were added, removed or replaced
+        std::function<void(std::size_t row)> rowChanged;  ///< the name or the size of the row
+        std::function<void()> settingsChanged;            ///< built-in sizes or sound setting may differ
     };
 
-    /// Defaults and notification centre outlive this.
+    /// Defaults and notification centre outlive the editor.
     PresetEditor(UserDefaults& defaults, NotificationCenter& notifications, Changes changes = {});
 
     const std::vector<UserPreset>& userPresets() const noexcept { return m_userPresets; }
 
-    /// Reads the list, when the window appears. One that cannot be read counts as empty, and is overwritten
-    /// by the next change.
+    /// Reads the list; must be called when the window appears. An unreadable list is treated as empty and is
+    /// overwritten by the next change.
     void loadUserPresets();
-    /// Stores the list as it is; empty data if a name is not UTF-8.
+    /// Stores the current list; empty data if a name is not UTF-8.
     void saveUserPresets();
 
     void addUserPreset(const std::string& name, std::int64_t width, std::int64_t height);
-    /// Removes all presets of that id.
+    /// Removes all presets with that id.
     void deleteUserPreset(const std::string& id);
 
-    // Changes of a row, which store the list; a row that is not there (any more) is passed over. Names may be
-    // empty or occur twice; sizes are limited by the steppers only (`userSizeRange`).
+    // Setters for a row, which store the list. A row that does not exist is ignored. Names may be empty or
+    // duplicate; only the steppers limit sizes (`userSizeRange`).
     void setName(std::size_t row, const std::string& name);
     void setWidth(std::size_t row, std::int64_t width);
     void setHeight(std::size_t row, std::int64_t height);
@@ -53,7 +52,7 @@ public:
     void setBuiltInWidth(const BuiltInPreset& preset, std::int64_t width);
     void setBuiltInHeight(const BuiltInPreset& preset, std::int64_t height);
 
-    /// True unless switched off.
+    /// The default is true.
     bool soundEffectsEnabled() const;
     void setSoundEffectsEnabled(bool isEnabled);
 
@@ -65,7 +64,7 @@ private:
     UserDefaults& m_defaults;
     Changes m_changes;
     std::vector<UserPreset> m_userPresets;
-    PropertyData m_stored;  ///< the bytes that the list was read from or written to
+    PropertyData m_stored;  ///< the bytes last read or written
     NotificationCenter::Observation m_defaultsObservation;
 };
 

@@ -83,15 +83,14 @@ void PresetSelection::applySize(std::int64_t width, std::int64_t height) {
 }
 
 void PresetSelection::endApplyingSoon() {
-    // After whatever the changes of the size have posted.
+    // Runs after the work posted by observers of the size.
     m_mainActor.post([weak = std::weak_ptr(m_self)] {
         if (const auto self = weak.lock()) (*self)->setApplying(false);
     });
 }
 
 void PresetSelection::setApplying(bool isApplying) {
-    if (std::exchange(m_isApplyingPreset, isApplying) == isApplying) return;
-    if (m_changes.isApplyingPresetChanged) m_changes.isApplyingPresetChanged();
+    m_isApplyingPreset = isApplying;
 }
 
 void PresetSelection::select(std::string id) {

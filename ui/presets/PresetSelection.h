@@ -16,18 +16,17 @@
 
 namespace zeb {
 
-/// The preset picker of the main window: what it offers, what it shows, and what choosing does to the size.
+/// The preset picker of the main window: its options, its selection and the effect of selecting on the size.
 /// Main thread only.
 class PresetSelection {
 public:
-    /// Who shows the fields hears of their changes. All may be empty.
+    /// Callbacks for changes. All may be empty.
     struct Changes {
-        std::function<void()> optionsChanged;  ///< perhaps other `presetOptions`
+        std::function<void()> optionsChanged;  ///< `presetOptions` may have changed
         std::function<void()> selectedPresetIDChanged;
-        std::function<void()> isApplyingPresetChanged;
     };
 
-    /// All that is handed in outlives this.
+    /// All arguments outlive the selection.
     PresetSelection(UserDefaults& defaults, NotificationCenter& notifications, MainActor& mainActor,
                     SettingsModel& settings, NameOrder isBefore = isBeforeInAnyLanguage,
                     Changes changes = {});
@@ -37,29 +36,30 @@ public:
 
     const std::vector<UserPreset>& userPresets() const noexcept { return m_userPresets; }
     const std::string& selectedPresetID() const noexcept { return m_selectedPresetID; }
-    /// While true, changes of the size do not move the selection: between a preset's width and its height the
-    /// size is nobody's.
+    /// While true, changes of the size do not move the selection: while a preset is being applied, width and
+    /// height do not match any preset.
     bool isApplyingPreset() const noexcept { return m_isApplyingPreset; }
 
     /// The custom size, the built-in presets, the user's presets.
     std::vector<PresetOption> presetOptions() const;
-    /// The first of the presets with that size, in the options' order; "custom" if there is none.
+    /// Returns the id of the first preset with that size, in the order of the options; "custom" if there is
+    /// none.
     std::string matchingPresetID(std::int64_t width, std::int64_t height) const;
 
-    /// Rebuilds the user's presets from every place where they may be stored.
+    /// Rebuilds the user's presets from all storage keys.
     void loadUserPresets();
-    /// The user has chosen an entry of the picker.
+    /// Handles the choice of an entry by the user.
     void selectPreset(const std::string& id);
-    /// Gives the settings the size of that preset; none for "custom" and unknown ids. Sides beyond an int
-    /// become its nearest value.
+    /// Sets the size in the settings to that of the preset, clamped to int. Does nothing for "custom" and
+    /// unknown ids.
     void applyPreset(const std::string& id);
 
-    /// The window is on screen: presets and selection are brought up to date, and from now on follow what is
-    /// stored and what the Presets menu asks for.
+    /// Must be called when the window appears: updates presets and selection, and from now on follows stored
+    /// changes and requests of the Presets menu.
     void appear();
-    /// It is not any more.
+    /// Must be called when the window disappears.
     void disappear();
-    /// The settings' width, or their height, has changed.
+    /// Must be called after a change of width or height in the settings.
     void sizeChanged();
 
 private:
@@ -82,7 +82,7 @@ private:
     bool m_isApplyingPreset = false;
     NotificationCenter::Observation m_applyObservation;
     NotificationCenter::Observation m_defaultsObservation;
-    std::shared_ptr<PresetSelection*> m_self;  ///< tells work that waits whether this is still there
+    std::shared_ptr<PresetSelection*> m_self;  ///< expires with this object, for posted work
 };
 
 }  // namespace zeb

@@ -9,7 +9,7 @@ namespace {
 constexpr PresetSize emptyPresetSize = {1280, 720};
 constexpr PresetSize size4K = {3840, 2160};
 
-/// Beyond the end for what is no place.
+/// Converts a negative number to an index past the end.
 std::size_t placeOf(int number) {
     return static_cast<std::size_t>(number);
 }
@@ -22,7 +22,7 @@ PresetSettingsModel::PresetSettingsModel(UserDefaults& defaults, NotificationCen
       m_editor(defaults, notifications,
                {.listChanged =
                     [this] {
-                        // The editor tells after it has changed; to the views it is one step.
+                        // The editor notifies after the change, so reset the model as a whole.
                         beginResetModel();
                         endResetModel();
                         emit countChanged();

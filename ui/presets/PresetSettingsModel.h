@@ -11,8 +11,8 @@
 
 namespace zeb {
 
-/// The editor of presets and sounds for the settings window: a row for each of the user's presets, and the
-/// sizes of the built-in ones in their order. Main thread.
+/// The model of presets and sounds for the settings window: one row per preset of the user, and the sizes of
+/// the built-in presets in order. Main thread.
 class PresetSettingsModel final : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -30,7 +30,7 @@ class PresetSettingsModel final : public QAbstractListModel {
 public:
     enum Role { nameRole = Qt::UserRole, sideWidthRole, sideHeightRole };
 
-    /// Defaults and notification centre outlive this.
+    /// Defaults and notification centre outlive the model.
     PresetSettingsModel(UserDefaults& defaults, NotificationCenter& notifications, QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -48,13 +48,13 @@ public:
     static int mostUserSide() { return userSizeRange.most; }
     static int sideStep() { return userSizeRange.step; }
 
-    /// The window appears: reads the presets anew.
+    /// Reads the presets again; must be called when the window appears.
     Q_INVOKABLE void appear() { m_editor.loadUserPresets(); }
     Q_INVOKABLE void save() { m_editor.saveUserPresets(); }
     Q_INVOKABLE void addEmptyPreset();
     Q_INVOKABLE void add4KPreset();
     Q_INVOKABLE void removePreset(int row);
-    // Changes of a row, or of a built-in preset by its place; what is not there is passed over.
+    // Setters for a row, or for a built-in preset by index. Invalid indices are ignored.
     Q_INVOKABLE void setName(int row, const QString& name);
     Q_INVOKABLE void setPresetWidth(int row, int width);
     Q_INVOKABLE void setPresetHeight(int row, int height);

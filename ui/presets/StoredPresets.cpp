@@ -20,7 +20,7 @@ namespace {
 
 using JSON = nlohmann::json;
 
-/// The elements of an array of objects.
+/// Parses an array of objects.
 std::optional<JSON> parseObjects(std::span<const std::uint8_t> bytes) {
     if (bytes.size() > propertyList::largestSize) return std::nullopt;
     auto json = JSON::parse(bytes.begin(), bytes.end(), nullptr, false);
@@ -234,7 +234,7 @@ bool mentionsPresets(std::string_view key) {
     return std::search(key.begin(), key.end(), word.begin(), word.end(), isSame) != key.end();
 }
 
-/// Elements that are no dictionaries are passed over.
+/// Ignores elements that are not dictionaries.
 std::vector<UserPreset> presetsInArray(const PropertyArray& array) {
     std::vector<PropertyDictionary> records;
     for (const PropertyValue& element : array) {
@@ -275,7 +275,7 @@ std::vector<UserPreset> presetsInData(std::span<const std::uint8_t> bytes) {
 
 std::vector<UserPreset> collectUserPresets(const UserDefaults& defaults, const NameOrder& isBefore) {
     PresetCollection collection;
-    // In the order of their keys, so that the same settings always give the same presets.
+    // In key order, so that the result is deterministic.
     for (const auto& [key, value] : defaults.dictionaryRepresentation()) {
         if (mentionsPresets(key) || std::ranges::find(legacyPresetKeys, key) != legacyPresetKeys.end())
             mergePresets(collection, presetsIn(value));
@@ -283,7 +283,7 @@ std::vector<UserPreset> collectUserPresets(const UserDefaults& defaults, const N
     std::vector<UserPreset> presets;
     for (const auto& [id, preset] : collection)
         presets.push_back(preset);
-    // Stable: those of one name stay in the order of their ids.
+    // Stable: presets with the same name keep the order of their ids.
     std::ranges::stable_sort(presets, isBefore, &UserPreset::name);
     return presets;
 }

@@ -17,7 +17,7 @@ constexpr qreal shadowDrop = 12;
 constexpr qreal shadowOpacity = 0.35;
 constexpr qreal outlineOpacity = 0.16;
 
-/// One pass of a running mean over rows of bytes.
+/// Applies a running mean to one row or column of bytes.
 void blurRow(uchar* first, qsizetype step, int count, int radius, std::vector<uchar>& copy) {
     copy.resize(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
@@ -32,7 +32,7 @@ void blurRow(uchar* first, qsizetype step, int count, int radius, std::vector<uc
     }
 }
 
-/// Three running means come close to a Gaussian.
+/// Applies three running means, which approximate a Gaussian.
 void blur(QImage& mask, int radius) {
     std::vector<uchar> copy;
     uchar* const bytes = mask.bits();
@@ -54,7 +54,7 @@ QImage shadowOf(QSizeF item, QRectF picture, qreal devicePixelRatio) {
     painter.setBrush(QColor::fromRgbF(0, 0, 0, static_cast<float>(shadowOpacity)));
     painter.drawRoundedRect(picture.translated(0, shadowDrop), cornerRadius, cornerRadius);
     painter.end();
-    // A Gaussian of this radius has half of it as its deviation; three means of width w have that of w / 2.
+    // The standard deviation of the Gaussian is half its radius; three means of width w have deviation w / 2.
     blur(shadow, static_cast<int>(std::lround(shadowRadius * devicePixelRatio / 2)));
     return shadow;
 }
@@ -124,7 +124,7 @@ void AnimatedGIFView::paint(QPainter* painter) {
 
     const QImage frame = m_movie ? m_movie->currentImage() : QImage();
     if (!frame.isNull()) {
-        // Filled with the picture, so that the corners are smooth; a clip's would not be.
+        // Filled with the picture: a clip would leave the corners without antialiasing.
         QBrush brush(frame);
         QTransform toArea = QTransform::fromTranslate(picture.x(), picture.y());
         toArea.scale(picture.width() / frame.width(), picture.height() / frame.height());

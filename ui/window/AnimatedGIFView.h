@@ -9,11 +9,11 @@
 
 namespace zeb {
 
-/// An animated picture from the application's resources, in a rounded frame that casts a shadow: painted here
-/// because the software renderer has neither rounded clips nor shadows. Empty while there is no such
-/// resource.
+/// An animated picture from the application's resources in a rounded frame with a shadow. Painted here
+/// because the software renderer supports neither rounded clips nor shadows. Empty if the resource does not
+/// exist.
 ///
-/// The picture keeps its proportions inside the item less `shadowMargin` on every side.
+/// The picture keeps its aspect ratio inside the item minus `shadowMargin` on every side.
 class AnimatedGIFView : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT

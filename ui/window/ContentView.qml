@@ -23,7 +23,7 @@ FocusScope {
     implicitWidth: windowWidth
     implicitHeight: windowHeight
 
-    // What Return does, once the number that was being typed is taken.
+    // Starts a run for Return, after the number being typed has been committed.
     Timer {
         id: starting
 
@@ -45,7 +45,7 @@ FocusScope {
         wrapMode: Text.Wrap
     }
 
-    // Return means the same here as everywhere, unless the list is open.
+    // Return starts a run here too, unless the list is open.
     component Picker: ComboBox {
         Keys.onReturnPressed: event => popup.visible ? event.accepted = false : starting.start()
         Keys.onEnterPressed: event => popup.visible ? event.accepted = false : starting.start()
@@ -63,7 +63,7 @@ FocusScope {
         Accessible.ignored: true
     }
 
-    // A run and an error are seen, wherever the page has been scrolled to.
+    // Scroll to the progress group when a run starts or an error occurs.
     Connections {
         target: view.vm
 
@@ -283,14 +283,14 @@ FocusScope {
                         Picker {
                             objectName: "track"
 
-                            // A run takes the last track for one beyond it.
+                            // Shows the last track for an index past the end, as a run uses it.
                             readonly property int chosenTrack: Math.min(view.settings.audioTrackIndex, count - 1)
 
                             Layout.fillWidth: true
                             enabled: view.settings.includeAudio
                             model: view.vm.audioTrackLabels
                             currentIndex: chosenTrack
-                            // New entries begin with the first.
+                            // A new model resets the index to the first entry, so bind it again.
                             onModelChanged: currentIndex = Qt.binding(() => chosenTrack)
                             Accessible.name: Texts.localizedText("track_label")
                             onActivated: index => view.settings.audioTrackIndex = index
@@ -364,7 +364,8 @@ FocusScope {
                     }
 
                     RowLayout {
-                        // Its place is kept, so that the buttons below do not move away from the mouse.
+                        // Keep the space when hidden, so that the buttons below do not move away from the
+                        // mouse.
                         opacity: view.vm.isRunning ? 1 : 0
                         spacing: 20
 
@@ -445,7 +446,7 @@ FocusScope {
         }
     }
 
-    // Return starts, wherever the keyboard is.
+    // Return starts a run wherever the keyboard focus is.
     Keys.onReturnPressed: starting.start()
     Keys.onEnterPressed: starting.start()
 }

@@ -3,7 +3,7 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import ZEBStyle
 
-// A button that chooses a file, and the path of the one that was chosen.
+// A button that chooses a file, and the path of the chosen file.
 RowLayout {
     id: row
 

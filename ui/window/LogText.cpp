@@ -8,8 +8,8 @@
 namespace zeb {
 namespace {
 
-/// Returns how many characters of whole lines go from the start of `before` so that the rest begins `after`;
-/// all of them when nothing of `before` is left.
+/// Returns the number of characters, in whole lines, to remove from the start of `before` so that the rest is
+/// a prefix of `after`. Returns the length of `before` if no line remains.
 qsizetype droppedCharacters(const QString& before, const QString& after) {
     qsizetype start = 0;
     while (!after.startsWith(QStringView(before).sliced(start))) {
@@ -26,7 +26,7 @@ void LogText::setDocument(QQuickTextDocument* document) {
     if (document == m_document) return;
     m_document = document;
     if (m_document) {
-        // The person cannot change the text, and every line would be kept once more.
+        // The text is read-only; an undo history would only store every line twice.
         m_document->textDocument()->setUndoRedoEnabled(false);
         m_document->textDocument()->setPlainText(m_text);
     }

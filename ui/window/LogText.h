@@ -7,8 +7,8 @@
 
 namespace zeb {
 
-/// Shows lines in a text document that grow at the end and lose the oldest at the start. Only what differs is
-/// changed there, so that a selection in the document stays on its words. Main thread.
+/// Shows text in a document; lines are appended at the end and the oldest are removed at the start. Only the
+/// differences are changed in the document, so that a selection keeps its text. Main thread.
 class LogText : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -28,9 +28,9 @@ public:
 signals:
     void documentChanged();
     void textChanged();
-    /// Lines were added behind the first `length` characters.
+    /// Lines were appended after the first `length` characters.
     void appended(int length);
-    /// Lines were taken from the start; together they were `height` high.
+    /// Lines with a total height of `height` were removed from the start.
     void shortened(double height);
 
 private:

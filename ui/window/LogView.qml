@@ -3,7 +3,7 @@ import QtQuick.Controls
 import ZEBMaker
 import ZEBStyle
 
-// The log's text; it stays at its end while that is in sight.
+// The text of the log. Scrolls along while its end is visible.
 Flickable {
     id: view
 
@@ -28,12 +28,12 @@ Flickable {
         id: lines
 
         document: log.textDocument
-        // A selection that reaches to the end does not grow.
+        // A selection that reaches to the end must not grow.
         onAppended: length => {
             if (log.selectionStart < length && log.selectionEnd > length)
                 log.select(log.selectionStart, length)
         }
-        // What is in sight stays there.
+        // Keep the visible lines in place.
         onShortened: height => view.contentY = Math.max(0, view.contentY - height)
     }
 

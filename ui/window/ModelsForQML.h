@@ -8,7 +8,7 @@
 
 namespace zeb {
 
-// Tells QML about models that themselves know nothing of QML.
+// Registers models with QML; the models themselves do not depend on QML.
 
 struct ContentViewModelForQML {
     Q_GADGET

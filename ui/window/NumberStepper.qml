@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import ZEBStyle
 
-// A number that is stepped or typed. A number that came from elsewhere is shown even beyond the range.
+// A number that is stepped or typed. A number set by the model is shown even if out of range.
 SpinBox {
     id: stepper
 

@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 
-// A title in white with a black outline of eight shifted copies.
+// A white title with a black outline made of eight shifted copies.
 Item {
     id: title
 

@@ -6,7 +6,7 @@ import QtQuick.Layouts
 import ZEBMaker
 import ZEBStyle
 
-// The settings: sizes of the built-in presets, the user's own presets, and the sounds.
+// The settings: sizes of the built-in presets, the user's presets, and the sounds.
 ScrollPage {
     id: view
 

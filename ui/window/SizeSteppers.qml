@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Layouts
 
-// The two sides of a preset.
+// The width and height of a preset.
 RowLayout {
     id: steppers
 

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import QtQuick.Templates as T
 
-// A question with two answers in the middle of the window, asked while `question` is not empty. The second answer is
-// the safe one: it has the keyboard, and Escape gives it.
+// A question with two answers in the middle of the window, shown while `question` is not empty. The second answer is
+// the safe one: it has the keyboard focus, and Escape selects it.
 T.Popup {
     id: alert
 
@@ -26,7 +26,7 @@ T.Popup {
     closePolicy: T.Popup.CloseOnEscape
 
     onQuestionChanged: question !== "" ? open() : close()
-    // Left without an answer.
+    // Closed without an answer.
     onClosed: {
         if (question !== "")
             rejected()

@@ -5,7 +5,7 @@ import QtQuick.Controls.impl
 T.Button {
     id: control
 
-    // A choice that cannot be taken back.
+    // Marks an action that cannot be undone.
     property bool destructive
 
     readonly property color foreground: !enabled ? Theme.disabledText

@@ -18,7 +18,7 @@ constexpr const char* portalInterface = "org.freedesktop.portal.Settings";
 constexpr const char* appearance = "org.freedesktop.appearance";
 constexpr const char* schemeKey = "color-scheme";
 
-/// Variants come wrapped once or twice, depending on the portal's version.
+/// Unwraps a variant, which is wrapped once or twice, depending on the portal's version.
 uint unwrapped(QVariant value) {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();

@@ -6,9 +6,9 @@
 
 namespace zeb {
 
-/// Whether the desktop is light or dark, followed while the program runs: the desktop portal's setting where
-/// there is one (org.freedesktop.appearance, color-scheme), else what the system's palette looks like. Main
-/// thread.
+/// The desktop's colour scheme, light or dark, updated while the program runs. Source: the setting of the
+/// desktop portal, if there is one (org.freedesktop.appearance, color-scheme), else the brightness of the
+/// system's palette. Main thread.
 class ColourScheme : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -24,7 +24,7 @@ signals:
     void isDarkChanged();
 
 private:
-    /// By name, as the session bus connects.
+    /// Connected by name, as the session bus requires.
     Q_SLOT void portalSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
     void askPortal();

@@ -3,8 +3,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import ZEBStyle
 
-// The context menu of its parent, which is a TextInput, a TextEdit or a TextField. The right button over it opens the
-// menu, as do the menu key and Shift+F10.
+// The context menu of its parent, which is a TextInput, a TextEdit or a TextField. The right mouse button, the menu
+// key and Shift+F10 open the menu.
 Item {
     id: place
 

@@ -1,6 +1,6 @@
 import QtQuick
 
-// The frame around a control that the keyboard acts on.
+// The frame around the control with the keyboard focus.
 Rectangle {
     property bool shown
 

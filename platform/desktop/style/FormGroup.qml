@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Layouts
 
-// Rows of a form that belong together, their title beside them.
+// A group of form rows with a title beside them.
 Rectangle {
     id: group
 

@@ -5,13 +5,13 @@ import ZEBStyle
 T.Menu {
     id: control
 
-    // The entry at this place, if it can be chosen; null for lines, too.
+    // Returns the enabled entry at this index; null for disabled entries and separators.
     function entryAt(index: int): MenuItem {
         const entry = itemAt(index) as MenuItem
         return entry?.enabled ? entry : null
     }
 
-    // Goes to the next entry in a direction. (The template stops at lines, where nothing can be seen of it.)
+    // Moves to the next enabled entry in a direction. (The template stops at separators.)
     function step(direction: int) {
         let index = direction < 0 && currentIndex < 0 ? count : currentIndex
         do {
@@ -21,7 +21,7 @@ T.Menu {
             currentIndex = index
     }
 
-    // The entry under a mouse that has moved. One that rests there while the entries scroll below it changes nothing.
+    // Selects the entry under a moving mouse. A resting mouse selects nothing while the entries scroll.
     function pointAt(place: point) {
         const list = contentItem as ListView
         const index = list.indexAt(place.x, place.y + list.contentY)
@@ -29,7 +29,7 @@ T.Menu {
             currentIndex = index
     }
 
-    // Does what the entry with this letter does, if there is one that can be chosen.
+    // Triggers the enabled entry with this shortcut letter, if there is one.
     function choose(letter: string): bool {
         for (let index = 0; letter !== "" && index < count; ++index) {
             const entry = entryAt(index)
@@ -54,7 +54,7 @@ T.Menu {
     delegate: MenuItem {}
 
     contentItem: ListView {
-        // Not the height of the content, which is an estimate while entries are out of sight.
+        // The content height is not used: it is an estimate while entries are out of sight.
         implicitHeight: {
             let sum = 0
             for (let index = 0; index < control.count; ++index)
@@ -62,7 +62,7 @@ T.Menu {
             return sum
         }
         model: control.contentModel
-        // Longer than the window is high.
+        // Scrollable if the menu is higher than the window.
         interactive: implicitHeight > height
         boundsBehavior: Flickable.StopAtBounds
         clip: true
@@ -84,7 +84,7 @@ T.Menu {
 
         HoverHandler {
             property point place
-            // Where it is first seen it may be at rest.
+            // The first position may be that of a resting mouse.
             property bool isKnown: false
 
             onHoveredChanged: isKnown = false

@@ -10,7 +10,7 @@ T.MenuItem {
     horizontalPadding: 10
     font.pixelSize: Theme.bodySize
 
-    // Its menu looks after the mouse.
+    // The menu handles the mouse.
     hoverEnabled: false
     Accessible.name: Texts.plainLabel(control.text)
 

@@ -1,7 +1,7 @@
 import QtQuick
 import ZEBStyle
 
-// What a menu item says, and the keys that do the same.
+// The label of a menu item and its keyboard shortcut.
 Item {
     id: content
 

@@ -7,7 +7,7 @@ T.ProgressBar {
     implicitWidth: 200
     implicitHeight: 8
 
-    // Qt tells screen readers the value of sliders only.
+    // Qt reports the value to screen readers for sliders only.
     Accessible.description: Math.floor(100 * position) + " %"
 
     contentItem: Item {

@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Controls
 
-// A page that scrolls when it is higher than its place, or its place narrower than the least that it can do with. What
-// the keyboard reaches comes into sight.
+// A page that scrolls vertically if it is higher than its viewport, and horizontally if its minimum width is larger.
+// Scrolls to the item with the keyboard focus.
 Flickable {
     id: page
 
@@ -10,7 +10,7 @@ Flickable {
     property real leastWidth: 0
     readonly property Item focused: Window.activeFocusItem as Item
 
-    // Brings an item of the page into sight, with a little room around it.
+    // Scrolls an item of the page into view, with a small margin.
     function reveal(item: Item) {
         const top = item.mapToItem(holder, 0, 0).y - 8
         const bottom = top + item.height + 16

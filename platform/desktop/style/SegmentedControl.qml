@@ -3,7 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Layouts
 
-// One of a few choices, side by side. `choices` are objects with "text" and "value".
+// A choice between a few options, side by side. `choices` are objects with "text" and "value".
 FocusScope {
     id: control
 

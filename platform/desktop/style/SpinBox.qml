@@ -6,14 +6,14 @@ import QtQuick.Templates as T
 T.SpinBox {
     id: control
 
-    // What the number is, with the number in it: "Width: 512". What stands before it is shown in front of the digits.
+    // Label that contains the number: "Width: 512". The text before the number is shown in front of the digits.
     property string label
     readonly property string prefix: {
         const place = label.lastIndexOf(displayText)
         return place < 0 ? "" : label.substring(0, place)
     }
 
-    // A step button's glyph: a plus or a minus, drawn so that it is sharp at every scale.
+    // The symbol of a step button: a plus or a minus, sharp at every scale.
     component StepButton: Rectangle {
         property bool plus
         property bool pressed
@@ -51,9 +51,9 @@ T.SpinBox {
         bottom: Math.min(control.from, control.to)
         top: Math.max(control.from, control.to)
     }
-    // Figures such as widths are written without separators.
+    // No thousands separators, as in widths.
     textFromValue: value => String(value)
-    // A field without a number keeps the old one.
+    // A text without a number keeps the value.
     valueFromText: text => {
         const number = parseInt(text.replace(/[^0-9-]/g, ""))
         return isNaN(number) ? control.value : number

@@ -12,12 +12,12 @@ TextArgument argumentOf(const QVariant& value) {
     bool isNumber = false;
     const double number = value.toDouble(&isNumber);
     if (!isNumber || value.typeId() == QMetaType::QString) return value.toString().toStdString();
-    // Numbers of QML are real ones, whatever they count.
+    // QML numbers are real numbers, also those that count things.
     if (number == std::floor(number) && std::abs(number) < 0x1p53) return static_cast<std::int64_t>(number);
     return number;
 }
 
-/// A label in pieces: what stands before the marked letter, that letter (empty without one), and the rest.
+/// The parts of a label: text before the marked letter, the letter (may be empty), text after it.
 struct MarkedLabel {
     QString before;
     QString letter;

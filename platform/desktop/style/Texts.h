@@ -16,15 +16,15 @@ class Texts : public QObject {
 public:
     using QObject::QObject;
 
-    /// `zeb::localizedText`: whole numbers fill %lld, other numbers %f, texts %@.
+    /// Calls `zeb::localizedText`: whole numbers fill %lld, other numbers %f, texts %@.
     Q_INVOKABLE QString localizedText(const QString& key, const QVariantList& arguments = {}) const;
 
-    // Labels of menus: an ampersand marks the letter that chooses the entry, two stand for one.
-    /// Returns the label that shows `text` as it is.
+    // Labels of menus: an ampersand marks the shortcut letter of an entry; two ampersands are a literal one.
+    /// Returns the label that shows `text` unchanged.
     Q_INVOKABLE QString labelOf(const QString& text) const;
-    /// Returns the marked letter in lower case; empty when there is none.
+    /// Returns the marked letter in lower case; empty for a label without a mark.
     Q_INVOKABLE QString letterOf(const QString& label) const;
-    /// Returns what a label says, without the mark.
+    /// Returns the text of a label without the mark.
     Q_INVOKABLE QString plainLabel(const QString& label) const;
     /// Returns a label as Qt's styled text, its marked letter underlined.
     Q_INVOKABLE QString styledLabel(const QString& label) const;

@@ -7,10 +7,10 @@ class QQmlEngine;
 
 namespace zeb {
 
-/// A colour of the theme as it is now, by its name in Theme.qml. Main thread.
+/// Returns a colour of the current theme by its name in Theme.qml. Main thread.
 QColor themeColour(QQmlEngine& engine, const char* name);
 
-/// The theme's colours for dialogs that are not drawn by the style.
+/// Returns the theme's palette for dialogs that are not drawn by the style.
 QPalette dialogPalette(QQmlEngine& engine);
 
 }  // namespace zeb

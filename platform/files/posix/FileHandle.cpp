@@ -19,12 +19,12 @@ namespace zeb {
 namespace {
 
 constexpr std::uint64_t largestOffset = std::numeric_limits<off_t>::max();
-/// Some systems refuse single transfers of 2 GiB and more.
+/// Limit for one transfer: some systems reject 2 GiB and more.
 constexpr std::size_t largestTransfer = std::size_t{1} << 30;
-/// What every system takes at once.
+/// Number of pieces that every system accepts in one call.
 constexpr std::size_t mostPieces = 1024;
 
-/// Owns an open file and knows its path, for error texts.
+/// Owns an open file and keeps its path for error texts.
 class Descriptor {
 public:
     Descriptor(int number, std::string path) : m_number(number), m_path(std::move(path)) {}
@@ -46,7 +46,7 @@ public:
 
     void close() {
         const int number = std::exchange(m_number, -1);
-        // After an interruption the descriptor is gone as well: closing again could hit somebody else's file.
+        // An interrupted close has closed the descriptor: closing again could close another thread's file.
         if (::close(number) != 0 && errno != EINTR) fail();
     }
 
@@ -63,7 +63,7 @@ void requireRegular(const struct stat& status, const std::string& path) {
 }
 
 int openDescriptor(const std::string& path, int flags) {
-    // A zero byte would end the name early and open some other file.
+    // A zero byte would end the name early and open another file.
     if (path.find('\0') != std::string::npos) throw FileError(path, EINVAL);
     int number = -1;
     do {
@@ -73,9 +73,8 @@ int openDescriptor(const std::string& path, int flags) {
     return number;
 }
 
-/// Opens an existing regular file. Looks before it opens, because opening a device may already do something,
-/// and again afterwards, because another file may have taken the place; without O_NONBLOCK a pipe would wait
-/// there.
+/// Opens an existing regular file. Checks before opening, because opening a device may have side effects, and
+/// again afterwards, because the file may have been replaced. O_NONBLOCK avoids waiting for a pipe's writer.
 std::unique_ptr<Descriptor> openRegular(const std::string& path, int flags) {
     struct stat status {};
     if (::stat(path.c_str(), &status) == 0) requireRegular(status, path);
@@ -111,7 +110,7 @@ private:
     std::unique_ptr<Descriptor> m_descriptor;
 };
 
-/// What one call can carry of these pieces: how many from the first on.
+/// Returns how many of the pieces, from the first on, one call can write.
 int piecesOfOneTransfer(std::span<const iovec> pieces) {
     std::size_t count = 1;
     std::size_t bytes = pieces.front().iov_len;
@@ -120,7 +119,7 @@ int piecesOfOneTransfer(std::span<const iovec> pieces) {
     return static_cast<int>(count);
 }
 
-/// What is left of these pieces behind their first `bytes`.
+/// Removes the first `bytes` from the pieces.
 std::span<iovec> piecesBehind(std::span<iovec> pieces, std::size_t bytes) {
     while (!pieces.empty() && bytes >= pieces.front().iov_len) {
         bytes -= pieces.front().iov_len;
@@ -133,7 +132,7 @@ std::span<iovec> piecesBehind(std::span<iovec> pieces, std::size_t bytes) {
     return pieces;
 }
 
-/// Keeps the write position itself and writes at explicit offsets, so that a seek costs no system call.
+/// Stores the write position and writes at explicit offsets, so that a seek costs no system call.
 class PosixWritableFile final : public WritableFile {
 public:
     explicit PosixWritableFile(std::unique_ptr<Descriptor> descriptor)
@@ -154,7 +153,7 @@ public:
         for (auto bytes : pieces) {
             while (!bytes.empty()) {
                 const auto piece = bytes.first(std::min(bytes.size(), largestTransfer));
-                // The system's type serves reading as well; writing leaves the bytes alone.
+                // `iovec` is also used for reading; writing does not change the bytes.
                 m_pieces.push_back({const_cast<std::uint8_t*>(piece.data()), piece.size()});
                 bytes = bytes.subspan(piece.size());
             }
@@ -189,7 +188,7 @@ public:
     void startWriteback() noexcept override {
         if (m_unsentBegin >= m_unsentEnd) return;
 #ifdef SYNC_FILE_RANGE_WRITE
-        // Where the file system cannot do it, nothing is lost: `synchronise` does the whole work.
+        // An error is harmless: `synchronise` writes the data.
         (void)::sync_file_range(m_descriptor->number(), static_cast<off_t>(m_unsentBegin),
                                 static_cast<off_t>(m_unsentEnd - m_unsentBegin), SYNC_FILE_RANGE_WRITE);
 #endif
@@ -212,8 +211,8 @@ public:
 private:
     std::unique_ptr<Descriptor> m_descriptor;
     std::uint64_t m_position = 0;
-    std::vector<iovec> m_pieces;  ///< of the write at hand
-    // What was written since the last `startWriteback`; empty when begin is not before end.
+    std::vector<iovec> m_pieces;  ///< of the current write
+    // Range written since the last `startWriteback`; empty unless begin is before end.
     std::uint64_t m_unsentBegin = largestOffset;
     std::uint64_t m_unsentEnd = 0;
 };

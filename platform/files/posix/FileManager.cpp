@@ -13,9 +13,9 @@ namespace {
 
 using StatusCall = int (*)(const char*, struct stat*);
 
-/// The status of `path` by `call` (stat or lstat); nothing, and errno set, when there is none to be had.
+/// Returns the status of `path` from `call` (stat or lstat); empty, with errno set, on failure.
 std::optional<struct stat> statusOf(const std::string& path, StatusCall call) {
-    // A zero byte would end the name early and ask about some other file.
+    // A zero byte would end the name early and return the status of another file.
     if (path.find('\0') != std::string::npos) {
         errno = EINVAL;
         return std::nullopt;
@@ -95,7 +95,7 @@ bool moveToFreePlace(const std::string& from, const std::string& to) {
     if (result == 0) return true;
     if (errno == EEXIST) return false;
     if (errno != ENOSYS && errno != EINVAL && errno != ENOTSUP) throw FileError(to, errno);
-    // A file system without that call. A second name replaces nothing either, where there are hard links.
+    // The file system has no such call. A hard link does not replace a file either.
     if (::link(from.c_str(), to.c_str()) == 0) {
         if (::unlink(from.c_str()) != 0) throw FileError(from, errno);
         return true;

@@ -43,7 +43,7 @@ std::optional<struct stat> statusOf(int folder, const std::string& name) {
 }
 
 std::optional<std::vector<std::string>> namesIn(int folder) {
-    // A descriptor of its own: closing the stream closes it, and its position is not shared.
+    // Open a separate descriptor: closing the stream closes it, and its position is not shared.
     const int descriptor = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) return std::nullopt;
     const auto close = [](DIR* stream) { ::closedir(stream); };
@@ -64,12 +64,12 @@ std::optional<std::vector<std::string>> namesIn(int folder) {
     return names;
 }
 
-/// Whether something is mounted at an open folder.
+/// Returns true if a file system is mounted at an open folder.
 bool isMountPoint(int folder, dev_t deviceAbove) {
     struct stat status {};
     if (::fstat(folder, &status) != 0 || status.st_dev != deviceAbove) return true;
 #ifdef STATX_ATTR_MOUNT_ROOT
-    // A folder may also be mounted at another place of the same device.
+    // A folder of the same device may be mounted here, too.
     struct statx extended {};
     if (::statx(folder, "", AT_EMPTY_PATH, 0, &extended) == 0) {
         return (extended.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
@@ -78,8 +78,8 @@ bool isMountPoint(int folder, dev_t deviceAbove) {
     return false;
 }
 
-/// Removes a folder and what is in it. It holds open only the folder that it is in, so that no depth exhausts
-/// the descriptors or the stack; the way back up is believed only if it leads where it came from.
+/// Removes a folder with its contents. Keeps only the current folder open, so that deep trees exhaust neither
+/// descriptors nor the stack. Before it returns to the parent folder, it verifies the parent's identity.
 class TreeRemoval {
 public:
     TreeRemoval(int parent, dev_t device) : m_parent(parent), m_device(device) {}
@@ -99,7 +99,7 @@ public:
             if (!S_ISDIR(status->st_mode)) {
                 ::unlinkat(m_current.number(), next.c_str(), 0);
             } else if (!enter(m_current.number(), next)) {
-                // It may be empty and merely unreadable.
+                // The folder may be empty but unreadable.
                 ::unlinkat(m_current.number(), next.c_str(), AT_REMOVEDIR);
             }
         }
@@ -109,7 +109,7 @@ private:
     struct Level {
         std::string name;
         ino_t inode;
-        std::vector<std::string> names;  ///< of entries that are still to be removed
+        std::vector<std::string> names;  ///< of the remaining entries
     };
 
     bool enter(int folder, const std::string& name) {
@@ -123,7 +123,7 @@ private:
         return true;
     }
 
-    /// False when the folder above is no longer the one that it was.
+    /// Returns false if the parent folder is no longer the same.
     bool leave() {
         const Level left = std::move(m_levels.back());
         m_levels.pop_back();
@@ -142,13 +142,13 @@ private:
     const int m_parent;
     const dev_t m_device;
     Descriptor m_current{-1};
-    std::vector<Level> m_levels;  ///< from the first folder to the one that is open
+    std::vector<Level> m_levels;  ///< from the topmost folder to the current one
 };
 
 OpenFolder::Date dateOf(const timespec& time) {
     using namespace std::chrono;
     using Date = OpenFolder::Date;
-    // File systems keep years that a count of nanoseconds does not reach.
+    // File systems store dates beyond the range of nanosecond counts.
     constexpr std::int64_t latest = duration_cast<seconds>(Date::max().time_since_epoch()).count() - 1;
     constexpr std::int64_t earliest = duration_cast<seconds>(Date::min().time_since_epoch()).count() + 1;
     if (time.tv_sec > latest) return Date::max();
@@ -159,7 +159,7 @@ OpenFolder::Date dateOf(const timespec& time) {
 }  // namespace
 
 std::optional<OpenFolder> OpenFolder::open(const std::string& path) {
-    // A slash at the end would follow a link after all, a zero byte would name something else.
+    // A slash at the end would follow a link, and a zero byte would name another file.
     if (path.empty() || path.back() == '/' || path.find('\0') != std::string::npos) return std::nullopt;
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (descriptor < 0) return std::nullopt;

@@ -51,7 +51,7 @@ void StagedOutput::commit() {
         } else if (!files::moveToFreePlace(from, to)) {
             throw OutputError(OutputError::Case::appeared, to);
         }
-        m_hasMadeFolder = false;  // it holds something now
+        m_hasMadeFolder = false;  // it contains a file now
     }
     m_names.clear();
 }

@@ -49,7 +49,7 @@ public:
         m_notifications.post(userDefaultsDidChangeNotification);
     }
 
-    /// Tries again after saving has failed.
+    /// Saves the changes again after a failure.
     void saveAgain() {
         if (m_unsaved.empty()) return;
         const PropertyDictionary former = m_values;

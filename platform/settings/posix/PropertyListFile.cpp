@@ -37,7 +37,7 @@ private:
     int m_number;
 };
 
-/// Excludes other processes while it exists.
+/// Excludes other processes during its lifetime.
 ///
 /// The lock file is never removed: otherwise two processes could hold locks on two files of the same name.
 class Lock {
@@ -58,7 +58,7 @@ public:
         }
     }
 
-    /// False on file systems without locks.
+    /// Returns false on file systems without locks.
     bool isHeld() const { return m_isHeld; }
 
 private:
@@ -82,7 +82,7 @@ void makeFolder(const std::string& folder) {
 
 void synchroniseFolder(const std::string& folder) {
     const Descriptor descriptor(folder, O_RDONLY | O_DIRECTORY);
-    // Not every file system supports this for folders; failure is no error.
+    // Not every file system supports this for folders; ignore failures.
     while (::fsync(descriptor.number()) != 0 && errno == EINTR) {
     }
 }
@@ -95,7 +95,7 @@ PropertyListFile::PropertyListFile(std::string path, Warn warn)
 std::string PropertyListFile::target() const {
     fs::path place = m_path;
     std::error_code error;
-    // As many links as the system itself follows.
+    // The maximum number of links that the system follows.
     for (int links = 0; links < 40 && fs::is_symlink(place, error); ++links) {
         const fs::path next = fs::read_symlink(place, error);
         if (error) break;

@@ -1,4 +1,4 @@
-#define SDL_MAIN_HANDLED  // our own main function stays one
+#define SDL_MAIN_HANDLED  // SDL must not rename our main function
 
 #include "platform/sound/sdl/SDLAudioOutput.h"
 
@@ -18,13 +18,13 @@ namespace zeb {
 namespace {
 
 constexpr int preferredRate = 48000;
-constexpr int bufferFrames = 512;  // about 10 ms: starts and stops are felt as immediate
+constexpr int bufferFrames = 512;  // about 10 ms: starts and stops seem immediate
 constexpr std::chrono::seconds patienceAtEnd{1};
 
 void ignoreMessage(const char*, int, const char*, int, const char*, ...) {}
 
-/// Silences ALSA, which writes several lines to standard error when it finds no device. A missing device is
-/// no error.
+/// Silences ALSA, which writes several lines to standard error if it finds no device. A missing device is no
+/// error.
 void silenceALSA() {
     using Handler =
         void (*)(const char* file, int line, const char* function, int error, const char* format, ...);
@@ -32,7 +32,7 @@ void silenceALSA() {
     if (!library) return;
     const auto setHandler = reinterpret_cast<int (*)(Handler)>(::dlsym(library, "snd_lib_error_set_handler"));
     if (setHandler) setHandler(&ignoreMessage);
-    // The library stays loaded: a copy that is loaded later would be talkative again.
+    // Do not unload the library: a copy loaded later would write messages again.
 }
 
 /// SDL's connection to the sound system with one open device, which calls `render` on a separate thread.
@@ -43,7 +43,7 @@ public:
     Device(Render render, void* owner) : m_render(render), m_owner(owner) {
         static const bool isSilenced = (silenceALSA(), true);
         static_cast<void>(isSilenced);
-        // Interrupts belong to the application.
+        // The application handles signals.
         SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
         SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "ZEBMaker");
         if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) {
@@ -101,7 +101,7 @@ public:
 
     AudioMixer& mixer() { return m_mixer; }
 
-    /// Something has been given to the mixer. Makes the thread at the first time.
+    /// Wakes the thread after a source was added to the mixer. Creates the thread on the first call.
     void wake(const std::shared_ptr<Engine>& self) {
         const std::lock_guard lock(m_mutex);
         if (!m_thread.joinable()) m_thread = std::thread([self] { self->work(); });
@@ -137,13 +137,13 @@ private:
             }
             if (failure) m_mixer.dropAll(error);
         }
-        SDL_TLSCleanup();  // SDL does it for its own threads only
+        SDL_TLSCleanup();  // SDL does this for its threads only
         const std::lock_guard lock(m_mutex);
         m_hasEnded = true;
         m_changed.notify_all();
     }
 
-    /// False when it is time to end.
+    /// Waits for a source; returns false to end the thread.
     bool awaitWork() {
         std::unique_lock lock(m_mutex);
         m_changed.wait(lock, [this] { return m_isEnding || m_mixer.isPlaying(); });
@@ -159,14 +159,14 @@ private:
         device.begin();
         std::unique_lock lock(m_mutex);
         m_isOpen = true;
-        // What starts after the mixer is suspended waits for the next device and is not cut by this one's
-        // end.
+        // Suspending first makes later sources wait for the next device instead of being cut off by closing
+        // this one.
         m_changed.wait(lock, [this] { return m_isEnding || m_mixer.suspendIfSilentFor(m_framesToClose); });
         m_isOpen = false;
         return {};
     }
 
-    /// On SDL's thread.
+    /// Called on SDL's thread.
     static void render(void* engine, std::span<float> samples) {
         auto* self = static_cast<Engine*>(engine);
         self->m_mixer.render(samples);

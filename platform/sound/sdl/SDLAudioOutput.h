@@ -32,7 +32,7 @@ public:
     void start(std::shared_ptr<AudioSource> source, Finished finished) override;
     void stop(const AudioSource& source) override;
 
-    /// Whether a device is open now. For diagnosis.
+    /// Returns true if a device is open. For diagnosis.
     bool isOpen() const;
 
 private:

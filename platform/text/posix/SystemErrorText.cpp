@@ -8,8 +8,8 @@
 namespace zeb {
 namespace {
 
-/// The system hands out texts by one of two functions of the same name: one returns the text, the other an
-/// error number after filling the buffer. Overloads pick the one at hand; both are safe between threads.
+/// The system has one of two functions with the same name: one returns the text, the other returns an error
+/// number and fills the buffer. Overloads handle both results. Both functions are thread-safe.
 [[maybe_unused]] std::string textOf(const char* text, const char*) {
     return text;
 }
