@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "codec/PixelBytes.h"
 #include "codec/SpriteEncoder.h"
 #include "format/ZEBWriter.h"
 #include "platform/desktop/QtMainActor.h"
@@ -44,8 +45,13 @@ void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& tex
 
 void writeMovie(const std::string& path) {
     ZEBWriter writer(path, {"Stripes", 384, 200, 20, 32, 40, 2, 0, false});
-    const auto record = SpriteEncoder().encodeMode32Sprite(fake::FakePicture(1), 384, 200);
-    const std::vector<std::span<const std::uint8_t>> frames(20, record);
+    // Two pictures in turn.
+    SpriteEncoder encoder;
+    const std::vector<std::uint8_t> even = encoder.encodeMode32Sprite(fake::FakePicture(1), 384, 200);
+    const std::vector<std::uint8_t> odd = encoder.encodeMode32Sprite(fake::FakePicture(2), 384, 200);
+    std::vector<std::span<const std::uint8_t>> frames;
+    for (int frame = 0; frame < 20; ++frame)
+        frames.emplace_back(frame % 2 == 0 ? even : odd);
     writer.writeSecond({}, frames);
     writer.writeSecond({}, frames);
     writer.finish();
@@ -221,7 +227,12 @@ TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
                                   [&called](const URL& url) { called.push_back(url.text()); }};
     PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {note("close"), note("maker"), commands});
+    bool isEnabled = false;  // the slider, as the window was told last
+    QObject::connect(&sheet, &PlayerSheetModel::positionChanged, [&] { isEnabled = sheet.sliderEnabled(); });
     EXPECT_TRUE(sheet.handleKey(Qt::Key_R, Qt::NoModifier)) << "opens it";
+    EXPECT_TRUE(isEnabled);
+    EXPECT_EQ(sheet.counterText(), "1/40");
+    const PixelBytes even = sheet.model()->image()->pixels;
     const struct {
         int key, modifiers, frame;
     } keys[] = {{Qt::Key_Left, 0, 0},
@@ -238,6 +249,7 @@ TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
         EXPECT_FALSE(sheet.handleKey(key, modifiers | Qt::ControlModifier));
         EXPECT_TRUE(sheet.handleKey(key, modifiers));
         EXPECT_EQ(sheet.model()->displayedFrameIndex(), frame) << key;
+        EXPECT_EQ(sheet.model()->image()->pixels == even, frame % 2 == 0) << key;
     }
     EXPECT_FALSE(sheet.handleKey(Qt::Key_A, 0));
     EXPECT_FALSE(sheet.handleKey(Qt::Key_Space, Qt::ShiftModifier));
@@ -245,6 +257,11 @@ TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
     EXPECT_TRUE(sheet.model()->isPlaying());
     sheet.stop();
     EXPECT_FALSE(sheet.model()->isPlaying());
+    sheet.disappear();
+    EXPECT_FALSE(isEnabled);
+    EXPECT_EQ(sheet.model()->totalFrames(), 0);
+    sheet.playOrPause();
+    EXPECT_FALSE(sheet.model()->isPlaying()) << "there is nothing to play";
 
     sheet.close();
     sheet.openMaker();
