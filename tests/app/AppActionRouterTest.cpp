@@ -17,7 +17,7 @@ AppAction encode(const std::string& path) {
     return EncodeAction{URL::forFile(path)};
 }
 
-TEST(AppActionRouter, TellsEveryObserverOfEveryRequestInOrder) {
+TEST(AppActionRouter, NotifiesAllObserversInOrder) {
     AppActionRouter router;
     EXPECT_EQ(router.request(), std::nullopt);
     router.post(encode("/before"));
@@ -44,20 +44,20 @@ TEST(AppActionRouter, TellsEveryObserverOfEveryRequestInOrder) {
     EXPECT_EQ(second.size(), 4u);
 }
 
-TEST(OpenedURLs, RunOneByOneAfterTheCallHasReturned) {
+TEST(OpenedURLs, RunInOrderAfterCallReturns) {
     std::vector<std::string> events;
     fake::HandDrivenMainActor mainActor;
     AppActionRouter router;
     const auto observation = router.observe([&](const AppActionRequest& request) {
         events.push_back("encode " + std::get<EncodeAction>(request.action).url.text());
-        // Whatever somebody posts comes after the URLs that were opened together.
+        // Work posted by an observer runs after all URLs of the same call.
         mainActor.post([&] { events.emplace_back("later"); });
     });
     const auto openPlayer = [&](const URL& url, bool hideMaker) {
         events.push_back((hideMaker ? "play alone " : "play ") + url.text());
     };
-    // Schemes do not count here, save for movies: those that lie elsewhere are left to the converter to
-    // refuse.
+    // The extension decides, not the scheme. Movies on other computers go to the converter, which rejects
+    // them.
     routeOpenedURLs(
         {URL::forFile("/a.mov"), URL::parse("file://localhost/b.ZEB").value(),
          URL::parse("zebmaker://play?url=c.zeb").value(), URL::parse("file://otherhost/d.zeb").value()},

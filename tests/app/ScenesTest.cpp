@@ -25,7 +25,7 @@ public:
     void clear() override {}
 };
 
-/// The application's windows on a screen that is none, over a converter that the test drives by hand.
+/// The application's windows on the offscreen platform, with a converter that the test drives by hand.
 class ScenesTest : public test::ConverterTest {
 protected:
     static void SetUpTestSuite() {
@@ -43,7 +43,7 @@ protected:
         film.duration = 10;
         films.add(input, film);
         scenes.emplace(Scenes::Services{engine, content, defaults, notifications, [] {}});
-        scenes->makeConverterWindow();  // without the welcome picture
+        scenes->makeConverterWindow();  // without the splash view
         scenes->showConverter();
         takeFilm(input);
     }
@@ -66,7 +66,7 @@ protected:
     std::optional<Scenes> scenes;
 };
 
-TEST_F(ScenesTest, WhatEndsARunIsAskedAboutWhileItGoesOn) {
+TEST_F(ScenesTest, AsksBeforeQuittingDuringRun) {
     struct Case {
         const char* what;
         bool isHidden;
@@ -96,7 +96,7 @@ TEST_F(ScenesTest, WhatEndsARunIsAskedAboutWhileItGoesOn) {
     EXPECT_TRUE(scenes->mayCloseConverter());
 }
 
-TEST_F(ScenesTest, ManyPresetsStayInReach) {
+TEST_F(ScenesTest, KeyboardReachesEveryPresetInMenu) {
     std::string presets;
     for (int index = 1; index <= 30; ++index) {
         presets += std::string(presets.empty() ? "[" : ",") + R"({"id":"00000000-0000-4000-8000-0000000000)" +
@@ -109,7 +109,7 @@ TEST_F(ScenesTest, ManyPresetsStayInReach) {
     QQuickWindow& window = *converter();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
 
-    // By the keyboard alone, with the mouse at rest over the menu.
+    // Keyboard only, with the mouse resting over the menu.
     QTest::mouseMove(&window, {130, 200});
     QTest::keyClick(&window, Qt::Key_P, Qt::AltModifier);
     auto* menu = window.findChild<QObject*>("presetsMenu");
@@ -120,7 +120,7 @@ TEST_F(ScenesTest, ManyPresetsStayInReach) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return list->property("contentHeight").toDouble() > list->height(); }));
     for (int entry = 0; entry < 40; ++entry)
         QTest::keyClick(&window, Qt::Key_Down);
-    QTest::keyClick(&window, Qt::Key_Up);  // from the settings
+    QTest::keyClick(&window, Qt::Key_Up);  // back from "Edit Presets"
     EXPECT_TRUE(QTest::qWaitFor([&] { return list->property("contentY").toDouble() > 0; }));
     QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_EQ(model->settings()->width(), 640 + 8 * 30);
@@ -148,13 +148,13 @@ TEST_F(ScenesTest, KeysOpenTheMenus) {
         QTest::keyClick(&window, Qt::Key_Escape);
         EXPECT_TRUE(isOpen(false));
     }
-    // Alt with another key belongs to that.
+    // Alt together with another key does not open a menu.
     QTest::keyPress(&window, Qt::Key_Alt);
     QTest::keyClick(&window, Qt::Key_Tab, Qt::AltModifier);
     QTest::keyRelease(&window, Qt::Key_Alt);
     EXPECT_FALSE(menu->property("visible").toBool());
 
-    // An open menu takes the letters of its entries.
+    // In an open menu, the letter of an entry selects it.
     QTest::keyClick(&window, Qt::Key_H, Qt::AltModifier);
     QTest::keyClick(&window, Qt::Key_H);
     EXPECT_TRUE(QTest::qWaitFor([] { return ScenesTest::window("zebmaker-help") != nullptr; }));

@@ -26,7 +26,7 @@ protected:
 
     fs::path place(const std::string& name) const { return m_container.file(name); }
 
-    /// Gives an entry itself, not a link's target, a date that many seconds and nanoseconds from now.
+    /// Sets the date of an entry to now plus the given seconds and nanoseconds. Does not follow links.
     void date(const std::string& name, std::int64_t seconds, long nanoseconds = 0) const {
         const timespec time{static_cast<time_t>(now + seconds), nanoseconds};
         const timespec times[] = {time, time};
@@ -50,7 +50,7 @@ protected:
     test::TemporaryFolder m_container;
 };
 
-TEST_F(SharedInboxTest, LosesEntriesOlderThanSevenDays) {
+TEST_F(SharedInboxTest, RemovesEntriesOlderThanSevenDays) {
     file("SharedInbox/eight days", -8 * day);
     file("SharedInbox/to the second", -7 * day);
     file("SharedInbox/a moment older", -7 * day - 1, 999'999'999);
@@ -61,7 +61,7 @@ TEST_F(SharedInboxTest, LosesEntriesOlderThanSevenDays) {
     EXPECT_THAT(names("SharedInbox"), UnorderedElementsAre("to the second", "far future", ".hidden"));
 }
 
-TEST_F(SharedInboxTest, LosesFoldersAndLinksByTheirOwnDates) {
+TEST_F(SharedInboxTest, JudgesFoldersAndLinksByOwnDate) {
     fs::create_directory(place("outside"));
     file("outside/precious", -8 * day);
     fs::create_directories(place("SharedInbox/old/a/b/.c"));
@@ -83,7 +83,7 @@ TEST_F(SharedInboxTest, LosesFoldersAndLinksByTheirOwnDates) {
     EXPECT_THAT(names("outside"), UnorderedElementsAre("precious"));
 }
 
-TEST_F(SharedInboxTest, IsLeftAloneWhenItIsNoFolderOfItsOwn) {
+TEST_F(SharedInboxTest, IgnoresMissingOrLinkedInbox) {
     fs::rename(place("SharedInbox"), place("elsewhere"));
     file("elsewhere/precious", -8 * day);
     clean();

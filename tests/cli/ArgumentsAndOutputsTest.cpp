@@ -44,12 +44,12 @@ std::vector<EncodeJob> plan(Words inputs, std::optional<std::string> output = {}
     return planJobs(arguments);
 }
 
-TEST(EncodeArguments, ReachTheSettings) {
+TEST(EncodeArguments, SetEveryFieldOfSettings) {
     const struct {
         Words words;
         void (*expect)(Settings&);
     } cases[] = {
-        {{}, [](Settings& s) { s.fpsFromSource = true; }},  // what the window proposes
+        {{}, [](Settings& s) { s.fpsFromSource = true; }},  // default of the window
         {{"--title", "--loop"}, [](Settings& s) { s.title = "--loop"; }},
         {{"--size", "512x256"}, [](Settings& s) { s.width = 512, s.height = 256; }},
         {{"--size=65535X1"}, [](Settings& s) { s.width = 65535, s.height = 1; }},
@@ -79,7 +79,7 @@ TEST(EncodeArguments, ReachTheSettings) {
     }
 }
 
-TEST(EncodeJobs, NameTheirOutputs) {
+TEST(EncodeJobs, DeriveOutputNamesFromInputs) {
     const test::TemporaryFolder temporary;
     const std::string folder = temporary.path();
     EXPECT_EQ(plan({"a.b.mp4"})[0].output, "a.b.zeb");
@@ -89,7 +89,7 @@ TEST(EncodeJobs, NameTheirOutputs) {
     EXPECT_EQ(plan({"in/a.mp4"}, "missing/")[0].output, "missing/a.zeb");
 }
 
-TEST(EncodeJobs, RefuseWhatWouldCollide) {
+TEST(EncodeJobs, RejectOutputsThatCollide) {
     const test::TemporaryFolder temporary;
     const std::string folder = temporary.path();
     std::filesystem::create_directory_symlink(folder, folder + "/link");
@@ -104,17 +104,17 @@ TEST(EncodeJobs, RefuseWhatWouldCollide) {
 
     EXPECT_EQ(plan({"x/a.mp4", "y/a.mp4"}).size(), 2u);
     EXPECT_EQ(plan({"a.mp4", "b.mp4"}, folder).size(), 2u);
-    // Its own input is refused when its turn comes, as a failure of that one input.
+    // An output that is its own input is rejected when this input is converted.
     EXPECT_EQ(plan({folder + "/old.zeb"}).size(), 1u);
 }
 
-TEST(PartialOutput, SettlesOnlyWhatItsRunMade) {
+TEST(PartialOutput, FinishesOnlyFileOfItsRun) {
     const golden::Bytes unfinished = golden::unfinishedMovie();
     const golden::Bytes header(unfinished.begin(), unfinished.begin() + 44);
     const struct {
         bool hasOld;
-        std::optional<golden::Bytes> written;  ///< nothing: the run came to no file
-        bool isReplaced;                       ///< by a file of others
+        std::optional<golden::Bytes> written;  ///< empty: the run created no file
+        bool isReplaced;                       ///< by a file of another process
         std::int64_t keptSeconds;
         bool oldIsBack;
         std::string text;
@@ -159,7 +159,7 @@ TEST(PartialOutput, SettlesOnlyWhatItsRunMade) {
     }
 }
 
-TEST(ExportTime, ReadsWhatPeopleWrite) {
+TEST(ExportTime, ParsesUsualNotations) {
     EXPECT_EQ(timeFrom("0"), 0);
     EXPECT_EQ(timeFrom("2.5"), 2'500'000);
     EXPECT_EQ(timeFrom("1:30"), 90'000'000);
@@ -198,7 +198,7 @@ TEST(ExportJob, ChoosesFormatAndOutput) {
         EXPECT_EQ(job.output, output);
         EXPECT_EQ(job.settings.format, format) << output;
     }
-    // A movie's name is no pattern.
+    // "%" in a movie's name is not a placeholder.
     const ExportJob named =
         planExport(parseExport({"a:b%5d.zeb", "-o", "./", "--format", "png", "--frame", "0"}));
     EXPECT_EQ(named.settings.kind, Kind::picture);
@@ -239,7 +239,7 @@ TEST(Interruption, LeavesIgnoredSignalsIgnored) {
     }
 }
 
-TEST(Arguments, RefuseNonsense) {
+TEST(Arguments, RejectInvalidValues) {
     for (const Words& words : {Words{},
                                {"-b.mp4"},
                                {"a.mp4", "--size", "512x"},

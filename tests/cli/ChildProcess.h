@@ -10,32 +10,33 @@
 
 namespace zeb::test {
 
-/// The program under test, or another one, as a child of this process.
+/// A program as a child process.
 class ChildProcess {
 public:
     struct Options {
-        std::vector<std::string> environment{"LC_ALL=C"};  ///< "NAME=VALUE", besides that of this process
-        std::string folder = ".";                          ///< to run in
-        std::optional<unsigned long> fileSizeLimit{};      ///< bytes
-        bool ignoresOutput = false;                        ///< standard output is a pipe that nobody reads
+        std::vector<std::string> environment{
+            "LC_ALL=C"};           ///< "NAME=VALUE", added to the environment of this process
+        std::string folder = ".";  ///< working directory
+        std::optional<unsigned long> fileSizeLimit{};  ///< bytes
+        bool ignoresOutput = false;                    ///< closes the reading end of standard output
     };
     struct Result {
-        int exitCode = -1;  ///< negative: ended by that signal
-        std::string out;    ///< what `readLine` has not taken
+        int exitCode = -1;  ///< negative: number of the signal that ended it
+        std::string out;    ///< output that `readLine` has not returned
         std::string error;
     };
 
-    /// Starts `words[0]`, looked up in PATH, with the rest as its arguments.
+    /// Starts `words[0]`, searched in PATH, with the other words as arguments.
     ChildProcess(const std::vector<std::string>& words, const Options& options);
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
-    /// Ends it by force if it still runs.
+    /// Kills the process if it still runs.
     ~ChildProcess();
 
-    /// The next line of its standard output without the line feed; nothing at the end.
+    /// The next line of standard output without its line feed. Empty at the end.
     std::optional<std::string> readLine();
     void sendSignal(int signal);
-    /// Reads on to the end and waits.
+    /// Reads the rest of the output and waits for the end of the process.
     Result finish();
 
 private:

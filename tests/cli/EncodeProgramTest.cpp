@@ -25,14 +25,14 @@ protected:
     std::string m_movie = m_folder.file("a.zeb");
 };
 
-TEST_F(EncodeProgram, ProposesEverything) {
+TEST_F(EncodeProgram, DerivesAllSettingsFromSource) {
     const auto result = zeb({"encode", "a.mov"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.error, "");
     EXPECT_THAT(result.out, StartsWith("a.mov -> a.zeb: 160x120, 10 frames per second, 0:03, Mode 32\n"));
     EXPECT_THAT(result.out, HasSubstr("\na.zeb: 160x120, 30 frames, 0:03, "));
     EXPECT_EQ(rightMovie(m_movie).header.frameCount, 30);
-    // The tone sounds for 2.5 of the 3 seconds.
+    // The tone lasts 2.5 of the 3 seconds.
     const auto sound = ZEBReader(m_movie).readAllAudio().bytes;
     ASSERT_EQ(sound.size(), 3 * 2 * 20000U);
     const auto silence = sound.begin() + 2 * 2 * 20000 + 20000;
@@ -40,7 +40,7 @@ TEST_F(EncodeProgram, ProposesEverything) {
     EXPECT_LT(std::count_if(silence, sound.end(), [](int byte) { return byte != 128; }), 10);
 }
 
-TEST_F(EncodeProgram, DoesWhatTheOptionsSayAndTellsProgressInJson) {
+TEST_F(EncodeProgram, FollowsOptionsAndReportsProgressAsJSON) {
     const auto result =
         zeb({"encode",  "--size", "80x80",     "--stretch",  "--fps", "4",         "--mode", "4",
              "--audio", "mono",   "--loop",    "--title",    "QL",    "--threads", "2",      "--track",
@@ -72,7 +72,7 @@ TEST_F(EncodeProgram, DoesWhatTheOptionsSayAndTellsProgressInJson) {
     EXPECT_EQ(json["bytes"], fs::file_size(m_folder.file("other.zeb")));
 }
 
-TEST_F(EncodeProgram, EstimatesWhatTheRunWillWrite) {
+TEST_F(EncodeProgram, EstimateMatchesWrittenSize) {
     for (const std::string mode : {"4", "32"}) {
         const auto result =
             zeb({"encode", "--estimate", "missing.mp4", "a.mov", "--mode", mode, "--progress", "json"});
@@ -94,7 +94,7 @@ TEST_F(EncodeProgram, EstimatesWhatTheRunWillWrite) {
     EXPECT_THAT(text, HasSubstr("\n  4 GiB limit    not reached\n  Free space     "));
 }
 
-TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
+TEST_F(EncodeProgram, ReplacesOnlyWithForceNeverItsInput) {
     store(m_movie, "precious");
     expectFailure({"encode", "a.mov"}, 4, "a.zeb: exists already (use --force to replace it)\n");
     EXPECT_EQ(contents(m_movie), "precious");
@@ -109,7 +109,7 @@ TEST_F(EncodeProgram, ReplacesOnlyWhenForcedAndNeverItsInput) {
     }
 }
 
-TEST_F(EncodeProgram, TakesOddNamesAsTheyAreAndGoesOnAfterAFailure) {
+TEST_F(EncodeProgram, TakesOddNamesLiterallyDespiteFailures) {
     const std::vector<std::string> names = {"[a,b]", "a:b.mov",  "img%03d.mov", "http:x.mov",
                                             "*.mov", "-odd.mov", "--fps",       "[c,d]"};
     std::vector<std::string> words = {"encode", "--progress", "none", "--fps", "1", "--", "missing.mp4"};
@@ -125,13 +125,13 @@ TEST_F(EncodeProgram, TakesOddNamesAsTheyAreAndGoesOnAfterAFailure) {
         EXPECT_EQ(rightMovie(fs::path(m_folder.file(name)).replace_extension(".zeb")).seconds, 3) << name;
 }
 
-TEST_F(EncodeProgram, FinishesWhenNobodyReadsItsProgress) {
+TEST_F(EncodeProgram, FinishesWhenOutputPipeIsClosed) {
     m_options.ignoresOutput = true;
     EXPECT_EQ(zeb({"encode", "a.mov", "--progress", "json"}).exitCode, 0);
     EXPECT_EQ(rightMovie(m_movie).seconds, 3);
 }
 
-TEST_F(EncodeProgram, KeepsWholeSecondsOnAFullDisk) {
+TEST_F(EncodeProgram, FullDiskKeepsWholeSeconds) {
     ASSERT_EQ(zeb({"encode", "a.mov"}).exitCode, 0);
     for (const bool isLate : {true, false}) {
         m_options.fileSizeLimit = isLate ? fs::file_size(m_movie) * 9 / 10 : 1000;
@@ -147,7 +147,7 @@ TEST_F(EncodeProgram, KeepsWholeSecondsOnAFullDisk) {
     }
 }
 
-TEST_F(EncodeProgram, KeepsTheMovieOfBeforeUntilTheNewOneIsComplete) {
+TEST_F(EncodeProgram, KeepsOldMovieUntilNewIsComplete) {
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 30, 60);
     store(m_folder.file("text.mp4"), "This is no video.\n");
     store(m_movie, "precious");
@@ -155,7 +155,7 @@ TEST_F(EncodeProgram, KeepsTheMovieOfBeforeUntilTheNewOneIsComplete) {
     expectFailure({"encode", "text.mp4", "-o", "new/"}, 3, "text.mp4");
     EXPECT_EQ(contents(m_movie), "precious");
 
-    // Something happens as soon as a second is written.
+    // Calls `happens` as soon as a second has been written.
     const auto during = [&](const std::function<void(ChildProcess&)>& happens) {
         ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv", "-o", "a.zeb", "--force"}),
                          m_options);
@@ -171,7 +171,7 @@ TEST_F(EncodeProgram, KeepsTheMovieOfBeforeUntilTheNewOneIsComplete) {
     EXPECT_EQ(contents(previous), "precious");
     EXPECT_EQ(zeb({"repair", "a.zeb", "--force"}).exitCode, 0);
 
-    // Another run takes the place: its movie stays, and no success is said of the first one.
+    // Another run replaces the output: its movie stays, and the first run does not report success.
     const auto first = during([&](ChildProcess& zeb) {
         EXPECT_EQ(runZeb({"encode", "a.mov", "--force", "--progress", "none"}, m_options).exitCode, 0);
         zeb.sendSignal(SIGINT);
@@ -182,7 +182,7 @@ TEST_F(EncodeProgram, KeepsTheMovieOfBeforeUntilTheNewOneIsComplete) {
     EXPECT_EQ(contents(previous), "precious");
 }
 
-TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
+TEST_F(EncodeProgram, BadInputPrintsOneLineLeavesNothing) {
     makeClip(m_folder.file("sound.wav"), {"-f", "lavfi", "-i", "sine=duration=1"});
     store(m_folder.file("text.mp4"), "This is no video.\n");
     store(m_folder.file("empty.mp4"), "");
@@ -204,7 +204,7 @@ TEST_F(EncodeProgram, EndsBadInputInOneLineAndLeavesNothing) {
         expectFailure(words, 2, "");
 }
 
-TEST_F(EncodeProgram, WarnsOfAFilmThatBreaksOff) {
+TEST_F(EncodeProgram, WarnsOfIncompleteVideo) {
     makeClip(m_folder.file("whole.mp4"),
              {"-f", "lavfi", "-i", "testsrc=s=160x120:r=10:d=20", "-f", "lavfi", "-i", "sine=d=20", "-c:v",
               "mpeg4", "-c:a", "aac", "-movflags", "faststart"});
@@ -217,11 +217,11 @@ TEST_F(EncodeProgram, WarnsOfAFilmThatBreaksOff) {
     EXPECT_EQ(std::ranges::count(result.error, '\n'), 1) << result.error;
     const std::int64_t seconds = rightMovie(m_folder.file("cut.zeb")).seconds;
     EXPECT_TRUE(seconds > 3 && seconds < 9) << seconds;
-    // The padding of the sound makes no second of its own.
+    // Padding of the sound does not add a second.
     EXPECT_EQ(rightMovie(m_folder.file("whole.zeb")).seconds, 20);
 }
 
-TEST_F(EncodeProgram, MakesAShorterMovieOfASourceThatShrinks) {
+TEST_F(EncodeProgram, ShrinkingSourceMakesShorterMovie) {
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
     ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv"}), m_options);
     while (const auto line = zeb.readLine()) {
@@ -238,12 +238,12 @@ TEST_F(EncodeProgram, MakesAShorterMovieOfASourceThatShrinks) {
     EXPECT_GT(rightMovie(m_folder.file("long.zeb")).seconds, 0);
 }
 
-TEST_F(EncodeProgram, MakesAShorterMovieWhenInterrupted) {
-    // A minute: the conversion will not be done before the signal comes.
+TEST_F(EncodeProgram, InterruptMakesShorterMovie) {
+    // One minute, so that the conversion still runs when the signal arrives.
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv", "a.mov"}), m_options);
-        // More than a second is written.
+        // Waits until more than a second has been written.
         while (const auto line = zeb.readLine()) {
             const auto json = nlohmann::json::parse(*line);
             if (json["type"] == "progress" && json["frames"] > 60) break;
@@ -251,7 +251,7 @@ TEST_F(EncodeProgram, MakesAShorterMovieWhenInterrupted) {
         const auto start = std::chrono::steady_clock::now();
         zeb.sendSignal(signal);
         const auto result = zeb.finish();
-        // A tenth of a second to stop; the rest is for the disk and for busy test machines.
+        // Stopping takes 0.1 s. The rest of the limit is for disk access and busy machines.
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
         EXPECT_EQ(result.exitCode, 130);
         EXPECT_THAT(result.error, HasSubstr("zeb: long.mkv: interrupted; long.zeb was finished after "));
@@ -266,7 +266,7 @@ TEST_F(EncodeProgram, MakesAShorterMovieWhenInterrupted) {
             EXPECT_EQ(end["keptSeconds"],
                       input == "a.mov" ? 0 : rightMovie(m_folder.file("long.zeb")).seconds);
         }
-        // The interrupt ends everything: the next input is not even looked at.
+        // The interrupt ends all inputs: the next one is not opened.
         EXPECT_FALSE(fs::exists(m_movie));
         fs::remove(m_folder.file("long.zeb"));
     }

@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::StartsWith;
 
-/// Three seconds of 160 x 120 at 10 frames per second, with sound, in `a.zeb`.
+/// Adds the movie `a.zeb`: three seconds of 160 x 120 at 10 frames per second, with sound.
 class ExportProgram : public ClipTest {
 protected:
     void SetUp() override {
@@ -25,21 +25,21 @@ protected:
     }
 };
 
-TEST_F(ExportProgram, MakesEveryFormat) {
+TEST_F(ExportProgram, WritesEveryFormat) {
     for (const std::string name : {"b.mp4", "b.mkv", "b.webm", "b.gif"}) {
         const auto result = zeb({"export", "a.zeb", "-o", name, "--progress", "none"});
         EXPECT_EQ(result.exitCode, 0) << result.error;
         EXPECT_EQ(result.error, "");
         EXPECT_EQ(result.out, name + ": 160x120, 30 frames, 0:03, " +
                                   byteText(fs::file_size(m_folder.file(name))) + "\n");
-        // What was exported is a source again.
+        // Exported files can be converted again.
         EXPECT_EQ(zeb({"encode", name, "-o", "again.zeb", "--force"}).exitCode, 0) << name;
         const ZEBHeader header = rightMovie(m_folder.file("again.zeb")).header;
-        // WebM's sound ends a few milliseconds after the pictures, which adds no second.
+        // In WebM, sound ends a few milliseconds after the pictures. This must not add a second.
         EXPECT_EQ(header.frameCount, 30) << name;
         EXPECT_EQ(header.audioChannels, name == "b.gif" ? 0 : 2);
     }
-    // Without loss the pictures become the very same records.
+    // Lossless pictures become the same records.
     for (const std::string source : {"a.mov", "b.mkv"})
         zeb({"encode", source, "-o", source + ".zeb", "--audio", "off", "--title", "a"});
     EXPECT_TRUE(contents(m_folder.file("a.mov.zeb")) == contents(m_folder.file("b.mkv.zeb")));
@@ -67,7 +67,7 @@ TEST_F(ExportProgram, MakesEveryFormat) {
     EXPECT_EQ(contents(m_folder.file("one.png")), contents(m_folder.file("pictures/frame-00025.png")));
 }
 
-TEST_F(ExportProgram, RefusesInOneLineAndLeavesNothing) {
+TEST_F(ExportProgram, FailuresPrintOneLineLeaveNothing) {
     store(m_folder.file("text.zeb"), "This is no movie.\n");
     store(m_folder.file("b.mp4"), "precious");
     store(m_folder.file("frame-00007.png"), "precious");
@@ -96,7 +96,7 @@ TEST_F(ExportProgram, RefusesInOneLineAndLeavesNothing) {
     }
 }
 
-TEST_F(ExportProgram, LeavesNothingOnAFullDiskOrWhenInterrupted) {
+TEST_F(ExportProgram, FullDiskOrInterruptLeavesNothing) {
     makeLongClip(m_folder.file("long.mkv"), "320x240", 30, 30);
     ASSERT_EQ(zeb({"encode", "long.mkv", "--progress", "none"}).exitCode, 0);
     store(m_folder.file("b.webm"), "precious");

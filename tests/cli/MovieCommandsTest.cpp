@@ -23,7 +23,7 @@ using ::testing::StartsWith;
 
 using InfoProgram = ProgramTest;
 
-TEST_F(InfoProgram, ShowsEveryFileAndGoesOnAfterAFailure) {
+TEST_F(InfoProgram, ShowsEveryFileDespiteFailures) {
     golden::Bytes hostile = golden::movie();
     hostile[10] = 0x1b;
     store(m_folder.file("whole.zeb"), hostile);
@@ -45,7 +45,7 @@ TEST_F(InfoProgram, ShowsEveryFileAndGoesOnAfterAFailure) {
     EXPECT_THAT(result.error, HasSubstr("zeb: text.zeb: Not a ZEB1 file\n"));
 }
 
-TEST_F(InfoProgram, FollowsTheLanguageOfTheEnvironment) {
+TEST_F(InfoProgram, ErrorsFollowLanguageOfEnvironment) {
     store(m_folder.file("text.mp4"), "no film\n");
     store(m_folder.file("text.zeb"), "no movie\n");
     const struct {
@@ -72,7 +72,7 @@ TEST_F(InfoProgram, FollowsTheLanguageOfTheEnvironment) {
     }
 }
 
-TEST_F(InfoProgram, RefusesWhatIsNotOnThisComputer) {
+TEST_F(InfoProgram, EveryCommandRejectsRemoteAddresses) {
     const std::string address = "http://host/a.mov";
     const std::vector<std::string> cases[] = {{"encode", address},
                                               {"encode", address, "--estimate"},
@@ -86,7 +86,7 @@ TEST_F(InfoProgram, RefusesWhatIsNotOnThisComputer) {
         expectFailure(arguments, 3, address + ": Only files on this computer can be opened\n");
 }
 
-TEST_F(InfoProgram, SpeaksJson) {
+TEST_F(InfoProgram, PrintsAllFieldsAsJSON) {
     store(m_folder.file("torn.zeb"), golden::unfinishedMovie());
     EXPECT_EQ(nlohmann::json::parse(zeb({"info", "--json", "torn.zeb"}).out), nlohmann::json::parse(R"({
         "file": "torn.zeb", "title": "QL!", "width": 16, "height": 8, "framesPerSecond": 2, "mode": 32,
@@ -94,7 +94,7 @@ TEST_F(InfoProgram, SpeaksJson) {
         "bytesPerSecond": 23.0, "largestBlock": 25, "finished": false})"));
 }
 
-TEST_F(InfoProgram, TellsWhatTheProgramCan) {
+TEST_F(InfoProgram, PrintsHelpAndReportsUnwritableOutput) {
     EXPECT_THAT(zeb({"--help"}).out, HasSubstr("encode"));
     EXPECT_THAT(zeb({"--version"}).out, StartsWith("zeb "));
     if (std::ifstream("/dev/full")) {
@@ -106,7 +106,7 @@ TEST_F(InfoProgram, TellsWhatTheProgramCan) {
     }
 }
 
-/// A converted movie of some seconds, and the same as a crash in its last second would have left it.
+/// A converted movie of three seconds, and a copy of it as after a crash in its last second.
 class RepairProgram : public ClipTest {
 protected:
     void SetUp() override {
@@ -124,7 +124,7 @@ protected:
     const std::string m_mended = m_folder.file("mended.zeb");
 };
 
-TEST_F(RepairProgram, VerifyTellsRightFromWrong) {
+TEST_F(RepairProgram, VerifyDistinguishesValidAndInvalidMovies) {
     const auto text = zeb({"verify", "movie.zeb", "torn.zeb", "missing"});
     EXPECT_EQ(text.exitCode, 1);
     EXPECT_THAT(text.out, HasSubstr("movie.zeb: valid, "));
@@ -137,7 +137,7 @@ TEST_F(RepairProgram, VerifyTellsRightFromWrong) {
     EXPECT_EQ(zeb({"verify", "missing"}).exitCode, 3);
 }
 
-TEST_F(RepairProgram, RepairsIntoANewFileOrInPlace) {
+TEST_F(RepairProgram, RepairsIntoNewFileOrInPlace) {
     const std::string torn = contents(m_torn), movie = contents(m_movie);
     EXPECT_EQ(zeb({"repair", "torn.zeb"}).exitCode, 2) << "in place only with --force";
     const auto result = zeb({"repair", "torn.zeb", "-o", "mended.zeb"});
@@ -154,12 +154,12 @@ TEST_F(RepairProgram, RepairsIntoANewFileOrInPlace) {
     EXPECT_EQ(contents(m_movie), movie) << "a finished movie stays as it is";
 }
 
-TEST_F(RepairProgram, KeepsAFinishedMovieAndRescuesWhatFollowsDamage) {
+TEST_F(RepairProgram, KeepsFinishedMovieRescuesSecondsAfterDamage) {
     const auto longAgo = fs::file_time_type::clock::now() - std::chrono::hours(24 * 365);
     const std::string movie = contents(m_movie);
     std::string damaged = movie;
     const std::size_t header = 8 + 2 + 2 + 24 + 4 * 3, sound = 2 * 20000;
-    damaged[header + 4 + 4 + sound + 3] ^= 1;  // the first frame's size
+    damaged[header + 4 + 4 + sound + 3] ^= 1;  // size field of the first frame
     for (const std::string& bytes : {movie, damaged}) {
         const bool isWhole = bytes == movie;
         store(m_movie, bytes);
@@ -180,7 +180,7 @@ TEST_F(RepairProgram, KeepsAFinishedMovieAndRescuesWhatFollowsDamage) {
     }
 }
 
-TEST_F(RepairProgram, LeavesNothingBehindWhenThereIsNothingToRepair) {
+TEST_F(RepairProgram, NothingToRepairLeavesNoFile) {
     store(m_folder.file("text.zeb"), "no movie");
     const std::string header = contents(m_torn).substr(0, 200);
     store(m_folder.file("header.zeb"), header);
@@ -193,7 +193,7 @@ TEST_F(RepairProgram, LeavesNothingBehindWhenThereIsNothingToRepair) {
     expectFailure({"repair", "torn.zeb", "-o", "no/folder.zeb"}, 4, "");
 }
 
-/// One picture of 8192 x 8192 pixels, which a few packets fill: more than there is memory for.
+/// A movie of one picture with 8192 x 8192 pixels: a small file that needs more memory than the limit.
 void storeLargePicture(const std::string& path) {
     constexpr int side = 8192, longestRun = 129;
     std::vector<std::uint8_t> record = {2, 32, 0, 0x40, 32, 0, 32, 0, 0,   0,   0,   0,   0, 0, 0, 12,
@@ -205,7 +205,7 @@ void storeLargePicture(const std::string& path) {
     writer.finish();
 }
 
-TEST_F(InfoProgram, SaysThatMemoryRanOut) {
+TEST_F(InfoProgram, ReportsLackOfMemory) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(__clang__)
     GTEST_SKIP() << "a sanitizer needs more memory than the limit leaves";
 #endif
@@ -221,8 +221,8 @@ TEST_F(InfoProgram, SaysThatMemoryRanOut) {
     EXPECT_EQ(zeb({"info", "a.zeb"}).exitCode, 0);
 }
 
-/// Interrupts a command between its first movie and a long second one.
-TEST_F(ClipTest, LongCommandsStopInOrderOnAnInterrupt) {
+/// Interrupts `zeb verify` after its first movie, during a long second one.
+TEST_F(ClipTest, InterruptStopsVerifyWithinMovie) {
     makeLongClip(m_folder.file("long.mkv"), "640x480", 30, 20);
     ASSERT_EQ(zeb({"encode", "a.mov", "long.mkv", "--progress", "none"}).exitCode, 0);
     ChildProcess verify(zebCommand({"verify", "a.zeb", "long.zeb"}), m_options);
@@ -244,8 +244,8 @@ FrameImage picture(int width, int height, const std::vector<std::uint8_t>& pixel
     return image;
 }
 
-TEST(ReducedImage, IsTheMeanOfWhatItCovers) {
-    // Three pixels to two: each covers one and a half.
+TEST(ReducedImage, AveragesPixelsUnderEachTarget) {
+    // Three pixels become two: each covers one and a half.
     const FrameImage row = reducedImage(picture(3, 1, {0, 10, 20, 255, 90, 10, 50, 255, 30, 40, 80, 255}), 2);
     EXPECT_EQ(row.width, 2);
     EXPECT_EQ(row.height, 1);
@@ -255,7 +255,7 @@ TEST(ReducedImage, IsTheMeanOfWhatItCovers) {
     EXPECT_EQ(reducedImage(picture(1, 2, {1, 2, 3, 4, 4, 4, 4, 4}), 2).pixels.size(), 8U);
 }
 
-TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
+TEST_F(ThumbnailProgram, WritesFirstPictureOrNothing) {
     ASSERT_EQ(zeb({"encode", "a.mov"}).exitCode, 0);
     store(m_folder.file("cut.zeb"), contents(m_folder.file("a.zeb")).substr(0, 60));
     store(m_folder.file("text.zeb"), "no movie");
@@ -265,7 +265,7 @@ TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
     expectFailure({"thumbnail", "a.zeb", "nowhere/picture/a.png"}, 4, "");
     expectFailure({"thumbnail", "a.zeb", "a.png", "--size", "0"}, 2, "");
     expectFailure({"thumbnail", "a.zeb", "./a.zeb"}, 4, "is the input itself");
-    const auto frames = test::golden::movie();  // that are no pictures
+    const auto frames = test::golden::movie();  // its frames are no pictures
     store(m_folder.file("frames.zeb"), std::string(frames.begin(), frames.end()));
     const auto result = zeb({"thumbnail", "frames.zeb", "a.png"});
     EXPECT_EQ(result.exitCode, 3);
@@ -273,14 +273,14 @@ TEST_F(ThumbnailProgram, WritesTheFirstPictureWholeOrNothing) {
     EXPECT_EQ(contents(m_folder.file("a.png")), "old");
 
     EXPECT_EQ(zeb({"thumbnail", "a.zeb", "a.png", "--size", "48"}).exitCode, 0);
-    // The header of a PNG: 48 x 36.
+    // PNG header with 48 x 36 pixels.
     EXPECT_EQ(contents(m_folder.file("a.png")).substr(12, 12), std::string("IHDR\0\0\0\x30\0\0\0\x24", 12));
 }
 
 using PlayProgram = ProgramTest;
 
-/// A copy of the program, alone in a folder, with an application that only says what it was asked for.
-TEST_F(PlayProgram, BecomesTheApplication) {
+/// Runs a copy of `zeb` in a folder with a fake `zebmaker` that prints its arguments.
+TEST_F(PlayProgram, StartsTheApplicationInItsPlace) {
     fs::copy_file(zebCommand({}).front(), m_folder.file("zeb"));
     store(m_folder.file("-a movie.zeb"), "ZEB1");
     store(m_folder.file("video.zeb"), "video");

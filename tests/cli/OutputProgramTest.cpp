@@ -16,10 +16,10 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 
-/// Every command that makes a file x everything that may stand at its place.
+/// Every command that writes a file, combined with every kind of existing output.
 class OutputProgram : public ClipTest {
 protected:
-    /// Puts something at the place "out/NAME"; the name is that of the case.
+    /// Creates "out/WHAT" as the kind of file that `what` names.
     void put(const std::string& what) {
         const std::string place = m_folder.file("out/" + what);
         const std::string target = m_folder.file("out/target");
@@ -34,7 +34,7 @@ protected:
     }
     struct Standing {
         fs::file_status itself;
-        std::string text;  ///< of the regular file that it leads to
+        std::string text;  ///< content of the regular file that it refers to
 
         bool operator==(const Standing& other) const {
             return itself.type() == other.itself.type() && text == other.text;
@@ -47,12 +47,12 @@ protected:
     }
 };
 
-TEST_F(OutputProgram, RefusesTheSameThingsInEveryCommand) {
+TEST_F(OutputProgram, EveryCommandRejectsSameOutputs) {
     ASSERT_EQ(zeb({"encode", "a.mov", "-o", "movie.zeb", "--progress", "none"}).exitCode, 0);
     const struct {
         std::vector<std::string> words;
         bool replacesUnasked = false;
-        bool takesFolders = false;  ///< makes a file of another name in it
+        bool takesFolders = false;  ///< creates a file with a proposed name in it
     } commands[] = {
         {{"encode", "a.mov", "--fps", "1", "--progress", "none", "-o"}, false, true},
         {{"export", "movie.zeb", "--format", "wav", "--progress", "none", "-o"}, false, true},
@@ -99,7 +99,7 @@ TEST_F(OutputProgram, RefusesTheSameThingsInEveryCommand) {
                     EXPECT_TRUE(at("out/" + what) == before);
                     EXPECT_EQ(m_folder.names(), names);
                 }
-                // Never what a link leads to, and nothing set aside is left.
+                // The target of a link is unchanged, and no file set aside is left.
                 EXPECT_TRUE(at("out/target") == target);
                 const auto rest = std::distance(fs::directory_iterator(m_folder.file("out")), {});
                 EXPECT_LE(rest, 2);
@@ -111,7 +111,7 @@ TEST_F(OutputProgram, RefusesTheSameThingsInEveryCommand) {
     expectFailure({"repair", "movie.zeb", "-o", ""}, 4, "has no name");
 }
 
-TEST_F(OutputProgram, FullStandardOutputLosesTheForecast) {
+TEST_F(OutputProgram, FullStandardOutputFailsEstimate) {
     if (::access("/dev/full", W_OK) != 0) GTEST_SKIP() << "needs /dev/full";
     const std::string line = "exec " ZEB_PROGRAM " encode --estimate a.mov > /dev/full";
     EXPECT_EQ(ChildProcess({"sh", "-c", line}, m_options).finish().exitCode, 4);

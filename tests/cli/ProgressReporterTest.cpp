@@ -46,7 +46,7 @@ TEST(JsonProgress, WritesOneObjectPerLine) {
     std::istringstream stream(reporting.out.str());
     for (std::string line; std::getline(stream, line);)
         lines.push_back(nlohmann::json::parse(line));
-    ASSERT_EQ(lines.size(), 5u);  // the second "progress" came too soon after the first
+    ASSERT_EQ(lines.size(), 5u);  // the second "progress" was too soon after the first
     const char* types[] = {"start", "log", "progress", "warning", "done"};
     for (std::size_t i = 0; i < lines.size(); ++i) {
         EXPECT_EQ(lines[i]["type"], types[i]);
@@ -58,10 +58,10 @@ TEST(JsonProgress, WritesOneObjectPerLine) {
         EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7f));
 }
 
-TEST(BarProgress, KeepsToOneLineBelowTheMessages) {
+TEST(BarProgress, KeepsOneLineBelowMessages) {
     Reporting reporting(ProgressStyle::automatic, true);
     EXPECT_THAT(reporting.out.str(), Not(HasSubstr("\x1b")));
-    // The log's line while there are no frames, the bar, wiped for the warning, drawn again, the summary.
+    // Order: log line before the first frame, bar, bar erased for the warning, bar again, summary.
     EXPECT_THAT(reporting.out.str(), HasSubstr("\ranalysing"));
     EXPECT_THAT(reporting.out.str(),
                 HasSubstr("\r[....................]    0 %  -- fps  -:-- left  100 bytes\r"));
@@ -72,7 +72,7 @@ TEST(BarProgress, KeepsToOneLineBelowTheMessages) {
     EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1);
 }
 
-TEST(PlainProgress, WritesWholeLines) {
+TEST(PlainProgress, WritesOneLinePerReport) {
     Reporting reporting(ProgressStyle::automatic, false);
     EXPECT_EQ(reporting.out.str(),
               "in/a\\xff.mp4 -> out/\u00e4.zeb: 448x256, 25 frames per second, 0:10, Mode 32\n"
@@ -81,7 +81,7 @@ TEST(PlainProgress, WritesWholeLines) {
     EXPECT_EQ(reporting.error.str(), "zeb: in/a\\xff.mp4: careful\\x0a\n");
 }
 
-TEST(ProgressLines, TakeAsMuchAsThereIsRoomFor) {
+TEST(ProgressLines, ShowPartsThatFitTheWidth) {
     const ProgressState state{99, 200, 25, 5'000'000, 99.95, 59};
     const std::string rest = " 49 %  100.0 fps  0:59 left";  // 27 characters
     const std::pair<int, std::string> cases[] = {
@@ -107,7 +107,7 @@ TEST(ProgressLines, TakeAsMuchAsThereIsRoomFor) {
     EXPECT_EQ(fittedLine("a\u00e4\tbc", 6), "a\u00e4\\x0");
 }
 
-TEST(ProgressLines, NeverPassTheTerminal) {
+TEST(ProgressLines, NeverExceedTerminalWidth) {
     for (int columns = 1; columns < 120; ++columns) {
         for (const std::int64_t frames : {0, 1, 249, 250}) {
             const ProgressState state{frames, 250, 25, 999'999'999'999, 12345.6, 86399};
@@ -116,7 +116,7 @@ TEST(ProgressLines, NeverPassTheTerminal) {
     }
 }
 
-TEST(SpeedMeter, EstimatesTheTimeLeftOfWhatWasLately) {
+TEST(SpeedMeter, EstimatesTimeLeftFromRecentSpeed) {
     SpeedMeter::TimePoint now{};
     SpeedMeter meter{now};
     EXPECT_FALSE(meter.secondsFor(100));
@@ -131,7 +131,7 @@ TEST(SpeedMeter, EstimatesTheTimeLeftOfWhatWasLately) {
     EXPECT_EQ(meter.secondsFor(0).value(), 0);
 }
 
-TEST(SpeedMeter, KeepsTenSecondsAndNoLessThanItNeeds) {
+TEST(SpeedMeter, AveragesOverLastTenSeconds) {
     using std::chrono::milliseconds;
     const SpeedMeter::TimePoint start{};
     SpeedMeter meter{start};
@@ -140,14 +140,14 @@ TEST(SpeedMeter, KeepsTenSecondsAndNoLessThanItNeeds) {
         std::int64_t frames;
         double speed;
     } notes[] = {
-        {199, 100, 0},  // too soon to say anything
+        {199, 100, 0},  // too soon for a speed
         {200, 100, 500},
         {250, 100, 400},             // a mark
-        {499, 500, 500 / 0.499},     // none, too close
-        {5000, 500, 100},            // another
-        {10249, 500, 500 / 10.249},  // the first mark still counts
-        {10250, 500, 400 / 10.0},    // now the second begins the time
-        {15000, 1500, 1000 / 10.0},  // and the third
+        {499, 500, 500 / 0.499},     // no sample, too close
+        {5000, 500, 100},            // another sample
+        {10249, 500, 500 / 10.249},  // the first sample still counts
+        {10250, 500, 400 / 10.0},    // now the second sample is the oldest
+        {15000, 1500, 1000 / 10.0},  // now the third one
     };
     for (const auto& [at, frames, speed] : notes) {
         meter.note(start + milliseconds(at), frames);

@@ -18,7 +18,7 @@ fs::path mediaFolder() {
 
 struct RealClip {
     const char* file;
-    const char* size;  ///< of the movie fitted into 256 x 256
+    const char* size;  ///< size of the movie fitted into 256 x 256
     int seconds;
 };
 
@@ -28,8 +28,8 @@ void PrintTo(const RealClip& clip, std::ostream* stream) {
 
 class RealMedia : public ::testing::TestWithParam<RealClip> {};
 
-// Few frames, so that the time goes into reading; both modes see all of it.
-TEST_P(RealMedia, BecomesAValidMovieTheSameForAnyNumberOfThreads) {
+// Few frames per second, so that reading takes most of the time. Both modes read the whole clip.
+TEST_P(RealMedia, MakesSameValidMovieForAnyThreads) {
     const RealClip& clip = GetParam();
     const fs::path input = mediaFolder() / clip.file;
     if (!fs::exists(input))

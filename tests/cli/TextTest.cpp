@@ -15,13 +15,13 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(CliText, MakesTextHarmlessForTerminals) {
+TEST(CliText, EscapesControlCharactersForTerminals) {
     const std::pair<std::string, std::string> cases[] = {
         {"Grüße, Žižek & 日本 😀", "Grüße, Žižek & 日本 😀"},
         {"\x1b[2J\x1b]0;title\x07", "\\x1b[2J\\x1b]0;title\\x07"},
         {"nul\0byte\x7f"s, "nul\\x00byte\\x7f"},
         {"\u009b31m", "\\u009b31m"},                            // the one-character form of "escape ["
-        {"\u202egpj.exe\u2066", "\\u202egpj.exe\\u2066"},       // turned direction
+        {"\u202egpj.exe\u2066", "\\u202egpj.exe\\u2066"},       // changes of text direction
         {"caf\xe9", "caf\\xe9"},                                // ISO Latin-1
         {"\xc0\x9b\xed\xa0\x80", "\\xc0\\x9b\\xed\\xa0\\x80"},  // overlong form, surrogate
     };
@@ -29,7 +29,7 @@ TEST(CliText, MakesTextHarmlessForTerminals) {
         EXPECT_EQ(printable(text), expected);
 }
 
-TEST(CliText, EscapesUpToTheEdgesOfWhatIsHarmful) {
+TEST(CliText, EscapesExactlyTheHarmfulRanges) {
     const std::pair<char32_t, const char*> escaped[] = {
         {0x00, "\\x00"},     {0x1F, "\\x1f"},     {0x7F, "\\x7f"},     {0x80, "\\u0080"},
         {0x9F, "\\u009f"},   {0x200E, "\\u200e"}, {0x200F, "\\u200f"}, {0x2028, "\\u2028"},
@@ -98,7 +98,7 @@ TEST(CliText, WritesAndReadsNumbers) {
         EXPECT_EQ(wholeNumber(text, 3, 7), expected) << text;
 }
 
-TEST(ForecastText, WarnsOfWhatDoesNotFit) {
+TEST(ForecastText, WarnsOfMoviesThatDoNotFit) {
     SizeForecast forecast;
     forecast.bytes = 5'900'000'000;
     forecast.isExact = true;
@@ -114,7 +114,7 @@ TEST(ForecastText, WarnsOfWhatDoesNotFit) {
               limit + " and need 5.9 GB, but out has only 1.0 GB left; try --fps 7 or --size 512x288");
 }
 
-TEST(ForecastText, TellsEverythingInLines) {
+TEST(ForecastText, ShowsOneFactPerLine) {
     SizeForecast forecast;
     forecast.plan = {{1920, 1080, 25}, {448, 256}, 1, 61, 61, 61};
     forecast.bytes = 12'300'000;
@@ -149,7 +149,7 @@ TEST(ForecastText, TellsEverythingInLines) {
     EXPECT_EQ(forecastWarning({}, "out"), "");
 }
 
-TEST(InfoText, TellsEverythingInLines) {
+TEST(InfoText, ShowsOneFactPerLine) {
     MovieFacts facts;
     facts.header.title = "T\n";
     facts.header.width = 448;

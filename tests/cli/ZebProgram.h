@@ -11,37 +11,35 @@
 
 namespace zeb::test {
 
-/// Runs `zeb` with `arguments` to its end.
+/// Runs `zeb` with `arguments` and waits for its end.
 ChildProcess::Result runZeb(std::vector<std::string> arguments, const ChildProcess::Options& options = {});
 
-/// The words that start `zeb` with `arguments`.
+/// The command line of `zeb` with `arguments`.
 std::vector<std::string> zebCommand(std::vector<std::string> arguments);
 
-/// What the whole of a movie says that has no fault, byte by byte; throws when it has one.
+/// Checks every byte of a movie. Throws if there is a fault.
 MovieCheck rightMovie(const std::string& path);
 
-/// Makes a file with the `ffmpeg` program and the arguments that stand before the output. Throws when it
-/// fails.
+/// Runs `ffmpeg` with these arguments and `path` as the output. Throws if it fails.
 void makeClip(const std::string& path, const std::vector<std::string>& arguments);
 
-/// Moving pictures that keep a machine busy: `size` at `fps`, `seconds` long, without sound. Beside it stays
-/// the second that it repeats.
+/// Makes a video without sound that takes long to convert. It repeats one second, whose file stays beside it.
 void makeLongClip(const std::string& path, const std::string& size, int fps, int seconds);
 
-/// Runs `zeb` in a folder of its own.
+/// Runs `zeb` in a temporary folder.
 class ProgramTest : public ::testing::Test {
 protected:
     ChildProcess::Result zeb(std::vector<std::string> arguments) {
         return runZeb(std::move(arguments), m_options);
     }
-    /// Ends with one line that holds `text`, and without a new file.
+    /// Expects this exit code, one error line that contains `text`, and no new file.
     void expectFailure(const std::vector<std::string>& arguments, int exitCode, const std::string& text);
 
     TemporaryFolder m_folder;
     ChildProcess::Options m_options{.folder = m_folder.path()};
 };
 
-/// With a clip "a.mov" in the folder: 2.5 seconds of 160 x 120 at 10 frames per second, with a stereo tone.
+/// Adds a clip "a.mov" to the folder: 2.5 seconds of 160 x 120 at 10 frames per second, with a stereo tone.
 class ClipTest : public ProgramTest {
 protected:
     void SetUp() override;

@@ -3,9 +3,8 @@
 
     manual_test.py ZEB ZEB_MANUAL
 
-What the program offers is read from its own help, so that a fault in the generator cannot hide in the test. The
-completion for bash is driven as bash drives it; the other shells and the manual's formatter check the syntax of
-theirs where they are installed.
+The expected options come from the program's help, so the test does not depend on the generator. The bash completion
+is called as bash calls it. Other shells and groff check the syntax of their files if they are installed.
 """
 
 import functools
@@ -40,7 +39,7 @@ def commands():
 
 
 def completions(folder, *words):
-    """What bash would offer for the last of `words`."""
+    """Returns the completions that bash offers for the last of `words`."""
     script = """source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _zeb
                 ((${#COMPREPLY[@]} == 0)) || printf '%s\\n' "${COMPREPLY[@]}" """
     result = run("bash", "--norc", "-c", script, "bash", FOLDER / "zeb.bash", "zeb", *words, cwd=folder)
@@ -49,7 +48,7 @@ def completions(folder, *words):
 
 
 class ManualTest(unittest.TestCase):
-    def test_every_option_of_every_command_is_everywhere(self):
+    def test_every_option_is_documented_everywhere(self):
         manual = (FOLDER / "zeb.1").read_text().replace("\\-", "-")
         bash, zsh, fish = ((FOLDER / name).read_text() for name in ("zeb.bash", "_zeb", "zeb.fish"))
         self.assertIn("encode", commands())
@@ -66,7 +65,7 @@ class ManualTest(unittest.TestCase):
                     self.assertIn(option, bash_part)
                     self.assertRegex(fish, rf"from {command}'.* -l {option[2:]} ")
 
-    def test_bash_completes(self):
+    def test_bash_completes_commands_options_files(self):
         with tempfile.TemporaryDirectory() as name:
             folder = pathlib.Path(name)
             (folder / "films").mkdir()
@@ -85,25 +84,25 @@ class ManualTest(unittest.TestCase):
                 (("encode", "cl"), {"clip one.mp4"}),
                 (("encode", "--", "-"), {"-odd.mp4"}),
                 (("info", ""), movies),
-                (("info", "--mode", ""), movies),  # not an option of this command
+                (("info", "--mode", ""), movies),  # no option of this command
                 (("unknown", ""), set()),
             )
             for words, expected in table:
                 with self.subTest(words=words):
                     self.assertEqual(completions(folder, *words), expected)
 
-    def test_every_example_is_one_that_the_program_takes(self):
+    def test_program_accepts_every_example(self):
         page = (FOLDER / "zeb.1").read_text().replace("\\-", "-")
         examples = re.findall(r"^\.EX\nzeb (.*)$", page.split(".SH EXAMPLES")[1], re.MULTILINE)
         self.assertGreaterEqual(len(examples), len(commands()))
         with tempfile.TemporaryDirectory() as folder:
             for example in examples:
                 with self.subTest(example=example):
-                    # The files are not there, which is found out only after the options were understood.
+                    # The files do not exist. The program reports this only after parsing all options.
                     result = run(ZEB, *shlex.split(example), cwd=folder)
                     self.assertEqual(result.returncode, 3, result.stderr)
 
-    def test_manual_and_completion_describe_arguments_in_whole_lines(self):
+    def test_argument_descriptions_are_whole_lines(self):
         manual, zsh = (FOLDER / "zeb.1").read_text(), (FOLDER / "_zeb").read_text()
         for lines in (
             "\\fBzeb\\fR \\fBencode\\fR [\\fIoption\\fR ...] \\fIINPUT\\fR ...\n",
@@ -114,7 +113,7 @@ class ManualTest(unittest.TestCase):
             "\nNot together with \\fB\\-\\-frame\\fR, \\fB\\-\\-at\\fR.\n",
         ):
             self.assertIn(lines, manual)
-        # Sentences end once; paragraphs and tables are opened and closed in turn.
+        # Sentences end with one full stop. Paragraphs and tables are not empty and are closed.
         self.assertIsNone(re.search(r"[^.]\.\.\n|\n\.PP\n\.(PP|SS|SH|TP)", manual))
         self.assertEqual(re.findall(r"^\.E[EX]$", manual, re.MULTILINE),
                          [".EX", ".EE"] * manual.count("\n.EX\n"))
@@ -123,7 +122,7 @@ class ManualTest(unittest.TestCase):
             self.assertIn(line, zsh)
         self.assertEqual(len(re.findall(r"^ +'[*\d]:[A-Z]+:", zsh, re.MULTILINE)), len(commands()) + 1)
 
-    def test_page_and_completions_are_whole(self):
+    def test_page_and_completions_are_complete(self):
         manual, zsh = (FOLDER / "zeb.1").read_text(), (FOLDER / "_zeb").read_text()
         self.assertEqual(re.findall(r"^\.SH (.*)$", manual, re.MULTILINE),
                          ["NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "EXIT STATUS", "ENVIRONMENT", "EXAMPLES"])
@@ -134,7 +133,7 @@ class ManualTest(unittest.TestCase):
         codes = re.findall(r"^  (\d+) +(.*)$", help_text.split("Exit codes:\n")[1], re.MULTILINE)
         self.assertEqual(re.findall(r"^\.TP\n\\fB(\d+)\\fR\n(.*)\.$", manual, re.MULTILINE),
                          [(code, text[0].upper() + text[1:]) for code, text in codes])
-        # Each example once, with what it shows.
+        # Each example appears once, with its description.
         examples = re.findall(r"^\.PP\n(.*)\n\.PP\n\.RS 4\n\.EX\n(.*)$", manual, re.MULTILINE)
         self.assertEqual(len(examples), len(dict(examples)))
         self.assertEqual(len(examples), 7)
@@ -144,7 +143,7 @@ class ManualTest(unittest.TestCase):
         for line in ("--output=[The movie, or", "-o+[The movie, or", "the input'\\''s name"):
             self.assertIn(line, zsh)
 
-    def test_syntax(self):
+    def test_shells_and_groff_accept_syntax(self):
         checks = ((("bash", "-n"), "zeb.bash"), (("zsh", "-n"), "_zeb"), (("fish", "--no-execute"), "zeb.fish"),
                   (("groff", "-man", "-Tutf8", "-ww"), "zeb.1"))
         for words, file in checks:

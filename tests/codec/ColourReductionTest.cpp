@@ -10,7 +10,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-TEST(PackRGB565, EqualsPlainLoopForEveryCount) {
+TEST(PackRGB565, MatchesReferenceForEveryPixelCount) {
     for (int count = 0; count < 100; ++count) {
         const Bytes rgba = synthetic::noise(count, 1, static_cast<unsigned>(count));
         Bytes expected(rgba.size() / 2), actual(rgba.size() / 2);
@@ -37,7 +37,7 @@ void expectEqualsPlainLoop(const Bytes& rgba, int width, int height, int colours
     }
 }
 
-TEST(LuminanceQuantiser, EqualsPlainLoopForShapesAndNumbersOfColours) {
+TEST(LuminanceQuantiser, MatchesReferenceForShapesAndColourCounts) {
     for (int width = 1; width <= 20; ++width)
         for (int height = 1; height <= 18; ++height)
             expectEqualsPlainLoop(synthetic::noise(width, height, 5), width, height, 4, "noise");
@@ -47,22 +47,22 @@ TEST(LuminanceQuantiser, EqualsPlainLoopForShapesAndNumbersOfColours) {
     }
 }
 
-TEST(LuminanceQuantiser, EqualsPlainLoopForWholeFrames) {
+TEST(LuminanceQuantiser, MatchesReferenceForWholeFrames) {
     expectEqualsPlainLoop(synthetic::natural(512, 288, 1), 512, 288, 4, "natural");
     expectEqualsPlainLoop(synthetic::noise(511, 285, 1), 511, 285, 4, "noise");
-    // Even areas bring about the same sums again and again, some of them next to a threshold.
+    // Even areas produce the same sums repeatedly, some of them next to a threshold.
     for (int grey = 0; grey < 256; ++grey) {
         const auto byte = static_cast<std::uint8_t>(grey);
         expectEqualsPlainLoop(synthetic::flat(96, 64, byte, byte, byte), 96, 64, 4, "grey");
     }
-    // Errors fade to denormal numbers far right of a bright spot.
+    // Far to the right of a bright spot, diffused errors become denormal numbers.
     Bytes spot = synthetic::flat(2048, 16, 0, 0, 0);
     std::fill_n(spot.begin() + 8, 3, std::uint8_t{20});
     expectEqualsPlainLoop(spot, 2048, 16, 4, "spot");
 }
 
-// The values at which the arithmetic's last bit decides about the level.
-TEST(LuminanceQuantiser, EqualsPlainLoopForColoursAtTheThresholds) {
+// Values for which the last bit of the sum decides the level.
+TEST(LuminanceQuantiser, MatchesReferenceForColoursAtThresholds) {
     Bytes rgba;
     for (const int sum : {425000, 1275000, 2125000}) {
         for (int red = 0; red < 256; ++red) {

@@ -14,7 +14,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using enum Mode32Interpretation;
 
-/// A sprite record with its pattern behind the header.
+/// A sprite record whose pattern follows the header.
 Bytes sprite(int form, int colourMode, int control, int width, int height, const Bytes& pattern) {
     Bytes record(24 + pattern.size());
     std::ranges::copy(pattern, record.begin() + 24);
@@ -29,7 +29,7 @@ Bytes sprite(int form, int colourMode, int control, int width, int height, const
     return record;
 }
 
-/// The same with a mask behind the pattern.
+/// A copy of the record with a mask after the pattern.
 Bytes masked(Bytes record, const Bytes& mask) {
     for (std::size_t i = 0; i < 4; ++i)
         record[16 + i] = static_cast<std::uint8_t>((record.size() - 16) >> (24 - 8 * i));
@@ -37,13 +37,13 @@ Bytes masked(Bytes record, const Bytes& mask) {
     return record;
 }
 
-/// Pixels as blue, green, red, alpha; nothing when decoding fails.
+/// Decoded pixels as blue, green, red, alpha. Empty if decoding fails.
 Bytes pixels(FrameDecoder& decoder, const Bytes& record, int width = 8, int height = 1) {
     const std::optional<FrameImage> image = decoder.decodeFrame(record, width, height);
     return image ? Bytes(image->pixels.begin(), image->pixels.end()) : Bytes();
 }
 
-/// All 65 536 values under each interpretation, by the plain formulas.
+/// Compares all 65 536 values in each interpretation with the plain formulas.
 TEST(FrameDecoder, ConvertsEveryHighColourValueExactly) {
     constexpr int width = 8192, height = 8;
     Bytes stored;
@@ -70,7 +70,7 @@ TEST(FrameDecoder, ConvertsEveryHighColourValueExactly) {
     }
 }
 
-/// Rows of patterns end at whole long words.
+/// Row size of a pattern: padded to a multiple of four bytes.
 std::size_t rowBytes(int colourMode, std::size_t width) {
     return ((colourMode == 0 ? (width + 7) / 8 * 2 : width * (colourMode == 64 ? 4 : 2)) + 3) / 4 * 4;
 }
@@ -99,7 +99,7 @@ int plainAlpha(int colourMode, const std::uint8_t* row, std::size_t x) {
     return std::any_of(row + size * x, row + size * (x + 1), [](int byte) { return byte != 0; }) ? 255 : 0;
 }
 
-/// Bytes as a compressed block of literals.
+/// The bytes as a compressed block of literal packets only.
 Bytes packed(const Bytes& bytes) {
     Bytes block{'R', 'L', 'E', '1', 0, 0, 0, 0};
     for (const std::uint8_t byte : bytes)
@@ -107,7 +107,7 @@ Bytes packed(const Bytes& bytes) {
     return block;
 }
 
-TEST(FrameDecoder, EqualsPlainLoopForFormatsMasksAndShapes) {
+TEST(FrameDecoder, MatchesReferenceForFormatsMasksAndShapes) {
     constexpr int noMask = 0, bitMask = 1, alphaMask = 2;
     std::mt19937 random(5);
     FrameDecoder decoder;
@@ -147,7 +147,7 @@ TEST(FrameDecoder, EqualsPlainLoopForFormatsMasksAndShapes) {
                 }
 }
 
-/// A pixel of Mode 32 whose pattern is at `patternAt` and whose mask is at `maskAt`, counted from the record.
+/// A record of one pixel in Mode 32. `patternAt` and `maskAt` are offsets in the record.
 Bytes pointing(std::int64_t patternAt, std::int64_t maskAt, std::size_t size) {
     Bytes record = sprite(2, 32, 0, 1, 1, Bytes(size - 24, 0xFF));
     for (const auto& [field, target] : {std::pair{std::size_t{12}, patternAt}, {std::size_t{16}, maskAt}})
@@ -158,7 +158,7 @@ Bytes pointing(std::int64_t patternAt, std::int64_t maskAt, std::size_t size) {
     return record;
 }
 
-TEST(FrameDecoder, FollowsPointersAsFarAsTheRecordReaches) {
+TEST(FrameDecoder, LimitsPointersByRecordSize) {
     constexpr std::int64_t size = 0x1020300, noMask = 16;
     Bytes record = pointing(size - 4, noMask, size);
     record[size - 4] = 0x1F;
@@ -175,7 +175,7 @@ TEST(FrameDecoder, FollowsPointersAsFarAsTheRecordReaches) {
     }
     EXPECT_EQ(pixels(decoder, pointing(24, noMask, 28)), (Bytes{255, 255, 255, 255}));
     EXPECT_EQ(pixels(decoder, pointing(0, noMask, 28)), (Bytes{16, 0, 32, 255}));  // header bytes 2, 32
-    // A mask that does not fit is left out; one of header bytes that are 0 hides the pixel.
+    // A mask outside the record is ignored. A mask of header bytes that are 0 hides the pixel.
     for (const auto& [maskAt, note] : {std::pair{-1, ""},
                                        {0, " | maskStart=0 maskBytes=4"},
                                        {8, " | maskStart=8 maskBytes=4"},
@@ -190,7 +190,7 @@ TEST(FrameDecoder, FollowsPointersAsFarAsTheRecordReaches) {
     }
 }
 
-TEST(FrameDecoder, KnowsFromTheStartWhatIsTooLargeForAPicture) {
+TEST(FrameDecoder, RecognisesOversizedRecordsByTheirStart) {
     constexpr std::uint64_t always = 64 * 1024, gigabytes = 3'900'000'000;
     const Bytes small = sprite(2, 32, 0x40, 16, 8, {}), mode4 = sprite(1, 0, 0, 16, 8, {});
     const Bytes largest = sprite(2, 64, 0xC0, 8192, 8192, {});
@@ -211,7 +211,7 @@ TEST(FrameDecoder, KnowsFromTheStartWhatIsTooLargeForAPicture) {
         {sprite(2, 32, 0, 8193, 8192, {}), always + 1, 1, 1, false},
         {sprite(2, 31, 0, 8192, 8192, {}), always + 1, 1, 1, false},
         {Bytes(24), gigabytes, 1, 1, false},
-        // Pixels without a sprite, of the movie's size or one of their own.
+        // Raw pixels without a sprite header, of the movie's size or with their size in front.
         {Bytes(24), 4 * 300 * 200, 300, 200, true},
         {Bytes(24), 2 * 300 * 200, 300, 200, true},
         {Bytes(24), 2 * 300 * 200 + 1, 300, 200, false},
@@ -230,7 +230,7 @@ TEST(FrameDecoder, KnowsFromTheStartWhatIsTooLargeForAPicture) {
         EXPECT_EQ(FrameDecoder::canDecode(start, size, width, height), expected) << size;
 }
 
-TEST(FrameDecoder, SaysWhyARecordIsNoPicture) {
+TEST(FrameDecoder, ReportsWhyRecordIsNoPicture) {
     const Bytes hopeless{'R', 'L', 'E', '2', 255, 255, 255, 255, 0x81, 1, 2};
     const std::pair<Bytes, std::string> cases[] = {
         {Bytes(23), " | not-sprite: <0x18"},
@@ -256,7 +256,7 @@ TEST(FrameDecoder, SaysWhyARecordIsNoPicture) {
         EXPECT_TRUE(decoder.lastDecodeDebug().ends_with(reason + " | fallback: common-raw"))
             << decoder.lastDecodeDebug();
     }
-    // Whole lines: the first 16 bytes, and a mask that cannot be expanded.
+    // Complete lines: the first 16 bytes of the record, and a mask that cannot be expanded.
     pixels(decoder, {1, 0xAB});
     EXPECT_EQ(decoder.lastDecodeDebug(), "payload=2B [01 AB] | not-sprite: <0x18 | fallback: common-raw");
     pixels(decoder, masked(sprite(3, 64, 0x80, 1, 1, {1, 2, 3, 4}), {'R', 'L', 'E', '7', 9}));
@@ -266,7 +266,7 @@ TEST(FrameDecoder, SaysWhyARecordIsNoPicture) {
               "cpatStart=24 | maskStart=28 maskBytes=4 | MRLEsig=524C4537 | RLE-decode-failed(mask) | ok");
 }
 
-TEST(FrameDecoder, ShowsRawPixelsWithoutASprite) {
+TEST(FrameDecoder, DecodesRawPixelsWithoutSprite) {
     FrameDecoder decoder;
     const Bytes raw(4 * 7 * 3, 0x11), blueRedGreen{0x1F, 0, 0, 0xF8, 0xE0, 0x07};
     const Bytes shown{255, 0, 0, 255, 0, 0, 255, 255, 0, 255, 0, 255};
@@ -276,7 +276,7 @@ TEST(FrameDecoder, ShowsRawPixelsWithoutASprite) {
     for (const auto& [width, height] : {std::pair{3, 0}, {0, 3}, {-3, -1}, {2, 1}, {2, 2}})
         EXPECT_TRUE(pixels(decoder, blueRedGreen, width, height).empty());
     EXPECT_TRUE(pixels(decoder, {}, 0, 0).empty());
-    // With a size of its own in front, whatever the file says.
+    // A size in front of the pixels overrides the size of the movie.
     const auto sized = [](int width, int height, const Bytes& rest) {
         Bytes record{static_cast<std::uint8_t>(width >> 8),
                      static_cast<std::uint8_t>(width),
@@ -296,7 +296,7 @@ TEST(FrameDecoder, ShowsRawPixelsWithoutASprite) {
         EXPECT_EQ(pixels(decoder, sized(side, 1, line), 100, 100).empty(), side > 4096);
         EXPECT_EQ(pixels(decoder, sized(1, side, line), 100, 100).empty(), side > 4096);
     }
-    // Where that does not fit, the file's size counts.
+    // If that size does not match the number of bytes, the size of the movie is used.
     EXPECT_EQ(pixels(decoder, sized(2, 1, {0, 0}), 5, 1).size(), 20U);
 }
 

@@ -19,7 +19,7 @@ Bytes block(char itemSize, std::uint32_t length, const Bytes& packets) {
     return bytes;
 }
 
-/// Equal to the plain loop's packets, and back again.
+/// Compares the packets with those of the plain loop, then expands them again.
 void expectGoodPackets(const Bytes& raw, const std::string& name) {
     Bytes expected, packets;
     reference::compressRLE2(raw, expected);
@@ -29,13 +29,13 @@ void expectGoodPackets(const Bytes& raw, const std::string& name) {
         << name << ", " << raw.size() / 2 << " words";
 }
 
-TEST(CompressRLE2, WritesTheKnownPackets) {
+TEST(CompressRLE2, WritesExpectedPacketsForKnownRuns) {
     const std::pair<Bytes, Bytes> cases[] = {
         {{}, {}},
         {{1, 2}, {0x00, 1, 2}},
         {{1, 2, 1, 2, 1, 2, 3, 4, 5, 6, 7, 8, 7, 8}, {0xFE, 1, 2, 0x01, 3, 4, 5, 6, 0xFF, 7, 8}},
         {Bytes(258, 5), {0x81, 5, 5, 0x00, 5, 5}},
-        // Neighbours that differ in one byte only are not equal.
+        // Items that differ in one byte only are not a run.
         {{1, 2, 1, 3, 4, 3}, {0x02, 1, 2, 1, 3, 4, 3}},
     };
     for (const auto& [raw, expected] : cases) {
@@ -45,10 +45,10 @@ TEST(CompressRLE2, WritesTheKnownPackets) {
     }
 }
 
-TEST(CompressRLE2, EqualsPlainLoopForRunsOfAnyLength) {
+TEST(CompressRLE2, MatchesReferenceForRunsOfAnyLength) {
     std::mt19937 random(2);
     for (int round = 0; round < 4000; ++round) {
-        // Runs and literals of random lengths, now mostly short, now around the longest packets.
+        // Runs and literals of random lengths: mostly short ones, or lengths near the longest packet.
         const std::size_t longest = round % 4 == 0 ? 400 : 1 + random() % 140;
         const std::size_t size = random() % (round % 10 == 0 ? 12000 : 300) * 2;
         Bytes raw;
@@ -66,7 +66,7 @@ TEST(CompressRLE2, EqualsPlainLoopForRunsOfAnyLength) {
     }
 }
 
-TEST(ExpandRLE2, WritesTheKnownBytesOrNothing) {
+TEST(ExpandRLE2, ExpandsValidBlocksAndRejectsOthers) {
     const std::tuple<Bytes, std::size_t, std::optional<Bytes>> cases[] = {
         {block('1', 5, {0xFE, 1, 0x01, 2, 3}), 5, Bytes{1, 1, 1, 2, 3}},
         {block('2', 4, {0xFF, 1, 2}), 3, Bytes{1, 2, 1}},
@@ -77,14 +77,14 @@ TEST(ExpandRLE2, WritesTheKnownBytesOrNothing) {
     };
     for (const auto& [source, size, expected] : cases) {
         EXPECT_EQ(expandRLE2(source, size), expected) << testing::PrintToString(source);
-        Bytes used(3, 9);  // is left empty by a block that cannot be expanded
+        Bytes used(3, 9);  // a block that cannot be expanded clears it
         EXPECT_EQ(expandRLE2(source, size, used), expected.has_value());
         EXPECT_EQ(used, expected.value_or(Bytes{}));
     }
 }
 
-// A literal may pass the expected length, but not the block's.
-TEST(ExpandRLE2, ReadsAllBytesOfTheLength) {
+// A literal packet may exceed the expected length, but not the length field of the block.
+TEST(ExpandRLE2, ReadsAllBytesOfLengthField) {
     for (const std::uint32_t length : {1024U, 0x10400U, 0x1010400U}) {
         Bytes packets;
         for (std::uint32_t done = 0; done < length - 512; done += 512)
@@ -95,8 +95,8 @@ TEST(ExpandRLE2, ReadsAllBytesOfTheLength) {
     }
 }
 
-// Neither the block's length field nor a hopeless expectation may cost memory.
-TEST(ExpandRLE2, TakesNoMemoryForPromises) {
+// Neither a huge length field nor an unreachable expected length may allocate memory.
+TEST(ExpandRLE2, ImpossibleLengthsAllocateNothing) {
     const Bytes lying = block('2', 0xFFFFFFFF, {0x01, 1, 2, 3, 4});
     EXPECT_EQ(expandRLE2(lying, 4), (Bytes{1, 2, 3, 4}));
 
@@ -106,7 +106,7 @@ TEST(ExpandRLE2, TakesNoMemoryForPromises) {
     EXPECT_FALSE(expandRLE2(block('4', 1U << 27, Bytes(100, 0x80)), std::size_t{1} << 27, expanded));
     EXPECT_EQ(expanded.capacity(), 0U);
 
-    // The most that a block of this size can give is not refused.
+    // The largest possible output of a block of this size is accepted.
     Bytes densest;
     for (int i = 0; i < 50; ++i)
         densest.insert(densest.end(), {0x80, 6, 7});
@@ -114,13 +114,13 @@ TEST(ExpandRLE2, TakesNoMemoryForPromises) {
               reference::expandRLE2(block('2', 50 * 258, densest), 50 * 258));
 }
 
-TEST(ExpandRLE2, EqualsPlainLoopForRandomBlocks) {
+TEST(ExpandRLE2, MatchesReferenceForRandomBlocks) {
     std::mt19937 random(3);
     int successes = 0;
     for (int round = 0; round < 20000; ++round) {
         Bytes packets(random() % (round % 10 == 0 ? 3000 : 60));
         for (std::uint8_t& byte : packets) {
-            // Short packets as well as any.
+            // Control bytes of short packets and of any packet.
             byte = static_cast<std::uint8_t>(
                 round % 2 == 0 ? random() : (random() % 2 == 0 ? random() % 8 : 0xF8 + random() % 8));
         }

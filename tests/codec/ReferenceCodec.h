@@ -9,8 +9,8 @@
 #include <span>
 #include <vector>
 
-/// The codec's arithmetic as plain, literal loops: slow, easy to check by eye. The tests compare the kernels
-/// with them byte for byte, the benchmarks measure against them.
+/// The codec's arithmetic as plain loops: slow, but easy to verify by reading. Tests compare the optimised
+/// code with them byte for byte. Benchmarks use them as the baseline.
 namespace zeb::reference {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -30,11 +30,11 @@ inline double luminance(const std::uint8_t* rgba) {
 }
 
 inline double quantise(double value, int levels) {
-    const double clamped = value > 0.0 ? std::min(value, 1.0) : 0.0;  // also 0 for what is not a number
+    const double clamped = value > 0.0 ? std::min(value, 1.0) : 0.0;  // NaN gives 0
     return std::clamp(std::round(clamped * levels), 0.0, static_cast<double>(levels));
 }
 
-/// `luma` is working memory of width x height entries.
+/// `luma` is a work buffer of width x height entries.
 inline void quantizeLuma(std::span<const std::uint8_t> rgba, int width, int height, int colours, bool dither,
                          std::vector<double>& luma, std::span<std::uint8_t> indices) {
     const int levels = colours < 1 ? 0 : colours - 1;
@@ -97,7 +97,7 @@ inline std::optional<Bytes> expandRLE2(std::span<const std::uint8_t> block, std:
     for (std::size_t i = 4; i < 8; ++i)
         length = length << 8 | block[i];
     const std::size_t capacity = std::max(expected, length);
-    Bytes output(std::min(capacity, block.size() * 129 * 4), 0);  // no packets reach further
+    Bytes output(std::min(capacity, block.size() * 129 * 4), 0);  // upper bound of the expanded size
     std::size_t in = 8;
     std::size_t out = 0;
     while (out < capacity && in < block.size()) {

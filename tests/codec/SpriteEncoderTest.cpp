@@ -15,7 +15,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Draws bytes of its own, which depend on the colour space, after checking that the bitmap is as promised.
+/// Draws given bytes, one array per colour space, after checking the size of the bitmap.
 class TestPicture : public Picture {
 public:
     explicit TestPicture(Bytes sRGB) : m_sRGB(sRGB), m_deviceRGB(std::move(sRGB)) {}
@@ -42,8 +42,8 @@ struct TooLargePicture : TestPicture {
     void draw(const BitmapContext&) const override { throw std::bad_alloc(); }
 };
 
-TEST(SpriteEncoder, WritesAMode4Record) {
-    // Two rows of black, red, green, white and back, as greys of their brightness.
+TEST(SpriteEncoder, WritesExactMode4Record) {
+    // Two rows of black, red, green and white, forwards and backwards, as greys of the same brightness.
     Bytes rgba;
     for (const int grey : {0, 85, 170, 255, 255, 170, 85, 0, 255, 255, 255, 255, 0, 0, 0, 0}) {
         const auto byte = static_cast<std::uint8_t>(grey);
@@ -58,7 +58,7 @@ TEST(SpriteEncoder, WritesAMode4Record) {
     EXPECT_EQ(encoder.encodeMode4Sprite(TestPicture(rgba), 8, 2, false), expected);
 }
 
-TEST(SpriteEncoder, WritesAMode32Record) {
+TEST(SpriteEncoder, WritesExactMode32Record) {
     Bytes rgba;
     for (int i = 0; i < 3; ++i)
         rgba.insert(rgba.end(), {255, 0, 0, 255});
@@ -72,7 +72,7 @@ TEST(SpriteEncoder, WritesAMode32Record) {
     EXPECT_EQ(encoder.encodeMode32Sprite(TestPicture(rgba), 2, 2), expected);
 }
 
-TEST(SpriteEncoder, Mode4RecordsDecodeToTheirPictures) {
+TEST(SpriteEncoder, DecodedMode4RecordsShowQuantizedPictures) {
     SpriteEncoder encoder;
     FrameDecoder decoder;
     for (const auto& [width, height] : {std::pair{8, 1}, {12, 5}, {17, 8}, {72, 20}, {257, 3}}) {
@@ -92,7 +92,7 @@ TEST(SpriteEncoder, Mode4RecordsDecodeToTheirPictures) {
     }
 }
 
-TEST(SpriteEncoder, EachModeDrawsInItsColourSpaceAndTakesTheSmallestSides) {
+TEST(SpriteEncoder, EachModeSetsColourSpaceAndSides) {
     const TestPicture picture(synthetic::flat(8, 1, 255, 255, 255), synthetic::flat(8, 1, 0, 0, 0));
     const TestPicture pixel(synthetic::flat(1, 1, 255, 255, 255), synthetic::flat(8, 1, 255, 255, 255));
     const TestPicture dot(synthetic::flat(1, 1, 9, 9, 9));

@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-/// Pictures as RGBA bytes, made the same way every time.
+/// Deterministic pictures as RGBA bytes.
 namespace zeb::synthetic {
 
 inline std::vector<std::uint8_t> flat(int width, int height, std::uint8_t red, std::uint8_t green,
@@ -18,7 +18,7 @@ inline std::vector<std::uint8_t> flat(int width, int height, std::uint8_t red, s
     return rgba;
 }
 
-/// Every byte by chance, alpha too.
+/// Random bytes, including alpha.
 inline std::vector<std::uint8_t> noise(int width, int height, unsigned seed) {
     std::mt19937 random(seed);
     std::vector<std::uint8_t> rgba(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
@@ -27,8 +27,8 @@ inline std::vector<std::uint8_t> noise(int width, int height, unsigned seed) {
     return rgba;
 }
 
-/// What a camera delivers, roughly: soft shading, objects with edges and a fine texture, even areas, a little
-/// noise, which a video codec has removed from the darker parts.
+/// Imitates a camera picture: soft shading, objects with edges and a fine texture, even areas, and a little
+/// noise in the bright parts only, as after video compression.
 inline std::vector<std::uint8_t> natural(int width, int height, unsigned seed) {
     std::mt19937 random(seed);
     std::normal_distribution<double> grain(0, 1.5);

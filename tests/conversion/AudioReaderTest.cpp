@@ -27,12 +27,12 @@ std::vector<float> noise(std::size_t count, float amplitude = 1.3F) {
     std::vector<float> samples(count);
     for (float& sample : samples) {
         sample = amplitude * (static_cast<float>(random() % 20001) / 10000 - 1);
-        if (random() % 64 == 0) sample = std::round(sample);  // full scale and silence, exactly
+        if (random() % 64 == 0) sample = std::round(sample);  // exact full scale or silence
     }
     return samples;
 }
 
-/// The rule as it reads, over the whole track at once.
+/// Reference conversion of the whole track at once.
 Bytes convertedWhole(const std::vector<float>& samples, double sourceRate, int sourceChannels, int channels) {
     const auto frames = static_cast<std::int64_t>(samples.size()) / sourceChannels;
     const auto value = [&](std::int64_t frame, int channel) {
@@ -59,7 +59,7 @@ Bytes convertedWhole(const std::vector<float>& samples, double sourceRate, int s
     return bytes;
 }
 
-/// Divides samples into buffers whose sizes (in samples) repeat `sizes`.
+/// Divides samples into buffers. Their sizes in samples repeat `sizes`.
 std::vector<FakeSamples> divided(const std::vector<float>& samples, double rate, int channels,
                                  const std::vector<std::size_t>& sizes) {
     std::vector<FakeSamples> buffers;
@@ -98,11 +98,11 @@ Result readBuffers(std::vector<FakeSamples> buffers, int channels,
     return read({.soundTracks = {fake::soundOf(std::move(buffers))}}, channels, 0, maximum);
 }
 
-TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
+TEST(AudioReader, StreamingMatchesWholeTrackConversion) {
     const std::vector<std::size_t> divisions[] = {{1}, {7, 1024, 13}, {1u << 20}};
     for (const double rate : {1.0, 8000.0, 19999.0, 20000.0, 44100.0, 47999.9, 192000.0, 2147483647.0}) {
         for (const int sourceChannels : {1, 2, 3, 6}) {
-            // Not a multiple of the channels: the incomplete frame at the end does not count.
+            // Not a multiple of the channel count: the incomplete frame at the end is ignored.
             const std::size_t frames = rate < 100 ? 5 : 2500;
             const auto samples =
                 noise(frames * static_cast<std::size_t>(sourceChannels) + (sourceChannels > 1 ? 1 : 0));
@@ -119,7 +119,7 @@ TEST(AudioReader, streamedResultEqualsTheWholeTrack) {
     }
 }
 
-TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {
+TEST(AudioReader, LimitsKeptBytesButReportsWholeLength) {
     const auto samples = noise(96000);
     const Result cut = readBuffers(divided(samples, 48000, 2, {4096}), 1, 5000);
     Bytes start = convertedWhole(samples, 48000, 2, 1);
@@ -132,14 +132,14 @@ TEST(AudioReader, keepsNoMoreThanAskedForAndTellsTheWholeLength) {
     EXPECT_EQ(read({}, 2).log, "No sound track: the movie gets no sound.");
 }
 
-TEST(AudioReader, keepsWhatCameBeforeDamage) {
+TEST(AudioReader, KeepsSoundBeforeDamage) {
     FakeFilm film;
     film.soundTracks = {[](std::size_t index, FakeSamples& buffer) {
         if (index > 0) throw MediaError(MediaError::cannotDecode, {"damaged"});
         buffer = {20000, 1, {0.5F, 0.5F}};
         return true;
     }};
-    for (const int track : {-1, 0, 7})  // the nearest one
+    for (const int track : {-1, 0, 7})  // the nearest track is taken
         EXPECT_EQ(read(film, 1, track).bytes, (Bytes{191, 191}));
     EXPECT_EQ(readBuffers({{20000, 1, {std::numeric_limits<float>::quiet_NaN()}}}, 1).bytes, Bytes{128});
     film.soundStarts = false;
@@ -148,7 +148,7 @@ TEST(AudioReader, keepsWhatCameBeforeDamage) {
     EXPECT_THROW(read(film, 1), MediaError);
 }
 
-TEST(AudioReader, stopsAtWhicheverQuestionIsAnsweredYes) {
+TEST(AudioReader, StopsAtAnyCancellationCheck) {
     FakeFilm film;
     const auto samples = noise(3000);
     film.soundTracks = {fake::soundOf(divided(samples, 48000, 2, {500}))};
@@ -166,7 +166,7 @@ TEST(AudioReader, stopsAtWhicheverQuestionIsAnsweredYes) {
     }
 }
 
-TEST(SoundBytes, joinsItsBlocks) {
+TEST(SoundBytes, JoinsItsBlocksInOrder) {
     SoundBytes sound;
     Bytes all;
     for (const std::size_t size : {1u, 1000003u, 48577u, 2100000u}) {

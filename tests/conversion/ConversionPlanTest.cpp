@@ -17,7 +17,7 @@ VideoTrack trackOf(double width, double height, float rate, AffineTransform tran
     return {{width, height}, transform, rate};
 }
 
-/// A film of one video track that ends at `end`.
+/// A video with one track that ends at `end`.
 fake::FakeAsset filmOf(VideoTrack track, double end) {
     track.end.time = end;
     return fake::FakeAsset({.videoTracks = {track}});
@@ -27,7 +27,7 @@ Settings settingsOf(int width, int height, bool preserveAspect, int fps = 10) {
     return {"", width, height, preserveAspect, fps};
 }
 
-TEST(TargetSize, fitsShrinksAndRounds) {
+TEST(TargetSize, FitsShrinksAndRounds) {
     constexpr int most = std::numeric_limits<int>::max();
     constexpr int least = std::numeric_limits<int>::min();
     const struct {
@@ -37,11 +37,11 @@ TEST(TargetSize, fitsShrinksAndRounds) {
     } cases[] = {
         {1920, 1080, 512, 256, true, {448, 256}},     {320, 240, 512, 256, true, {312, 240}},
         {1920, 1080, 512, 256, false, {512, 256}},    {640, 480, 1280, 720, false, {640, 360}},
-        {1080, 1920, 512, 256, true, {144, 256}},   // portrait: the width follows
-        {1920, 1080, 256, 512, true, {256, 144}},   // the height follows
-        {1000, 500, 1000, 500, true, {1000, 496}},  // same aspect: the height is recomputed
+        {1080, 1920, 512, 256, true, {144, 256}},   // portrait: the width is computed
+        {1920, 1080, 256, 512, true, {256, 144}},   // the height is computed
+        {1000, 500, 1000, 500, true, {1000, 496}},  // same proportions: the height is recomputed
         {7680, 4320, 7680, 4320, true, {4096, 4096}}, {1920, 1080, -5, 256, false, {64, 256}},
-        {80, 616, 80, 616, true, {80, 616}},  // not the width, which arithmetic makes 79
+        {80, 616, 80, 616, true, {80, 616}},  // keeps the width, which rounding would make 79
         {1920, 1080, 0, 0, true, {64, 64}},           {1920, 1080, 71, 72, false, {64, 72}},
         {72, 4104, 72, 4104, false, {72, 4096}},      {0, -1, 512, 256, false, {64, 64}},
         {most, 1, most, most, true, {4096, 64}},      {1, most, least, least, true, {64, 64}},
@@ -53,7 +53,7 @@ TEST(TargetSize, fitsShrinksAndRounds) {
     }
 }
 
-TEST(Proposals, stayWithinTheirLimits) {
+TEST(Proposals, StayWithinTheirLimits) {
     const std::pair<int, int> sides[] = {{-8, 64}, {0, 64},      {1, 64},     {71, 64},
                                          {72, 72}, {4096, 4096}, {4104, 4096}};
     for (const auto& [source, proposed] : sides)
@@ -63,7 +63,7 @@ TEST(Proposals, stayWithinTheirLimits) {
         EXPECT_EQ(proposedRate(source), proposed) << source;
 }
 
-TEST(SourceInfo, roundsTheUprightSizeAndTheRate) {
+TEST(SourceInfo, RoundsUprightSizeAndFrameRate) {
     const AffineTransform quarterTurn{0, 1, -1, 0};
     EXPECT_EQ(sourceInfo(trackOf(1920, 1080, 25, quarterTurn)), (SourceInfo{1080, 1920, 25}));
     EXPECT_EQ(sourceInfo(trackOf(719.5, 0.2, 23.976F)), (SourceInfo{720, 0, 24}));
@@ -75,7 +75,7 @@ TEST(SourceInfo, roundsTheUprightSizeAndTheRate) {
     }
 }
 
-TEST(ConversionPlan, countsSecondsAndFrames) {
+TEST(ConversionPlan, CountsSecondsAndFrames) {
     const struct {
         float sourceRate;
         int requestedRate;
@@ -100,7 +100,7 @@ TEST(ConversionPlan, countsSecondsAndFrames) {
     }
 }
 
-TEST(ConversionPlan, lastsAsLongAsWhatTheMovieCarries) {
+TEST(ConversionPlan, LastsAsLongAsIncludedTracks) {
     const struct {
         double pictures;
         std::vector<double> sounds;
@@ -108,7 +108,7 @@ TEST(ConversionPlan, lastsAsLongAsWhatTheMovieCarries) {
         int channels, track;
         double expected;
     } cases[] = {
-        {10, {}, true, 2, 0, 10},         {10, {10.02}, true, 2, 0, 10},  // a coder's padding
+        {10, {}, true, 2, 0, 10},         {10, {10.02}, true, 2, 0, 10},  // padding of an encoder
         {10, {10.0999}, true, 2, 0, 10},                                  //
         {10, {10.11}, true, 2, 0, 10.11}, {10, {30}, true, 1, 0, 30},
         {10, {30}, false, 2, 0, 10},      {10, {30}, true, 0, 0, 10},
@@ -128,7 +128,7 @@ TEST(ConversionPlan, lastsAsLongAsWhatTheMovieCarries) {
     }
 }
 
-TEST(BreakOffWarning, namesPicturesElseIncludedSound) {
+TEST(BreakOffWarning, NamesPicturesElseIncludedSound) {
     const auto warning = [](TrackEnd pictures, TrackEnd sound, bool includesAudio = true) {
         fake::FakeFilm film;
         film.videoTracks.front().end = pictures;
@@ -144,7 +144,7 @@ TEST(BreakOffWarning, namesPicturesElseIncludedSound) {
     EXPECT_EQ(warning({20}, {30}), "");
 }
 
-TEST(ConversionPlan, refusesWhatCannotBeCounted) {
+TEST(ConversionPlan, RejectsLengthsBeyondIntegerRange) {
     EXPECT_EQ(planConversion(filmOf(trackOf(0, 0, 25), 1), {}).source, (SourceInfo{1, 1, 25}));
     EXPECT_THROW(planConversion(filmOf(trackOf(640, 480, 25), infinity), {}), MediaError);
     EXPECT_THROW(planConversion(filmOf(trackOf(640, 480, 25), 0x1p63 / 600), {}), MediaError);

@@ -39,7 +39,7 @@ std::uint32_t pictureAt(double time) {
     return static_cast<std::uint32_t>(std::floor(time * sourceRate + 1e-6));
 }
 
-/// When frame `index` is grabbed, in whole ticks of 1/600 s.
+/// Grab time of frame `index`, in ticks of 1/600 s.
 double grabTime(std::int64_t index) {
     return std::round(std::min(static_cast<double>(index) / fps, duration - 1.0 / 600) * 600) / 600;
 }
@@ -55,7 +55,7 @@ FakeFilm filmOf() {
         lastIndex = index;
         return last;
     };
-    // 1.6 s of a ramp, at the target's rate: output byte i is that of source value i.
+    // A ramp of 1.6 s at the target rate: output byte i comes from source value i.
     std::vector<float> ramp(32000);
     for (std::size_t i = 0; i < ramp.size(); ++i)
         ramp[i] = static_cast<float>(i % 128) / 128;
@@ -73,7 +73,7 @@ Bytes soundOfSecond(std::int64_t second, int channels) {
     return sound;
 }
 
-/// What the file holds after so many seconds, and in the end.
+/// Content of the file after each number of seconds, and when it is finished.
 struct ExpectedMovie {
     std::vector<Bytes> begun;
     Bytes finished;
@@ -89,7 +89,7 @@ Settings settingsOf(int mode = 32, bool dither = false, int channels = 2) {
             .qlModeNumber = mode};
 }
 
-/// `pictures`: the number of the picture that each frame shows, when not the regular one.
+/// `pictures` holds the picture number of each frame if it differs from the schedule.
 ExpectedMovie expectedMovie(const Settings& settings, int channels,
                             std::vector<std::uint32_t> pictures = {}) {
     test::MemoryDisk disk;
@@ -129,7 +129,7 @@ protected:
         ConversionRun(library, threads).convert(input, place, settings, callbacks);
     }
 
-    /// The case of the converter's error that converting ends with; nothing when it ends well.
+    /// The case of the `ZEBConverterError` that the conversion throws. Empty if it succeeds.
     std::optional<ZEBConverterError::Case> converterError() {
         try {
             convert();
@@ -146,7 +146,7 @@ protected:
         film.grab = std::move(grab);
         library.add(input, film);
     }
-    /// From a moment on the decoder is busy until it is told to stop.
+    /// A video whose decoder blocks from `moment` on until it is cancelled.
     FakeFilm busyFrom(double moment) {
         FakeFilm film = filmOf();
         film.grab = [this, moment](double time,
@@ -174,19 +174,19 @@ protected:
                                   [this](const std::string& text) { reports.push_back("! " + text); }};
 };
 
-TEST_F(ConversionRunTest, bytesDependOnSourceAndSettingsOnly) {
+TEST_F(ConversionRunTest, BytesDependOnSourceAndSettingsOnly) {
     const std::tuple<int, bool, int> variants[] = {{32, false, 2}, {4, false, 1}, {4, true, 0}};
     for (const auto& [mode, dither, channels] : variants) {
         const Settings settings = settingsOf(mode, dither, channels);
         const Bytes expected = expectedMovie(settings, channels).finished;
         for (const int threads : {1, 2, 8, 0}) {
-            convert(settings, threads);  // replaces the file of the time before
+            convert(settings, threads);  // replaces the file of the previous pass
             EXPECT_TRUE(written() == expected) << "mode " << mode << ", threads " << threads;
         }
     }
 }
 
-TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
+TEST_F(ConversionRunTest, RepeatsLastFrameWhenGrabFails) {
     takeFilm([](double time, const IsCancelled&) -> std::shared_ptr<const Picture> {
         const std::uint32_t index = pictureAt(time);
         if (index == 10 || index == 11) throw MediaError(MediaError::cannotDecode, {"damaged"});
@@ -198,19 +198,19 @@ TEST_F(ConversionRunTest, repeatsTheLastFrameWhereOneFails) {
     }
     convert(settingsOf(), 3);
     EXPECT_TRUE(written() == expectedMovie(settingsOf(), 2, shown).finished);
-    // The first in its second comes after that second's line.
+    // The first warning of a second follows the log line of that second.
     ASSERT_EQ(reports.size(), 6u + 2 + 6);
     for (const auto& [report, time] : {std::pair(5, "1.000"), {6, "1.100"}, {9, "2.498"}}) {
         EXPECT_EQ(reports[static_cast<std::size_t>(report)],
                   std::string("! No picture at ") + time + " s: the previous frame is repeated.");
     }
-    // There is nothing to repeat before the first.
+    // Before the first frame there is nothing to repeat.
     takeFilm([](double, const IsCancelled&) { return std::make_shared<FakePicture>(0, false); });
     EXPECT_THROW(convert(), PlatformError);
     EXPECT_TRUE(written() == expectedMovie(settingsOf(), 2).begun[0]);
 }
 
-TEST_F(ConversionRunTest, endsWhereTheSourceCannotBeReadOn) {
+TEST_F(ConversionRunTest, EndsWhenSourceBecomesUnreadable) {
     int grabs = 0;
     takeFilm([&](double time, const IsCancelled&) -> std::shared_ptr<const Picture> {
         if (time > 1.35) {
@@ -241,7 +241,7 @@ TEST_F(ConversionRunTest, endsWhereTheSourceCannotBeReadOn) {
     EXPECT_FALSE(fs::exists(output)) << "the sound comes before the file";
 }
 
-TEST_F(ConversionRunTest, warnsOnceOfAFilmThatBreaksOff) {
+TEST_F(ConversionRunTest, WarnsOnceOfIncompleteVideo) {
     FakeFilm film = filmOf();
     film.videoTracks.front().end = {duration, 9.9};
     library.add(input, film);
@@ -252,7 +252,7 @@ TEST_F(ConversionRunTest, warnsOnceOfAFilmThatBreaksOff) {
     EXPECT_EQ(reports[1], "! The film breaks off at 0:03 of 0:10.");
 }
 
-TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
+TEST_F(ConversionRunTest, WritesChosenSoundTrackUnlessEmpty) {
     const Bytes silent = expectedMovie(settingsOf(), 0).finished;
     FakeFilm film = filmOf();
     film.soundTracks.insert(film.soundTracks.begin(), fake::soundOf({}));
@@ -268,7 +268,7 @@ TEST_F(ConversionRunTest, writesTheChosenSoundIfThereIsAny) {
     EXPECT_TRUE(written() == silent);
 }
 
-TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
+TEST_F(ConversionRunTest, StopsAtAnyCancellationCheck) {
     std::vector<Bytes> stages = expectedMovie(settingsOf(), 2).begun;
     stages.insert(stages.begin(), {'o', 'l', 'd'});
     const std::string previous = folder.file("film.previous.zeb");
@@ -281,18 +281,18 @@ TEST_F(ConversionRunTest, stopsAtWhicheverQuestionIsAnsweredYes) {
         const auto error = converterError();
         if (!error) break;
         EXPECT_EQ(error, ZEBConverterError::Case::cancelled);
-        // One question per thread that had not yet heard: decoding and the run itself, the sound before that.
+        // At most one more check per thread: the decoder and the run itself, or the sound reader before them.
         EXPECT_LE(asked - patience, 3);
         const auto stage = std::find(stages.begin(), stages.end(), written());
         ASSERT_NE(stage, stages.end()) << "a torn file after " << patience;
         EXPECT_EQ(stage != stages.begin(), fs::remove(previous)) << "back in its place, or beside it";
         seen[static_cast<std::size_t>(stage - stages.begin())] = true;
     }
-    EXPECT_TRUE(seen[0]);  // before the file existed
+    EXPECT_TRUE(seen[0]);  // cancelled before the file was created
     EXPECT_TRUE(seen[1] || seen[2] || seen[3]);
 }
 
-TEST_F(ConversionRunTest, cancelsWhileTheDecoderIsBusy) {
+TEST_F(ConversionRunTest, CancelsWhileDecoderIsBusy) {
     library.add(input, busyFrom(1.35));
     std::atomic<bool> isInSecondSecond = false;
     callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t) { isInSecondSecond = framesDone > fps; };
@@ -301,7 +301,7 @@ TEST_F(ConversionRunTest, cancelsWhileTheDecoderIsBusy) {
     EXPECT_TRUE(written() == expectedMovie(settingsOf(), 2).begun[1]);
 }
 
-TEST_F(ConversionRunTest, failureOfTheSoundFreesABusyDecoder) {
+TEST_F(ConversionRunTest, SoundFailureStopsBusyDecoder) {
     FakeFilm film = busyFrom(0);
     film.soundTracks = {[&](std::size_t, fake::FakeSamples&) -> bool {
         isGrabbing.wait(false);
@@ -312,7 +312,7 @@ TEST_F(ConversionRunTest, failureOfTheSoundFreesABusyDecoder) {
     EXPECT_FALSE(fs::exists(output));
 }
 
-TEST_F(ConversionRunTest, replacesFilesAndLinksButNoFolder) {
+TEST_F(ConversionRunTest, ReplacesFilesAndLinksButNoFolder) {
     const std::string target = folder.file("target");
     test::store(target, "precious");
     fs::create_symlink(target, output);
@@ -330,9 +330,9 @@ TEST_F(ConversionRunTest, replacesFilesAndLinksButNoFolder) {
     EXPECT_EQ(converterError(), ZEBConverterError::Case::cannotCreateOutput);
 }
 
-/// The n-th operation on the output fails, once or from then on: what is on the disk afterwards has its whole
-/// seconds, and the caller learns why.
-TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
+/// The n-th operation on the output fails, once or permanently. The file must contain its complete seconds,
+/// and the caller gets the error.
+TEST_F(ConversionRunTest, EveryDiskFailureLeavesWholeSeconds) {
     const ExpectedMovie expected = expectedMovie(settingsOf(), 2);
     for (const bool forGood : {false, true}) {
         for (int call = 1;; ++call) {
@@ -353,7 +353,7 @@ TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
             } catch (const std::exception& failure) {
                 error = failure.what();
             }
-            if (disk.calls < call) break;  // all went well
+            if (disk.calls < call) break;  // no operation failed
 
             disk.failFrom = disk.failTo = 0;
             test::MemoryReadableFile source(disk.bytes);
@@ -364,7 +364,7 @@ TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
             } catch (const PlatformError&) {
                 EXPECT_LT(disk.bytes.size(), expected.begun[0].size()) << "has a header";
             }
-            // Closing is the last thing; a failure of it changes nothing any more.
+            // Closing is the last operation. Its failure changes nothing in the file.
             if (!error.empty()) {
                 EXPECT_THAT(error, testing::AnyOf(HasSubstr("No space left"), HasSubstr(output)));
             } else {
@@ -383,15 +383,15 @@ TEST_F(ConversionRunTest, everyFailureOfTheDiskLeavesWholeSeconds) {
     }
 }
 
-/// Success is only said of the file that was made, and files of others stay.
-TEST_F(ConversionRunTest, leavesAloneWhatOthersDoToItsPlace) {
+/// The run reports success only if the output is still its file, and leaves files of other processes alone.
+TEST_F(ConversionRunTest, LeavesFilesOfOtherProcessesAlone) {
     using Case = OutputError::Case;
     const std::string other = folder.file("film.previous.zeb");
     const struct {
-        std::string event;  ///< "create": before the file is made, "write": while it grows
+        std::string event;  ///< "create": before the file is created, "write": while it is written
         std::function<void()> happens;
         Case expected;
-        std::string left;  ///< at the place
+        std::string left;  ///< content of the output path
         std::string previous;
     } cases[] = {
         {"create", [&] { test::store(output, "theirs"); }, Case::appeared, "theirs", ""},
@@ -435,7 +435,7 @@ TEST_F(ConversionRunTest, leavesAloneWhatOthersDoToItsPlace) {
     }
 }
 
-TEST_F(ConversionRunTest, countsEveryFrameOnceAndTheLastOfASecondWhenItIsWritten) {
+TEST_F(ConversionRunTest, ReportsEachFrameOnceWithBytesWritten) {
     const ExpectedMovie expected = expectedMovie(settingsOf(), 2);
     std::int64_t last = 0;
     callbacks.advanced = [&](std::int64_t framesDone, std::uint64_t bytes) {
@@ -446,10 +446,10 @@ TEST_F(ConversionRunTest, countsEveryFrameOnceAndTheLastOfASecondWhenItIsWritten
     EXPECT_EQ(last, frameCount);
 }
 
-TEST_F(ConversionRunTest, passesOnWhatTheFormatCannotHold) {
+TEST_F(ConversionRunTest, ReportsWhatFormatCannotHold) {
     EXPECT_THROW(convert(settingsOf(65536)), ZEBWriterError);
     FakeFilm film = filmOf();
-    film.duration = 9e15;  // nothing of that size may be allocated either
+    film.duration = 9e15;  // nothing of that size may be allocated
     library.add(input, film);
     EXPECT_THROW(convert(), ZEBWriterError);
     film.videoTracks.clear();

@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(ErrorTextTest, WordsThatAreAgreedStayDescriptionsAndAreWhatGermansRead) {
+TEST_F(ErrorTextTest, FixedDescriptionsAreTheGermanTexts) {
     const std::pair<LocalizableError, const char*> cases[] = {
         {ZEBConverterError::cannotCreateOutput("/a.zeb"), "The output file cannot be created: /a.zeb"},
         {ZEBConverterError::noVideoTrack(), "There is no video track."},
@@ -55,7 +55,7 @@ TEST_F(ErrorTextTest, WordsThatAreAgreedStayDescriptionsAndAreWhatGermansRead) {
                  "Kann Ausgabedatei nicht erstellen: /a.zeb");
 }
 
-TEST_F(ErrorTextTest, FollowsTheLanguage) {
+TEST_F(ErrorTextTest, TextsFollowTheLanguage) {
     const FileError full("/a%@.zeb", ENOSPC);
     const MediaError damaged(MediaError::cannotDecode, {"error_media_damaged_picture"});
     const MediaError refused(MediaError::cannotOpen, full.reasonText());
@@ -85,7 +85,7 @@ TEST_F(ErrorTextTest, FollowsTheLanguage) {
          "ZEBWriter: Breite liegt außerhalb der Grenzen von ZEB1 (32 Bit). Wert=65536. Die .zeb-Datei würde "
          "die "
          "Grenzen des Formats sprengen (z. B. > 4 GB)."},
-        // Errors of others say what they say.
+        // Texts of other exceptions are not translated.
         {std::runtime_error("odd"), "odd", "odd"},
         {std::system_error(std::make_error_code(std::future_errc::no_state)), "", ""},
     };
@@ -101,7 +101,7 @@ TEST_F(ErrorTextTest, FollowsTheLanguage) {
     }
 }
 
-TEST_F(ErrorTextTest, EveryCaseHasATextOfItsOwnInEachLanguage) {
+TEST_F(ErrorTextTest, EveryErrorHasDistinctTextPerLanguage) {
     const FileError file("/a.zeb", ENOSPC);
     std::vector<LocalizableError> errors = {
         ZEBReaderError::unexpectedEnd(),
@@ -132,7 +132,7 @@ TEST_F(ErrorTextTest, EveryCaseHasATextOfItsOwnInEachLanguage) {
           ENAMETOOLONG, ENOTEMPTY, ELOOP,  ENOTSUP, EDQUOT, ESTALE,  ETIMEDOUT, EOVERFLOW}) {
         errors.push_back(FileError("/a.zeb", number));
         EXPECT_NE(systemErrorText(number).key, "error_system_other_format") << number;
-        // Two say the same of devices, and two of open files.
+        // Two cases share the text about devices, two the text about open files.
         const bool isNew = systemTexts.insert(in("en", errors.back())).second;
         EXPECT_TRUE(isNew || number == ENODEV || number == EMFILE) << number;
     }
@@ -149,7 +149,7 @@ TEST_F(ErrorTextTest, EveryCaseHasATextOfItsOwnInEachLanguage) {
     EXPECT_EQ(in("de", odd), odd.what()) << "the system's own text";
 }
 
-TEST_F(ErrorTextTest, LabelsOfSoundTracksFollowTheLanguage) {
+TEST_F(ErrorTextTest, SoundTrackLabelsFollowTheLanguage) {
     const SoundTrack track{.sampleRate = 48000, .channelsPerFrame = 2, .formatCode = 0x61616320};
     setTextLocale({"de", ","});
     EXPECT_EQ(audioTrackLabel(track, 0), "Spur 1 · Stereo · 48.0 kHz · aac ");

@@ -22,16 +22,16 @@ using ::testing::ElementsAre;
 
 constexpr int fps = 4, seconds = 3, channels = 2, soundBytes = 20000 * channels;
 
-/// A frame record of one pixel without a header; its red is the frame's number.
+/// A frame record of one pixel without a header. Its red value is the frame number.
 Bytes recordOf(int frame) {
     return {0, 0, static_cast<std::uint8_t>(frame), 255};
 }
 
-/// Takes pictures and sound in place of an encoder.
+/// Stores pictures and sound instead of encoding them.
 class FakeFilms final : public FilmLibrary {
 public:
     struct Taken {
-        std::vector<int> reds;  ///< of the first pixel of each picture
+        std::vector<int> reds;  ///< red value of the first pixel of each picture
         std::vector<int> widths;
         std::vector<Bytes> pictures;
         Bytes sound;
@@ -71,7 +71,8 @@ private:
 
 class Export : public ::testing::Test {
 protected:
-    /// Frame k shows k, except where `records` has another record. The sound counts its bytes.
+    /// Writes a movie whose frame k shows k, unless `records` has another record for it. Sound bytes count
+    /// up.
     void writeMovie(const std::map<int, Bytes>& records = {}, bool isFinished = true, int shorterSound = 0) {
         fs::remove(m_movie);
         ZEBWriter writer(m_movie, {"", 1, 1, fps, 32, fps * seconds, seconds, channels, true});
@@ -128,10 +129,10 @@ protected:
     std::vector<std::string> m_warnings, m_log;
     std::vector<ExportPlan> m_plans;
     std::vector<std::pair<std::int64_t, std::uint64_t>> m_advances;
-    int m_polls = 1'000'000;  ///< until the run is cancelled
+    int m_polls = 1'000'000;  ///< number of checks before the run is cancelled
 };
 
-TEST_F(Export, CutsPicturesAndSoundAtTheSameMoment) {
+TEST_F(Export, CutsPicturesAndSoundAtSameTime) {
     const struct {
         std::int64_t from;
         std::optional<std::int64_t> to;
@@ -152,7 +153,7 @@ TEST_F(Export, CutsPicturesAndSoundAtTheSameMoment) {
     }
 }
 
-TEST_F(Export, RepeatsThePictureBeforeDamage) {
+TEST_F(Export, RepeatsPictureBeforeDamage) {
     const Bytes damaged = {1, 2, 3};
     writeMovie({{0, damaged}, {5, {}}, {6, damaged}});
     EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 4, 4, 7, 8, 9, 10, 11));
@@ -160,12 +161,12 @@ TEST_F(Export, RepeatsThePictureBeforeDamage) {
                                         "frames 5 to 6 cannot be decoded; the previous picture is repeated"));
     EXPECT_THROW(run({.kind = Kind::picture, .frame = 5}), ExportError) << "alone it has no picture before";
     EXPECT_THAT(m_folder.names(), ElementsAre("a.zeb"));
-    // The first frame's size is no size at all: the record promises more than is there.
+    // The size field of a record exceeds its block.
     writeMovie();
     overwrite(blockOffset(1) + 8 + soundBytes + 8, {0xFF, 0xFF, 0xFF, 0xFF});
     EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 4, 4, 4, 8, 9, 10, 11));
     EXPECT_EQ(m_films.taken.sound, m_sound);
-    // A block whose length is wrong: the index leads on.
+    // The length of a block is wrong: the index gives the next block.
     writeMovie();
     overwrite(blockOffset(1), {0x7F, 0xFF, 0xFF, 0xFF});
     EXPECT_THAT(redsOf({}), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
@@ -179,7 +180,7 @@ Bytes word(std::uint64_t value) {
     return bytes;
 }
 
-TEST_F(Export, FollowsTheIndexOnlyToTheRightSecond) {
+TEST_F(Export, FollowsIndexOnlyToMatchingSecond) {
     constexpr std::uint64_t indexOfSecond1 = 8 + 2 + 24 + 4;
     writeMovie();
     for (const std::uint64_t offset :
@@ -195,7 +196,7 @@ TEST_F(Export, FollowsTheIndexOnlyToTheRightSecond) {
     }
 }
 
-TEST_F(Export, KeepsSoundInTimeBesideDamage) {
+TEST_F(Export, KeepsSoundInTimeDespiteDamage) {
     const auto exported = [this](const ExportSettings& settings) {
         const double length = run(settings).seconds;
         const auto file = test::contents<Bytes>(m_folder.file("out"));
@@ -207,19 +208,19 @@ TEST_F(Export, KeepsSoundInTimeBesideDamage) {
         return Bytes(m_sound.begin() + from, m_sound.begin() + to);
     };
     writeMovie();
-    // A finished movie ends with its last second, whatever stands behind.
+    // A finished movie ends with its last second. Bytes after it are ignored.
     std::ofstream(m_movie, std::ios::app | std::ios::binary) << std::string(100, '\xFE');
     EXPECT_EQ(exported({.kind = Kind::sound}), m_sound);
     EXPECT_EQ(exported({.kind = Kind::sound, .from = 1'500'000}), part(3 * soundBytes / 2, 3 * soundBytes));
 
-    // A sound size that passes its second: what is there, and no more than a second.
+    // A sound size that exceeds its block: one second of sound is read.
     overwrite(blockOffset(1) + 4, word(0x00FFFFFF));
     EXPECT_EQ(exported({.kind = Kind::sound}), m_sound);
     EXPECT_THAT(m_warnings, ElementsAre("the sound of 1 second has the wrong length; it is cut or "
                                         "padded with silence"));
     EXPECT_EQ(redsOf({}).size(), 12U);
 
-    // A second that is lost altogether, and its place in the index.
+    // A second is overwritten, then also its index entry.
     writeMovie();
     overwrite(blockOffset(1), Bytes(4 + 4 + soundBytes, 0xFE));
     Bytes silent = m_sound;
@@ -233,10 +234,10 @@ TEST_F(Export, KeepsSoundInTimeBesideDamage) {
     EXPECT_EQ(heard, Bytes(silent.begin() + soundBytes, silent.begin() + 5 * soundBytes / 2));
 }
 
-TEST_F(Export, GoesAsFarAsATornMovieGoes) {
+TEST_F(Export, ExportsAllFramesOfTornMovie) {
     writeMovie({}, false);
     const Bytes whole = test::contents<Bytes>(m_movie);
-    // Every place in the last second's frames, and some before.
+    // Every cut within the frames of the last second, and some before them.
     for (std::uint64_t size = whole.size(); size >= blockOffset(2) + 8 + soundBytes - 4; --size) {
         fs::resize_file(m_movie, size);
         const auto frames =
@@ -261,7 +262,7 @@ TEST_F(Export, GoesAsFarAsATornMovieGoes) {
     EXPECT_THAT(m_folder.names(), ElementsAre("a.zeb"));
 }
 
-TEST_F(Export, FillsAndCutsSoundSoThatPicturesStayInTime) {
+TEST_F(Export, FillsShortSoundWithSilence) {
     writeMovie({}, true, 1000);
     run({});
     Bytes expected = m_sound;
@@ -273,7 +274,7 @@ TEST_F(Export, FillsAndCutsSoundSoThatPicturesStayInTime) {
     EXPECT_EQ(test::contents<Bytes>(m_folder.file("out")), Bytes(100, 'f'));
 }
 
-TEST_F(Export, WritesSoundByteByByte) {
+TEST_F(Export, WritesExactBytesOfSoundPart) {
     writeMovie();
     run({.kind = Kind::sound, .from = 999'950, .to = 1'000'100});
     Bytes expected = {'R', 'I', 'F', 'F', 42, 0, 0,   0,   'W', 'A',  'V',  'E', 'f', 'm',  't',
@@ -283,7 +284,7 @@ TEST_F(Export, WritesSoundByteByByte) {
     EXPECT_EQ(test::contents<Bytes>(m_folder.file("out")), expected);
 }
 
-TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
+TEST_F(Export, NumbersPicturesByMovieFrame) {
     writeMovie({{6, {0, 2, 0, 1, 0, 0, 0, 0, 0, 0, 99, 255, 0, 0, 98, 255}}});  // 2 x 1 pixels
     const ExportSettings settings{.kind = Kind::pictures,
                                   .scale = 3,
@@ -299,7 +300,7 @@ TEST_F(Export, NumbersPicturesAsTheMovieDoes) {
     EXPECT_THROW(run({.kind = Kind::picture, .at = 3'000'000}), ExportError);
 }
 
-TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
+TEST_F(Export, CancellingAnywhereLeavesNoFile) {
     writeMovie();
     test::store(m_folder.file("out"), "precious");
     for (const Kind kind : {Kind::film, Kind::sound, Kind::pictures}) {
@@ -324,7 +325,7 @@ TEST_F(Export, LeavesNothingWhenCancelledAtAnyMoment) {
     }
 }
 
-/// A record of a sprite with 32 bits for each pixel, whose components count from 1 on, as it is shown.
+/// A sprite record with 32 bits per pixel whose components count from 1, and the pixels it decodes to.
 std::pair<Bytes, Bytes> countedPicture(int width, int height) {
     Bytes record(24), shown;
     record[0] = 2;
@@ -342,11 +343,12 @@ std::pair<Bytes, Bytes> countedPicture(int width, int height) {
     return {record, shown};
 }
 
-TEST_F(Export, EnlargesCutsAndFillsPictures) {
+TEST_F(Export, EnlargesAndFillsPicturesExactly) {
     const auto [wide, wideShown] = countedPicture(3, 2);
     const auto [high, highShown] = countedPicture(2, 3);
     writeMovie({{0, wide}, {1, high}, {2, {7}}});
-    // The picture of `columns` x `rows` pixels, each three times in both directions, in another size.
+    // A picture of `columns` x `rows` pixels, enlarged three times and filled with black to `width` x
+    // `height`.
     const auto enlarged = [](const Bytes& pixels, int columns, int rows, int width, int height) {
         Bytes result;
         for (int y = 0; y < height; ++y)
@@ -370,7 +372,7 @@ TEST_F(Export, EnlargesCutsAndFillsPictures) {
     fs::remove(m_folder.file("out"));
     run({.from = 250'000, .to = 500'000});
     EXPECT_EQ(m_warnings.size(), 0U);
-    // Only what Mode 4 shows in half the resolution is enlarged unasked.
+    // Without a scale, only films of Mode 4 are enlarged.
     for (const auto& [mode, format, scale] : {std::tuple{4, FilmFormat::mp4, 2},
                                               {4, FilmFormat::webm, 2},
                                               {4, FilmFormat::gif, 1},
@@ -384,7 +386,7 @@ TEST_F(Export, EnlargesCutsAndFillsPictures) {
     EXPECT_THROW(run({.kind = Kind::picture, .scale = 100'000, .frame = 0}, "large"), ExportError);
 }
 
-TEST_F(Export, TellsPlanAndProgress) {
+TEST_F(Export, ReportsPlanProgressAndWarnings) {
     for (const bool isFinished : {true, false}) {
         writeMovie({{10, {1}}, {11, {1}}}, isFinished);
         run({.kind = Kind::sound, .from = 250'000, .to = 2'000'000});
@@ -407,7 +409,7 @@ TEST_F(Export, TellsPlanAndProgress) {
     EXPECT_THAT(m_advances, ElementsAre(std::pair(1, 10U), std::pair(2, 20U)));
 }
 
-TEST_F(Export, SaysWhatTheMovieDoesNotHave) {
+TEST_F(Export, ReportsMissingFrameTimeOrSound) {
     writeMovie();
     const auto text = [this](const ExportSettings& settings) -> std::string {
         try {
@@ -433,7 +435,7 @@ TEST_F(Export, SaysWhatTheMovieDoesNotHave) {
     EXPECT_EQ(m_warnings.size(), 1U);
 }
 
-TEST(NumberedName, TakesExactlyOnePlace) {
+TEST(NumberedName, AcceptsExactlyOnePlaceholder) {
     const std::pair<const char*, const char*> cases[] = {
         {"%d", "42"}, {"a%1db", "a42b"}, {"100%-%3d.png", "100%-042.png"},
         {"%x", ""},   {"%123d", ""},     {"%d-%d.png", ""},

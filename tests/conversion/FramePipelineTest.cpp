@@ -11,7 +11,7 @@
 namespace zeb {
 namespace {
 
-TEST(FramePipeline, holdsNoMoreThanItsLimits) {
+TEST(FramePipeline, HoldsNoMoreThanItsLimits) {
     constexpr int threads = 2;
     constexpr int perSecond = 10;
     constexpr std::int64_t count = 300;
@@ -35,18 +35,18 @@ TEST(FramePipeline, holdsNoMoreThanItsLimits) {
         FramePipeline pipeline(fake::FakeAsset(film), GrabSchedule{count, perSecond, 1e6}, encode, limits,
                                {});
         for (std::int64_t index = 0; index < count; ++index) {
-            ++taken;  // before: what is being handed over counts as taken
-            const auto frame = pipeline.next(std::chrono::minutes(5));  // as soon as it is there
+            ++taken;  // counted before the call: the frame being handed over counts as taken
+            const auto frame = pipeline.next(std::chrono::minutes(5));  // returns when the frame is ready
             ASSERT_TRUE(frame);
             EXPECT_EQ(frame->record.size(), 1000u);
         }
-        // Waiting, being encoded, and grabbed last.
+        // Pictures that wait, that are being encoded, and the one grabbed last.
         EXPECT_LE(mostPictures, (threads + 1) + threads + 1);
         EXPECT_LE(mostAhead, limits.framesAhead);
     };
     runWith({threads, 30, 1 << 20});
     runWith({threads, 3, 1 << 20});
-    // With room for two records: those, one more that was let in, and what is on its way to become one.
+    // With room for two records: these two, one more that was admitted, and the pictures being encoded.
     runWith({threads, 30, 2000});
     EXPECT_LE(mostAhead, 3 + 1 + (threads + 1) + threads);
 }

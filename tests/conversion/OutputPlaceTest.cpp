@@ -18,7 +18,7 @@ using enum OutputTerms::Existing;
 using enum OutputTerms::MissingFolder;
 using testing::ElementsAre;
 
-/// A file system whose n-th change fails.
+/// A file system in which the n-th change fails.
 class FailingFileSystem final : public OutputFileSystem {
 public:
     std::unique_ptr<WritableFile> create(const std::string& path) override {
@@ -43,7 +43,7 @@ public:
     }
 
     int calls = 0;
-    int failing = 0;  ///< number of the call that fails, from 1
+    int failing = 0;  ///< number of the failing call, from 1
 
 private:
     void mayFail(const std::string& path) {
@@ -64,7 +64,7 @@ protected:
     const std::string path = folder.file("film.zeb");
 };
 
-TEST_F(OutputPlaceTest, TellsWhatMayStandThere) {
+TEST_F(OutputPlaceTest, ReportsWhyOutputIsNotAllowed) {
     test::store(folder.file("file"), "");
     fs::create_directory(folder.file("folder"));
     ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);
@@ -110,7 +110,7 @@ TEST_F(OutputPlaceTest, TellsWhatMayStandThere) {
     EXPECT_EQ(folder.names(), before);
 }
 
-TEST_F(OutputPlaceTest, KeepsTheOldFileUntilTheNewOneIsComplete) {
+TEST_F(OutputPlaceTest, KeepsOldFileUntilNewIsComplete) {
     const std::string longName = std::string(246, 'x') + "\u00fc.zeb";
     for (const std::string& name : {std::string("film.zeb"), std::string(".film"), longName}) {
         const std::string place = folder.file(name);
@@ -126,7 +126,7 @@ TEST_F(OutputPlaceTest, KeepsTheOldFileUntilTheNewOneIsComplete) {
         EXPECT_FALSE(fs::exists(previous));
         fs::remove(place);
     }
-    // Names that are taken are passed over; a link is set aside as the link.
+    // Existing names are skipped. A link itself is set aside, not its target.
     test::store(folder.file("film.previous.zeb"), "first");
     test::store(folder.file("target"), "old");
     fs::create_symlink("target", path);
@@ -141,7 +141,7 @@ TEST_F(OutputPlaceTest, KeepsTheOldFileUntilTheNewOneIsComplete) {
     EXPECT_THAT(folder.names(), ElementsAre("film.previous.zeb", "film.zeb", "target"));
 }
 
-TEST_F(OutputPlaceTest, PutsBackWhenTheWorkIsDropped) {
+TEST_F(OutputPlaceTest, DestructionRestoresUnreplacedFile) {
     test::store(path, "old");
     { OutputPlace(path, {replace, refuse}).setAside(); }
     EXPECT_EQ(at("film.zeb"), "old");
@@ -159,9 +159,9 @@ TEST_F(OutputPlaceTest, PutsBackWhenTheWorkIsDropped) {
     EXPECT_FALSE(fs::exists(folder.file("new")));
 }
 
-/// Whichever change fails, the old file is there afterwards, at its place or aside, until the new one is
-/// complete; and `previousPath` tells the truth.
-TEST_F(OutputPlaceTest, LosesNothingWhicheverChangeFails) {
+/// After any failing change the old file still exists, in its place or set aside, unless the new file is
+/// complete. `previousPath` is where the old file is.
+TEST_F(OutputPlaceTest, AnyFailingChangeLosesNoFile) {
     for (const bool succeeds : {true, false}) {
         for (int failing = 1;; ++failing) {
             SCOPED_TRACE("call " + std::to_string(failing) + (succeeds ? ", commit" : ", put back"));

@@ -17,7 +17,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using testing::EndsWith;
 
-/// Pixels whose components are the value and those 1, 2 and 3 above it.
+/// Pixels whose components are value, value + 1, value + 2 and value + 3.
 FrameImage imageOf(int width, int height, const Bytes& values) {
     FrameImage image{width, height, {}};
     for (const std::uint8_t value : values)
@@ -26,7 +26,7 @@ FrameImage imageOf(int width, int height, const Bytes& values) {
     return image;
 }
 
-TEST(ReducedImage, IsTheMeanOfWhatEachPixelCovers) {
+TEST(ReducedImage, AveragesPixelsUnderEachTarget) {
     const struct {
         int width, height;
         Bytes values;
@@ -34,7 +34,7 @@ TEST(ReducedImage, IsTheMeanOfWhatEachPixelCovers) {
         Bytes expected;
     } cases[] = {
         {2, 1, {10, 20}, 2, 2, 1, {10, 20}},
-        {2, 1, {10, 21}, 1, 1, 1, {16}},  // rounded, halves up
+        {2, 1, {10, 21}, 1, 1, 1, {16}},  // rounded half up
         {3, 1, {0, 30, 90}, 2, 2, 1, {10, 70}},
         {1, 3, {0, 30, 90}, 2, 1, 2, {10, 70}},
         {5, 1, {0, 10, 20, 30, 40}, 3, 3, 1, {4, 20, 36}},
@@ -56,7 +56,7 @@ TEST(ReducedImage, IsTheMeanOfWhatEachPixelCovers) {
     }
 }
 
-TEST(AudioTrackText, NamesWhatIsKnown) {
+TEST(AudioTrackText, NamesOnlyKnownProperties) {
     const std::pair<std::optional<double>, const char*> rates[] = {
         {{}, ""},          {0, ""},           {-1, ""},           {0.6, "1 Hz"},
         {999.4, "999 Hz"}, {1000, "1.0 kHz"}, {44100, "44.1 kHz"}};
@@ -92,7 +92,7 @@ TEST(AudioSlice, IsFilledUpWithSilence) {
     EXPECT_EQ(audioSlice(0, 1, 0, sound), Bytes());
 }
 
-TEST(WAVFile, CountsItsBytesAndThePad) {
+TEST(WAVFile, CountsBytesAndPaddingInHeader) {
     for (const std::size_t size : {std::size_t{0}, std::size_t{3}, std::size_t{4}}) {
         test::MemoryDisk disk;
         test::MemoryWritableFile file(disk);
@@ -109,7 +109,7 @@ TEST(WAVFile, CountsItsBytesAndThePad) {
     }
 }
 
-/// Only counts what it is given.
+/// Counts bytes and stores none.
 struct Counter final : WritableFile {
     void write(std::span<const std::span<const std::uint8_t>> pieces) override {
         for (const auto piece : pieces)
@@ -123,8 +123,8 @@ struct Counter final : WritableFile {
     std::uint64_t count = 0;
 };
 
-TEST(WAVFile, EndsWhereItsSizesEnd) {
-    constexpr std::uint64_t most = 0xFFFFFFFF - 36 - 1;  // room for a pad
+TEST(WAVFile, EndsAtLimitOfSizeFields) {
+    constexpr std::uint64_t most = 0xFFFFFFFF - 36 - 1;  // leaves room for a padding byte
     const std::uint8_t byte = 0;
     Counter file;
     WAVFile wav(file, 2, 20000);

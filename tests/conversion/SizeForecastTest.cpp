@@ -51,7 +51,7 @@ SizeForecast forecastOf(const MediaAsset& asset, const Settings& settings) {
     return forecastSize(caseOf(asset, settings), samples, {});
 }
 
-/// What a run really writes.
+/// The file size of a real run.
 std::uint64_t bytesWritten(const FakeFilm& film, const Settings& settings) {
     const test::TemporaryFolder folder;
     FakeLibrary library;
@@ -84,7 +84,7 @@ TEST(SizeForecast, IsExactInMode4) {
         EXPECT_TRUE(forecast.isExact) << c.name;
         EXPECT_EQ(forecast.bytes, bytesWritten(film, c.settings)) << c.name;
     }
-    // Without a look at the sound it is the most that it can be.
+    // If the sound has not been checked, the forecast assumes that there is sound.
     FakeFilm film = filmOf(2);
     film.soundTracks = empty;
     const FakeAsset asset(film);
@@ -94,8 +94,8 @@ TEST(SizeForecast, IsExactInMode4) {
     EXPECT_EQ(forecastUpperBound(about).bytes, bytesWritten(film, plain) + 2 * 2 * 20000);
 }
 
-TEST(MovieSize, TheBoundOfMode32IsReached) {
-    // No two neighbours alike.
+TEST(MovieSize, Mode32UpperBoundIsReached) {
+    // A picture without two equal neighbours.
     for (const int items : {1, 127, 128, 129, 256, 1000}) {
         std::vector<std::uint8_t> pixels, packets;
         for (int i = 0; i < items; ++i)
@@ -105,7 +105,7 @@ TEST(MovieSize, TheBoundOfMode32IsReached) {
     }
 }
 
-/// Takes any number of bytes and keeps none.
+/// Accepts any number of bytes and stores none.
 class Drain final : public WritableFile {
 public:
     void write(std::span<const std::span<const std::uint8_t>>) override {}
@@ -117,7 +117,7 @@ public:
     void close() override {}
 };
 
-TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
+TEST(MovieSize, PredictsSecondThatWriterRejects) {
     const struct {
         std::vector<std::uint64_t> records;
         int fps;
@@ -159,7 +159,7 @@ TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
         }
         EXPECT_EQ(size.firstRefusedSecond(), refused) << c.records.front() << " x " << c.fps;
     }
-    // More frames than the header can count.
+    // More frames than the header field can hold.
     ConversionPlan endless;
     endless.fps = 60;
     endless.seconds = std::int64_t{1} << 55;
@@ -169,7 +169,7 @@ TEST(MovieSize, FindsTheSecondThatTheWriterRefuses) {
     EXPECT_EQ(size.fileBytes(), std::numeric_limits<std::uint64_t>::max());
 }
 
-TEST(SizeForecast, SuggestsTheLargestThatFits) {
+TEST(SizeForecast, SuggestsLargestSettingsThatFit) {
     constexpr std::uint64_t million = 1'000'000;
     const struct {
         const char* name;
@@ -214,7 +214,7 @@ TEST(SizeForecast, SuggestsTheLargestThatFits) {
         smaller.height = size.height;
         EXPECT_TRUE(forecast(smaller).fits());
 
-        if (!c.isBound) continue;  // sampled ones keep a distance
+        if (!c.isBound) continue;  // sampled forecasts keep a safety margin
         ++slower.fps;
         EXPECT_FALSE(forecast(slower).fits());
         smaller.width += size.width >= size.height ? 8 : 8 * size.width / size.height + 1;
@@ -229,7 +229,7 @@ TEST(SizeForecast, SuggestsTheLargestThatFits) {
     EXPECT_EQ(forecastUpperBound(about).spaceEndsAt, 0);
 }
 
-TEST(SizeForecast, TellsTheSecondWithoutSpace) {
+TEST(SizeForecast, ReportsFirstSecondWithoutSpace) {
     const FakeFilm film = filmOf(9);
     const FakeAsset asset(film);
     ForecastCase about = caseOf(asset, {.qlModeNumber = 4});
@@ -246,7 +246,7 @@ TEST(SizeForecast, TellsTheSecondWithoutSpace) {
     EXPECT_EQ(forecastUpperBound(about).bytesPerSecond, static_cast<double>(size.fileBytes()) / 9);
 }
 
-/// Black, but for so many bytes in front, no two pixels of which are alike.
+/// A black picture whose first `bytes` bytes contain no two equal pixels in a row.
 class BusyPicture final : public Picture {
 public:
     explicit BusyPicture(std::size_t bytes) : m_bytes(bytes) {}
@@ -262,7 +262,7 @@ private:
     std::size_t m_bytes;
 };
 
-TEST(SizeForecast, JudgesSamplesByTheirNeighbours) {
+TEST(SizeForecast, DerivesUncertaintyFromNeighbouringSamples) {
     const FakeFilm film = filmOf(10);
     const FakeAsset asset(film);
     std::vector<std::shared_ptr<const Picture>> pictures;
@@ -293,7 +293,7 @@ TEST(SizeForecast, JudgesSamplesByTheirNeighbours) {
     }
 }
 
-TEST(SpaceFor, IsThatOfTheNearestFolderAndNothingMore) {
+TEST(SpaceFor, IsFreeSpaceOfNearestFolder) {
     const test::TemporaryFolder folder;
     const std::string path = folder.file("a.zeb");
     test::store(path, std::string(50'000'000, 'x'));
@@ -301,13 +301,13 @@ TEST(SpaceFor, IsThatOfTheNearestFolderAndNothingMore) {
         const auto really = files::freeSpace(of).value();
         return space && *space < really + 40'000'000 && *space + 40'000'000 > really;
     };
-    // Others write to the disk meanwhile.
+    // Tolerates other processes that write to the same disk.
     EXPECT_TRUE(near(spaceFor(path), folder.path())) << "the old movie counts as used";
     EXPECT_TRUE(near(spaceFor(folder.file("missing/too/a.zeb")), folder.path()));
     EXPECT_TRUE(near(spaceFor("a.zeb"), "."));
 }
 
-TEST(SamplePictures, LeaveOutWhatCannotBeDecodedOrDrawn) {
+TEST(SamplePictures, SkipUndecodableAndUndrawablePictures) {
     FakeFilm film = filmOf(60);
     film.grab = [](double time, const IsCancelled&) {
         if (time > 20 && time < 40) throw MediaError(MediaError::cannotDecode, {"damaged"});
@@ -330,9 +330,9 @@ TEST(SamplePictures, LeaveOutWhatCannotBeDecodedOrDrawn) {
     EXPECT_THROW(undrawable.at({64, 64}, {}), PlatformError);
 }
 
-TEST(SamplePictures, DecodeNoMoreThanTheyMay) {
+TEST(SamplePictures, StayWithinDecodingLimit) {
     FakeFilm film = filmOf(60);
-    film.keyDistance = 60;  // a single key picture
+    film.keyDistance = 60;  // one key picture only
     const auto record = std::make_shared<FakeRecord>();
     const FakeAsset asset(film, record);
     SamplingEffort effort;

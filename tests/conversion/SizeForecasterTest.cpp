@@ -41,7 +41,7 @@ protected:
         });
     }
     void update(const std::string& input = "film") { forecaster->update(input, "a.zeb", settings); }
-    /// Time and work until all is quiet.
+    /// Lets time pass and runs all work until nothing waits.
     void settle() {
         for (int round = 0; round < 3; ++round) {
             main.pass(SizeForecaster::patience);
@@ -49,7 +49,7 @@ protected:
             main.run();
         }
     }
-    /// The frame rates of the forecasts so far.
+    /// Frame rates of the forecasts published so far.
     std::vector<int> rates() const {
         std::vector<int> rates;
         for (const ForecastOutcome& outcome : outcomes)
@@ -72,7 +72,7 @@ protected:
     std::unique_ptr<SizeForecaster> forecaster = makeForecaster(tasks);
 };
 
-TEST_F(SizeForecasterTest, MakesOneForecastOfManyChangesInARow) {
+TEST_F(SizeForecasterTest, CombinesRapidChangesIntoOneForecast) {
     for (int fps = 1; fps <= 10; ++fps) {
         updateRate(fps);
         main.pass(SizeForecaster::patience / 2);
@@ -82,7 +82,7 @@ TEST_F(SizeForecasterTest, MakesOneForecastOfManyChangesInARow) {
     EXPECT_THAT(rates(), ElementsAre(10));
 }
 
-TEST_F(SizeForecasterTest, ReadsASourceOnce) {
+TEST_F(SizeForecasterTest, ReadsEachSourceOnce) {
     update();
     settle();
     const std::size_t read = picturesRead();
@@ -92,7 +92,7 @@ TEST_F(SizeForecasterTest, ReadsASourceOnce) {
     ASSERT_EQ(outcomes.size(), 2u);
     EXPECT_LT(outcomes[1].forecast->bytes, outcomes[0].forecast->bytes);
     EXPECT_EQ(picturesRead(), read);
-    // Whether a track has sound is looked up once as well.
+    // The check whether a track has sound runs once, too.
     settings.includeAudio = true;
     std::vector<std::uint64_t> bytes;
     for (int round = 0; round < 2; ++round) {
@@ -118,8 +118,8 @@ TEST_F(SizeForecasterTest, ReadsASourceOnce) {
     EXPECT_THAT(outcomes.back().error, HasSubstr("No such film"));
 }
 
-TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
-    // Another request while pictures are read: the work stops at the next one.
+TEST_F(SizeForecasterTest, NeverPublishesOutdatedForecasts) {
+    // A new request while pictures are read: the work stops at the next picture.
     int grabs = 0;
     onGrab = [&] {
         if (++grabs == 3) updateRate(3);
@@ -131,7 +131,7 @@ TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
     settle();
     EXPECT_THAT(rates(), ElementsAre(3));
 
-    // When the work has not begun: the next one waits for its end.
+    // A new request before the work has begun: the next work waits for its end.
     updateRate(4);
     main.pass(SizeForecaster::patience);
     updateRate(5);
@@ -140,7 +140,7 @@ TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
     settle();
     EXPECT_THAT(rates(), ElementsAre(3, 5));
 
-    // And when the result is already on its way.
+    // A new request after the result has been posted.
     updateRate(6);
     main.pass(SizeForecaster::patience);
     ASSERT_TRUE(tasks.runNext());
@@ -155,19 +155,19 @@ TEST_F(SizeForecasterTest, NeverPublishesWhatIsNoLongerWanted) {
     EXPECT_THAT(rates(), ElementsAre(3, 5, 7));
 }
 
-TEST_F(SizeForecasterTest, IsSilentOnceItIsGone) {
+TEST_F(SizeForecasterTest, ReportsNothingAfterDestruction) {
     update();
     forecaster.reset();
     settle();
     EXPECT_EQ(picturesRead(), 0u);
-    // By its own news.
+    // Destroyed in its own notification.
     forecaster = makeForecaster(tasks);
     onOutcome = [this] { forecaster.reset(); };
     update();
     settle();
     EXPECT_EQ(outcomes.size(), 1u);
 
-    // While it works, on threads of the system.
+    // Destroyed while it works on system threads.
     const std::size_t read = picturesRead();
     ThreadTasks threads;
     std::atomic<bool> hasBegun = false;

@@ -1,4 +1,4 @@
-"""The converter, used with keys and mouse: python3 converter_test.py, with ZEBMAKER and ZEB naming the programs."""
+"""Drives the converter with keys and mouse. The environment variables ZEBMAKER and ZEB name the programs."""
 
 import os
 import re
@@ -21,7 +21,7 @@ class ConverterTest(DesktopTest):
         super().setUpClass()
         cls.clip = cls.desktop.folder / "clip.mkv"
         if not cls.clip.exists():
-            # Two languages and noise, which takes its time to convert.
+            # Two sound tracks, and noise, which takes long to convert.
             subprocess.run(
                 ["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=640x480:r=25:d=30,noise=alls=40:allf=t",
                  "-f", "lavfi", "-i", "sine=440:d=30", "-map", "0", "-map", "1", "-map", "1", "-c:v", "mpeg4", "-q:v", "5",
@@ -53,7 +53,7 @@ class ConverterTest(DesktopTest):
         self.desktop.type(str(text))
 
     def open_clip(self, **options):
-        """The converter with the clip as its input, and where the movie will be."""
+        """Starts the converter with the clip as its input. Returns the application and the output path."""
         application = self.open(**options)
         self.choose(application, self.clip)
         application.find("label", re.compile(r"^Video: 640 × 480, 25 fps"))
@@ -71,11 +71,11 @@ class ConverterTest(DesktopTest):
         application.find("spin button", f"{key}: {number}", window)
 
     def await_progress(self, application):
-        """Until a second has been written."""
+        """Waits until a second has been written."""
         application.find("label", re.compile("^Second [1-9]"))
         application.find("label", re.compile("^Remaining: .*Elapsed: "))
 
-    def test_every_setting_and_a_whole_conversion(self):
+    def test_conversion_follows_every_setting(self):
         application, movie = self.open_clip()
         target = lambda: application.find("label", re.compile("^Video: .*Movie:")).name.split("Movie: ")[1]
 
@@ -87,7 +87,7 @@ class ConverterTest(DesktopTest):
         await_equal(lambda: dither.checked, True, "dithering")
         application.find("radio button", "Mode 32: high colour").click()
         await_value(target, lambda text: "Mode 32" in text)
-        # Without an effect in this mode, it goes off and cannot be changed.
+        # In Mode 32 dithering has no effect: it was switched off and cannot be changed.
         dither.click()
         application.find("radio button", "Mode 4: four colours").click()
         await_value(target, lambda text: "Mode 4" in text)
@@ -107,14 +107,14 @@ class ConverterTest(DesktopTest):
         if own_rate.checked:
             own_rate.click()
         self.set_number(application, "Frames per second", 5)
-        # The video's rate replaces the typed one, and leaves the stepper without effect.
+        # The video's rate replaces the typed one and disables the stepper.
         own_rate.click()
         await_equal(lambda: own_rate.checked, True)
         application.find("spin button", "Frames per second: 25").click(0.94)
         own_rate.click()
         await_equal(lambda: own_rate.checked, False)
         self.set_number(application, "Frames per second", 5)
-        # A field without a number takes its old one again, and shows it.
+        # A field without a number returns to its old number and shows it.
         field = application.find("spin button", "Height: 128")
         before = self.desktop.picture(*field.extents)
         for nonsense in ("", "abc", "-"):
@@ -147,7 +147,7 @@ class ConverterTest(DesktopTest):
         application.find("push button", "Play Movie …").click()
         application.find("slider", window=movie.stem)
 
-    def test_other_windows_during_a_run(self):
+    def test_run_continues_beside_other_windows(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         application, output = self.open_clip()
@@ -155,10 +155,10 @@ class ConverterTest(DesktopTest):
         self.desktop.keys("Return")
         self.await_progress(application)
         application.find("label", f"Converting “{self.clip.name}”")
-        # The icon follows.
+        # The icon shows the progress.
         first = await_value(lambda: self.icon(application), lambda icon: icon != idle, "progress in the icon")
         await_value(lambda: self.icon(application), lambda icon: icon not in (idle, first), "more progress in the icon")
-        # The end of a movie that was opened from outside is not the end of the run.
+        # Closing the player of a movie opened by another program does not end the run.
         self.assertEqual(self.start(movie).await_end(), 0)
         application.find("slider", window=movie.stem)
         await_equal(lambda: self.desktop.titles(application.process.pid), [movie.stem])
@@ -166,7 +166,7 @@ class ConverterTest(DesktopTest):
         await_equal(lambda: self.desktop.titles(application.process.pid), ["ZEB Maker"])
         application.find("push button", "Converting…")
         self.assertEqual(application.all("push button", "Go On"), [])
-        # A question about the run goes with it.
+        # The end of the run closes a question about it.
         application.activate("ZEB Maker")
         self.desktop.keys("ctrl+w")
         application.find("push button", "Go On")
@@ -175,7 +175,7 @@ class ConverterTest(DesktopTest):
         await_equal(lambda: self.icon(application), idle, "icon")
         self.zeb("verify", output)
 
-    def test_a_small_window_shows_the_run_and_keeps_what_is_selected_in_the_log(self):
+    def test_small_window_shows_run_and_selection(self):
         application, _ = self.open_clip()
         window = self.desktop.xdotool("getactivewindow").strip()
         self.desktop.xdotool("windowsize", "--sync", window, 560, 360)
@@ -192,7 +192,7 @@ class ConverterTest(DesktopTest):
         await_value(lambda: frame.extents[3], lambda height: height > 600, "a large window")
         log = application.find("text", "Log")
         x, _, _, _ = log.extents
-        # The last lines are in sight; a double click takes a word.
+        # The last lines are visible. A double click selects a word.
         self.desktop.xdotool("mousemove", x + 20, bottom(log) - 40, "click", "--repeat", 2, "--delay", 60, 1)
         word = await_value(lambda: log.selection)
         second = application.find("label", re.compile("^Second ")).name
@@ -203,7 +203,7 @@ class ConverterTest(DesktopTest):
         window = self.desktop.xdotool("search", "--all", "--pid", application.process.pid, "--name", "^ZEB Maker$").split()[0]
         return self.desktop.run("xprop", "-id", window, "-len", 2000000, "_NET_WM_ICON")
 
-    def test_a_movie_from_outside_while_a_file_panel_is_open(self):
+    def test_movie_opens_beside_file_panel(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         application = self.open()
@@ -214,14 +214,14 @@ class ConverterTest(DesktopTest):
         await_equal(self.desktop.active_title, movie.stem)
         self.desktop.keys("End")
         application.find("label", "30/30", window=movie.stem)
-        # A player comes forward again for a second after it was opened. The converter comes back with the answer.
+        # For one second after it was opened, a player raises itself again. The converter is raised by the answer.
         time.sleep(1)
         application.activate("Choose a Video")
         self.fill(application.find("text", window="Choose a Video"), self.clip)
         self.desktop.keys("Return")
         application.find("label", str(self.clip), window="ZEB Maker")
 
-    def test_menus_and_texts_by_keyboard(self):
+    def test_keyboard_reaches_menus_and_texts(self):
         for language, menu, entry, texts in (
                 ("en_GB.UTF-8", "alt+f", "Quit ZEB Maker", ("Cut", "Copy", "Paste", "Select All")),
                 ("de_DE.UTF-8", "alt+d", "ZEB Maker beenden", ("Ausschneiden", "Kopieren", "Einfügen", "Alles auswählen"))):
@@ -245,7 +245,7 @@ class ConverterTest(DesktopTest):
                     await_equal(lambda: title.text, result)
                 application.stop()
 
-    def test_cancelling(self):
+    def test_cancelled_movie_is_kept_or_deleted(self):
         application, movie = self.open_clip()
         self.set_number(application, "Width", 640)
         for answer in ("Keep", "Delete"):
@@ -258,7 +258,7 @@ class ConverterTest(DesktopTest):
                 await_equal(movie.exists, answer == "Keep")
                 movie.unlink(missing_ok=True)
 
-        # Whoever closes the window meanwhile is asked.
+        # Closing the window during a run asks the user.
         application.find("push button", "Convert").click()
         self.await_progress(application)
         self.desktop.keys("ctrl+w")
@@ -269,7 +269,7 @@ class ConverterTest(DesktopTest):
         application.find("push button", "Stop and Quit").click()
         self.assertEqual(application.await_end(), 0)
 
-    def test_presets(self):
+    def test_presets_are_edited_and_stored(self):
         application = self.open()
         self.desktop.keys("ctrl+comma")
         await_equal(self.desktop.active_title, "Settings")
@@ -297,17 +297,17 @@ class ConverterTest(DesktopTest):
         application.find("spin button", width)
         application.find("spin button", height)
 
-        # The next start shows what is stored, in its place.
+        # The next start shows the stored presets in their order.
         application.stop()
         application = self.open()
         application.find("menu bar", "Presets").click()
         application.find("menu item", "Mine")
-        # Names are followed by the keys that do the same.
+        # The names of other menu items end with their shortcuts.
         names = [item.name for item in application.all("menu item")]
         self.assertEqual(names[:4], ["DVD", "HD", "Full HD", "Mine"])
         self.assertTrue(names[4].startswith("Edit Presets"), names)
 
-    def test_return_starts_with_what_was_typed_and_asks_before_it_replaces(self):
+    def test_return_starts_and_asks_before_replacing(self):
         clip = self.folder / "here.mkv"
         clip.hardlink_to(self.clip)
         movie = clip.with_suffix(".zeb")
@@ -320,12 +320,12 @@ class ConverterTest(DesktopTest):
         self.desktop.type("1")
         self.desktop.keys("Return")
         application.find("push button", "Replace")
-        # A question comes before everything else.
+        # An open question blocks other shortcuts.
         self.desktop.keys("ctrl+o", "Return")
         application.await_gone("push button", "Replace")
         self.assertEqual(self.desktop.active_title(), "ZEB Maker")
         self.assertEqual(movie.read_text(), "precious")
-        # An empty field has its old number again.
+        # An empty field returns to its old number.
         application.find("spin button", "Width: 640").click(0.4)
         self.desktop.keys("ctrl+a", "BackSpace", "Return")
         application.find("push button", "Replace").click()
@@ -333,12 +333,12 @@ class ConverterTest(DesktopTest):
         self.assertIn("640x480", self.zeb("info", movie))
         self.zeb("verify", movie)
         self.assertIn("1 frame per second", self.zeb("info", movie))
-        # The permission ended with the run.
+        # The permission to replace ends with the run.
         self.desktop.keys("Return")
         application.find("push button", "Replace")
         self.zeb("verify", movie)
 
-    def test_a_name_with_a_dot_still_becomes_a_movie_and_replaces_only_what_was_shown(self):
+    def test_save_panel_completes_name_with_dot(self):
         application, movie = self.open_clip()
         precious = movie.with_name("no. 2.zeb")
         precious.write_text("precious")
@@ -347,7 +347,7 @@ class ConverterTest(DesktopTest):
         await_equal(self.desktop.active_title, title)
         self.fill(application.find("text", window=title), precious.with_suffix(""))
         self.desktop.keys("Return")
-        # The panel again, with the whole name.
+        # The panel opens again with the complete name.
         await_equal(lambda: application.find("text", window=title).text, precious.name)
         self.desktop.keys("Return")
         application.find("label", re.compile(f"{precious.name} already exists"))
@@ -356,7 +356,7 @@ class ConverterTest(DesktopTest):
         application.find("label", str(movie))
         self.assertEqual(precious.read_text(), "precious")
 
-    def test_dropped_files(self):
+    def test_dropped_files_open_by_kind(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         other = self.folder / "übrig.mkv"
@@ -372,17 +372,17 @@ class ConverterTest(DesktopTest):
         self.assertTrue(application.drop("ZEB Maker", movie))
         application.find("slider", window="small movie")
 
-    def test_windows_and_shortcuts(self):
+    def test_shortcuts_open_and_close_windows(self):
         application = self.open()
         for key, title in (("ctrl+question", "ZEB Maker Help"), ("ctrl+comma", "Settings")):
-            for _ in range(2):  # a window that is open is shown again
+            for _ in range(2):  # an open window is raised
                 application.activate("ZEB Maker")
                 self.desktop.keys(key)
                 await_equal(self.desktop.active_title, title)
             self.assertEqual(self.desktop.titles(application.process.pid).count(title), 1)
         self.desktop.keys("ctrl+w")
         await_value(lambda: self.desktop.titles(application.process.pid), lambda titles: "Settings" not in titles)
-        # The program ends with its last window.
+        # Closing the last window ends the program.
         application.activate("ZEB Maker")
         self.desktop.keys("ctrl+w")
         await_equal(lambda: self.desktop.titles(application.process.pid), ["ZEB Maker Help"])
@@ -390,7 +390,7 @@ class ConverterTest(DesktopTest):
         self.desktop.keys("Escape")
         self.assertEqual(application.await_end(), 0)
 
-    def test_splash_leaves_by_itself(self):
+    def test_splash_disappears_by_itself(self):
         application = self.open(splash=True)
         application.find("push button", SPLASH)
         application.await_gone("push button", SPLASH)
@@ -398,21 +398,21 @@ class ConverterTest(DesktopTest):
         self.desktop.keys("ctrl+q")
         self.assertEqual(application.await_end(), 0)
 
-    def test_files_dropped_on_the_welcome_picture(self):
+    def test_splash_accepts_dropped_files(self):
         application = self.open(splash=True)
         application.find("push button", SPLASH)
         self.assertTrue(application.drop("ZEB Maker", self.clip))
         application.find("label", str(self.clip))
 
-    def test_addresses_elsewhere_are_refused(self):
+    def test_remote_addresses_are_rejected(self):
         movie = self.folder / "small.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         sentence = re.compile("^Only files on this computer can be opened, not ")
         remote = f"file://otherhost{movie}"
-        # The sentence is not hidden behind the welcome picture.
+        # The splash view does not hide the message.
         application = self.start(remote)
         application.find("label", sentence)
-        # The same while it runs.
+        # Second starts hand over these addresses while the program runs.
         for address in (remote, f"http://127.0.0.1{movie}", f"file://otherhost{self.clip}", f"http://127.0.0.1{self.clip}",
                         *(f"zebmaker://{verb}?url={quote(remote, safe='')}" for verb in ("encode", "play"))):
             with self.subTest(address):
@@ -424,12 +424,12 @@ class ConverterTest(DesktopTest):
                 application.find("label", str(self.clip))
                 self.assertEqual(self.desktop.titles(application.process.pid), ["ZEB Maker"])
 
-    def test_the_converter_beside_a_movie(self):
+    def test_maker_option_shows_converter_beside_movie(self):
         movie = self.folder / "small.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         application = self.open()
         windows = lambda: sorted(self.desktop.titles(application.process.pid))
-        # A request of another program hides the converter, and a new window of it does not play along.
+        # A request of another program hides the converter. A new converter window does not repeat it.
         self.assertEqual(self.start(f"zebmaker://play?url={quote(movie.as_uri(), safe='')}").await_end(), 0)
         await_equal(windows, ["small"])
         for arguments in (["--maker"], ["--maker", movie]):
@@ -440,11 +440,11 @@ class ConverterTest(DesktopTest):
         await_equal(windows, ["small"])
         self.assertEqual(self.start().await_end(), 0)
         await_equal(windows, ["ZEB Maker", "small"])
-        # Longer than the repeats of what hides a window.
+        # Longer than the time in which hiding is repeated.
         time.sleep(1.2)
         self.assertEqual(windows(), ["ZEB Maker", "small"])
 
-    def test_requests_from_outside(self):
+    def test_requests_of_other_programs_work(self):
         movie = self.folder / "small movie.zeb"
         self.zeb("encode", "--progress", "none", "--size", "64x64", "--fps", "1", "-o", movie, self.clip)
         play, encode = (f"zebmaker://{verb}?url={quote(path.as_uri(), safe='')}"
@@ -463,7 +463,7 @@ class ConverterTest(DesktopTest):
                         application.find("label", str(self.clip))
                     application.stop()
 
-    def test_a_new_window_shows_what_was_asked_for_last(self):
+    def test_new_window_shows_last_request(self):
         other = self.folder / "other.mkv"
         other.hardlink_to(self.clip)
         application = self.open(self.clip)
@@ -478,17 +478,17 @@ class ConverterTest(DesktopTest):
         self.assertEqual(self.start().await_end(), 0)
         application.find("label", str(self.clip))
 
-    def test_a_request_for_what_is_not_there(self):
+    def test_request_for_missing_movie_fails(self):
         application = self.start(f"zebmaker://play?url={quote((self.folder / 'none.zeb').as_uri(), safe='')}")
-        # In sight at once, without the welcome picture over it.
+        # The message is visible at once, without the splash view.
         application.find("label", re.compile("^This movie does not exist: .*none.zeb"))
 
-    def test_tab_order(self):
+    def test_tab_visits_controls_in_order(self):
         application, _ = self.open_clip()
         controls = application.controls()
         self.assertEqual([control for control in controls if control.role in (*TAB_STOPS, "slider", "progress bar")
                           and not control.name], [])
-        # Whoever presses Tab comes by everything that can be used, from the top to the bottom, and begins anew.
+        # Tab visits all enabled controls from top to bottom and starts again at the top.
         unusable = ("Cancel", "Dithering (Mode 4)", "Frames per second: 25")
         expected = [control.name for control in controls if control.role in TAB_STOPS and control.name not in unusable
                     and (control.role != "radio button" or control.checked)]
@@ -502,11 +502,11 @@ class ConverterTest(DesktopTest):
         first = expected.index(visited[0])
         self.assertEqual(visited, expected[first:] + expected[:first])
 
-    def test_german(self):
+    def test_german_texts_fit_the_window(self):
         application = self.open(language="de_DE.UTF-8")
         controls = application.controls()
         self.assertIn("Datei", [control.name for control in controls if control.role == "menu bar"])
-        # Nothing is pushed out of the window or over its neighbour by longer words.
+        # Longer words push no control out of the window or over another control.
         left, top, width, height = application.find("frame", "ZEB Maker").extents
         leaves = [control for control in controls if control.role in (*TAB_STOPS, "label") and control.name]
         for index, control in enumerate(leaves):
@@ -520,9 +520,9 @@ class ConverterTest(DesktopTest):
 
 
 class SmallScreenTest(DesktopTest):
-    """Windows on screens that they are too large for; each has a desktop to itself, and so a process."""
+    """Opens windows on screens that are too small for them. Each screen needs a separate process."""
 
-    def test_every_window_is_inside_with_its_frame(self):
+    def test_every_window_fits_small_screens(self):
         here = os.environ | {"PYTHONDONTWRITEBYTECODE": "1"}
         for width, height, scale in ((800, 600, 1), (1024, 600, 1), (1400, 1000, 2)):
             with self.subTest(screen=(width, height), scale=scale):
@@ -532,7 +532,7 @@ class SmallScreenTest(DesktopTest):
 
 
 def check_windows(width, height, scale):
-    """Opens every window on a screen of this size and looks where its frame is."""
+    """Opens every window on a screen of this size and checks that its frame is inside."""
     desktop.SCREEN = (width, height)
     screen = desktop.Desktop(os.environ["ZEBMAKER"])
     try:
@@ -545,7 +545,7 @@ def check_windows(width, height, scale):
             if key:
                 screen.keys(key)
             await_equal(screen.active_title, title)
-            # The window manager tells of the frame when it has put the window into it.
+            # The window manager sets this property after adding the frame.
             window = screen.xdotool("getactivewindow").strip()
             frame = await_value(lambda: re.findall(r"\d+", screen.run("xprop", "-id", window, "_NET_FRAME_EXTENTS")))
             left, right, top, bottom = map(int, frame)

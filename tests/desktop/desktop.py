@@ -1,9 +1,9 @@
-"""Drives the application as a person does: on a display of its own, with real keys and a real mouse.
+"""Drives the application on a private display with key and mouse events.
 
-A Desktop is an X server, a window manager, a session bus and the accessibility bus, all private and ended with it.
-An Application is one start of zebmaker there. Controls are found by the role and the name that the accessibility
-tree gives them, and are used through the mouse and the keyboard. Nothing here sleeps for a fixed
-time: what is expected is awaited. An application that says anything about its QML on standard error fails its test.
+A Desktop is a private X server, window manager, session bus and accessibility bus. Its end stops all of them.
+An Application is one start of zebmaker there. Tests find controls by role and name in the accessibility tree and
+use them with mouse and keyboard. Tests wait for conditions, not for fixed times. A complaint about QML on standard
+error fails the test.
 """
 
 import contextlib
@@ -18,14 +18,14 @@ from pathlib import Path
 
 import dragging
 
-# Generous, since other tests run beside these; nobody waits longer than it takes.
+# Timeout in seconds. It is long because other tests run at the same time. Waiting ends when the condition is met.
 PATIENCE = 20
 SCREEN = (1400, 1000)
 QML_COMPLAINT = re.compile(r"\.qml:\d+|[Bb]inding loop|TypeError|ReferenceError|QML \w+:")
 
 
 def await_value(get, accept=bool, what="", patience=PATIENCE):
-    """The first value of get() that is accepted."""
+    """Waits until get() returns an accepted value, and returns it."""
     end = time.monotonic() + patience
     while True:
         value = get()
@@ -41,7 +41,7 @@ def await_equal(get, expected, what=""):
 
 
 def end(process):
-    """Asks a process to end, and makes it."""
+    """Terminates a process, and kills it if it does not end."""
     process.terminate()
     try:
         process.wait(5)
@@ -51,7 +51,7 @@ def end(process):
 
 
 class Control:
-    """What one object of the accessibility tree is at the moment."""
+    """One object of the accessibility tree in its current state."""
 
     def __init__(self, desktop, node):
         self.desktop, self.node = desktop, node
@@ -70,12 +70,12 @@ class Control:
 
     @property
     def text(self):
-        """What a field holds."""
+        """The text of a field."""
         return self.desktop.atspi.Text.get_text(self.node, 0, -1)
 
     @property
     def selection(self):
-        """What is selected in a field."""
+        """The selected text of a field."""
         place = self.desktop.atspi.Text.get_selection(self.node, 0)
         return self.desktop.atspi.Text.get_text(self.node, place.start_offset, place.end_offset)
 
@@ -94,7 +94,7 @@ class Control:
         self.desktop.xdotool("mousemove", x, y, *(["click", 1] * times))
 
     def drag(self, start, *stops):
-        """Presses at a part of the width, moves on, and lets go."""
+        """Presses at one part of the width, drags to another one and releases."""
         self.desktop.xdotool("mousemove", *self.at(start), "mousedown", 1)
         for stop in stops:
             self.desktop.xdotool("mousemove", *self.at(stop))
@@ -102,7 +102,7 @@ class Control:
 
 
 class Application:
-    """One start of zebmaker."""
+    """One running instance of zebmaker."""
 
     def __init__(self, desktop, *arguments, language="en_GB.UTF-8"):
         self.desktop = desktop
@@ -124,7 +124,7 @@ class Application:
         return None
 
     def controls(self, window=None):
-        """Everything that shows, in the order of the tree."""
+        """All visible controls in the order of the tree."""
         found = []
 
         def visit(node, depth):
@@ -150,35 +150,35 @@ class Application:
                 if (role is None or control.role == role) and matches(control.name)]
 
     def find(self, role, name=None, window=None, index=0):
-        """The control of this role and name (a text or a pattern), as soon as it shows."""
+        """Waits for the visible control of this role and name (a text or a pattern)."""
         return await_value(lambda: self.all(role, name, window)[index:index + 1], bool, f"{role} {name}")[0]
 
     def await_gone(self, role, name):
         await_value(lambda: self.all(role, name), lambda found: not found, f"{role} {name} to go")
 
     def pick(self, box, entry):
-        """Chooses an entry of a combo box."""
+        """Selects an entry of a combo box."""
         self.find("combo box", box).click()
         self.find("menu item", entry).click()
         self.await_gone("menu item", entry)
 
     def await_end(self):
-        """The exit code."""
+        """Waits for the end of the program and returns its exit code."""
         try:
             return self.process.wait(PATIENCE)
         except subprocess.TimeoutExpired as timeout:
             raise AssertionError(f"still running, with the windows {self.desktop.titles(self.process.pid)}") from timeout
 
     def activate(self, title):
-        """Gives the window of this title the keyboard."""
+        """Activates the window of this title."""
         self.desktop.activate(self.process.pid, title)
 
     def drop(self, title, *paths):
-        """Drops files into the middle of the window of this title; True when it took them."""
+        """Drops files into the middle of the window of this title. Returns True if it accepted them."""
         return self.desktop.drop(self.process.pid, title, [path.as_uri() for path in paths])
 
     def complaints(self):
-        """What it said about its QML; asked once, at the end."""
+        """Complaints about QML on standard error. Call once, at the end."""
         self.errors.seek(0)
         with self.errors:
             return [line.rstrip() for line in self.errors if QML_COMPLAINT.search(line)]
@@ -189,7 +189,7 @@ class Application:
 
 
 class Desktop:
-    """A display with everything that an application finds in a session."""
+    """A private display with the services of a desktop session."""
 
     def __init__(self, program):
         self.program = str(program)
@@ -212,7 +212,7 @@ class Desktop:
                         "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "SDL_AUDIODRIVER": "dummy",
                         "NO_AT_BRIDGE": "0", "XDG_CURRENT_DESKTOP": "openbox"}
         self.environment = environment
-        # Without resets: the first client to come and go would take the others with it.
+        # -noreset: otherwise the server resets when its first client leaves.
         environment["DISPLAY"] = ":" + self._start_and_read(
             lambda end: ["Xvfb", "-displayfd", end, "-screen", "0", f"{SCREEN[0]}x{SCREEN[1]}x24", "-noreset",
                          "-nolisten", "tcp"])
@@ -220,9 +220,9 @@ class Desktop:
             lambda end: ["dbus-daemon", "--session", "--nofork", f"--print-address={end}"])
         self._spawn(["openbox", "--sm-disable"])
         self._spawn(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
-        # The window manager is there when it tells of its desktops.
+        # The window manager is ready when it reports its desktops.
         await_value(lambda: self.xdotool("get_num_desktops").strip(), lambda count: count not in ("", "0"), "openbox")
-        # The library reads these when it is loaded.
+        # The accessibility library reads these variables when it is loaded.
         os.environ.update(environment)
         import gi
         gi.require_version("Atspi", "2.0")
@@ -239,7 +239,7 @@ class Desktop:
         return process
 
     def _start_and_read(self, command):
-        """Starts a server and returns the first line that it writes to the file of the number given to it."""
+        """Starts a server with the number of a file descriptor and returns the first line that it writes there."""
         reading, writing = os.pipe()
         self._spawn(command(str(writing)), pass_fds=[writing])
         os.close(writing)
@@ -254,14 +254,14 @@ class Desktop:
         return self.run("xdotool", *words)
 
     def keys(self, *names):
-        """Presses keys one after the other: "space", "ctrl+o"."""
+        """Presses keys one after the other, such as "space" or "ctrl+o"."""
         self.xdotool("key", "--clearmodifiers", "--delay", 30, *names)
 
     def type(self, text):
         self.xdotool("type", "--clearmodifiers", "--delay", 15, "--", text)
 
     def titles(self, pid):
-        """The titles of the windows that can be seen."""
+        """Titles of the visible windows."""
         return [self.xdotool("getwindowname", window).strip() for window in self._windows(pid)]
 
     def _windows(self, pid):
@@ -287,14 +287,14 @@ class Desktop:
         return dragging.drop(self.environment["DISPLAY"], int(window), middle, uris)
 
     def picture(self, x, y, width, height):
-        """The pixels of a part of the screen: red, green, blue, row by row."""
+        """Pixels of a part of the screen as red, green, blue, row by row."""
         shot = subprocess.run(["import", "-silent", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}",
                                "-depth", "8", "rgb:-"], env=self.environment, capture_output=True, check=True).stdout
         assert len(shot) == width * height * 3, (len(shot), width, height)
         return shot
 
     def save_window(self, path):
-        """A picture of the window in front."""
+        """Stores a picture of the active window."""
         subprocess.run(["import", "-silent", "-window", self.xdotool("getactivewindow").strip(), str(path)],
                        env=self.environment, check=True)
 
@@ -305,7 +305,7 @@ class Desktop:
 
 
 class DesktopTest(unittest.TestCase):
-    """Each test finds a fresh user; what it starts is ended and must have had nothing to complain about."""
+    """Each test starts with empty user folders. Its applications are ended and must not have complained."""
 
     desktop = None
 
@@ -337,7 +337,7 @@ class DesktopTest(unittest.TestCase):
         return application
 
     def zeb(self, *arguments):
-        """Runs the program of the command line."""
+        """Runs zeb and returns its output. The exit code must be 0."""
         done = subprocess.run([os.environ["ZEB"], *map(str, arguments)], capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 0, done.stderr)
         return done.stdout

@@ -1,4 +1,4 @@
-"""Files dragged over a window and dropped there, as a file manager does it: the X protocol XDND, version 5."""
+"""Drags files over a window and drops them there, like a file manager: version 5 of the X protocol XDND."""
 
 import time
 
@@ -7,7 +7,7 @@ from Xlib.protocol import event
 
 
 def drop(name, window_id, point, uris, patience=20):
-    """Drops files at a point of the screen on the display of this name; True when the window took them."""
+    """Drops files at a point of the screen. Returns True if the window accepted them."""
     connection = display.Display(name)
     root = connection.screen().root
     source = root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
@@ -23,7 +23,7 @@ def drop(name, window_id, point, uris, patience=20):
         connection.flush()
 
     def answer(message):
-        """The data of the target's answer; meanwhile it may ask for the files."""
+        """Returns the data of the target's answer. Answers its requests for the files until then."""
         end = time.monotonic() + patience
         while time.monotonic() < end:
             if not connection.pending_events():
@@ -42,7 +42,7 @@ def drop(name, window_id, point, uris, patience=20):
     try:
         send("XdndEnter", 5 << 24, files)
         x, y = point
-        # A pointer that moves over the window asks again and again.
+        # A real pointer sends a position for each of its moves over the window.
         end = time.monotonic() + 1
         accepted = False
         while not accepted and time.monotonic() < end:

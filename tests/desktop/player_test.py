@@ -1,4 +1,4 @@
-"""The player's windows, used with keys and mouse: python3 player_test.py, with ZEBMAKER and ZEB naming the programs."""
+"""Drives the player's windows with keys and mouse. The environment variables ZEBMAKER and ZEB name the programs."""
 
 import os
 import re
@@ -16,7 +16,7 @@ PLAYER_CONTROLS = ["ZEB Maker", "Beginning", "One frame back", "Play", "Stop", "
 
 
 def read_png(path):
-    """The red, green and blue bytes of a picture that zeb wrote: 8 bits, without a palette."""
+    """Decodes a PNG file written by zeb (8 bits, no palette) into red, green and blue bytes."""
     data, place, packed = path.read_bytes(), 8, b""
     while place < len(data):
         length, kind = struct.unpack_from(">I4s", data, place)
@@ -71,11 +71,11 @@ class PlayerTest(DesktopTest):
     def await_counter(self, application, frame):
         await_equal(lambda: self.counter(application), f"{frame}/{FRAMES}", "counter")
 
-    def test_exact_pixels(self):
+    def test_window_shows_exact_pixels(self):
         for mode in (32, 4):
             movie = self.movies / f"movie{mode}.zeb"
             application = self.open(movie, title=movie.stem)
-            # Room for exactly two pixels of the screen for one of the movie, each way.
+            # Makes room for exactly two screen pixels per movie pixel in both directions.
             area = self.frame(application)
             self.resize_by(2 * WIDTH - area[2], 2 * HEIGHT - area[3])
             await_equal(lambda: self.frame(application)[2:], (2 * WIDTH, 2 * HEIGHT))
@@ -96,7 +96,7 @@ class PlayerTest(DesktopTest):
 
     @staticmethod
     def inner(pixels):
-        """Without the rounded corners."""
+        """Returns the rows of the picture without its rounded corners."""
         row = 2 * WIDTH * 3
         return [pixels[y * row + 36:(y + 1) * row - 36] for y in range(12, 2 * HEIGHT - 12)]
 
@@ -105,7 +105,7 @@ class PlayerTest(DesktopTest):
         size = dict(line.split("=") for line in self.desktop.xdotool("getwindowgeometry", "--shell", window).split())
         self.desktop.xdotool("windowsize", window, int(size["WIDTH"]) + wider, int(size["HEIGHT"]) + higher)
 
-    def test_keys(self):
+    def test_keys_control_playback(self):
         application = self.open(self.movies / "movie32.zeb")
         for key, frame in (("Right", 2), ("period", 3), ("Left", 2), ("comma", 1), ("Left", 1), ("End", FRAMES),
                            ("Right", FRAMES), ("r", 1), ("End", FRAMES), ("Home", 1)):
@@ -118,7 +118,7 @@ class PlayerTest(DesktopTest):
         await_equal(lambda: loop.checked, False)
         self.desktop.keys("space")
         application.find("push button", "Pause")
-        # Without the loop it comes to its end and stays there.
+        # Without the loop, playback stops at the end.
         application.find("push button", "Play")
         self.await_counter(application, FRAMES)
 
@@ -133,13 +133,13 @@ class PlayerTest(DesktopTest):
         self.desktop.keys("Escape")
         self.assertEqual(application.await_end(), 0)
 
-        # The switch is kept.
+        # The loop setting is stored.
         application = self.open(self.movies / "movie32.zeb")
         self.assertFalse(application.find("check box", "Play in a loop").checked)
 
-    def test_mouse(self):
+    def test_mouse_controls_playback(self):
         application = self.open(self.movies / "movie32.zeb")
-        # At the ends, the buttons that lead beyond them do nothing.
+        # At the first and last frame, buttons that lead further do nothing.
         for name, frame in (("One frame back", 1), ("Beginning", 1), ("One frame forward", 2), ("One frame forward", 3), ("One frame back", 2), ("End", FRAMES),
                             ("One frame forward", FRAMES),
                             ("Beginning", 1), ("End", FRAMES), ("Stop", 1), ("End", FRAMES), ("Reload", 1)):
@@ -151,7 +151,7 @@ class PlayerTest(DesktopTest):
         slider = application.find("slider", "Position in the movie")
         self.desktop.xdotool("mousemove", *slider.at(0.5), "mousedown", 1)
         application.find("push button", "Play")
-        # Time and counter tell where the slider is; the picture waits until it is let go.
+        # Time and counter follow the slider. The picture changes when the button is released.
         before = self.desktop.picture(*self.frame(application))
         self.desktop.xdotool("mousemove", *slider.at(0.55), "mousemove", *slider.at(0.7))
         await_value(lambda: int(self.counter(application).split("/")[0]), lambda frame: 24 < frame < 32)
@@ -163,13 +163,13 @@ class PlayerTest(DesktopTest):
         application.find("push button", "Close").click()
         self.assertEqual(application.await_end(), 0)
 
-    def test_mode_picker(self):
+    def test_mode_picker_changes_interpretation(self):
         application = self.open(self.movies / "movie32.zeb")
         area = self.frame(application)
         before = self.desktop.picture(*area)
         application.pick("Mode 32 colours", "RGB565 (BE)")
         await_value(lambda: self.desktop.picture(*area), lambda shown: shown != before, "other colours at once")
-        # The list closes with Escape, without anything else, and takes the arrows while it is open.
+        # Escape closes the list only. While the list is open, arrow keys move in it.
         box = application.find("combo box", "Mode 32 colours")
         box.click()
         application.find("menu item", "RGB565 (LE)")
@@ -179,7 +179,7 @@ class PlayerTest(DesktopTest):
         application.find("menu item", "RGB565 (LE)")
         self.desktop.keys("Down", "Return")
         await_value(lambda: self.desktop.picture(*area), lambda shown: shown == before, "the first colours")
-        # The player's own keys work beside an open list, and the keyboard goes back to the player.
+        # Other player keys work while the list is open and close it.
         box.click()
         application.find("menu item", "RGB565 (LE)")
         self.desktop.keys("Right")
@@ -197,12 +197,12 @@ class PlayerTest(DesktopTest):
         application = self.open(self.movies / "movie32.zeb")
         await_value(lambda: self.desktop.picture(*self.frame(application)), lambda shown: shown != before)
 
-    def test_several_files_and_starts(self):
+    def test_each_movie_opens_one_window(self):
         first, second = self.movies / "movie32.zeb", self.movies / "movie4.zeb"
-        # With the converter in sight, no window comes to the front later once more.
+        # With the converter visible, no window raises itself again later.
         application = self.start("--maker", first, second)
         await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["ZEB Maker", "movie32", "movie4"])
-        # The second start hands its file over and returns; a file that is open comes to the front as it is.
+        # A second start hands its file over and ends. The window of an open file is raised unchanged.
         application.activate("movie32")
         self.desktop.keys("Right")
         await_equal(lambda: self.counter(application, "movie32"), f"2/{FRAMES}")
@@ -212,7 +212,7 @@ class PlayerTest(DesktopTest):
         await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["movie32", "movie4"])
         self.assertEqual(self.counter(application, "movie32"), f"2/{FRAMES}")
 
-    def test_what_cannot_be_played(self):
+    def test_unplayable_files_show_errors(self):
         text = self.folder / "text.zeb"
         text.write_text("This is no movie.\n" * 99)
         pipe = self.folder / "pipe.zeb"
@@ -227,7 +227,7 @@ class PlayerTest(DesktopTest):
                 self.desktop.keys("Escape")
                 self.assertEqual(application.await_end(), 0)
 
-    def test_a_movie_that_is_not_there(self):
+    def test_missing_movie_shows_error(self):
         for language, sentence in (("en_GB.UTF-8", "This movie does not exist: "),
                                    ("de_DE.UTF-8", "Diesen Film gibt es nicht: ")):
             missing = self.folder / "nope.zeb"
@@ -235,18 +235,18 @@ class PlayerTest(DesktopTest):
             application.find("label", f"{sentence}{missing}", "ZEB Maker")
             self.assertEqual(self.desktop.titles(application.process.pid), ["ZEB Maker"])
             application.stop()
-        # Beside movies that are there, the sentence stays in sight.
+        # The message stays visible if another movie opens.
         application = self.start(missing, self.movies / "movie4.zeb")
         await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["ZEB Maker", "movie4"])
         application.find("label", f"This movie does not exist: {missing}")
 
-    def test_a_movie_that_changes(self):
+    def test_changed_movie_is_read_again(self):
         movie = self.folder / "film.zeb"
         shutil.copy(self.movies / "movie32.zeb", movie)
         application = self.open(movie, title="film")
         self.desktop.keys("End")
         self.await_counter(application, FRAMES)
-        # The same movie comes forward as it is, another one is opened, in the same window.
+        # An unchanged movie is raised as it is. A changed one is opened again in the same window.
         self.assertEqual(self.start(movie).await_end(), 0)
         self.await_counter(application, FRAMES)
         shutil.copy(self.movies / "movie4.zeb", movie)
@@ -259,26 +259,26 @@ class PlayerTest(DesktopTest):
         application.find("label", f"This movie does not exist: {movie}")
         application.find("label", "No picture")
 
-    def test_windows(self):
+    def test_windows_cascade_shrink_and_maximise(self):
         paths = [self.movies / "movie32.zeb", self.movies / "movie4.zeb", self.folder / "third.zeb"]
         self.zeb("encode", "--progress", "none", "--mode", 32, "--title", "one\ntwo\nthree", "-o", paths[2],
                  self.movies / "clip.mkv")
         application = self.open(*paths, title="third", language="de_DE.UTF-8")
         places = await_value(lambda: [window.extents for window in application.all("frame")],
                              lambda found: len(found) == 3)
-        # Each leaves the title bars of the others to be seen.
+        # No window covers the title bar of another one.
         for index, (x, y, *_) in enumerate(places):
             self.assertTrue(all(abs(x - left) >= 20 and abs(y - top) >= 20 for left, top, *_ in places[:index]), places)
-        # The movie's title is one line.
+        # The movie's title is shown in one line.
         one_line = application.find("label", re.compile("^one two three • "))
         self.assertLess(one_line.extents[3], 30)
-        # The smallest window has room for everything.
+        # The smallest window shows all controls.
         window = application.find("frame", "third")
         self.resize_by(-220, -120)
         await_equal(lambda: window.extents[2:], (700, 500), "smallest size")
         x, _, width, _ = application.find("push button", "Schließen", "third").extents
         self.assertLessEqual(x + width, window.extents[0] + 700 - 14)
-        # From the whole screen it goes back to what it was.
+        # Leaving full screen restores the maximised window.
         # On a busy machine the window manager may take a double click for two single ones.
         def maximised_by(patience):
             left, top, *_ = window.extents
@@ -295,7 +295,7 @@ class PlayerTest(DesktopTest):
         self.desktop.keys("f")
         await_equal(lambda: window.extents, maximised, "maximised again")
 
-    def test_dropped_files_and_shortcuts(self):
+    def test_drops_and_shortcuts_open_windows(self):
         application = self.open(self.movies / "movie32.zeb")
         self.assertFalse(application.drop("movie32", self.movies / "clip.mkv"))
         self.assertTrue(application.drop("movie32", self.movies / "clip.mkv", self.movies / "movie4.zeb"))
@@ -314,9 +314,9 @@ class PlayerTest(DesktopTest):
         self.desktop.keys("ctrl+q")
         self.assertEqual(application.await_end(), 0)
 
-    def test_names_and_tab_order(self):
+    def test_controls_have_names_and_order(self):
         application = self.open(self.movies / "movie32.zeb")
-        # Something to go back to and on to, so that every control is enabled.
+        # In the middle of the movie every control is enabled.
         self.desktop.keys("Right")
         self.await_counter(application, 2)
         roles = ("push button", "check box", "combo box", "slider")

@@ -15,10 +15,10 @@
 
 #include "media/Media.h"
 
-/// A media layer for tests: films that are written down instead of read from files.
+/// A media layer for tests: videos are defined in code instead of read from files.
 namespace zeb::fake {
 
-/// A picture of stripes and blocks whose colours follow from a seed. Counts how often it is drawn.
+/// A picture of stripes and blocks with colours derived from a seed. Counts its draws.
 class FakePicture final : public Picture {
 public:
     explicit FakePicture(std::uint32_t seed, bool canBeDrawn = true)
@@ -52,33 +52,32 @@ private:
     mutable std::atomic<int> m_draws = 0;
 };
 
-/// Decoded sound as a script gives it.
+/// A buffer of decoded sound.
 struct FakeSamples {
     double sampleRate = 48000;
     int channelsPerFrame = 2;
     std::vector<float> samples;
 };
 
-/// A film as a script. The functions are called on the thread that reads, so they may wait, count or throw.
+/// A scripted video. Its functions run on the reading thread, so they may wait, count or throw.
 struct FakeFilm {
-    /// Grabs the picture for a time in seconds; `isCancelled` is the reader's own.
+    /// Returns the picture for a time in seconds. `isCancelled` is the reader's cancellation check.
     using Grab =
         std::function<std::shared_ptr<const Picture>(double seconds, const IsCancelled& isCancelled)>;
-    /// Fills in the sound buffer of this number, from 0; false at the end.
+    /// Fills in sound buffer `index`, counted from 0. Returns false at the end.
     using Sound = std::function<bool(std::size_t index, FakeSamples& buffer)>;
 
     std::vector<VideoTrack> videoTracks{{{640, 480}, {}, 10}};
-    double duration = 1;  ///< where the pictures end, unless the track says so
+    double duration = 1;  ///< end of the pictures unless the track states it
     Grab grab;
     double keyDistance = 0;  ///< seconds from one key picture to the next; 0 = every picture is one
     std::vector<Sound> soundTracks;
-    std::vector<SoundTrack>
-        soundTrackFacts;  ///< of as many tracks as are described; nothing is known of the rest
+    std::vector<SoundTrack> soundTrackFacts;  ///< facts of the first tracks; empty facts for the others
     bool soundStarts = true;
     std::optional<MediaError> soundCannotBeOpened;
 };
 
-/// The sound that consists of these buffers.
+/// A sound track of these buffers.
 inline FakeFilm::Sound soundOf(std::vector<FakeSamples> buffers) {
     return [buffers = std::move(buffers)](std::size_t index, FakeSamples& buffer) {
         if (index >= buffers.size()) return false;
@@ -87,14 +86,14 @@ inline FakeFilm::Sound soundOf(std::vector<FakeSamples> buffers) {
     };
 }
 
-/// What readers of a film were asked for. Guarded by `mutex`.
+/// Requests that readers of a video received. Guarded by `mutex`.
 struct FakeRecord {
     std::mutex mutex;
     std::optional<GrabSchedule> schedule;
     std::vector<double> grabTimes;
     std::vector<double> nearbyTimes;
-    std::vector<std::string> opened;        ///< the films' names
-    std::vector<std::size_t> soundReaders;  ///< the track of each one made
+    std::vector<std::string> opened;        ///< names of opened videos
+    std::vector<std::size_t> soundReaders;  ///< track of each sound reader
 };
 
 class FakeImageGenerator final : public ImageGenerator {
@@ -194,7 +193,7 @@ private:
     std::vector<SoundTrack> m_soundTracks;
 };
 
-/// Opens films by name.
+/// Opens fake videos by name.
 class FakeLibrary final : public MediaLibrary {
 public:
     void add(const std::string& path, FakeFilm film) { m_films.insert_or_assign(path, std::move(film)); }

@@ -24,7 +24,7 @@ public:
     const OpenPanel& openPanel() const { return std::get<OpenPanel>(m_open.at(0).panel); }
     const SavePanel& savePanel() const { return std::get<SavePanel>(m_open.at(0).panel); }
 
-    /// Closes the panel that has been open the longest.
+    /// Answers and closes the oldest open panel.
     void answer(const std::optional<std::string>& path) {
         const Open panel = std::move(m_open.at(0));
         m_open.pop_front();

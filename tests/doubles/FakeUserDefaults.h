@@ -5,7 +5,7 @@
 
 namespace zeb::fake {
 
-/// Settings that live in memory, and announce their changes.
+/// Settings in memory that announce their changes.
 class FakeUserDefaults final : public UserDefaults {
 public:
     explicit FakeUserDefaults(NotificationCenter& notifications) : m_notifications(notifications) {}

@@ -32,7 +32,7 @@ public:
         m_now += std::chrono::duration_cast<Instant::duration>(time);
         m_changed.notify_all();
     }
-    /// Threads that sleep at this moment, and whose deadline has not come.
+    /// Number of sleeping threads whose deadline has not been reached.
     int sleepers() const {
         const std::lock_guard lock(m_mutex);
         return static_cast<int>(std::distance(m_deadlines.upper_bound(m_now), m_deadlines.end()));
@@ -41,7 +41,7 @@ public:
 private:
     mutable std::mutex m_mutex;
     mutable std::condition_variable_any m_changed;
-    mutable std::multiset<Instant> m_deadlines;  ///< of those that sleep
+    mutable std::multiset<Instant> m_deadlines;  ///< of the sleeping threads
     Instant m_now{};
 };
 

@@ -12,7 +12,7 @@
 
 namespace zeb::fake {
 
-/// A main thread that a test drives by hand: what is posted waits for `run`, what is delayed for `pass`.
+/// A main thread that a test drives by hand: `run` runs posted work, `pass` also runs delayed work.
 class HandDrivenMainActor final : public MainActor {
 public:
     void post(Work work) override {
@@ -24,7 +24,7 @@ public:
         m_delayed.emplace(m_time + std::max(delay, std::chrono::nanoseconds{}), std::move(work));
     }
 
-    /// Runs what waits, and what that posts in turn, until nothing is left; returns how many pieces it was.
+    /// Runs posted work, including work that it posts, until none is left. Returns the number of work items.
     std::size_t run() {
         std::size_t count = 0;
         while (Work work = next()) {
@@ -34,7 +34,7 @@ public:
         return count;
     }
 
-    /// Lets time pass: runs what waits, and the delayed work whose moment comes, each at its moment.
+    /// Advances the time. Runs posted work, and delayed work when its time has come, in order.
     void pass(std::chrono::nanoseconds time) {
         const auto end = now() + time;
         run();
@@ -76,7 +76,7 @@ private:
 
     mutable std::mutex m_mutex;
     std::deque<Work> m_waiting;
-    std::multimap<std::chrono::nanoseconds, Work> m_delayed;  ///< by their moments
+    std::multimap<std::chrono::nanoseconds, Work> m_delayed;  ///< by due time
     std::chrono::nanoseconds m_time{};
 };
 

@@ -11,7 +11,7 @@
 
 namespace zeb::fake {
 
-/// Tasks that run on the caller's thread, one by one, when a test says so.
+/// Tasks that a test runs one by one on its own thread.
 class HandDrivenTasks final : public Tasks {
 public:
     Task start(TaskPriority, Work work) override {
@@ -20,7 +20,7 @@ public:
         return Task(source);
     }
 
-    /// Runs the oldest task that waits to its end; false when none does.
+    /// Runs the oldest waiting task to its end. Returns false if no task waits.
     bool runNext() {
         if (m_waiting.empty()) return false;
         const Waiting task = std::move(m_waiting.front());
@@ -28,12 +28,12 @@ public:
         task.work(task.source.get_token());
         return true;
     }
-    /// Runs the youngest task that waits to its end; one must wait.
+    /// Runs the newest waiting task to its end. At least one task must wait.
     void runNewest() {
         std::rotate(m_waiting.begin(), std::prev(m_waiting.end()), m_waiting.end());
         runNext();
     }
-    /// Runs what waits, and what is started meanwhile.
+    /// Runs all waiting tasks, including those that they start.
     void runAll() {
         while (runNext()) {
         }

@@ -11,14 +11,15 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t piece = 4096;  // what the cursor reads ahead
+constexpr std::size_t piece = 4096;  // size of the read-ahead buffer
 
-TEST(FileCursor, ReadsWhatStandsAtThePosition) {
+TEST(FileCursor, ReadsAcrossBufferBoundaries) {
     Bytes bytes(3 * piece);
     for (std::size_t place = 0; place < bytes.size(); ++place)
         bytes[place] = static_cast<std::uint8_t>(place * 7 + place / 251);
     test::MemoryReadableFile file(bytes);
-    // Pairs of reads: the second begins inside, at the end of and behind the piece that the first has loaded.
+    // Pairs of reads. The second one starts inside, at the end of or after the piece that the first one
+    // loaded.
     for (const std::size_t first : {std::size_t{1}, piece - 1, piece, piece + 1}) {
         for (const std::size_t skipped : {std::size_t{0}, std::size_t{5}, piece - 1, piece}) {
             for (const std::size_t second : {std::size_t{4}, piece - 1, piece, 2 * piece, 3 * piece}) {
@@ -40,9 +41,9 @@ TEST(FileCursor, ReadsWhatStandsAtThePosition) {
     }
 }
 
-TEST(FileCursor, PassesWordsOfZeros) {
+TEST(FileCursor, SkipsWordsOfZeros) {
     const struct {
-        std::size_t start, other, end, expected;  // place of the byte that is not 0
+        std::size_t start, other, end, expected;  // `other` is the offset of the byte that is not 0
     } cases[] = {
         {0, 0, 40, 0},      {0, 3, 40, 0},           {0, 4, 40, 4},         {0, 39, 40, 36},
         {0, 40, 40, 40},    {2, 9, 40, 6},           {2, 10, 40, 10},       {0, 99, 100, 96},

@@ -7,9 +7,8 @@
 
 #include "format/ZEBWriter.h"
 
-/// A movie of two seconds, written down byte by byte: what the writer must produce and a reader must
-/// understand. Its sound is shorter than a real second's and its frames are no sprites; the container does
-/// not mind.
+/// A movie of two seconds, byte by byte. The writer must produce it and the reader must accept it. Its sound
+/// is shorter than a second and its frames are no sprites: the container code does not check either.
 namespace zeb::test::golden {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -38,7 +37,7 @@ inline std::vector<Second> seconds() {
             {{0x80, 0x80, 0x80}, {{0xB1}, {0xC1, 0xC2, 0xC3, 0xC4, 0xC5}}}};
 }
 
-// Places in the file.
+// Offsets in the file.
 inline constexpr std::size_t totalFrames = 22;
 inline constexpr std::size_t maxSecondBlockSize = 26;
 inline constexpr std::size_t index = 38;
@@ -72,7 +71,7 @@ inline Bytes movie() {
 }
 // clang-format on
 
-/// The same before its writer finished it.
+/// The movie before its writer has finished it.
 inline Bytes unfinishedMovie() {
     Bytes bytes = movie();
     std::fill_n(bytes.begin() + maxSecondBlockSize, 4, std::uint8_t{0});
@@ -80,7 +79,7 @@ inline Bytes unfinishedMovie() {
     return bytes;
 }
 
-/// The finished movie of its first second alone. The index keeps its two entries.
+/// The finished movie with its first second only. The index keeps its two entries.
 inline Bytes firstSecondAlone() {
     Bytes bytes = unfinishedMovie();
     bytes.resize(secondBlock);

@@ -13,11 +13,11 @@
 
 namespace zeb::test {
 
-/// A file in memory whose calls can be made to fail. Outlives the handles on it.
+/// A file in memory whose calls can be made to fail. Must outlive its handles.
 struct MemoryDisk {
     struct Call {
         enum class Kind { write, truncate, synchronise } kind;
-        std::uint64_t offset = 0;  ///< of a write; the new size of a truncation
+        std::uint64_t offset = 0;  ///< of a write; for a truncation the new size
         std::vector<std::uint8_t> bytes;
 
         void applyTo(std::vector<std::uint8_t>& file) const {
@@ -29,17 +29,17 @@ struct MemoryDisk {
     };
 
     std::vector<std::uint8_t> bytes;
-    std::vector<Call> journal;  ///< what succeeded and changes the file
+    std::vector<Call> journal;  ///< successful calls that change the file
     int calls = 0;
-    int failFrom = 0;  ///< number of the first call that fails, from 1; 0 = none does
-    int failTo = 0;    ///< and of the last
+    int failFrom = 0;  ///< number of the first failing call, from 1; 0 = no call fails
+    int failTo = 0;    ///< number of the last failing call
 
-    /// Counts a call; true when it is to fail.
+    /// Counts a call. Returns true if it must fail.
     bool countCall() { return ++calls >= failFrom && calls <= failTo; }
     void mayFail() {
         if (countCall()) fail();
     }
-    /// The error's path is the number of the call.
+    /// Throws a `FileError` whose path is the number of the call.
     [[noreturn]] void fail() const { throw FileError(std::to_string(calls), ENOSPC); }
 };
 
@@ -55,7 +55,7 @@ public:
         m_disk.mayFail();
         return m_position = m_disk.bytes.size();
     }
-    /// A write that fails has written half of its bytes, as a full disk does.
+    /// A failing write stores half of its bytes, like a full disk.
     using WritableFile::write;
     void write(std::span<const std::span<const std::uint8_t>> pieces) override {
         const bool fails = m_disk.countCall();
@@ -89,7 +89,7 @@ private:
 
 class MemoryReadableFile : public ReadableFile {
 public:
-    /// `before` is called before the file is looked at; it may change it or throw.
+    /// `before` is called before each access. It may change the file or throw.
     explicit MemoryReadableFile(
         const std::vector<std::uint8_t>& bytes, std::function<void()> before = [] {})
         : m_bytes(bytes), m_before(std::move(before)) {}
@@ -117,14 +117,14 @@ inline std::int64_t finish(MemoryDisk& disk) {
     return finishPartialFile(source, target);
 }
 
-/// `PartialFile::copyWholeSeconds` from bytes to an empty disk.
+/// Calls `PartialFile::copyWholeSeconds` with an empty disk as the target.
 inline void copyWholeSeconds(const std::vector<std::uint8_t>& bytes, MemoryDisk& disk) {
     MemoryReadableFile source(bytes);
     MemoryWritableFile target(disk);
     PartialFile(source).copyWholeSeconds(target);
 }
 
-/// What went wrong, as "domain code text"; empty when nothing did.
+/// The error of `action` as "domain code text". Empty if it succeeds.
 template <typename Action>
 std::string failure(Action action) {
     try {

@@ -21,11 +21,11 @@ const Bytes record = {2, 32, 0, 0x40, 0, 16, 0,   8,   0,   0,   0, 0, 0, 0, 0, 
                       0, 0,  0, 0,    0, 0,  'R', 'L', 'E', '2', 0, 0, 1, 0, 0x81, 0x12, 0x34};
 constexpr std::size_t recordBytes = 24 + 8 + 3;
 constexpr std::size_t fields = golden::totalFrames - 8, index = golden::index, data = golden::firstBlock;
-/// The first frame's record is longer by a byte that means nothing, so that its second is the largest.
+/// The first frame's record has one unused byte at its end, so that its second is the largest.
 constexpr std::size_t blockBytes = 4 + 4 + soundBytes + fps * (4 + recordBytes) + 1;
 constexpr std::size_t firstFrame = data + 8 + soundBytes;
 
-/// Of the golden movie's form, but with whole seconds of sound and real frames.
+/// Like the golden movie, but with complete seconds of sound and real frames.
 Bytes movie(const MovieParameters& parameters = golden::parameters(), const Bytes& frame = record) {
     MemoryDisk disk;
     ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), parameters);
@@ -45,7 +45,7 @@ MovieCheck check(const Bytes& bytes, const std::function<bool()>& isCancelled = 
     return checkMovie([&bytes] { return std::make_unique<MemoryReadableFile>(bytes); }, isCancelled);
 }
 
-/// "right" and the seconds, or the fault with its offset.
+/// "right SECONDS" for a valid movie, else the offset and text of the fault.
 std::string verdict(const Bytes& bytes) {
     try {
         const MovieCheck result = check(bytes);
@@ -65,7 +65,7 @@ Change resize(std::size_t size) {
     return [=](Bytes& bytes) { bytes.resize(size); };
 }
 
-TEST(MovieCheck, FindsTheFirstFault) {
+TEST(MovieCheck, ReportsFirstFaultWithItsOffset) {
     const Bytes good = movie();
     MemoryDisk shorter;
     shorter.bytes.assign(good.begin(), good.end() - 1);
@@ -76,7 +76,7 @@ TEST(MovieCheck, FindsTheFirstFault) {
 
     constexpr std::size_t second = data + blockBytes, lastFrame = second + blockBytes - 1 - recordBytes - 4;
     const std::string secondText = std::to_string(second), largest = std::to_string(blockBytes);
-    // The first second's length field with `more` bytes.
+    // Makes the length field of the first second larger by `more`.
     const auto length = [](int more) {
         const std::size_t value = blockBytes - 4 + static_cast<std::size_t>(more);
         return set(data, {0, 0, static_cast<std::uint8_t>(value >> 8), static_cast<std::uint8_t>(value)});
@@ -128,10 +128,10 @@ TEST(MovieCheck, FindsTheFirstFault) {
     }
 }
 
-TEST(MovieCheck, KnowsBothModesTitlesAndEmptyMovies) {
+TEST(MovieCheck, ChecksBothModesTitlesAndEmptyMovies) {
     MovieParameters narrow = golden::parameters();
     narrow.qlMode = 4;
-    narrow.width = 5;  // stored eight pixels wide
+    narrow.width = 5;  // stored with a width of eight pixels
     Bytes frame(32 + 8 * 4);
     std::ranges::copy(Bytes{1, 0, 0, 0, 0, 8, 0, 8, 0, 0, 0, 0, 0, 0, 0, 20}, frame.begin());
     const auto place = [](std::size_t inRecord) { return std::to_string(firstFrame + 4 + inRecord) + " "; };
@@ -145,7 +145,8 @@ TEST(MovieCheck, KnowsBothModesTitlesAndEmptyMovies) {
     EXPECT_TRUE(
         verdict(movie(narrow, Bytes(24))).starts_with(place(0) + "frame 0 cannot be decoded: payload="));
 
-    // Pixels without a sprite can be shown, but do not belong into movies; the first frame has one byte more.
+    // Raw pixels without a sprite can be shown, but are not valid in a movie. The first frame has an extra
+    // byte.
     MovieParameters pixel = golden::parameters();
     pixel.width = 2;
     pixel.height = 1;
@@ -182,19 +183,19 @@ TEST(MovieCheck, StopsAtAnyFrameWhenCancelled) {
     }
 }
 
-TEST(MovieCheck, EveryByteOfAHeaderAndRecordMatters) {
-    // The title may be anything, and so may pixels and sound; every other byte turned over is found.
+TEST(MovieCheck, ChecksEveryHeaderAndRecordByte) {
+    // Title, pixels and sound may have any value. Inverting any other byte must be reported.
     const Bytes good = movie();
     const auto isFree = [](std::size_t place) {
         const bool isTitle = place >= 10 && place < fields - 1;
-        const bool isLoop = place == fields + 21;  // one bit of it may be set
+        const bool isLoop = place == fields + 21;  // bit 0 may be set
         const std::size_t inRecord = place - (firstFrame + 4);
-        // Form and origin of a sprite mean nothing here; the mask pointer and the pixels may vary.
+        // The form and origin of a sprite are not checked. The mask pointer and the pixels may vary.
         const bool isPixels = place >= firstFrame + 4 && (inRecord == 0 || inRecord == 2 || inRecord >= 8);
         return isTitle || isLoop || isPixels;
     };
     for (std::size_t place = 0; place < firstFrame + 4 + recordBytes; ++place) {
-        if (place == data + 8) place = firstFrame;  // the sound
+        if (place == data + 8) place = firstFrame;  // skips the sound
         Bytes bytes = good;
         bytes[place] ^= 0xFF;
         if (!isFree(place)) {

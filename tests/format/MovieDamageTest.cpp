@@ -1,4 +1,5 @@
-// Damage to movies, by where it is and what it does: which seconds are found, and what is made of them.
+// Damaged movies, listed by place and kind of damage: which seconds are found and what repairing makes of
+// them.
 
 #include "format/ZEBErrors.h"
 
@@ -24,7 +25,7 @@ using State = BlockWalker::State;
 
 constexpr int fps = 2, seconds = 6;
 constexpr std::size_t index = 34, data = index + 4 * seconds;
-/// A block's sound stands at 4, its frames at 11 and 16.
+/// In a block, the size of the sound is at offset 4, the sizes of the frames are at 11 and 16.
 constexpr std::size_t blockBytes = 22;
 
 constexpr std::size_t block(int second) {
@@ -34,7 +35,7 @@ constexpr std::size_t entry(int second) {
     return index + 4 * static_cast<std::size_t>(second);
 }
 
-/// The seconds of that list as a writer leaves them, with room for six.
+/// A finished movie of the listed seconds with an index of six entries.
 Bytes movieOf(const std::vector<int>& numbers) {
     MemoryDisk disk;
     ZEBWriter writer(
@@ -70,8 +71,8 @@ void clearIndex(Bytes& bytes) {
         set(entry(second), 0)(bytes);
 }
 
-/// What a walker finds from `second` on: W for a whole block at its place, d for a damaged one, - for one of
-/// which nothing is left, t for a torn one, ! for what should not be.
+/// Blocks that a walker finds from `second` on, one letter each: W (whole and in its place), d (damaged), -
+/// (nothing left), t (torn) or ! (unexpected).
 std::string walked(const Bytes& bytes, std::int64_t second) {
     MemoryReadableFile file(bytes);
     BlockWalker walker(file, readHeader(file));
@@ -92,7 +93,7 @@ std::string walked(const Bytes& bytes, std::int64_t second) {
     return text;
 }
 
-TEST(MovieDamage, EverySecondThatCanBeReachedIsFoundAndKept) {
+TEST(MovieDamage, FindsAndKeepsAllReachableSeconds) {
     constexpr std::size_t huge = 0xFFFFFFFF, end = block(seconds);
     const auto frame = [](int second) { return block(second) + 11; };
     const auto sound = [](int second) { return block(second) + 4; };
@@ -187,8 +188,8 @@ TEST(MovieDamage, EverySecondThatCanBeReachedIsFoundAndKept) {
     }
 }
 
-/// An index of several pieces, the last of them empty, and the smallest blocks that there are.
-TEST(MovieDamage, LongMoviesAreFinishedAndCopiedPieceByPiece) {
+/// The index spans several read pieces, the last of them empty. The blocks have the smallest possible size.
+TEST(MovieDamage, FinishesAndCopiesLongMoviesInPieces) {
     constexpr int count = 16385, room = 40000;
     MemoryDisk disk;
     ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), {"", 16, 8, 1, 32, count, room, 0, false});
@@ -209,7 +210,8 @@ TEST(MovieDamage, LongMoviesAreFinishedAndCopiedPieceByPiece) {
     EXPECT_EQ(empty.bytesPerSecond, 0);
 }
 
-/// A file of 4 GiB that is all zeros behind its first bytes. Notes how much is asked for at once.
+/// A file of several GiB that contains only zeros after its first bytes. Records the size of the largest
+/// read.
 class Hole final : public ReadableFile {
 public:
     Hole(Bytes start, std::uint64_t size, std::size_t& largestRead)
@@ -230,13 +232,13 @@ private:
     std::size_t& m_largestRead;
 };
 
-TEST(MovieDamage, BlocksStartAndEndWithinFourGibibytes) {
+TEST(MovieDamage, LimitsBlocksToFourGibibytes) {
     constexpr std::uint64_t most = 0xFFFFFFFF;
     for (const auto& [length, found] :
-         {std::pair{most - 4 - data, "Wt"},  // behind the largest place comes no block
+         {std::pair{most - 4 - data, "Wt"},  // no block can start after the largest offset
           {most - 3 - data, "W"},
           {most - 4, "W"},
-          {most - 3, "d"}}) {  // larger than its field for the size can tell
+          {most - 3, "d"}}) {  // larger than its length field can state
         Bytes start = movieOf({0});
         set(block(0), length)(start);
         set(block(0) + 4, length - 4 - 4 * fps)(start);
@@ -251,7 +253,7 @@ TEST(MovieDamage, BlocksStartAndEndWithinFourGibibytes) {
     }
 }
 
-TEST(MovieDamage, PromisesOfGigabytesTakeNoMemory) {
+TEST(MovieDamage, HugeSizeFieldsCauseNoLargeReads) {
     constexpr std::uint64_t size = std::uint64_t{1} << 32;
     constexpr std::size_t most = 1 << 20;
     Bytes largeHeader = movieOf({0});

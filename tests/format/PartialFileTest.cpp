@@ -18,7 +18,7 @@ std::uint32_t wordAt(const Bytes& bytes, std::size_t place) {
     return bigEndian::load32(std::span(bytes).subspan(place).first<4>());
 }
 
-TEST(PartialFileTest, FinishesAMovieCutAnywhere) {
+TEST(PartialFileTest, FinishesMovieCutAtAnyByte) {
     for (const Bytes& movie : {golden::unfinishedMovie(), golden::movie()}) {
         for (std::size_t cut = 0; cut <= movie.size(); ++cut) {
             SCOPED_TRACE(cut);
@@ -41,8 +41,8 @@ TEST(PartialFileTest, FinishesAMovieCutAnywhere) {
     }
 }
 
-TEST(PartialFileTest, BelievesAnIndexAndCountAsFarAsTheFileReaches) {
-    // The last index entry leads to a header field that looks like a block up to the end of the file.
+TEST(PartialFileTest, LimitsIndexAndCountByFileSize) {
+    // The last index entry points to a header field that looks like a block reaching to the end of the file.
     Bytes misled = golden::movie();
     misled.pop_back();
     misled[golden::maxSecondBlockSize + 3] =
@@ -57,7 +57,7 @@ TEST(PartialFileTest, BelievesAnIndexAndCountAsFarAsTheFileReaches) {
     EXPECT_EQ(factsOf(boasting).wholeSeconds, 2);
 }
 
-TEST(PartialFileTest, CutsBlocksThatContradictThemselves) {
+TEST(PartialFileTest, CutsOffInconsistentBlocks) {
     constexpr std::size_t block = golden::secondBlock;
     const struct {
         const char* what;
@@ -80,9 +80,9 @@ TEST(PartialFileTest, CutsBlocksThatContradictThemselves) {
     }
 }
 
-/// Whatever of the calls since the last flush a power loss lets through, the movie plays: its header is
-/// unhurt, its two seconds are whole, and the index is zero or right.
-TEST(PartialFileTest, PowerLossLeavesAPlayableMovie) {
+/// A power loss may keep any subset of the calls since the last flush. The movie must still play: its header
+/// is intact, its two seconds are complete, and each index entry is zero or correct.
+TEST(PartialFileTest, PowerLossLeavesPlayableMovie) {
     MemoryDisk disk;
     const Bytes movie = golden::unfinishedMovie();
     disk.bytes = movie;
@@ -108,7 +108,7 @@ TEST(PartialFileTest, PowerLossLeavesAPlayableMovie) {
             EXPECT_EQ(facts.header.frameCount, 4);
             EXPECT_THAT(wordAt(state, golden::index), testing::AnyOf(0u, golden::firstBlock));
             EXPECT_THAT(wordAt(state, golden::index + 4), testing::AnyOf(0u, golden::secondBlock));
-            // Called finished only when it is.
+            // The header says "finished" only if the movie is finished.
             if (facts.header.blockSize != 0) {
                 EXPECT_EQ(state, golden::movie());
             }
@@ -121,7 +121,7 @@ TEST(PartialFileTest, PowerLossLeavesAPlayableMovie) {
     EXPECT_EQ(states, 2 + 4 + 2);
 }
 
-TEST(PartialFileTest, FailuresArePassedOnAndLeaveThePlayableSeconds) {
+TEST(PartialFileTest, ReportsFailuresAndKeepsPlayableSeconds) {
     MemoryDisk healthy;
     healthy.bytes = golden::unfinishedMovie();
     finish(healthy);
@@ -137,8 +137,8 @@ TEST(PartialFileTest, FailuresArePassedOnAndLeaveThePlayableSeconds) {
     }
 }
 
-/// Four blocks of 1.5 GiB: the format ends with the third, the last one to start within 32 bits.
-TEST(PartialFileTest, StopsWhereTheFormatEnds) {
+/// Four blocks of 1.5 GiB. The third one is the last whose offset fits into 32 bits.
+TEST(PartialFileTest, StopsAtSizeLimitOfFormat) {
     const TemporaryFolder folder;
     const auto file = createForWriting(folder.file("beyond.zeb"));
     constexpr std::uint64_t blockSize = 0x60000000;
@@ -155,8 +155,8 @@ TEST(PartialFileTest, StopsWhereTheFormatEnds) {
     EXPECT_EQ(finishPartialFile(folder.file("beyond.zeb")), 3);
 }
 
-/// A hole that claims to be a header of 4 GiB: little memory and hardly any time.
-TEST(PartialFileTest, SurvivesAHeaderOfGigabytes) {
+/// A sparse file whose header claims 4 GiB must take little memory and little time.
+TEST(PartialFileTest, HandlesHeaderOfGigabytesQuickly) {
     const TemporaryFolder folder;
     const auto file = createForWriting(folder.file("hole.zeb"));
     file->write(Bytes{'Z', 'E', 'B', '1', 0xFF, 0xFF, 0xFF, 0xFF});

@@ -17,7 +17,7 @@ using golden::Bytes;
 constexpr std::size_t seconds = 6, fps = 2;
 constexpr std::size_t index = golden::index, data = index + 4 * seconds;
 
-/// Of different sizes, one frame of the first second empty.
+/// Seconds of different sizes. One frame of the first second is empty.
 const std::vector<golden::Second>& allSeconds() {
     static const std::vector<golden::Second> all = [] {
         std::vector<golden::Second> result;
@@ -32,7 +32,7 @@ const std::vector<golden::Second>& allSeconds() {
     return all;
 }
 
-/// A movie of these seconds with room for all in its index.
+/// A movie of these seconds. Its index has room for all seconds.
 Bytes movieOf(const std::vector<golden::Second>& parts, bool isFinished = true) {
     MemoryDisk disk;
     MovieParameters parameters = golden::parameters();
@@ -67,7 +67,8 @@ void store(Bytes& bytes, std::size_t place, std::size_t value) {
     bigEndian::store32(std::span(bytes).subspan(place).first<4>(), static_cast<std::uint32_t>(value));
 }
 
-/// What the walker finds: "number sound frames", "number torn ...", with what was read of the parts.
+/// Seconds that the walker finds, as "NUMBER SOUND FRAMES..." or "NUMBER torn ...", with the sizes of the
+/// parts that were read.
 std::vector<std::string> walk(const Bytes& bytes, std::int64_t from = 0) {
     SecondWalker walker(std::make_unique<MemoryReadableFile>(bytes));
     walker.seekTo(from);
@@ -107,7 +108,7 @@ std::vector<std::string> endingWith(std::size_t second, const std::string& text)
     return result;
 }
 
-TEST(SecondWalker, BeginsAtAnySecondWhateverTheIndexSays) {
+TEST(SecondWalker, StartsAtAnySecondDespiteWrongIndex) {
     for (const char* indexIs : {"right", "empty", "shifted", "misleading"}) {
         Bytes bytes = movieOf(allSeconds());
         for (std::size_t s = 0; s < seconds; ++s) {
@@ -124,7 +125,7 @@ TEST(SecondWalker, BeginsAtAnySecondWhateverTheIndexSays) {
     }
 }
 
-TEST(SecondWalker, FindsWhatACutMovieHolds) {
+TEST(SecondWalker, FindsAllPartsOfCutMovie) {
     const Bytes whole = movieOf(allSeconds(), false);
     for (std::size_t size = blockAt(5); size <= whole.size(); ++size) {
         const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
@@ -143,13 +144,13 @@ TEST(SecondWalker, FindsWhatACutMovieHolds) {
     }
 }
 
-TEST(SecondWalker, GoesOnBehindDamage) {
+TEST(SecondWalker, ContinuesAfterDamagedSeconds) {
     const struct {
         const char* name;
         bool hasIndex;
-        std::vector<std::pair<std::size_t, std::size_t>> changes;  ///< place, size field
+        std::vector<std::pair<std::size_t, std::size_t>> changes;  ///< offset and new value of a size field
         std::vector<std::string> found;
-        std::vector<std::size_t> kept;  ///< whole seconds
+        std::vector<std::size_t> kept;  ///< complete seconds
     } cases[] = {
         {"a length too large", true, {{blockAt(2), 0xFFFFFFF0}}, wholeWalk, {0, 1, 3, 4, 5}},
         {"a length too large, no index", false, {{blockAt(2), 0xFFFFFFF0}}, wholeWalk, {0, 1, 3, 4, 5}},
@@ -230,7 +231,7 @@ TEST(SecondWalker, GoesOnBehindDamage) {
             EXPECT_THROW(partial.finish(target), MovieDamageError);
             EXPECT_TRUE(disk.journal.empty());
         }
-        // What is rescued is the movie of the whole seconds.
+        // The copy is the movie of the complete seconds.
         MemoryDisk rescued;
         MemoryWritableFile target(rescued);
         partial.copyWholeSeconds(target);
@@ -239,7 +240,7 @@ TEST(SecondWalker, GoesOnBehindDamage) {
     }
 }
 
-TEST(SecondWalker, ReadsRecordsThatCanBePictures) {
+TEST(SecondWalker, SkipsRecordsTooLargeForPictures) {
     std::vector<golden::Second> parts = allSeconds();
     parts[1].frames[1].assign(100'000, 0x5A);  // too large for 16 x 8 pixels
     const Bytes bytes = movieOf(parts);
@@ -254,9 +255,9 @@ TEST(SecondWalker, ReadsRecordsThatCanBePictures) {
     }
 }
 
-TEST(SecondWalker, TakesNoMoreFramesThanPlay) {
+TEST(SecondWalker, LimitsFramesPerSecondByHeader) {
     Bytes bytes = movieOf(allSeconds());
-    bytes[golden::totalFrames - 3] = 1;  // the rate
+    bytes[golden::totalFrames - 3] = 1;  // one frame per second instead of two
     SecondWalker walker(std::make_unique<MemoryReadableFile>(bytes));
     for (std::size_t second = 0; second < seconds; ++second) {
         const auto found = walker.next();
@@ -267,7 +268,7 @@ TEST(SecondWalker, TakesNoMoreFramesThanPlay) {
     EXPECT_FALSE(walker.next());
 }
 
-TEST(MovieFacts, TellFinishedMoviesFromOthers) {
+TEST(MovieFacts, DistinguishFinishedAndUnfinishedMovies) {
     const Bytes finished = movieOf(allSeconds());
     const MovieFacts facts = factsOf(finished);
     EXPECT_TRUE(facts.isFinished && facts.wasFinished && facts.isLooping());

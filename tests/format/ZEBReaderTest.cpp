@@ -13,7 +13,7 @@ namespace {
 using namespace test;
 using golden::Bytes;
 
-TEST(ZEBHeaderTest, ParsesTheGoldenMovie) {
+TEST(ZEBHeaderTest, ParsesEveryFieldOfGoldenMovie) {
     const Bytes movie = golden::movie();
     const ZEBHeader header = parseHeader(std::span(movie).subspan(8, golden::firstBlock - 8));
     EXPECT_EQ(header.title, "QL!");
@@ -29,10 +29,10 @@ TEST(ZEBHeaderTest, ParsesTheGoldenMovie) {
     EXPECT_THAT(header.indexOffsets, testing::ElementsAre(46, 67));
 }
 
-TEST(ZEBHeaderTest, ReadsTitlesAndTakesZeroAsOne) {
+TEST(ZEBHeaderTest, DecodesTitlesAndReplacesZeroSizes) {
     for (const auto& [stored, title] : {std::pair<std::string, std::string>{"5 \xE2\x82\xAC", "5 €"},
                                         {"Caf\xE9", "ZEB"},      // Latin-1
-                                        {"\xE2\x82", "ZEB"}}) {  // a cut character
+                                        {"\xE2\x82", "ZEB"}}) {  // an incomplete character
         Bytes body{0, static_cast<std::uint8_t>(stored.size())};
         body.insert(body.end(), stored.begin(), stored.end());
         body.resize((body.size() + 1) / 2 * 2 + 24);
@@ -42,7 +42,7 @@ TEST(ZEBHeaderTest, ReadsTitlesAndTakesZeroAsOne) {
     }
 }
 
-TEST(ZEBHeaderTest, KnowsWellFormedTitles) {
+TEST(ZEBHeaderTest, AcceptsOnlyWellFormedUTF8Titles) {
     for (const std::string title :
          {"\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80", "\xEF\xBF\xBF",
           "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "a\xC3\xA4z"})
@@ -54,7 +54,7 @@ TEST(ZEBHeaderTest, KnowsWellFormedTitles) {
         EXPECT_EQ(decodeTitle(Bytes(title.begin(), title.end())), "ZEB") << testing::PrintToString(title);
 }
 
-TEST(ZEBHeaderTest, BelievesSizesAsFarAsTheFileReaches) {
+TEST(ZEBHeaderTest, LimitsSizeFieldsByFileSize) {
     const auto changed = [](std::size_t place, std::initializer_list<std::uint8_t> bytes) {
         Bytes file = golden::movie();
         std::ranges::copy(bytes, file.begin() + static_cast<std::ptrdiff_t>(place));
@@ -66,7 +66,7 @@ TEST(ZEBHeaderTest, BelievesSizesAsFarAsTheFileReaches) {
         {{'Z', 'E', 'B', '1', 0, 0, 0}, "999 Unerwartetes EOF"},
         {{'Z', 'E', 'B', '1', 0, 0, 0, 0}, "999 Header zu kurz"},
         {changed(4, {0xFF, 0xFF, 0xFF, 0xFF}), "999 Unerwartetes EOF"},
-        {changed(7, {85}), "999 Unerwartetes EOF"},  // one byte more than there is
+        {changed(7, {85}), "999 Unerwartetes EOF"},  // one byte more than the file has
         {changed(7, {3}), "999 Titel außerhalb Header"},
         {changed(7, {29}), "999 Header zu kurz"},  // one byte less than all fields
         {changed(8, {0xFF, 0xFF}), "999 Titel außerhalb Header"},
@@ -76,14 +76,14 @@ TEST(ZEBHeaderTest, BelievesSizesAsFarAsTheFileReaches) {
         MemoryReadableFile file(bytes);
         EXPECT_EQ(failure([&] { readHeader(file); }), "ZEB " + error) << testing::PrintToString(bytes);
     }
-    // Behind the longest title nothing of the header is read; it must be there all the same.
+    // The rest of the header after the longest title is not read, but the file must contain it.
     Bytes cut = changed(4, {0, 2, 0, 0});
     cut.resize(8 + 0x20000);
     MemoryReadableFile cutFile(cut);
     EXPECT_EQ(readHeader(cutFile).places.data, cut.size());
     cut.pop_back();
     EXPECT_EQ(failure([&] { readHeader(cutFile); }), "ZEB 999 Unerwartetes EOF");
-    // What does not fill an index entry is none.
+    // An incomplete index entry is ignored.
     for (const std::uint8_t size : {std::uint8_t{30}, std::uint8_t{33}, std::uint8_t{34}}) {
         const Bytes bytes = changed(7, {size});
         MemoryReadableFile file(bytes);
@@ -97,12 +97,12 @@ ZEBReader readerOf(const Bytes& bytes) {
 
 constexpr int fps = 2, seconds = 3;
 
-/// Six frames of one pixel, frame k with red k; the sound of second s is `s` three times.
+/// Six frames of one pixel; frame k has red value k. The sound of second s is three bytes of value s.
 Bytes countingMovie() {
     Bytes bytes = {'Z', 'E', 'B', '1', 0,    0,    0, 38, 0, 0,  // no title
                    0,   1,   0,   1,   0,    fps,  0, 32, 0, 0, 0, fps * seconds,
                    0,   0,   0,   0,   0x4E, 0x20, 0, 1,  0, 0, 0, 0};
-    bytes.resize(bytes.size() + 4 * seconds);  // no index: blocks are walked
+    bytes.resize(bytes.size() + 4 * seconds);  // empty index: the reader walks the blocks
     for (std::uint8_t s = 0; s < seconds; ++s) {
         bytes.insert(bytes.end(), {0, 0, 0, 4 + 3 + fps * 8, 0, 0, 0, 3, s, s, s});
         for (std::uint8_t f = 0; f < fps; ++f) {
@@ -121,7 +121,7 @@ int shownFrame(ZEBReader& reader, bool loop = false) {
     return image ? image->pixels[2] : -1;
 }
 
-TEST(ZEBReader, PlaysSeeksAndLoops) {
+TEST(ZEBReader, ReadsSeeksAndLoopsFrames) {
     const Bytes movie = countingMovie();
     ZEBReader reader = readerOf(movie);
     EXPECT_EQ(shownFrame(reader), -1);  // nothing is open yet
@@ -142,11 +142,11 @@ TEST(ZEBReader, PlaysSeeksAndLoops) {
     EXPECT_EQ(shownFrame(reader), 5);
 }
 
-TEST(ZEBReader, TellsOnceThatFramesCannotBeDecoded) {
+TEST(ZEBReader, ReportsRunsOfUndecodableFramesOnce) {
     Bytes movie = countingMovie();
     for (const std::size_t frame : {4U, 2U, 1U}) {
         const std::size_t place = frameAt(frame);
-        movie[place - 1] = 3;  // bytes: too few for a pixel
+        movie[place - 1] = 3;  // record size in bytes: too small for a pixel
         movie.erase(movie.begin() + static_cast<std::ptrdiff_t>(place));
     }
     ZEBReader reader = readerOf(movie);
@@ -156,7 +156,7 @@ TEST(ZEBReader, TellsOnceThatFramesCannotBeDecoded) {
         EXPECT_EQ(shownFrame(reader), shown);
     EXPECT_THAT(testing::internal::GetCapturedStdout(),
                 testing::MatchesRegex("ZEB decode failed: [^\n]+\nZEB decode failed: [^\n]+\n"));
-    // A file that is no movie has no frames.
+    // A file without a valid header has no frames.
     movie[0] = 'z';
     ZEBReader none = readerOf(movie);
     EXPECT_THROW(none.readHeader(), ZEBFormatError);
@@ -164,13 +164,13 @@ TEST(ZEBReader, TellsOnceThatFramesCannotBeDecoded) {
     EXPECT_EQ(shownFrame(none), -1);
 }
 
-TEST(ZEBReader, FollowsAnIndexToWholeBlocksOnly) {
+TEST(ZEBReader, FollowsIndexOnlyToMatchingBlocks) {
     constexpr std::uint8_t first = 46, block = 27, index = 34;
     const std::vector<std::uint8_t> indexes[] = {
         {first, first + block, first + 2 * block},      // right
-        {first, 3, 7},                                  // into the header
-        {first, first + block + 1, first + block + 7},  // into blocks
-        {first, 250, 251},                              // behind the file
+        {first, 3, 7},                                  // points into the header
+        {first, first + block + 1, first + block + 7},  // points into blocks
+        {first, 250, 251},                              // points past the end of the file
         {first, first + 2 * block, first + block},      // exchanged
         {first + block, first + block, first},
     };
@@ -187,8 +187,9 @@ TEST(ZEBReader, FollowsAnIndexToWholeBlocksOnly) {
     }
 }
 
-/// Cut anywhere, it shows every frame that is whole and then says that the file ends; seeking leads back.
-TEST(ZEBReader, ShowsWhatACutMovieHolds) {
+/// For every cut, the reader returns all complete frames and then reports the end of the file. Seeking back
+/// works.
+TEST(ZEBReader, ReadsAllFramesOfCutMovie) {
     const Bytes whole = countingMovie();
     constexpr std::size_t header = 46, blockStart = 4 + 4 + 3, block = blockStart + fps * 8;
     for (std::size_t size = header; size <= whole.size(); ++size) {
@@ -209,7 +210,7 @@ TEST(ZEBReader, ShowsWhatACutMovieHolds) {
     }
 }
 
-TEST(ZEBReader, GathersSoundAsFarAsItCanBeTold) {
+TEST(ZEBReader, ReadsSoundOrReportsTruncation) {
     const Bytes whole = countingMovie();
     for (const auto& [size, expected] : {std::pair<std::size_t, std::string>{3, "ZEBReader 2 Truncated u32"},
                                          {20, "ZEBReader 1 Unexpected EOF"},

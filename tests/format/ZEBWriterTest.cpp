@@ -22,7 +22,7 @@ void write(ZEBWriter& writer, const Second& second) {
     writer.writeSecond(second.sound, frames);
 }
 
-/// "label value" of the `ZEBWriterError` that `action` throws.
+/// The `ZEBWriterError` that `action` throws, as "LABEL VALUE".
 std::string errorOf(const std::function<void()>& action) {
     try {
         action();
@@ -32,7 +32,7 @@ std::string errorOf(const std::function<void()>& action) {
     return "none";
 }
 
-TEST(ZEBWriterTest, WritesTheGoldenMovieOverAnExistingFile) {
+TEST(ZEBWriterTest, ReplacesExistingFileWithGoldenMovie) {
     const TemporaryFolder folder;
     const std::string path = folder.file("movie.zeb");
     store(path, "something older and longer than nothing");
@@ -46,7 +46,7 @@ TEST(ZEBWriterTest, WritesTheGoldenMovieOverAnExistingFile) {
     EXPECT_EQ(contents<Bytes>(path), golden::movie());
 }
 
-TEST(ZEBWriterTest, StoresEveryFieldInItsPlace) {
+TEST(ZEBWriterTest, StoresEveryFieldAtItsOffset) {
     MovieParameters movie;
     movie.width = 0x0102;
     movie.height = 0x0304;
@@ -63,7 +63,7 @@ TEST(ZEBWriterTest, StoresEveryFieldInItsPlace) {
     EXPECT_EQ(disk.bytes, expected);
 }
 
-/// The number of the call that failed; nothing when none did.
+/// The number of the failed call. Empty if `action` succeeds.
 std::string failedCall(const std::function<void()>& action) {
     try {
         action();
@@ -73,7 +73,7 @@ std::string failedCall(const std::function<void()>& action) {
     return {};
 }
 
-TEST(ZEBWriterTest, CutsOffWhatAFailedWriteLeft) {
+TEST(ZEBWriterTest, TruncatesFileAfterFailedWrite) {
     for (const bool cuttingFails : {false, true}) {
         MemoryDisk disk;
         disk.failFrom = 1;
@@ -83,7 +83,7 @@ TEST(ZEBWriterTest, CutsOffWhatAFailedWriteLeft) {
             "1");
         EXPECT_EQ(disk.bytes.size(), cuttingFails ? golden::firstBlock / 2 : 0U);
     }
-    for (const int failures : {1, 2, 3}) {  // the write, the cutting off, the way back
+    for (const int failures : {1, 2, 3}) {  // fails the write, also the truncation, also the seek back
         MemoryDisk disk;
         MovieParameters movie = golden::parameters();
         movie.frameIndexCount = 3;
@@ -97,7 +97,7 @@ TEST(ZEBWriterTest, CutsOffWhatAFailedWriteLeft) {
         EXPECT_EQ(writer.bytesWritten(), before.size());
         EXPECT_EQ(disk.bytes.size(), before.size() + (failures == 1 ? 0 : (4 + 21) / 2));
         if (failures > 1) continue;
-        // The next second goes where the failed one was to go.
+        // The next second is written where the failed one would have been.
         EXPECT_EQ(disk.bytes, before);
         write(writer, golden::seconds()[1]);
         EXPECT_EQ(disk.bytes.size(), before.size() + 4 + 21);
@@ -108,7 +108,7 @@ TEST(ZEBWriterTest, CutsOffWhatAFailedWriteLeft) {
     }
 }
 
-TEST(ZEBWriterTest, FlushesAndReportsTheFirstFailureOfClosing) {
+TEST(ZEBWriterTest, CloseFlushesAndReportsFirstFailure) {
     for (const auto& [from, to, expected] : {std::tuple{0, 0, ""}, {1, 1, "1"}, {2, 2, "2"}, {1, 2, "1"}}) {
         MemoryDisk disk;
         ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), golden::parameters());
@@ -116,9 +116,9 @@ TEST(ZEBWriterTest, FlushesAndReportsTheFirstFailureOfClosing) {
         disk.failFrom = from;
         disk.failTo = to;
         EXPECT_EQ(failedCall([&] { writer.close(); }), expected);
-        EXPECT_EQ(disk.calls, 2);  // flushed and closed whatever happened
+        EXPECT_EQ(disk.calls, 2);  // both flush and close are called
     }
-    // So does finishing, at last.
+    // Finishing ends with a flush, too.
     MemoryDisk disk;
     ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk), golden::parameters());
     writer.finish();
@@ -126,7 +126,7 @@ TEST(ZEBWriterTest, FlushesAndReportsTheFirstFailureOfClosing) {
     EXPECT_THROW(createMovieFile("/nonexistent/folder/movie.zeb"), ZEBConverterError);
 }
 
-TEST(ZEBWriterTest, StoresTitles) {
+TEST(ZEBWriterTest, StoresTitlesInLatin1OrUTF8) {
     Bytes longest(2 + 65536, 'x');
     longest[0] = longest[1] = 0xFF;
     longest.back() = 0;
@@ -136,7 +136,7 @@ TEST(ZEBWriterTest, StoresTitles) {
     } cases[] = {
         {"", {0, 0}},
         {"a\u0080\u00FF", {0, 3, 'a', 0x80, 0xFF, 0}},  // all of Latin-1
-        {"\u0100", {0, 2, 0xC4, 0x80}},                 // and the first that is not
+        {"\u0100", {0, 2, 0xC4, 0x80}},                 // the first character outside Latin-1
         {"ab", {0, 2, 'a', 'b'}},
         {"Caf\u00E9", {0, 4, 'C', 'a', 'f', 0xE9}},
         {"5 \u20AC", {0, 5, '5', ' ', 0xE2, 0x82, 0xAC, 0}},
@@ -153,7 +153,7 @@ TEST(ZEBWriterTest, StoresTitles) {
     }
 }
 
-TEST(ZEBWriterTest, RefusesWhatDoesNotFitInOrder) {
+TEST(ZEBWriterTest, ReportsFirstValueOutOfRange) {
     constexpr std::int64_t huge = std::numeric_limits<std::int64_t>::max();
     const struct {
         const char* label;
@@ -163,7 +163,7 @@ TEST(ZEBWriterTest, RefusesWhatDoesNotFitInOrder) {
         {"width", 0, [](MovieParameters& m) { m.width = -1, m.height = -1; }},
         {"qlMode", 70000, [](MovieParameters& m) { m.qlMode = 70000, m.totalFrames = -1; }},
         {"totalFrames", 4294967296, [](MovieParameters& m) { m.totalFrames = 4294967296; }},
-        // 30 bytes with the title, then 4 for each entry.
+        // 30 bytes including the title, and 4 bytes per index entry.
         {"header size", 30 + 4 * 1073741817ull, [](MovieParameters& m) { m.frameIndexCount = 1073741817; }},
         {"header size", ~0ull, [](MovieParameters& m) { m.frameIndexCount = huge; }},
     };
@@ -185,9 +185,9 @@ TEST(ZEBWriterTest, RefusesWhatDoesNotFitInOrder) {
     EXPECT_EQ(errorOf([&] { writer.finish(); }), "frame index offsets count 1");
 }
 
-TEST(ZEBWriterTest, RefusesSecondsBeyondThirtyTwoBitsUnwritten) {
+TEST(ZEBWriterTest, RejectsOversizedSecondsBeforeWriting) {
     constexpr std::size_t tooMuch = std::size_t{1} << 32;
-    // There is only one byte: sizes must be refused before anything is copied.
+    // The spans refer to one byte only: sizes must be checked before copying.
     const std::uint8_t byte = 0;
     const auto bytes = [&](std::size_t size) { return std::span(&byte, size); };
     const std::span<const std::uint8_t> small;
@@ -209,7 +209,7 @@ TEST(ZEBWriterTest, RefusesSecondsBeyondThirtyTwoBitsUnwritten) {
         EXPECT_EQ(errorOf([&] { writer.writeSecond(refused.sound, refused.frames); }),
                   refused.label + (" " + std::to_string(refused.value)));
         EXPECT_EQ(disk.bytes, before) << refused.label;
-        // The refused second has taken its place in the index.
+        // The rejected second has used an index entry.
         write(writer, golden::seconds()[0]);
         writer.finish();
         EXPECT_EQ(disk.bytes[golden::index + 3], golden::firstBlock);
@@ -217,7 +217,7 @@ TEST(ZEBWriterTest, RefusesSecondsBeyondThirtyTwoBitsUnwritten) {
     }
 }
 
-/// Keeps the beginning of what is written and forgets the rest.
+/// Stores small writes only and discards large ones.
 class ForgetfulFile : public MemoryWritableFile {
 public:
     using MemoryWritableFile::MemoryWritableFile;
@@ -228,7 +228,7 @@ public:
     }
 };
 
-TEST(ZEBWriterTest, LastBlockMayStartAtTheLastOffset) {
+TEST(ZEBWriterTest, AllowsBlockAtLastOffsetOnly) {
     constexpr std::uint64_t lastOffset = 0xFFFFFFFF;
     constexpr std::size_t piece = std::size_t{32} << 20;
     const Bytes zeroBytes(piece);
@@ -243,7 +243,7 @@ TEST(ZEBWriterTest, LastBlockMayStartAtTheLastOffset) {
     writer.writeSecond({}, {});
     EXPECT_EQ(errorOf([&] { writer.writeSecond({}, {}); }),
               "one-second block file offset " + std::to_string(lastOffset + 8));
-    // The refused one has no place in the index: the last entry is the block before it.
+    // The rejected block has no index entry: the last entry is the block before it.
     writer.finish();
     const auto end = disk.bytes.begin() + golden::index + 130 * 4;
     EXPECT_EQ(Bytes(end - 8, end), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}));

@@ -8,7 +8,7 @@ namespace {
 using test::clip;
 using test::numberedFrames;
 
-/// Replaces 32-bit fields of a file in the ISO format that lie `offset` bytes behind the name of a box.
+/// Replaces 32-bit fields of an ISO media file at `offset` bytes after the name of each matching box.
 std::string patched(std::string file, const std::string& box, std::size_t offset, std::uint32_t value) {
     for (std::size_t at = file.find(box); at != std::string::npos; at = file.find(box, at + 4)) {
         for (std::size_t i = 0; i < 4; ++i)
@@ -17,7 +17,7 @@ std::string patched(std::string file, const std::string& box, std::size_t offset
     return file;
 }
 
-TEST(AssetDuration, IsFoundWhereContainersDoNotTell) {
+TEST(AssetDuration, IsMeasuredWhereContainersOmitIt) {
     for (const std::string name :
          {"h264.h264", "mpeg2.m2v", "mjpeg.mjpeg", "h264.ts", "mpeg2.mpg", "mpeg4.avi"})
         EXPECT_NEAR(test::open(test::numberedFilm(name))->duration(), 4, 0.045) << name;
@@ -33,7 +33,7 @@ TEST(AssetDuration, IsFoundWhereContainersDoNotTell) {
     }
 }
 
-TEST(AssetDuration, AbsurdClaimsAreNotBelieved) {
+TEST(AssetDuration, IgnoresAbsurdLengthsInHeaders) {
     const std::string honest = test::contents(test::numberedFilm("fragments.mp4"));
     for (const std::uint32_t claimed : {144'000'000U, 3'600'000U}) {  // milliseconds
         const std::string lie = patched(patched(honest, "mvhd", 20, claimed), "tkhd", 24, claimed);
@@ -41,7 +41,7 @@ TEST(AssetDuration, AbsurdClaimsAreNotBelieved) {
     }
 }
 
-TEST(AssetDuration, CountsSoundThatOutlastsThePictures) {
+TEST(AssetDuration, IncludesSoundLongerThanPictures) {
     for (const char* name : {"long-sound.mp4", "long-sound.mkv", "long-sound.ts"}) {
         const std::string path = clip(
             name, numberedFrames(50) + "-f lavfi -i sine=d=3.5 -map 0 -map 1 " + test::h264 + "-c:a aac");
@@ -49,7 +49,7 @@ TEST(AssetDuration, CountsSoundThatOutlastsThePictures) {
     }
 }
 
-TEST(AssetFrameRate, IsTheAverage) {
+TEST(AssetFrameRate, IsAverageOfUnevenFrames) {
     struct Case {
         const char* name;
         const char* rate;
@@ -62,7 +62,7 @@ TEST(AssetFrameRate, IsTheAverage) {
              Case{"film-rate.ts", "24000/1001", "", 23.976},
              Case{"film-rate.h264", "24000/1001", "", 23.976},
              Case{"clock-90000.mp4", "25", "-video_track_timescale 90000", 25},
-             // Uneven delays: 0, 1, 4, 5, 8, 9 ... fiftieths of a second
+             // Uneven times: 0, 1, 4, 5, 8, 9 ... fiftieths of a second
              Case{"uneven.mp4", "50", "-vf setpts=2*N-mod(N\\,2) -fps_mode passthrough", 25},
              Case{"nominal-1000.mkv", "1000", "-vf setpts=40*N -fps_mode passthrough", 25},
              Case{"nominal-1000.avi", "1000", "-vf setpts=40*N -fps_mode passthrough", 25},
@@ -76,7 +76,7 @@ TEST(AssetFrameRate, IsTheAverage) {
     }
 }
 
-TEST(AssetTracks, CoversAreNotFilmsAndTheDefaultFilmComesFirst) {
+TEST(AssetTracks, OmitCoversAndListDefaultVideoFirst) {
     clip("cover.png", "-f lavfi -i color=red:s=48x48 -frames:v 1");
     clip("red.mkv", "-f lavfi -i color=red:s=64x48:r=25:d=2 -c:v libx264");
     clip("numbers.mkv", numberedFrames(50) + test::h264);
@@ -98,7 +98,7 @@ TEST(AssetTracks, CoversAreNotFilmsAndTheDefaultFilmComesFirst) {
               Widths({128, 64}));
 }
 
-TEST(AssetTracks, SoundTracksAreDescribed) {
+TEST(AssetTracks, ListRateChannelsAndFormatOfSound) {
     const auto asset = test::open(clip("sounds.mkv",
                                        "-f lavfi -i sine=r=8000:d=1 -f lavfi -i anullsrc=cl=5.1:r=48000:d=1 "
                                        "-map 0 -map 1 -t 1 -c:a:0 pcm_s16le -c:a:1 ac3"));

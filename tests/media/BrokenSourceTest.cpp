@@ -18,7 +18,7 @@ using test::numberedFrames;
 using test::stored;
 using testing::HasSubstr;
 
-/// A film of 8 s and a tone, made for the container that the name's extension tells.
+/// A video of 8 s with a tone, in the container that the extension states.
 std::string soundFilm(const std::string& name, const std::string& options = "") {
     clip("eight-seconds.mkv",
          numberedFrames(200) + "-f lavfi -i sine=d=8:r=48000 -map 0 -map 1 -c:v ffv1 -c:a pcm_s16le");
@@ -27,13 +27,13 @@ std::string soundFilm(const std::string& name, const std::string& options = "") 
     return clip(name, "-i @eight-seconds.mkv " + coding + options);
 }
 
-/// The second half of the file is not there.
+/// Stores the first half of the file. Returns its path.
 std::string halved(const std::string& path) {
     const std::string bytes = test::contents(path);
     return stored("half-" + fs::path(path).filename().string(), bytes.substr(0, bytes.size() / 2));
 }
 
-TEST(BrokenOffFilm, EndsWhereItsPicturesEndAndTellsWhatIsStated) {
+TEST(BrokenOffFilm, EndsWithPicturesAndReportsStatedEnd) {
     const struct {
         const char* name;
         bool statesItsEnd;
@@ -64,13 +64,13 @@ TEST(BrokenOffFilm, EndsWhereItsPicturesEndAndTellsWhatIsStated) {
         EXPECT_EQ(end.stated.has_value(), c.statesItsEnd);
         EXPECT_NEAR(end.stated.value_or(8), 8, 0.15);
         EXPECT_LT(cut->duration(), 6);
-        // Where the container tells packets apart, a torn one does not count.
+        // If the container states packet sizes, an incomplete packet is not counted.
         const auto generator = cut->makeImageGenerator(2, {});
         EXPECT_GT(test::numberAt(*generator, end.time - (c.statesItsEnd ? 0.05 : 0.4)), 50);
     }
 }
 
-TEST(BrokenOffFilm, IsNoneWhereOnlySoundGoesOn) {
+TEST(BrokenOffFilm, LongerSoundAloneIsNoBreak) {
     for (const std::string name : {"mp4", "mkv", "avi", "flv"}) {
         const auto asset = test::open(
             clip("sound-goes-on." + name,
@@ -82,7 +82,7 @@ TEST(BrokenOffFilm, IsNoneWhereOnlySoundGoesOn) {
     }
 }
 
-TEST(BrokenOffFilm, MayLackOnlySound) {
+TEST(BrokenOffFilm, ReportsStatedEndOfCutSound) {
     const std::string path =
         clip("sound-later.mp4", numberedFrames(50) + "-f lavfi -i sine=d=6 -map 0 -map 1 " + test::h264 +
                                     "-c:a pcm_s16le -f mov -movflags faststart");
@@ -95,7 +95,7 @@ TEST(BrokenOffFilm, MayLackOnlySound) {
     EXPECT_NEAR(cut->soundTracks().at(0).end.stated.value_or(0), 6, 0.01);
 }
 
-TEST(BrokenOffFilm, IsNotTakenForOneWithPicturesFarApart) {
+TEST(BrokenOffFilm, SparsePicturesAreNoBreak) {
     for (const std::string name : {"slides.mkv", "slides.mp4", "slides.ts"}) {
         for (const int count : {2, 3}) {
             const auto asset = test::open(clip(
@@ -109,7 +109,7 @@ TEST(BrokenOffFilm, IsNotTakenForOneWithPicturesFarApart) {
     }
 }
 
-/// A file whose n-th read fails, and all after it.
+/// A file in which the n-th read and all later ones fail.
 class FailingFile final : public ReadableFile {
 public:
     FailingFile(const std::string& path, int allowed) : m_file(openForReading(path)), m_allowed(allowed) {}
@@ -126,7 +126,7 @@ private:
     int m_allowed;
 };
 
-/// How many packets come, and how it ends.
+/// Number of packets read, and the error that ended reading.
 struct ReadResult {
     int packets = 0;
     std::optional<MediaError> error;
@@ -145,7 +145,7 @@ ReadResult readAll(const std::string& path, int allowedReads) {
     return result;
 }
 
-TEST(ReadError, IsNeverTakenForTheEnd) {
+TEST(ReadError, IsNeverTakenForEndOfFile) {
     for (const std::string name : {"complete.mp4", "complete.mkv", "complete.avi", "complete.ts",
                                    "complete.webm", "complete.flv", "complete.h264"}) {
         const std::string path = soundFilm(name, name == "complete.h264" ? "-an" : "");
@@ -165,7 +165,7 @@ TEST(ReadError, IsNeverTakenForTheEnd) {
     }
 }
 
-TEST(ShrinkingFile, EndsReadingInAnError) {
+TEST(ShrinkingFile, FailsAllLaterReads) {
     const auto errorOf = [](const auto& action) -> std::optional<int> {
         try {
             action();
@@ -200,7 +200,7 @@ TEST(ShrinkingFile, EndsReadingInAnError) {
                       }
                   }),
                   MediaError::cannotRead);
-        // What is opened only now learns of it as well.
+        // Readers opened after the truncation fail, too.
         EXPECT_EQ(errorOf([&] { asset->makeImageGenerator(1, {}); }), MediaError::cannotRead);
         EXPECT_EQ(errorOf([&] { asset->makeSoundReader(0, {}); }), MediaError::cannotRead);
     }

@@ -9,37 +9,37 @@
 #include "media/Media.h"
 #include "tests/platform/TemporaryFolder.h"
 
-/// Films for tests, made by the `ffmpeg` program when they are first asked for, and what they show.
+/// Videos for tests, made by the `ffmpeg` program on first use, and functions that read what they show.
 namespace zeb::test {
 
-/// Runs a command line to its end; returns its standard output. Throws unless it exits with 0. Words hold no
-/// space and no single quote; "@NAME" stands for a file in the folder of the clips.
+/// Runs a command line and returns its standard output. Throws unless it exits with 0. Words must not contain
+/// spaces or single quotes. "@NAME" means a file in the clip folder.
 std::string run(const std::string& line);
 
-/// A file for this process's tests, removed at its end.
+/// The path of a file in the clip folder, which is removed at the end of the process. `stored` also writes
+/// the file.
 std::string inClipFolder(const std::string& name);
 std::string stored(const std::string& name, const std::string& bytes);
 
-/// The path of a clip that `ffmpeg ARGUMENTS... @NAME` makes; made once per process. The extension of the
-/// name picks the container.
+/// The path of a clip that `ffmpeg ARGUMENTS... @NAME` makes once per process. The extension selects the
+/// container.
 std::string clip(const std::string& name, const std::string& arguments);
 
-/// A film of numbered pictures, 128 x 64: the number stands in the picture as eight light and dark blocks
-/// with their complement below, over noise that gives coders something to do. `numberedFrames` is its input
-/// as arguments; `numberedFilm` has 100 at 25 a second, coded as the name says, such as "vp9.webm".
+/// A video of numbered pictures, 128 x 64. Eight light or dark blocks show the number, with their complement
+/// below, over noise. `numberedFrames` returns the input arguments. `numberedFilm` has 100 pictures at 25 per
+/// second in the coding that its name states, such as "vp9.webm".
 std::string numberedFrames(int count, const std::string& rate = "25");
 std::string numberedFilm(const std::string& name);
 extern const std::string h264;  // arguments: short groups, pictures predicted from later ones
 
-/// The library under test; its messages go nowhere.
+/// The library under test, without log output.
 const MediaLibrary& library();
 std::shared_ptr<const MediaAsset> open(const std::string& path);
 std::unique_ptr<ImageGenerator> images(const std::string& path, int threads = 2);
 
 MediaTime at(double seconds);
 
-/// The number in a picture of such a film, as shown; -1 where the picture shows none clearly, -2 where there
-/// is no picture at that time.
+/// The number that a picture shows: -1 if it is not clearly readable, -2 if there is no picture at that time.
 int numberIn(const Picture& picture);
 int numberAt(ImageGenerator& generator, double time);
 
@@ -56,10 +56,10 @@ struct Drawing {
 Drawing draw(const Picture& picture, int width, int height,
              DrawingColourSpace colourSpace = DrawingColourSpace::deviceRGB);
 
-/// A drawing's distance in dB, alpha aside, from what another of its size or larger shows at the same place.
+/// PSNR in dB, without alpha, between a drawing and the same area of another one that is at least as large.
 double psnr(const Drawing& one, const Drawing& other);
 
-/// The path of a real clip; empty where they are not at hand.
+/// The path of a real clip. Empty if the clips are not available.
 std::string realClip(const std::string& name);
 
 }  // namespace zeb::test

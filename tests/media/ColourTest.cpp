@@ -14,14 +14,14 @@ using test::colourOf;
 using RGB = std::array<double, 3>;  // R'G'B', 0 ... 1
 using enum DrawingColourSpace;
 
-/// How a stream says that its colours are to be understood.
+/// Colour properties that a stream states.
 struct Marking {
     AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
     AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
     AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
 };
 
-/// The weights of red and blue by which a matrix makes Y'CbCr.
+/// Weights of red and blue in a Y'CbCr matrix.
 struct Weights {
     double red, blue;
 };
@@ -29,7 +29,7 @@ constexpr Weights bt601 = {0.299, 0.114}, bt709 = {0.2126, 0.0722}, bt2020 = {0.
 constexpr Marking pq{AVCOL_SPC_BT2020_NCL, AVCOL_TRC_SMPTE2084, AVCOL_PRI_BT2020};
 constexpr Marking hlg{AVCOL_SPC_BT2020_NCL, AVCOL_TRC_ARIB_STD_B67, AVCOL_PRI_BT2020};
 
-/// A picture of one colour as 10-bit limited-range Y'CbCr.
+/// A single-colour picture as 10-bit limited-range Y'CbCr.
 ffmpeg::Frame coded(RGB rgb, Weights weights, const Marking& marking, int width = 64, int height = 64) {
     const auto [red, blue] = weights;
     const double y = red * rgb[0] + (1 - red - blue) * rgb[1] + blue * rgb[2];
@@ -62,8 +62,8 @@ double encodePQ(double nits) {
     return std::pow((0.8359375 + 18.8515625 * p) / (1 + 18.6875 * p), 78.84375);
 }
 
-TEST(Colour, TheMatrixIsTheMarkedOneOrGuessedBySize) {
-    // Strong colours, coded by one matrix or the other: right only with the fitting one.
+TEST(Colour, UsesMarkedMatrixElseGuessesBySize) {
+    // Strong colours coded with one of two matrices. Only the matching matrix restores them.
     const struct {
         int width, height;
         Weights weights;
@@ -90,7 +90,7 @@ TEST(Colour, TheMatrixIsTheMarkedOneOrGuessedBySize) {
     }
 }
 
-TEST(Colour, MarkedRangesAreKept) {
+TEST(Colour, FollowsMarkedRange) {
     for (const auto& [range, black, white] :
          {std::tuple{AVCOL_RANGE_MPEG, 16, 235}, {AVCOL_RANGE_JPEG, 0, 255}}) {
         for (const auto& [value, expected] :
@@ -104,14 +104,14 @@ TEST(Colour, MarkedRangesAreKept) {
     }
 }
 
-TEST(Colour, StandardRangeEndsInSRGB) {
+TEST(Colour, ConvertsStandardTransfersToSRGB) {
     const auto video = [](double v) { return encodeSRGB(decodeVideo(v)); };
     const auto same = [](double v) { return v * 255; };
     const struct {
         Marking marking;
         double (*expected)(double);
     } cases[] = {
-        // Greys look the same whatever the primaries; the other path leaves them alone.
+        // Greys do not depend on the primaries. Drawing for the device leaves them unchanged.
         {{AVCOL_SPC_BT709, AVCOL_TRC_BT709, AVCOL_PRI_BT709}, video},
         {{AVCOL_SPC_BT709}, video},
         {{AVCOL_SPC_BT709, AVCOL_TRC_SMPTE170M, AVCOL_PRI_BT470BG}, video},
@@ -129,9 +129,9 @@ TEST(Colour, StandardRangeEndsInSRGB) {
     }
 }
 
-TEST(Colour, PrimariesAreConverted) {
-    // Light in the stream's primaries to light in sRGB's, rows as published (BT.2087 for BT.2020; the others
-    // computed once with another program from the chromaticities).
+TEST(Colour, ConvertsPrimariesToSRGB) {
+    // Matrices from linear light in the stream's primaries to linear light in sRGB. BT.2020 is as published
+    // in BT.2087; the others were computed from the chromaticities with another program.
     const struct {
         AVColorPrimaries primaries;
         RGB matrix[3];
@@ -158,7 +158,7 @@ TEST(Colour, PrimariesAreConverted) {
     }
 }
 
-TEST(Colour, HighDynamicRangeFitsADisplay) {
+TEST(Colour, MapsHighDynamicRangeToDisplay) {
     const auto shown = [](RGB rgb, const Marking& marking) {
         return colourOf(coded(rgb, bt2020, marking), sRGB);
     };
@@ -174,26 +174,25 @@ TEST(Colour, HighDynamicRangeFitsADisplay) {
         for (int i = 0; i < 60; ++i)
             EXPECT_GE(grey((i + 1) / 60.0, marking), grey(i / 60.0, marking)) << marking.transfer << " " << i;
     }
-    // Diffuse white is bright but leaves room for highlights; a face (about 18 % of white) is where it
-    // belongs.
+    // Diffuse white is bright but leaves room for highlights. Skin tones (about 18 % of white) keep their
+    // brightness.
     const int white = grey(encodePQ(203), pq);
     EXPECT_NEAR(white, 230, 15);
     EXPECT_NEAR(grey(0.75, hlg), white, 2);
     EXPECT_NEAR(grey(encodePQ(0.18 * 203), pq), encodeSRGB(0.18), 3);
     EXPECT_GE(grey(encodePQ(600), pq), white + 5);
     EXPECT_EQ(grey(encodePQ(1000), pq), 255);
-    // A saturated highlight keeps its hue: brighter, not another colour.
+    // A saturated highlight becomes brighter without changing its hue.
     const Colour bright = shown({encodePQ(800), encodePQ(200), encodePQ(200)}, pq);
     EXPECT_GT(bright[0], shown({encodePQ(80), encodePQ(20), encodePQ(20)}, pq)[0]);
     EXPECT_GT(bright[0], bright[1] + 60);
     EXPECT_NEAR(bright[1], bright[2], 25);
-    // The other path shows the signal as it is.
+    // Drawing for the device shows the signal unchanged.
     EXPECT_NEAR(colourOf(coded({0.5, 0.5, 0.5}, bt2020, pq))[1], 127.5, 1.5);
 }
 
-TEST(Colour, HighDynamicRangeHeedsItsMastering) {
-    // However bright the mastering display was, diffuse white must not turn grey; up to 203 nits nothing is
-    // mapped.
+TEST(Colour, MappingRespectsMasteringBrightness) {
+    // Diffuse white must not turn grey for any mastering display. Up to 203 nits no tone mapping takes place.
     const auto white = [](int peakNits) {
         const double v = encodePQ(203);
         ffmpeg::Frame frame = coded({v, v, v}, bt2020, pq);

@@ -12,7 +12,7 @@ using test::stored;
 
 constexpr std::size_t failed = 0;
 
-/// What every grab of 4 seconds shows, as a digest, or `failed`.
+/// A digest of each grabbed picture of 4 seconds, or `failed`.
 std::vector<std::size_t> grabs(const std::string& path, int threads, int perSecond, bool isPlanned) {
     const auto generator = test::images(path, threads);
     const GrabSchedule schedule{4 * perSecond, perSecond, 3.99};
@@ -32,9 +32,9 @@ std::vector<std::size_t> grabs(const std::string& path, int threads, int perSeco
 
 class DamagedFilm : public testing::TestWithParam<std::string> {};
 
-/// Bits turned over in the middle third of a film: the same pictures however many threads decode and however
-/// often, and sound pictures before and behind.
-TEST_P(DamagedFilm, LooksTheSameForEveryNumberOfThreads) {
+/// Bits are inverted in the middle third of a video. The pictures must be the same for any number of threads
+/// and in every run, and correct before and after the damage.
+TEST_P(DamagedFilm, LooksSameForAnyThreadCount) {
     const std::string whole = test::contents(test::numberedFilm(GetParam()));
     const std::vector<std::size_t> expected = grabs(test::numberedFilm(GetParam()), 1, 25, false);
     for (unsigned seed = 1; seed <= 4; ++seed) {
@@ -45,8 +45,8 @@ TEST_P(DamagedFilm, LooksTheSameForEveryNumberOfThreads) {
             bytes[bytes.size() / 3 + random() % (bytes.size() / 4)] ^= static_cast<char>(1 << random() % 8);
         const std::string path = stored("damaged-" + GetParam(), bytes);
         const auto alone = grabs(path, 1, 25, false), planned = grabs(path, 1, 10, true);
-        // The decoder of H.265 may end a slice early without a word; the rest of the picture is then what its
-        // buffer held, which depends on the threads.
+        // The H.265 decoder may end a slice early without an error. The rest of the picture is then old
+        // buffer content, which depends on the threads.
         for (const int threads : {2, 4, 4}) {
             if (GetParam() == "h265.mkv") continue;
             EXPECT_TRUE(grabs(path, threads, 25, false) == alone) << threads << " threads";
@@ -67,7 +67,8 @@ INSTANTIATE_TEST_SUITE_P(, DamagedFilm,
                          testing::Values("h264.mp4", "h264.ts", "h264.avi", "open.mkv", "h265.mkv",
                                          "mpeg2.ts", "mpeg4.mp4", "mpeg4.avi", "vp8.webm", "vp9.webm"));
 
-/// Overwrites the data of a picture of an AVI file; returns where, or `npos` after the last one.
+/// Overwrites the next picture of an AVI file, starting at `from`. Returns its offset, or `npos` after the
+/// last one.
 std::size_t ruinNextPicture(std::string& film, std::size_t from) {
     const std::size_t packet = film.find("00dc", from);
     if (packet > film.find("idx1")) return std::string::npos;
@@ -77,8 +78,8 @@ std::size_t ruinNextPicture(std::string& film, std::size_t from) {
     return packet + 8;
 }
 
-TEST(Damage, ALostPictureIsAnErrorForItsMomentOnly) {
-    // Every picture stands alone; the 30th packet is overwritten.
+TEST(Damage, LostPictureFailsAtItsTimeOnly) {
+    // Every picture is a key frame. The 30th packet is overwritten.
     const std::string path = test::numberedFilm("mjpeg.avi");
     std::string bytes = test::contents(path);
     std::size_t packet = bytes.find("movi");

@@ -14,7 +14,7 @@ using Bytes = std::vector<std::uint8_t>;
 using enum FilmFormat;
 using namespace std::string_literals;
 
-constexpr int width = 65, height = 47;  // odd, for formats that halve the colour
+constexpr int width = 65, height = 47;  // odd, because some formats halve the colour resolution
 constexpr int fps = 10, pictureCount = 25, soundRate = 20000;
 
 const FilmLibrary& films() {
@@ -22,7 +22,7 @@ const FilmLibrary& films() {
     return *library;
 }
 
-/// Blue, green, red, alpha: smooth colours that move, so that formats with loss can be measured.
+/// Smooth moving colours as blue, green, red, alpha. Suitable for measuring lossy formats.
 Bytes pixelsOf(int picture) {
     Bytes pixels;
     for (int i = 0; i < width * height; ++i) {
@@ -40,7 +40,7 @@ test::Drawing drawingOf(Bytes pixels) {
     return {width, std::move(pixels)};
 }
 
-/// A tone of 440 Hz on the left and its half on the right.
+/// A tone of 440 Hz on the left, with half its amplitude on the right.
 Bytes soundOf(double seconds) {
     Bytes samples;
     for (int i = 0; i < static_cast<int>(seconds * soundRate); ++i) {
@@ -52,7 +52,7 @@ Bytes soundOf(double seconds) {
     return samples;
 }
 
-/// Writes a film of these pictures; with sound, if there is any.
+/// Writes a film of `count` pictures, with sound unless it is empty.
 void write(WritableFile& file, const FilmParameters& parameters, int count,
            std::span<const std::uint8_t> sound = {}, const std::function<Bytes(int)>& picture = pixelsOf) {
     const auto film = films().beginFilm(file, parameters);
@@ -65,7 +65,7 @@ void write(WritableFile& file, const FilmParameters& parameters, int count,
     film->finish({});
 }
 
-TEST(FilmWriter, WritesFilmsThatReadBackAsTheyWere) {
+TEST(FilmWriter, FilmsReadBackAsWritten) {
     const Bytes sound = soundOf(2.5);
     const struct {
         FilmFormat format;
@@ -95,7 +95,7 @@ TEST(FilmWriter, WritesFilmsThatReadBackAsTheyWere) {
             ASSERT_GE(psnr(drawingOf(pixelsOf(i)), test::draw(*picture, filmWidth, filmHeight)), leastPSNR)
                 << i;
         }
-        if (format == mp4 || format == webm) {  // players are told how to read its colours
+        if (format == mp4 || format == webm) {  // the file must state its colour properties
             EXPECT_EQ(
                 test::run("ffprobe -v error -select_streams v -of default=nk=1:nw=1 -show_entries "
                           "stream=color_range,color_space,color_transfer,color_primaries,avg_frame_rate " +
@@ -123,8 +123,8 @@ TEST(FilmWriter, WritesFilmsThatReadBackAsTheyWere) {
     }
 }
 
-TEST(FilmWriter, KeepsTheClockOfGIFsWithinWhatPlayersShow) {
-    // In hundredths of a second, rounded so that no error adds up; never below two of them.
+TEST(FilmWriter, RoundsGIFDelaysWithoutDrift) {
+    // Delays are in hundredths of a second, at least two, and rounded without accumulating errors.
     for (const auto& [rate, firstDelays] : {std::pair{30, "34334"}, {25, "44444"}, {60, "23232"}}) {
         const std::string path = test::inClipFolder(std::to_string(rate) + ".gif");
         write(*createForWriting(path), {gif, width, height, rate, 0, 0, true}, rate);
@@ -155,7 +155,7 @@ TEST(FilmWriter, KeepsFewColoursExactInGIFs) {
     EXPECT_EQ(test::draw(*test::images(path)->copyImage(test::at(0)), width, height), drawingOf(pixels));
 }
 
-TEST(FilmWriter, GivesUpWithOneLine) {
+TEST(FilmWriter, ReportsUnsupportedSizeInOneLine) {
     try {
         write(*createForWriting(test::inClipFolder("huge.mp4")), {mp4, 60000, 60000, fps, 0, 0, false}, 0);
         FAIL() << "a film of 60000 x 60000";
@@ -165,7 +165,7 @@ TEST(FilmWriter, GivesUpWithOneLine) {
     }
 }
 
-/// A disk that is full after so many bytes.
+/// A disk that is full after `room` bytes.
 class FullDisk final : public WritableFile {
 public:
     explicit FullDisk(std::uint64_t room) : m_room(room) {}
@@ -185,7 +185,7 @@ private:
     std::uint64_t m_position = 0;
 };
 
-TEST(FilmWriter, PassesTheDisksErrorsOn) {
+TEST(FilmWriter, ReportsFullDiskAsFileError) {
     for (const FilmFormat format : {mp4, matroska, webm, gif}) {
         for (const std::uint64_t room : {0, 10, 2000}) {
             FullDisk disk(room);
@@ -196,7 +196,7 @@ TEST(FilmWriter, PassesTheDisksErrorsOn) {
 }
 
 TEST(PNG, KeepsPixelsAndTransparencyExactly) {
-    // Opaque, half transparent (multiplied by alpha), transparent, a colour above its alpha.
+    // Opaque, half transparent (premultiplied), transparent, and a colour that exceeds its alpha.
     const Bytes pixels = {10, 20, 255, 255, 0, 64, 128, 128, 0, 0, 0, 0, 0, 0, 200, 100};
     const std::string expected = "\xFF\x14\x0A\xFF\xFF\x80\0\x80\0\0\0\0\xFF\0\0\x64"s;
     for (const int count : {1, 4}) {

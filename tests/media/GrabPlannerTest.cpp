@@ -14,8 +14,8 @@ namespace {
 
 constexpr double tolerance = 0.001;
 
-/// A film as packets in decoding order, made at random: groups with pictures of two or three levels between
-/// anchors, constant or variable rate, decode times that containers give, give late or leave out.
+/// A random video as packets in decoding order. Its groups have two or three levels of pictures between
+/// anchors, its rate is constant or variable, and its decode times are present, late or missing.
 struct Film {
     std::vector<PlannedPacket> packets;
     GrabSchedule schedule;
@@ -34,8 +34,8 @@ Film randomFilm(std::mt19937& random) {
         times.push_back(time);
         time += isVariable ? 0.004 + 0.09 * below(100) / 50 : period;
     }
-    // Display order to decoding order: every anchor is followed by the pictures between it and the one
-    // before, halved recursively.
+    // Converts display order to decoding order: after each anchor come the pictures before it, halved
+    // recursively.
     const auto add = [&](int picture, bool startsGroup) {
         film.packets.push_back(
             {times[static_cast<std::size_t>(picture)], {}, startsGroup, below(25) != 0, 1000});
@@ -49,7 +49,7 @@ Film randomFilm(std::mt19937& random) {
     };
     for (int next = 0; next < count;) {
         const bool startsGroup = next == 0 || below(4) == 0;
-        // A group that is closed to the left has no pictures displayed before its first.
+        // A closed group has no pictures displayed before its first.
         const int skipped = startsGroup ? 0 : std::min(below(8), count - 1 - next);
         add(next + skipped, startsGroup);
         between(next, next + skipped);
@@ -70,8 +70,8 @@ Film randomFilm(std::mt19937& random) {
     return film;
 }
 
-/// The packet that a grab shows: the last shown one whose time is not after it; without one, the first; null:
-/// none.
+/// The packet that a grab shows: the last displayed one whose time is not later, else the first one. Null if
+/// there is none.
 const PlannedPacket* selected(const std::vector<PlannedPacket>& packets, double time) {
     const PlannedPacket *best = nullptr, *first = nullptr;
     for (const PlannedPacket& packet : packets) {
@@ -83,7 +83,7 @@ const PlannedPacket* selected(const std::vector<PlannedPacket>& packets, double 
     return best != nullptr ? best : first;
 }
 
-/// What the planner makes of each packet, and how many it looked ahead at most.
+/// The planner's decision on each packet, and the largest number of packets it held back.
 struct Plan {
     std::vector<PacketUse> uses;
     std::size_t mostPending = 0;
@@ -105,7 +105,7 @@ struct Plan {
     auto count(PacketUse use) const { return std::count(uses.begin(), uses.end(), use); }
 };
 
-TEST(GrabPlanner, NeverGivesUpAPictureThatAGrabShows) {
+TEST(GrabPlanner, KeepsEveryPictureThatGrabsShow) {
     std::ptrdiff_t dropped = 0, skippable = 0;
     for (unsigned seed = 0; seed < 3000; ++seed) {
         std::mt19937 random(seed);
@@ -118,7 +118,8 @@ TEST(GrabPlanner, NeverGivesUpAPictureThatAGrabShows) {
             ASSERT_EQ(plan.uses[static_cast<std::size_t>(needed - film.packets.data())], PacketUse::decode)
                 << "seed " << seed << ", grab " << i;
         }
-        // What is dropped is the rest of its group: nothing decoded comes before the next group.
+        // Packets are dropped at the end of a group only: after a dropped one, none is decoded until the next
+        // group.
         for (std::size_t i = 1; i < plan.uses.size(); ++i) {
             if (plan.uses[i - 1] != PacketUse::drop || film.packets[i].startsGroup) continue;
             ASSERT_EQ(plan.uses[i], PacketUse::drop) << "seed " << seed << ", packet " << i;
@@ -130,9 +131,9 @@ TEST(GrabPlanner, NeverGivesUpAPictureThatAGrabShows) {
     EXPECT_GT(skippable, 1000);
 }
 
-TEST(GrabPlanner, SavesWhatCanBeSaved) {
-    // 25 pictures a second, groups of 25, every second picture between two others; 5 grabs a second need
-    // every fifth.
+TEST(GrabPlanner, DropsPicturesThatNoGrabNeeds) {
+    // 25 pictures per second in groups of 25; every second one is a B picture. 5 grabs per second need every
+    // fifth picture.
     std::vector<PlannedPacket> packets;
     for (int i = 0; i < 100; ++i) {
         const int inGroup = i % 25;
@@ -141,14 +142,14 @@ TEST(GrabPlanner, SavesWhatCanBeSaved) {
     }
     const Plan plan({20, 5, 3.99}, packets);
     EXPECT_EQ(plan.count(PacketUse::decode), 20);
-    // Picture 20 of each group is its 20th packet and the last one needed.
+    // Picture 20 of each group is the last one needed. It is in the 20th packet.
     EXPECT_EQ(plan.count(PacketUse::drop), 4 * 5);
 }
 
 TEST(GrabPlanner, LooksAheadWithinBounds) {
     for (const auto& [size, mostPending] : {std::pair{10U, 601U}, {4U << 20, 7U}}) {
         std::vector<PlannedPacket>
-            packets;  // displayed late and without decode times: nothing is ever certain
+            packets;  // displayed late and without decode times: no decision is possible
         for (int i = 0; i < 3000; ++i)
             packets.push_back({100.0 - i * 0.001, std::nullopt, false, true, size});
         EXPECT_LE(Plan({10, 1, 9.9}, packets).mostPending, mostPending) << size;

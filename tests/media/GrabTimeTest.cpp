@@ -14,7 +14,7 @@ using test::images;
 using test::numberAt;
 using test::numberedFrames;
 
-/// When which number comes on screen, in ascending order.
+/// The time from which a number is on screen. Lists are in ascending order.
 struct Shown {
     double time;
     int number;
@@ -27,7 +27,7 @@ std::vector<Shown> steady(int count, double period, double start = 0, int firstN
     return shown;
 }
 
-/// Compares what is shown in order, planned, and jumping about, with what should be.
+/// Compares grabbed pictures with the expected ones: in order, with a schedule, and in random order.
 void expectShown(const std::string& path, const std::vector<Shown>& shown) {
     SCOPED_TRACE(path);
     const auto expectedAt = [&](double time) {
@@ -36,8 +36,8 @@ void expectShown(const std::string& path, const std::vector<Shown>& shown) {
             number = s.time <= time ? s.number : number;
         return number;
     };
-    // Moments that tell neighbours apart: at the start of pictures (containers may have rounded it), in the
-    // middle and shortly before the end.
+    // Times that distinguish neighbouring pictures: at the start of a picture (which containers may have
+    // rounded), in its middle and shortly before its end.
     std::vector<double> times;
     if (shown[0].time > 0.01) times = {0, shown[0].time / 2, shown[0].time - 0.004};
     for (std::size_t i = 0; i < shown.size(); ++i) {
@@ -71,7 +71,7 @@ void expectShown(const std::string& path, const std::vector<Shown>& shown) {
 
 class GrabsInContainer : public testing::TestWithParam<const char*> {};
 
-TEST_P(GrabsInContainer, ShowWhatIsOnScreen) {
+TEST_P(GrabsInContainer, ShowPictureOnScreenAtAnyTime) {
     expectShown(test::numberedFilm(GetParam()), steady(100, 0.04));
 }
 
@@ -82,8 +82,8 @@ INSTANTIATE_TEST_SUITE_P(, GrabsInContainer,
                                          "mpeg2.ts", "mpeg2.mpg", "h264.h264", "h265.hevc", "mpeg2.m2v",
                                          "mjpeg.mov", "mjpeg.avi", "ffv1.nut", "wmv2.asf"));
 
-TEST(GrabTimes, StartWhereTheClockStarts) {
-    // "start" is where the container's clock stands at the first picture.
+TEST(GrabTimes, StartAtContainerStartTime) {
+    // `start` is the container's time of the first picture.
     for (const auto& [container, start] : {std::pair{"mkv", "59857"},
                                            {"ts", "10"},
                                            {"ts", "59857"},
@@ -101,19 +101,19 @@ TEST(GrabTimes, StartWhereTheClockStarts) {
 }
 
 TEST(GrabTimes, FollowEditLists) {
-    // A copied cut within a group: the pictures before the cut are in the file, an edit list hides them.
+    // A copied cut within a group: the file contains pictures before the cut, which an edit list hides.
     test::numberedFilm("h264.mp4");
     const std::string cut =
         clip("edits-cut.mp4", "-ss 1.32 -i @h264.mp4 -c copy -avoid_negative_ts disabled");
     expectShown(cut, steady(100 - 33, 0.04, 0, 33));
     EXPECT_NEAR(test::open(cut)->duration(), 4 - 1.32, 0.03);
-    // Pictures later than the sound by an empty edit.
+    // An empty edit delays the pictures relative to the sound.
     const std::string late = clip("edits-late.mp4",
                                   "-itsoffset 0.7 -i @h264.mp4 -f lavfi -i sine=d=4 "
                                   "-map 0 -map 1 -c:v copy -c:a aac");
     expectShown(late, steady(100, 0.04, 0.7));
-    // The edits of `late`, nothing and then all, become two stretches of the film: pictures 10 ... 29, then
-    // 73 ... 92, each starting within a group of 20.
+    // The two edits of `late` (an empty one and the whole video) are replaced by two parts: pictures 10 ...
+    // 29 and 73 ... 92, each starting within a group of 20.
     std::string film = test::contents(late);
     const std::size_t list = film.find("elst");
     std::uint32_t delay = 0;
@@ -121,7 +121,7 @@ TEST(GrabTimes, FollowEditLists) {
         delay = delay << 8 | static_cast<unsigned char>(c);
     std::string edits;
     for (const std::uint32_t first : {10U, 73U}) {
-        // 25 pictures a second in units of 1/1000 and 1/12800 seconds.
+        // 25 pictures per second, in units of 1/1000 s and 1/12800 s.
         for (const std::uint32_t value : {800U, delay + first * 512, 0x10000U}) {
             for (const int shift : {24, 16, 8, 0})
                 edits += static_cast<char>(value >> shift);
@@ -129,9 +129,8 @@ TEST(GrabTimes, FollowEditLists) {
     }
     film.replace(list + 12, 24, edits);
     const std::string path = test::stored("edits-many.mp4", film);
-    // The demuxer is a picture off where one stretch meets the next; the first stretch is exact, and
-    // planning, which sees the hidden packets of the second at the times of the first, must not change what
-    // is shown.
+    // The demuxer is off by one picture where the two parts meet, but the first part is exact. The planner
+    // sees hidden packets of the second part at times of the first; this must not change the pictures.
     const auto inOrder = images(path);
     for (int i = 0; i < 18; ++i)
         ASSERT_EQ(numberAt(*inOrder, i * 0.04), 10 + i);
@@ -147,7 +146,7 @@ TEST(GrabTimes, FollowEditLists) {
 }
 
 TEST(GrabTimes, FollowVariableRates) {
-    // Picture n stands at (n + n^2 / 40) / 25 seconds, so that the rate falls from 25 to 7 a second.
+    // Picture n is at (n + n^2 / 40) / 25 seconds, so the rate falls from 25 to 7 per second.
     std::vector<Shown> shown;
     for (int n = 0; n < 50; ++n)
         shown.push_back({(n + std::floor(n * n / 40.0)) / 25.0, n});
@@ -156,8 +155,8 @@ TEST(GrabTimes, FollowVariableRates) {
         expectShown(clip(name, film), shown);
 }
 
-TEST(GrabTimes, ForgiveRoundedTimes) {
-    // 24 pictures a second do not fall on whole milliseconds: a grab at k / 24 shows picture k all the same.
+TEST(GrabTimes, TolerateRoundedContainerTimes) {
+    // 24 pictures per second are not at whole milliseconds. A grab at k / 24 must still show picture k.
     for (const char* name : {"rounded.mkv", "rounded.flv", "rounded.mp4"}) {
         const auto generator = images(clip(name, numberedFrames(72, "24") + h264));
         const GrabSchedule schedule{72, 24, 3};
@@ -167,7 +166,7 @@ TEST(GrabTimes, ForgiveRoundedTimes) {
     }
 }
 
-TEST(GrabTimes, ALateFirstPictureIsShownFromTheStart) {
+TEST(GrabTimes, ShowLateFirstPictureFromStart) {
     const std::string film =
         "-itsoffset 0.5 " + numberedFrames(25, "10") + "-f lavfi -i sine=d=3 -map 0 -map 1 -c:a aac " + h264;
     for (const char* name : {"late.mkv", "late.ts", "late.mp4"}) {
@@ -175,7 +174,7 @@ TEST(GrabTimes, ALateFirstPictureIsShownFromTheStart) {
         generator->expect({30, 10, 2.9});
         for (const double time : {0.0, 0.2, 0.5})
             EXPECT_EQ(numberAt(*generator, time), 0) << name;
-        // The sound coder's lead-in may count as the start, up to two packets before the sound itself.
+        // The encoder delay of the sound may shift the start by up to two packets.
         EXPECT_EQ(numberAt(*generator, 1.57), 10) << name;
     }
 }
@@ -190,7 +189,7 @@ double middleOf(int picture) {
     return (picture + 0.5) / 25;
 }
 
-TEST(NearbyImage, IsAsNearAsTheDecodedPicturesReach) {
+TEST(NearbyImage, IsNearestPictureWithinDecodingLimit) {
     for (const std::string name : {"near.mp4", "near.mkv"}) {
         const auto generator = images(searchableFilm(name));
         const auto numberNear = [&](int wanted, int pictures) {
@@ -211,7 +210,7 @@ TEST(NearbyImage, IsAsNearAsTheDecodedPicturesReach) {
             EXPECT_GE(further, std::min(wanted, key + 6));
             EXPECT_EQ(numberNear(wanted, group + 10), wanted);
         }
-        // Grabs by time are what they always are.
+        // Exact grabs are not affected.
         for (const int wanted : {40, 41, 2, 90}) {
             EXPECT_EQ(numberAt(*generator, middleOf(wanted)), wanted) << name;
             generator->copyNearbyImage(test::at(1), 1);
@@ -219,7 +218,7 @@ TEST(NearbyImage, IsAsNearAsTheDecodedPicturesReach) {
     }
 }
 
-TEST(NearbyImage, ComesFromSourcesThatCannotBeSearched) {
+TEST(NearbyImage, WorksForSourcesWithoutSeeking) {
     const auto generator = images(searchableFilm("near.h264"), 1);
     for (const int wanted : {10, 30, 60, 99, 1, 30}) {
         const TimedPicture found = generator->copyNearbyImage(test::at(middleOf(wanted)), 1);
@@ -230,7 +229,7 @@ TEST(NearbyImage, ComesFromSourcesThatCannotBeSearched) {
     }
 }
 
-TEST(NearbyImage, IsNoDamagedOne) {
+TEST(NearbyImage, IsNeverDamaged) {
     const std::string whole = clip("near-intra.mkv", numberedFrames(100) + "-c:v mpeg4 -q:v 2 -g 25");
     std::string bytes = test::contents(whole);
     for (std::size_t i = bytes.size() / 3; i < bytes.size() * 2 / 3; i += 7)

@@ -19,7 +19,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-/// Why a file cannot be opened; empty when it can.
+/// The reason why a file cannot be opened. Empty if it can be opened.
 std::string refusal(const std::string& path) {
     try {
         test::open(path);
@@ -31,7 +31,7 @@ std::string refusal(const std::string& path) {
     }
 }
 
-TEST(Opening, RefusesWhatIsNoFilmAndWhatPullsInOthers) {
+TEST(Opening, RejectsNonVideosAndPlaylists) {
     fs::create_directory(inClipFolder("folder.mp4"));
     ASSERT_EQ(::mkfifo(inClipFolder("pipe.mp4").c_str(), 0600), 0);
     EXPECT_THAT(refusal(inClipFolder("missing.mp4")), HasSubstr("No such file"));
@@ -64,7 +64,7 @@ TEST(Opening, RefusesWhatIsNoFilmAndWhatPullsInOthers) {
     }
 }
 
-TEST(Opening, NamesAreOnlyNames) {
+TEST(Opening, TakesFileNamesLiterally) {
     const std::string path = test::numberedFilm("mpeg4.mp4");
     const auto before = fs::current_path();
     fs::current_path(inClipFolder(""));
@@ -81,8 +81,8 @@ TEST(Opening, NamesAreOnlyNames) {
     fs::current_path(before);
 }
 
-/// Reads what can be read of a file that may be anything. Whatever is wrong comes as a `PlatformError`;
-/// returns whether it is that somebody wanted it to stop.
+/// Reads as much as possible of an arbitrary file. All errors must be `PlatformError`s. Returns true if
+/// reading was interrupted by `isCancelled`.
 bool isInterrupted(const std::string& path, const IsCancelled& isCancelled) {
     bool isInterrupted = false;
     const auto attempt = [&](const auto& action) {
@@ -113,7 +113,7 @@ bool isInterrupted(const std::string& path, const IsCancelled& isCancelled) {
     return isInterrupted;
 }
 
-/// Small films with sound, one for each container.
+/// A small video with sound in the container `extension`.
 std::string smallFilm(const std::string& extension) {
     return clip("small." + extension,
                 numberedFrames(50) + "-f lavfi -i sine=d=2 -map 0 -map 1 " +
@@ -122,30 +122,30 @@ std::string smallFilm(const std::string& extension) {
                     (extension == "mp4" ? " -movflags faststart" : ""));
 }
 
-TEST(Opening, CutOffFilmsAndGarbageDoNoHarm) {
+TEST(Opening, SurvivesCutAndDamagedFiles) {
     for (const std::string extension : {"mp4", "mkv", "ts", "avi", "flv", "mpg"}) {
         const std::string whole = test::contents(smallFilm(extension));
         std::mt19937 random(7);
         for (int i = 0; i < 22; ++i) {
             SCOPED_TRACE(extension + " " + std::to_string(i));
             std::string bytes = whole;
-            // Half of the damage in the headers, where most fields are.
+            // Half of the damage is in the headers, which have most of the fields.
             const std::size_t reach = i % 2 == 0 ? whole.size() : 2000;
             if (i < 16) bytes.resize(i == 0 ? 0 : random() % reach);
-            while (i < 3 && bytes.size() < 30000)  // noise, or a head and then noise
+            while (i < 3 && bytes.size() < 30000)  // only noise, or a start and then noise
                 bytes += static_cast<char>(random());
             for (int flips = 0; i >= 16 && flips < 16 << (i - 16); ++flips)
                 bytes[random() % reach] = static_cast<char>(random());
             EXPECT_FALSE(isInterrupted(stored("damaged." + extension, bytes), {}));
         }
-        // What is still there is shown.
+        // The remaining pictures of a cut file are shown.
         const auto generator =
             test::images(stored("cut." + extension, whole.substr(0, whole.size() * 3 / 4)));
         EXPECT_EQ(test::numberAt(*generator, 0.43), 10) << extension;
     }
 }
 
-TEST(Cancellation, IsAnsweredWhereverItComes) {
+TEST(Cancellation, StopsSoonAtAnyCheck) {
     std::string bytes =
         test::contents(clip("long.ts", numberedFrames(200) + "-f lavfi -i sine=d=8 -map 0 -map 1 "
                                                              "-c:v libx264 -c:a mp2"));

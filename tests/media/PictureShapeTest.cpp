@@ -15,8 +15,8 @@ using test::grey;
 using test::paintedFrame;
 using test::picture;
 
-TEST(PictureShape, AllEightOrientations) {
-    // A picture of six colours; the expected one is made by moving pixels.
+TEST(PictureShape, TurnsPicturesForAllEightOrientations) {
+    // A picture of six colours. The expected picture is made by moving its pixels.
     const auto colourAt = [](int x, int y) { return Colour{40 + x * 80, 60 + y * 120, 200 - x * 60, 255}; };
     const auto painter = [&](int x, int y) { return colourAt(x / 16, y / 16); };
     for (int turns = 0; turns < 4; ++turns) {
@@ -29,8 +29,7 @@ TEST(PictureShape, AllEightOrientations) {
                 const Drawing drawing = draw(*shown, shown->width(), shown->height(), space);
                 for (int i = 0; i < 6; ++i) {
                     int x = mirrored ? 2 - i % 3 : i % 3, y = i / 3, width = 3, height = 2;
-                    for (int turn = 0; turn < turns;
-                         ++turn) {  // clockwise: what was at the left comes to the top
+                    for (int turn = 0; turn < turns; ++turn) {  // clockwise: the left side becomes the top
                         x = std::exchange(y, x);
                         x = height - 1 - x;
                         std::swap(width, height);
@@ -45,13 +44,13 @@ TEST(PictureShape, AllEightOrientations) {
     }
 }
 
-TEST(PictureShape, DisplayMatricesAndAspects) {
+TEST(PictureShape, AppliesDisplayMatricesAndPixelAspects) {
     struct Case {
         const char* name;
         const char* filter;
         const char* option;
-        double width, height;  // displayed
-        int redX, redY;        // where the top left quarter of the coded picture is shown
+        double width, height;  // displayed size
+        int redX, redY;        // position of the top left quarter of the coded picture
     };
     const std::string input = "-f lavfi -i color=blue:s=96x64:r=10:d=1 -vf drawbox=c=red:w=48:h=32:t=fill";
     for (const Case& c : {
@@ -80,7 +79,7 @@ TEST(PictureShape, DisplayMatricesAndAspects) {
     }
 }
 
-/// Combs: how much lines differ from both neighbours while the neighbours agree.
+/// Strength of combing: difference of a line from its two neighbours where they are alike.
 double combing(const Drawing& drawing) {
     const int width = drawing.width, height = static_cast<int>(drawing.bytes.size()) / 4 / width;
     double sum = 0;
@@ -94,7 +93,7 @@ double combing(const Drawing& drawing) {
     return sum / width / height;
 }
 
-TEST(PictureShape, OnlyInterlacedPicturesLoseTheirCombs) {
+TEST(PictureShape, RemovesCombsOfInterlacedPicturesOnly) {
     // An edge that moves 6 pixels from one field to the next.
     const std::string moving =
         "-f lavfi -i color=black:s=160x96:r=50:d=2,drawbox=c=white:x=40:y=0:w=32:h=96:t=fill,scroll=h=0.0375 "
@@ -113,7 +112,7 @@ TEST(PictureShape, OnlyInterlacedPicturesLoseTheirCombs) {
             EXPECT_EQ(draw(*planned->copyImage(test::at(i * 0.2)), 160, 96), drawing) << i;
         }
     }
-    // Lines that alternate in a still, progressive picture are detail.
+    // Alternating lines in a progressive picture are detail and must stay.
     const std::string stripes =
         "-f lavfi -i nullsrc=s=160x96:r=25:d=1,geq=lum=60+120*mod(Y\\,2):cb=128:cr=128 "
         "-c:v ffv1 -pix_fmt yuv420p";
@@ -126,7 +125,7 @@ TEST(PictureShape, OnlyInterlacedPicturesLoseTheirCombs) {
     }
 }
 
-TEST(Scaling, MatchesAnIndependentLanczos) {
+TEST(Scaling, MatchesIndependentLanczosFilter) {
     for (const auto& [name, format, matrix] : {std::tuple{"1280x720", "yuv420p", "bt709"},
                                                {"1280x720", "yuv422p10le", "bt709"},
                                                {"720x576", "yuv444p", "bt601"}}) {
@@ -143,8 +142,8 @@ TEST(Scaling, MatchesAnIndependentLanczos) {
     }
 }
 
-TEST(Scaling, ShrinkingLeavesNoPatterns) {
-    // One-pixel stripes and a fan of rings of 4K, shrunk fifteenfold: even grey.
+TEST(Scaling, ShrinkingLeavesNoMoirePatterns) {
+    // One-pixel stripes and fine rings in 4K, reduced to a fifteenth, must become even grey.
     const auto spread = [](const std::function<int(int, int)>& level, int fromColumn) {
         const auto shown = picture(
             paintedFrame(AV_PIX_FMT_YUV420P, 3840, 2160, [&](int x, int y) { return grey(level(x, y)); }));
@@ -160,7 +159,7 @@ TEST(Scaling, ShrinkingLeavesNoPatterns) {
         return std::sqrt(squares / count - sum / count * sum / count);
     };
     EXPECT_LT(spread([](int x, int y) { return (y < 1080 ? x : y) % 2 * 255; }, 5), 1.5);
-    // Beyond what the small picture can show.
+    // Detail finer than the small picture can show.
     EXPECT_LT(
         spread([](int x, int y) { return std::lround(127 + 127 * std::cos((x * x + y * y) / 1400.6)); }, 160),
         2.5);

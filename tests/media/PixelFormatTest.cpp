@@ -19,14 +19,14 @@ MATCHER_P2(IsNear, colour, tolerance, "") {
     return true;
 }
 
-/// Four quarters: red, green, blue with half alpha where there is alpha, light grey.
+/// Four quarters: red, green, blue (half transparent if the format has alpha), light grey.
 Colour quarter(int index, bool hasAlpha) {
     const Colour colours[] = {
         {220, 30, 20, 255}, {20, 200, 60, 255}, {40, 60, 230, hasAlpha ? 128 : 255}, {210, 210, 210, 255}};
     return colours[index];
 }
 
-/// The average of a square of 8 pixels' width, since coarse formats are dithered.
+/// The mean colour of 8 x 8 pixels, because coarse formats are dithered.
 Colour average(const test::Drawing& drawing, int left, int top) {
     Colour sum = {32, 32, 32, 32};
     for (int i = 0; i < 64; ++i) {
@@ -36,7 +36,7 @@ Colour average(const test::Drawing& drawing, int left, int top) {
     return {sum[0] / 64, sum[1] / 64, sum[2] / 64, sum[3] / 64};
 }
 
-TEST(PixelFormats, AreDrawnInTheirColours) {
+TEST(PixelFormats, KeepTheirColoursWhenDrawn) {
     const struct {
         int tolerance;
         bool isFullRange;
@@ -80,7 +80,7 @@ TEST(PixelFormats, AreDrawnInTheirColours) {
     }
 }
 
-TEST(PixelFormats, WorkAtAnySize) {
+TEST(PixelFormats, AreDrawnAtAnySize) {
     for (const char* name : {"yuv420p", "yuv410p", "yuv422p10le", "nv12", "gray", "yuva420p", "gbrp"}) {
         for (const auto& [width, height] : {std::pair{1, 1}, {2, 1}, {1, 2}, {7, 5}, {5, 401}, {401, 3}}) {
             SCOPED_TRACE(std::string(name) + " " + std::to_string(width) + "x" + std::to_string(height));
@@ -97,7 +97,7 @@ TEST(PixelFormats, WorkAtAnySize) {
     }
 }
 
-TEST(PixelFormats, PaletteAndBits) {
+TEST(PixelFormats, PaletteAndBitmapsAreDrawnExactly) {
     ffmpeg::Frame frame = test::emptyFrame(AV_PIX_FMT_PAL8, 16, 16);
     const std::uint32_t palette[256] = {0xFFE01020, 0x80FFFFFF, 0x00123456, 0xFF00C040};
     std::memcpy(frame->data[1], palette, sizeof palette);
@@ -119,8 +119,9 @@ TEST(PixelFormats, PaletteAndBits) {
     }
 }
 
-TEST(PixelFormats, HiddenColoursDoNotShineThrough) {
-    // Green where it is transparent, red where it is not: no green at the edge, not even after shrinking.
+TEST(PixelFormats, TransparentColoursDoNotBleedAtEdges) {
+    // Transparent pixels are green, opaque ones red. No green may appear at the edge, not even after
+    // shrinking.
     const auto shown = picture(paintedFrame(AV_PIX_FMT_RGBA, 64, 64, [](int x, int) {
         return x < 33 ? Colour{255, 0, 0, 255} : Colour{0, 255, 0, 0};
     }));

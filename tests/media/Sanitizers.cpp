@@ -1,4 +1,4 @@
-// What the thread sanitizer is told about libraries that it cannot see into.
+// Settings of the thread sanitizer for libraries that are not instrumented.
 
 #if defined(__SANITIZE_THREAD__)
 #define ZEB_THREAD_SANITIZER
@@ -12,9 +12,8 @@
 
 extern "C" const char* __tsan_default_suppressions();
 
-// The system's FFmpeg is not built for the sanitizer, which therefore sees neither its atomic counters
-// (buffer references, progress of decoding threads) nor what they order. Accesses that have no part in it are
-// still checked.
+// The system's FFmpeg is not instrumented, so the sanitizer misses its atomic counters (buffer references,
+// progress of decoding threads) and the order that they establish. All other accesses are still checked.
 extern "C" const char* __tsan_default_suppressions() {
     return "race:libavcodec.so\n"
            "race:libavutil.so\n"

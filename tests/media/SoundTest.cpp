@@ -28,16 +28,16 @@ Sound soundOf(const std::string& path, std::size_t track = 0) {
         EXPECT_EQ(buffer->channelsPerFrame, sound.channels);
         EXPECT_FALSE(buffer->samples.empty());
         sound.samples.insert(sound.samples.end(), buffer->samples.begin(), buffer->samples.end());
-        if (sound.seconds() > 600) break;  // more than any clip here holds
+        if (sound.seconds() > 600) break;  // longer than any clip in this file
     }
     return sound;
 }
 
-/// A sound whose samples tell their time: value * 8 = seconds, on both channels.
+/// A sound whose samples encode their time: seconds = value * 8, on both channels.
 const std::string ramp = "-f lavfi -i aevalsrc=t/8|t/8:s=8000:d=4:n=160 ";
 constexpr double rampRate = 8000;
 
-TEST(Sound, IsWhatAnIndependentDecoderDelivers) {
+TEST(Sound, MatchesIndependentDecoderSampleBySample) {
     struct Case {
         const char* name;
         const char* source;
@@ -83,7 +83,7 @@ TEST(Sound, IsWhatAnIndependentDecoderDelivers) {
     }
 }
 
-TEST(Sound, LateStartsBecomeSilence) {
+TEST(Sound, LateStartBecomesSilence) {
     for (const char* container : {"mkv", "mov"}) {
         for (const double late : {0.015, 1.25}) {
             SCOPED_TRACE(std::string(container) + " " + std::to_string(late));
@@ -102,7 +102,7 @@ TEST(Sound, LateStartsBecomeSilence) {
     }
 }
 
-TEST(Sound, GapsAreFilledSoThatTheRestIsInTime) {
+TEST(Sound, FillsGapsToKeepTime) {
     for (const std::string container : {"mkv", "nut"}) {
         const Sound sound = soundOf(
             clip("gaps." + container,
@@ -119,7 +119,7 @@ TEST(Sound, GapsAreFilledSoThatTheRestIsInTime) {
     }
 }
 
-TEST(Sound, WhatLiesBeforeTheStartIsDropped) {
+TEST(Sound, DropsSamplesBeforeTimeZero) {
     clip("whole.mov",
          test::numberedFrames(100) + ramp + "-map 0 -map 1 -c:v libx264 -g 20 -bf 2 -c:a pcm_f32le");
     const std::string cut = clip("cut.mov", "-ss 1.32 -i @whole.mov -c copy -avoid_negative_ts disabled");
@@ -129,7 +129,7 @@ TEST(Sound, WhatLiesBeforeTheStartIsDropped) {
         ASSERT_NEAR(sound.samples[i], (1.32 + static_cast<double>(i / 2) / rampRate) / 8, 0.0012 / 8) << i;
 }
 
-TEST(Sound, TheFirstFormatHoldsToTheEnd) {
+TEST(Sound, ConvertsLaterFormatsToFirst) {
     for (const auto& [extension, coding] : {std::pair{".mp3", "libmp3lame -id3v2_version 0 -write_xing 0"},
                                             {".aac", "aac -f adts"},
                                             {".ac3", "ac3"}}) {
@@ -145,7 +145,7 @@ TEST(Sound, TheFirstFormatHoldsToTheEnd) {
         EXPECT_EQ(sound.rate, 44100);
         EXPECT_EQ(sound.channels, 2);
         EXPECT_NEAR(sound.seconds(), 3, 0.15);
-        // The middle third is not just silence: its tone was brought to the first format.
+        // The middle third must not be silent: its tone is converted to the first format.
         double energy = 0;
         for (std::size_t i = 0; i < 2000; ++i)
             energy += std::pow(sound.samples[sound.samples.size() / 2 + i], 2);
@@ -153,12 +153,12 @@ TEST(Sound, TheFirstFormatHoldsToTheEnd) {
     }
 }
 
-TEST(Sound, ADamagedTimeIsNotHoursOfSilence) {
+TEST(Sound, DamagedTimestampAddsNoSilence) {
     std::string file =
         test::contents(clip("times.flv", test::numberedFrames(100) + "-f lavfi -i sine=r=44100:d=4 "
                                                                      "-map 0 -map 1 -c:v libx264 -c:a aac"));
-    // Tags of 11 bytes of head (type, size, milliseconds with the highest byte last, stream), body, and 4
-    // bytes.
+    // A tag has a header of 11 bytes (type, size, milliseconds with the highest byte last, stream), a body,
+    // and 4 more bytes.
     const auto byte = [&](std::size_t i) {
         return static_cast<std::size_t>(static_cast<unsigned char>(file[i]));
     };

@@ -18,7 +18,7 @@ using test::numberedFrames;
 
 constexpr int video = 0, sound = 1;
 
-/// Packets of a stream at 10 a second; each takes 100 bytes of the file, and those of `sound` lie 50 behind.
+/// Packets of a stream, 10 per second and 100 bytes each. In the file, `sound` packets are 50 bytes later.
 std::vector<PlacedPacket> run(int stream, int firstPlace, double from, int count) {
     std::vector<PlacedPacket> packets;
     for (int i = 0; i < count; ++i) {
@@ -37,7 +37,7 @@ TimeJoints jointsOf(const std::vector<std::vector<PlacedPacket>>& runs) {
     return finder.joints();
 }
 
-TEST(TimeJointFinder, TellsRestartsFromStrayTimesAndPauses) {
+TEST(TimeJointFinder, DistinguishesRestartsStrayTimesAndPauses) {
     struct Case {
         const char* name;
         std::vector<std::vector<PlacedPacket>> runs;
@@ -61,7 +61,7 @@ TEST(TimeJointFinder, TellsRestartsFromStrayTimesAndPauses) {
                    run(video, 32, 4.2, 9)},
                   {}},
              Case{"sound alone", {run(sound, 0, 1, 30), run(sound, 30, 1, 30), run(video, 0, 1, 60)}, {}},
-             // The sound of the first part is longer; that of the second begins earlier and lies before its
+             // The first part's sound is longer. The second part's sound starts earlier and precedes its
              // pictures in the file.
              Case{
                  "with sound",
@@ -77,14 +77,14 @@ TEST(TimeJointFinder, TellsRestartsFromStrayTimesAndPauses) {
     }
 }
 
-/// A film of 3 s whose sound is silent but for the second half of it.
+/// A video of 3 s. Its sound is silent in the first half.
 std::string part(const std::string& name, const std::string& options) {
     return test::contents(clip(name, numberedFrames(75) +
                                          "-f lavfi -i aevalsrc=0.5*sin(3000*t)*gte(t\\,1.5):d=3:s=48000 " +
                                          "-map 0 -map 1 -g 15 " + options));
 }
 
-/// When the sound of a file turns loud and silent, in seconds.
+/// Times in seconds at which the sound becomes loud or silent.
 std::vector<double> turns(const MediaAsset& asset) {
     const auto reader = asset.makeSoundReader(0, {});
     EXPECT_TRUE(reader->startReading());
@@ -101,7 +101,7 @@ std::vector<double> turns(const MediaAsset& asset) {
     return found;
 }
 
-TEST(JoinedRecordings, ShowAllPicturesWithTheirSound) {
+TEST(JoinedRecordings, PlayAllPicturesWithTheirSound) {
     const std::string mpeg4 = test::h264 + "-c:a aac ", mpeg2 = "-c:v mpeg2video -bf 2 -b:v 2M -c:a mp2 ";
     const struct {
         std::string name, first, second;
@@ -112,7 +112,7 @@ TEST(JoinedRecordings, ShowAllPicturesWithTheirSound) {
         {"joined.mpg", part("part.mpg", mpeg2), part("part.mpg", mpeg2)},
         {"later.ts", part("part.ts", mpeg4), part("later-part.ts", mpeg4 + "-output_ts_offset 5000")},
         {"earlier.ts", part("later-part.ts", mpeg4 + "-output_ts_offset 5000"), part("part.ts", mpeg4)},
-        // The clock of 33 bits runs over within the second part.
+        // The 33-bit clock overflows within the second part.
         {"wrapped.ts", part("part.ts", mpeg4), part("wrap-part.ts", mpeg4 + "-output_ts_offset 95441")},
     };
     for (const auto& c : cases) {
@@ -133,7 +133,7 @@ TEST(JoinedRecordings, ShowAllPicturesWithTheirSound) {
         for (int i = 0; i < 150; ++i)
             expected.push_back(i % 75);
         EXPECT_EQ(numbers, expected);
-        // Back and forth: there is nothing to search by, so that it is read again.
+        // Seeking back and forth: the times are not monotonic, so the file is read again.
         const double late = start + 2.02;
         const int there = test::numberAt(*images, late);
         EXPECT_NEAR(there, 50, 4);

@@ -20,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-/// The same on both sides, or the right side that many times the left one.
+/// A source of `frames` frames. The right channel is `right` times the left one.
 std::shared_ptr<SampledSoundSource> sourceOf(int rate, std::size_t frames,
                                              const std::function<double(std::size_t)>& value,
                                              double right = 1) {
@@ -36,12 +36,12 @@ std::shared_ptr<SampledSoundSource> steady(std::size_t frames, double value, int
 }
 
 std::vector<float> rendered(AudioMixer& mixer, std::size_t frames) {
-    std::vector<float> samples(2 * frames, 9.0F);  // what was there before must not be heard
+    std::vector<float> samples(2 * frames, 9.0F);  // old buffer content must be overwritten
     mixer.render(samples);
     return samples;
 }
 
-TEST(AudioMixerTest, AddsWhatOverlapsAndTellsWhoEndsInTheirOrder) {
+TEST(AudioMixerTest, AddsSourcesAndReportsEndsInOrder) {
     AudioMixer mixer;
     mixer.resume(48000);
     std::vector<std::string> ends;
@@ -62,7 +62,7 @@ TEST(AudioMixerTest, AddsWhatOverlapsAndTellsWhoEndsInTheirOrder) {
     EXPECT_THAT(rendered(mixer, 2), ElementsAre(0, 0, 0, 0));
 }
 
-TEST(AudioMixerTest, CutsOffSumsAndSilencesWhatIsNoNumber) {
+TEST(AudioMixerTest, LimitsSumsAndSilencesNaN) {
     AudioMixer mixer;
     mixer.resume(48000);
     mixer.start(sourceOf(48000, 3, [](std::size_t i) { return std::array{0.8, -3.0, std::nan("")}[i]; }), {});
@@ -70,7 +70,7 @@ TEST(AudioMixerTest, CutsOffSumsAndSilencesWhatIsNoNumber) {
     EXPECT_THAT(rendered(mixer, 3), ElementsAre(1, 1, -1, -1, 0, 0));
 }
 
-TEST(AudioMixerTest, StoppingFadesWithoutAStep) {
+TEST(AudioMixerTest, StoppingFadesWithoutStep) {
     AudioMixer mixer;
     mixer.resume(48000);
     bool ended = false;
@@ -118,11 +118,11 @@ double amplitude(const std::vector<float>& samples, double frequency, double rat
     return 2 * std::abs(sum) / frames;
 }
 
-TEST(RateConverterTest, KeepsTonesAndMakesNoOthers) {
+TEST(RateConverterTest, KeepsTonesWithoutImagesOrAliases) {
     const struct {
         int from, to;
         double tone;     ///< Hz
-        double phantom;  ///< where its image or alias would lie
+        double phantom;  ///< frequency of its image or alias
         bool isKept;
     } cases[] = {
         {20000, 48000, 9000, 11000, true},
@@ -139,14 +139,14 @@ TEST(RateConverterTest, KeepsTonesAndMakesNoOthers) {
         std::vector<float> samples(2 * static_cast<std::size_t>(c.to) + 1000);
         const std::size_t frames = converter.render(*source, samples);
         EXPECT_EQ(frames, static_cast<std::size_t>(c.to));
-        // Away from the ends, where the tone begins and stops with a step.
+        // The middle only: at the ends the tone starts and stops abruptly.
         const std::vector<float> middle(samples.begin() + c.to / 4 * 2, samples.begin() + c.to * 3 / 4 * 2);
         EXPECT_NEAR(amplitude(middle, c.tone, c.to), c.isKept ? 0.5 : 0, 0.5e-3);
         EXPECT_LT(amplitude(middle, c.phantom, c.to), 0.5e-4);  // -80 dB
     }
 }
 
-TEST(RateConverterTest, DoesNotDependOnHowTheOutputIsDivided) {
+TEST(RateConverterTest, OutputIsIndependentOfBufferSizes) {
     const auto tone = [](std::size_t i) { return std::sin(0.37 * static_cast<double>(i)); };
     std::vector<float> whole(2 * 5000), pieces(whole.size());
     RateConverter first(20000, 48000);
@@ -162,12 +162,12 @@ TEST(RateConverterTest, DoesNotDependOnHowTheOutputIsDivided) {
         done += count;
     }
     EXPECT_EQ(whole, pieces);
-    // Rates that are worlds apart still end.
+    // Extreme ratios of rates must terminate.
     RateConverter absurd(1000000, 8);
     EXPECT_EQ(absurd.render(*steady(1000000, 0.5, 1000000), whole), 8U);
 }
 
-TEST(AudioMixerTest, ManyThreadsMayStartAndStop) {
+TEST(AudioMixerTest, ManyThreadsStartAndStopSources) {
     AudioMixer mixer;
     mixer.resume(48000);
     std::atomic<int> ended = 0;
@@ -186,7 +186,7 @@ TEST(AudioMixerTest, ManyThreadsMayStartAndStop) {
     EXPECT_FALSE(mixer.isPlaying());
 }
 
-/// What a source is said to have ended with.
+/// Receives the error that a source finished with.
 class Answer {
 public:
     AudioOutput::Finished finished() {
@@ -206,10 +206,10 @@ protected:
     void use(const char* driver) {
         ::setenv("SDL_AUDIODRIVER", driver, 1);
         ::setenv("SDL_DISKAUDIOFILE", m_folder.file("heard.raw").c_str(), 1);
-        ::setenv("SDL_DISKAUDIODELAY", "1", 1);  // milliseconds per buffer: faster than one listens
+        ::setenv("SDL_DISKAUDIODELAY", "1", 1);  // milliseconds per buffer, faster than real time
     }
 
-    /// Frames that the disk driver has written, as left and right.
+    /// Frames that the disk driver has written, as pairs of left and right.
     std::vector<std::pair<float, float>> heard() const {
         const std::string bytes = test::contents(m_folder.file("heard.raw"));
         std::vector<std::pair<float, float>> frames(bytes.size() / 8);
@@ -223,7 +223,7 @@ protected:
     test::TemporaryFolder m_folder;
 };
 
-TEST_F(SDLAudioOutputTest, EverySampleReachesTheDeviceOnceAndTheDeviceIsGivenBack) {
+TEST_F(SDLAudioOutputTest, PlaysEverySampleOnceThenClosesDevice) {
     use("disk");
     SDLAudioOutput output({.closeAfter = 50ms, .retryAfter = 0ms});
     EXPECT_FALSE(output.isOpen());
@@ -238,13 +238,13 @@ TEST_F(SDLAudioOutputTest, EverySampleReachesTheDeviceOnceAndTheDeviceIsGivenBac
     EXPECT_EQ(std::count(frames.begin(), frames.end(), std::pair(0.25F, -0.5F)), 1000);
     EXPECT_EQ(std::count(frames.begin(), frames.end(), std::pair(0.0F, 0.0F)),
               static_cast<std::ptrdiff_t>(frames.size()) - 1000);
-    // The next sound opens it anew.
+    // The next sound opens the device again.
     Answer second;
     output.start(steady(10, 0.25), second.finished());
     EXPECT_EQ(second.wait(), "");
 }
 
-TEST_F(SDLAudioOutputTest, WithoutADeviceSourcesFinishWithTheReason) {
+TEST_F(SDLAudioOutputTest, SourcesFinishWithErrorWithoutDevice) {
     use("no-such-driver");
     SDLAudioOutput output({.closeAfter = 50ms, .retryAfter = 24h});
     Answer first;
@@ -252,7 +252,7 @@ TEST_F(SDLAudioOutputTest, WithoutADeviceSourcesFinishWithTheReason) {
     const std::string reason = first.wait();
     EXPECT_NE(reason, "");
     EXPECT_NE(reason, "no answer");
-    // No other attempt is made that soon, even if it would succeed.
+    // No second attempt before `retryAfter`, even if it would succeed.
     use("dummy");
     Answer second;
     output.start(steady(48000, 0.5), second.finished());
@@ -260,7 +260,7 @@ TEST_F(SDLAudioOutputTest, WithoutADeviceSourcesFinishWithTheReason) {
     EXPECT_FALSE(output.isOpen());
 }
 
-TEST_F(SDLAudioOutputTest, EndsInTheMiddleOfASoundWithoutTellingAnybody) {
+TEST_F(SDLAudioOutputTest, DestructionStopsSoundSilently) {
     use("dummy");
     Answer answer;
     bool isTold = false;

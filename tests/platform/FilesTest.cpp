@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 using enum OutputTerms::Existing;
 using Bytes = std::vector<std::uint8_t>;
 
-/// What the `FileError` is about that `action` throws, and its number; 0 when it throws none.
+/// The path and number of the `FileError` that `action` throws. The number is 0 if it throws none.
 template <typename Action>
 std::pair<std::string, int> errorOf(Action action) {
     try {
@@ -24,7 +24,7 @@ std::pair<std::string, int> errorOf(Action action) {
     return {};
 }
 
-TEST(FileHandleTest, WritesWhereItWasToldAndReadsBack) {
+TEST(FileHandleTest, WritesAtPositionAndReadsBack) {
     const test::TemporaryFolder folder;
     const std::string path = folder.file("movie");
     const auto file = createForWriting(path);
@@ -45,7 +45,7 @@ TEST(FileHandleTest, WritesWhereItWasToldAndReadsBack) {
     EXPECT_EQ(test::contents<Bytes>(path), (Bytes{90, 2, 50, 51, 5}));
 }
 
-TEST(FileHandleTest, WritesAnyNumberOfPiecesOneBehindTheOther) {
+TEST(FileHandleTest, WritesAnyNumberOfPiecesInOrder) {
     const test::TemporaryFolder folder;
     Bytes whole(2'000'000);
     for (std::size_t i = 0; i < whole.size(); ++i)
@@ -61,7 +61,7 @@ TEST(FileHandleTest, WritesAnyNumberOfPiecesOneBehindTheOther) {
     EXPECT_TRUE(test::contents<Bytes>(folder.file("movie")) == whole);
 }
 
-TEST(FileHandleTest, ReachesBeyondFourGibibytesAndNoFurtherThanTheEnd) {
+TEST(FileHandleTest, ReadsBeyondFourGibibytesUpToEnd) {
     const test::TemporaryFolder folder;
     const std::string path = folder.file("sparse");
     constexpr std::uint64_t far = std::uint64_t{5} << 30;
@@ -77,7 +77,7 @@ TEST(FileHandleTest, ReachesBeyondFourGibibytesAndNoFurtherThanTheEnd) {
     EXPECT_EQ(reading->readAt(~std::uint64_t{0}, buffer), 0u);
 }
 
-TEST(FileHandleTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
+TEST(FileHandleTest, RejectsNonRegularFilesWithoutBlocking) {
     const test::TemporaryFolder folder;
     ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
     fs::create_symlink(folder.file("pipe"), folder.file("link to pipe"));
@@ -97,7 +97,7 @@ TEST(FileHandleTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
     }
 }
 
-TEST(FileHandleTest, CreatesOnlyWhatDoesNotExist) {
+TEST(FileHandleTest, CreatesNewFilesOnly) {
     const test::TemporaryFolder folder;
     test::store(folder.file("f"), Bytes{1, 2});
     fs::create_symlink(folder.file("nowhere"), folder.file("dangling"));
@@ -125,7 +125,7 @@ protected:
     test::TemporaryFolder m_folder;
 };
 
-TEST_F(FileManagerTest, SeesTheSameFileThroughLinksAndPaths) {
+TEST_F(FileManagerTest, RecognisesSameFileThroughLinksAndPaths) {
     for (const char* same : {"link", "second name", "folder/../film"})
         EXPECT_TRUE(files::isSameFile(at("film"), at(same))) << same;
     test::store(at("copy"), "bytes");
@@ -134,7 +134,7 @@ TEST_F(FileManagerTest, SeesTheSameFileThroughLinksAndPaths) {
     EXPECT_FALSE(files::isSameFile(at("nothing"), at("nothing")));
 }
 
-TEST_F(FileManagerTest, RemovesFilesAndLinksButNotTheirTargets) {
+TEST_F(FileManagerTest, RemovesLinksButNotTheirTargets) {
     EXPECT_EQ(files::kindOf(at("link")), files::Kind::symbolicLink);
     EXPECT_EQ(files::kindOf(at("film") + std::string("\0x", 2)), std::nullopt);
     for (const char* name : {"link", "link to folder", "dangling", "second name"}) {
@@ -156,7 +156,7 @@ void put(StagedOutput& stage, const std::string& name, const std::string& text) 
     file->close();
 }
 
-TEST(StagedOutput, ShowsFilesOnlyWhenAllAreCompleteAndReplacesOnlyWhenTold) {
+TEST(StagedOutput, CommitsAllFilesOrNone) {
     const test::TemporaryFolder folder;
     const std::string place = folder.file("new/a");
     for (const auto& [text, existing] : {std::pair{"1", keep}, {"2", replace}}) {
@@ -183,7 +183,7 @@ TEST(StagedOutput, ShowsFilesOnlyWhenAllAreCompleteAndReplacesOnlyWhenTold) {
     EXPECT_EQ(test::contents(folder.file("new/c")), "put there meanwhile");
 }
 
-TEST(StagedOutput, NamesTheLaterPlaceInErrors) {
+TEST(StagedOutput, NamesFinalPathInErrors) {
     const test::TemporaryFolder folder;
     test::store(folder.file("file"), "");
     for (const std::string& place : {folder.file("missing"), folder.file("file")})

@@ -4,13 +4,13 @@
 
 namespace zeb::test {
 
-/// Makes the application object that windows need, once for the whole process, on a screen that is none.
+/// Creates the application object that windows need, once per process, with the offscreen platform.
 inline void needApplication() {
     ::qputenv("QT_QPA_PLATFORM", "offscreen");
     static int count = 1;
     static char name[] = "test";
     static char* arguments[] = {name, nullptr};
-    // Never ended: by then what it looks after has gone with the process.
+    // Never destroyed: at process exit, objects that it refers to may already be destroyed.
     [[maybe_unused]] static const auto* application = new QGuiApplication(count, arguments);
 }
 

@@ -27,8 +27,8 @@ protected:
     test::TemporaryFolder m_temporary;
 };
 
-TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorsReach) {
-    // Made by descriptors, since no path is that long.
+TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorLimit) {
+    // Created through descriptors, because the path would be too long.
     int inside = ::open(m_temporary.file("folder/tree").c_str(), O_RDONLY);
     for (int level = 0; level < 3000; ++level) {
         ASSERT_EQ(::mkdirat(inside, "sub", 0700), 0);
@@ -43,13 +43,13 @@ TEST_F(OpenFolderTest, RemovesTreesDeeperThanDescriptorsReach) {
     EXPECT_EQ(m_temporary.names(), std::vector<std::string>({"folder", "outside", "outside/precious"}));
 }
 
-TEST_F(OpenFolderTest, RemovesWhatItCanOfAnUnreadableTree) {
+TEST_F(OpenFolderTest, RemovesReadablePartOfTree) {
     fs::create_directories(m_temporary.file("folder/tree/empty"));
     fs::create_directories(m_temporary.file("folder/tree/full/file"));
     test::store(m_temporary.file("folder/tree/z"), "bytes");
     for (const char* name : {"folder/tree/empty", "folder/tree/full"})
         fs::permissions(m_temporary.file(name), fs::perms::none);
-    // The superuser reads everything, so he lends his folders to somebody who does not.
+    // Root may read everything. When running as root, give the folders to another user and act as that user.
     constexpr uid_t nobody = 65534;
     const bool isSuperuser = ::geteuid() == 0;
     if (isSuperuser) {
@@ -68,7 +68,7 @@ TEST_F(OpenFolderTest, RemovesWhatItCanOfAnUnreadableTree) {
 }
 
 #ifdef RENAME_EXCHANGE
-TEST_F(OpenFolderTest, StaysInsideWhileFoldersAreSwappedForLinks) {
+TEST_F(OpenFolderTest, NeverFollowsLinksSwappedForFolders) {
     const std::string part = m_temporary.file("folder/tree/part");
     const std::string swap = m_temporary.file("swap");
     for (int round = 0; round < 300; ++round) {

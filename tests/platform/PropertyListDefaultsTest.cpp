@@ -24,7 +24,7 @@ PropertyDictionary listIn(const std::string& path) {
     return *propertyList::parse(test::contents<PropertyData>(path)).as<PropertyDictionary>();
 }
 
-/// One running program.
+/// The settings of one running program.
 struct Instance {
     explicit Instance(const std::string& path)
         : observation(notifications.observe(userDefaultsDidChangeNotification,
@@ -42,7 +42,7 @@ class PropertyListDefaultsTest : public testing::Test {
 protected:
     PropertyListDefaultsTest() { fs::create_directory(m_folder.file("zebmaker")); }
 
-    /// Nothing but the list is there, and the lock beside it.
+    /// Only the list and its lock file exist.
     void expectNoOtherFiles() const {
         EXPECT_THAT(m_folder.names(),
                     ElementsAre("zebmaker", "zebmaker/preferences.plist", "zebmaker/preferences.plist.lock"));
@@ -52,7 +52,7 @@ protected:
     const std::string m_path = m_folder.file("zebmaker/preferences.plist");
 };
 
-TEST_F(PropertyListDefaultsTest, KeepsValuesBeyondTheProcess) {
+TEST_F(PropertyListDefaultsTest, KeepsValuesAcrossProcesses) {
     const PropertyDictionary values = {{"presetDVDW", 768},
                                        {"soundEffectsEnabled", false},
                                        {"ZEBMaker.lastInputDir", "/films/Ä & B"},
@@ -76,7 +76,7 @@ TEST_F(PropertyListDefaultsTest, KeepsValuesBeyondTheProcess) {
     expectNoOtherFiles();
 }
 
-TEST_F(PropertyListDefaultsTest, TwoInstancesLoseNothingOfEachOther) {
+TEST_F(PropertyListDefaultsTest, TwoInstancesKeepEachOthersValues) {
     fs::remove(m_folder.file("zebmaker"));  // not created yet
     Instance one(m_path), other(m_path);
     for (int i = 0; i < 5; ++i) {
@@ -92,7 +92,7 @@ TEST_F(PropertyListDefaultsTest, TwoInstancesLoseNothingOfEachOther) {
     EXPECT_EQ(listIn(m_path).size(), 10u);
 }
 
-TEST_F(PropertyListDefaultsTest, FollowsTheUsersLinkAndKeepsPermissions) {
+TEST_F(PropertyListDefaultsTest, FollowsLinkAndKeepsPermissions) {
     fs::create_directories(m_folder.file("dotfiles"));
     fs::create_symlink("../dotfiles/missing", m_path);
     Instance instance(m_path);
@@ -129,7 +129,7 @@ TEST_F(PropertyListDefaultsTest, SetsDamagedFilesAside) {
     EXPECT_EQ(instance.warnings.size(), 1u) << "an empty file holds nothing worth keeping";
 }
 
-TEST_F(PropertyListDefaultsTest, GoesOnInMemoryWhereItCannotWrite) {
+TEST_F(PropertyListDefaultsTest, KeepsValuesInMemoryIfUnwritable) {
     fs::remove(m_folder.file("zebmaker"));
     test::store(m_folder.file("zebmaker"), "a file, not a folder");
     Instance instance(m_path);
@@ -145,7 +145,7 @@ TEST_F(PropertyListDefaultsTest, GoesOnInMemoryWhereItCannotWrite) {
     EXPECT_EQ(listIn(m_path), values) << "once more is another try";
     EXPECT_EQ(instance.announcements, 4);
 
-    // A folder in the file's place is neither read nor replaced.
+    // A folder at the path of the list is neither read nor replaced.
     fs::remove(m_path);
     fs::create_directory(m_path);
     Instance blocked(m_path);
@@ -155,7 +155,7 @@ TEST_F(PropertyListDefaultsTest, GoesOnInMemoryWhereItCannotWrite) {
     expectNoOtherFiles();
 }
 
-TEST_F(PropertyListDefaultsTest, AFailedWriteLeavesTheOldFile) {
+TEST_F(PropertyListDefaultsTest, FailedWriteKeepsOldFile) {
     Instance instance(m_path);
     instance.defaults.set("a", 1);
     struct rlimit limit {};
@@ -173,7 +173,7 @@ TEST_F(PropertyListDefaultsTest, AFailedWriteLeavesTheOldFile) {
     EXPECT_EQ(listIn(m_path).size(), 3u) << "the next saving makes up for it";
 }
 
-/// Runs `work` in a process of its own; returns its number.
+/// Runs `work` in a child process. Returns its process id.
 template <typename Work>
 pid_t inChild(Work work) {
     const pid_t child = ::fork();
@@ -191,7 +191,7 @@ void setKey(PropertyListFile& file, const std::string& key, int value) {
     });
 }
 
-TEST_F(PropertyListDefaultsTest, ProcessesTakeTurns) {
+TEST_F(PropertyListDefaultsTest, ConcurrentProcessesLoseNoValue) {
     std::vector<pid_t> children;
     for (const char* name : {"a", "b", "c"}) {
         children.push_back(inChild([&] {
@@ -208,7 +208,7 @@ TEST_F(PropertyListDefaultsTest, ProcessesTakeTurns) {
     EXPECT_EQ(listIn(m_path).size(), 120u);
 }
 
-TEST_F(PropertyListDefaultsTest, AKilledProcessLeavesOldOrNew) {
+TEST_F(PropertyListDefaultsTest, KilledProcessLeavesConsistentFile) {
     for (int round = 0; round < 20; ++round) {
         int ends[2] = {};
         ASSERT_EQ(::pipe(ends), 0);
@@ -234,7 +234,7 @@ TEST_F(PropertyListDefaultsTest, AKilledProcessLeavesOldOrNew) {
     Instance instance(m_path);
     instance.defaults.set("after", 1);
     EXPECT_THAT(instance.warnings, IsEmpty());
-    expectNoOtherFiles();  // what the killed ones left half done is gone
+    expectNoOtherFiles();  // incomplete files of killed processes are removed
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ std::string xml(std::string_view body) {
            std::string(body) + "</plist>";
 }
 
-/// A binary list of these objects, the first at the top, with offsets and references of one byte.
+/// A binary list of these objects. The first one is the root. Offsets and references have one byte.
 PropertyData binary(const std::vector<PropertyData>& objects) {
     PropertyData bytes = bytesOf("bplist00"), offsets;
     for (const PropertyData& object : objects) {
@@ -60,7 +60,7 @@ const PropertyDictionary everyKind = {{"whole", std::int64_t{-5}},
                                       {"none", PropertyData{}},
                                       {"list", PropertyArray{1, PropertyArray{}, PropertyDictionary{}}}};
 
-TEST(PropertyListTest, ComesBackFromXMLAndBinary) {
+TEST(PropertyListTest, ReadsBackFromXMLAndBinary) {
     EXPECT_EQ(parsed(writeXML(everyKind)), everyKind);
     EXPECT_EQ(textOf(writeXML("a\1b\0")), textOf(writeXML("a\xEF\xBF\xBD"
                                                           "b")));
@@ -72,7 +72,7 @@ TEST(PropertyListTest, ComesBackFromXMLAndBinary) {
               (PropertyDictionary{{"a", -2}, {"ä", PropertyData{1, 2}}}));
 }
 
-TEST(PropertyListTest, ReadsTheOldTextForm) {
+TEST(PropertyListTest, ReadsOldTextFormat) {
     const std::pair<std::string, PropertyValue> cases[] = {
         {"{ name = \"QL \\\"Demo\\\"\"; size = (640, 480,); } // end",
          PropertyDictionary{{"name", "QL \"Demo\""}, {"size", PropertyArray{"640", "480"}}}},
@@ -100,13 +100,13 @@ std::string repeated(std::string_view text, int count) {
     return all;
 }
 
-TEST(PropertyListTest, RefusesHostileLists) {
+TEST(PropertyListTest, RejectsHostileLists) {
     const auto nested = [](int depth) {
         return bytesOf(xml(repeated("<array>", depth) + repeated("</array>", depth)));
     };
     EXPECT_NE(parsed(nested(greatestDepth - 1)), std::nullopt);
     std::vector<PropertyData> sharing = {
-        {0xA2, 1, 1}};  // each holds the next twice: 2^60 values in 60 objects
+        {0xA2, 1, 1}};  // each array contains the next one twice: 2^60 values in 60 objects
     for (std::uint8_t i = 2; i < 60; ++i)
         sharing.push_back({0xA2, i, i});
     sharing.push_back({0x09});
@@ -161,7 +161,7 @@ TEST(PropertyListTest, SurvivesEveryCutAndFlippedByte) {
     }
 }
 
-TEST(PropertyListTest, KeepsWhatItDoesNotKnow) {
+TEST(PropertyListTest, KeepsUnknownValuesAndFormat) {
     auto tree = PropertyListTree::parse(
         bytesOf(xml("<dict><key>day</key><date>1999-12-31T23:59:59Z</date><key>big</key>"
                     "<integer>18446744073709551615</integer><key>old</key><true/></dict>")));
@@ -174,7 +174,7 @@ TEST(PropertyListTest, KeepsWhatItDoesNotKnow) {
     EXPECT_TRUE(tree.contains("day"));
     EXPECT_EQ(tree.value(), (PropertyDictionary{{"new", 7}, {"big", 18446744073709551615.0}}));
 
-    // A date of half a second, which XML could not hold: binary stays binary.
+    // XML cannot store a date with half a second, so a binary list stays binary.
     auto fromBinary =
         PropertyListTree::parse(binary({{0xD1, 1, 2}, {0x51, 'a'}, {0x33, 0x3F, 0xE0, 0, 0, 0, 0, 0, 0}}));
     fromBinary.set("b", true);

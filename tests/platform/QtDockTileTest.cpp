@@ -19,7 +19,7 @@
 namespace zeb {
 namespace {
 
-/// What arrives on the bus.
+/// Receives and stores signals on the session bus.
 class Listener final : public QObject {
     Q_OBJECT
 
@@ -49,7 +49,7 @@ protected:
     static QColor colourOf(const QIcon& icon) { return icon.pixmap(128).toImage().pixelColor(64, 64); }
 };
 
-TEST_F(QtDockTileTest, EveryWindowsIconShowsThePictureAndReturns) {
+TEST_F(QtDockTileTest, EveryWindowIconShowsPictureAndReturns) {
     ::qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     ::qunsetenv("XDG_RUNTIME_DIR");
     QGuiApplication::setWindowIcon(QIcon(QPixmap::fromImage(picture(Qt::blue))));
@@ -78,12 +78,12 @@ TEST_F(QtDockTileTest, EveryWindowsIconShowsThePictureAndReturns) {
     expectIcons(Qt::blue);
     EXPECT_EQ(tile.devicePixelRatio(), 1);
 
-    // The next run shows the picture that the last one ended with.
+    // The next run starts with the picture of the last one.
     tile.show(picture(Qt::yellow), 0);
     expectIcons(Qt::yellow);
 }
 
-TEST_F(QtDockTileTest, LaunchersOnTheSessionBusHearTheProgress) {
+TEST_F(QtDockTileTest, SendsProgressToLaunchersOverBus) {
     const QString program = QStandardPaths::findExecutable("dbus-daemon");
     if (program.isEmpty()) GTEST_SKIP() << "dbus-daemon is not installed";
     QProcess bus;

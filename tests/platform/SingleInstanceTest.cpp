@@ -21,7 +21,7 @@ namespace {
 
 class SingleInstanceTest : public testing::Test {
 protected:
-    /// What another instance answers, asked for `requests` while this one's event loop runs.
+    /// Starts another instance with `requests` while the event loop runs here. Returns its `isFirst`.
     bool anotherIsFirst(const QStringList& requests) {
         bool isFirst = false;
         QEventLoop loop;
@@ -43,19 +43,19 @@ protected:
     const QString path = QString::fromStdString(folder.path());
 };
 
-TEST_F(SingleInstanceTest, LaterOnesHandOverToTheFirst) {
+TEST_F(SingleInstanceTest, LaterInstancesHandOverToFirst) {
     SingleInstance first(path, "program");
     QStringList taken;
     QObject::connect(&first, &SingleInstance::requested, &first,
                      [&](const QStringList& requests) { taken += requests; });
     EXPECT_TRUE(first.isFirst({"mine"}));
-    // More than one piece of a socket's.
+    // More data than fits into one write of a socket.
     const QStringList many = QStringList(5000, "file:///a/path/of/some/length/movie.zeb") << "last";
     EXPECT_FALSE(anotherIsFirst(many));
     EXPECT_EQ(taken, many);
     EXPECT_FALSE(anotherIsFirst({}));
 
-    // Somebody who connects and says nothing, or nonsense, keeps nobody else away.
+    // A client that sends nothing or invalid data does not block other clients.
     QLocalSocket silent;
     silent.connectToServer(path + "/program.socket");
     QLocalSocket wild;
@@ -65,7 +65,7 @@ TEST_F(SingleInstanceTest, LaterOnesHandOverToTheFirst) {
     EXPECT_EQ(taken.back(), "next");
 }
 
-TEST_F(SingleInstanceTest, TakesOverFromOneThatWasKilled) {
+TEST_F(SingleInstanceTest, TakesOverFromKilledInstance) {
     const pid_t child = fork();
     if (child == 0) {
         SingleInstance instance(path, "program");
@@ -79,7 +79,7 @@ TEST_F(SingleInstanceTest, TakesOverFromOneThatWasKilled) {
     EXPECT_FALSE(anotherIsFirst({"request"}));
 }
 
-TEST_F(SingleInstanceTest, CarriesOnAloneWhenTheFirstHangs) {
+TEST_F(SingleInstanceTest, RunsAloneWhenFirstInstanceHangs) {
     QLockFile lock(path + "/program.lock");
     lock.setStaleLockTime(0);
     ASSERT_TRUE(lock.tryLock(0));

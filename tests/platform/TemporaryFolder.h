@@ -14,7 +14,7 @@
 
 namespace zeb::test {
 
-/// A folder of its own for one test, gone with everything in it afterwards.
+/// A temporary folder for one test. The destructor removes it with its content.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
@@ -31,7 +31,7 @@ public:
 
     std::string path() const { return m_path.string(); }
     std::string file(const std::string& name) const { return (m_path / name).string(); }
-    /// What is in it, below its folders too, in order.
+    /// Relative paths of everything in the folder and its subfolders, sorted.
     std::vector<std::string> names() const {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(m_path))
@@ -44,7 +44,7 @@ private:
     std::filesystem::path m_path;
 };
 
-/// All bytes of a file; none where there is no file.
+/// All bytes of a file. Empty if there is no file.
 template <typename Bytes = std::string>
 Bytes contents(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

@@ -21,7 +21,7 @@ TextArgument text(const char* characters) {
     return std::string(characters);
 }
 
-TEST(TextFormatTest, FillsSpecifiers) {
+TEST(TextFormatTest, FillsSpecifiersWithMatchingArguments) {
     const struct {
         const char* format;
         Arguments arguments;
@@ -32,7 +32,7 @@ TEST(TextFormatTest, FillsSpecifiers) {
         {"„%@“", {text("Grüße 100%")}, "„Grüße 100%“"},
         {"%2$@: %1$lld (%2$@)", {whole(9), text("a")}, "a: 9 (a)"},
         {"%lld", {whole(std::numeric_limits<std::int64_t>::min())}, "-9223372036854775808"},
-        // Arguments of another type, missing ones and what is no specifier.
+        // Arguments of another type, missing arguments, and text that is no specifier.
         {"%lld %@ %.1f", {text("x"), whole(4), whole(5)}, "x 4 5"},
         {"%lld %lld %9$@", {whole(1)}, "1 %lld %9$@"},
         {"%.2f", {std::numeric_limits<double>::infinity()}, "inf"},
@@ -45,7 +45,7 @@ TEST(TextFormatTest, FillsSpecifiers) {
         EXPECT_EQ(formatText(format, arguments), expected) << format;
 }
 
-TEST(StringTableTest, NamesTheLineOfAMistake) {
+TEST(StringTableTest, ReportsLineOfSyntaxError) {
     const std::pair<const char*, const char*> cases[] = {
         {"\n\nkey = \"x\";", "line 3: expected \""},
         {"\"a\" = \"x\";\n\"b\" = \"y", "line 2: text does not end"},
@@ -78,7 +78,7 @@ TEST(TextLocaleTest, TextsFollowLanguageAndDecimalMark) {
     setTextLocale(before);
 }
 
-TEST(TextLocaleTest, EnvironmentNamesTheLanguage) {
+TEST(TextLocaleTest, EnvironmentSelectsTheLanguage) {
     const char* const names[] = {"LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE"};
     const struct {
         const char* values[4];  // nullptr: not set

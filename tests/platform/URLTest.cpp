@@ -15,7 +15,7 @@ URL made(const std::string& text) {
     return url ? *url : URL::forFile("/none");
 }
 
-TEST(URL, RefusesWhatIsNone) {
+TEST(URL, RejectsInvalidURLs) {
     for (const std::string& text : {""s, " file:///a"s, "fi le:///a"s, "my film: part 2.mov"s,
                                     "file:///a\nb"s, "file:///a\x7F"s, "file:///a\0b"s}) {
         EXPECT_EQ(URL::parse(text), std::nullopt) << text;
@@ -30,7 +30,7 @@ TEST(URL, RefusesWhatIsNone) {
         EXPECT_EQ(URL::parse(text), std::nullopt) << text;
 }
 
-TEST(URL, EscapesWhatItMustNotHold) {
+TEST(URL, EscapesInvalidCharacters) {
     const std::pair<std::string, std::string> cases[] = {
         {"ZebMaker://Play?URL=%2f%2F", "ZebMaker://Play?URL=%2f%2F"},
         {"file:///my film ü.mov", "file:///my%20film%20%C3%BC.mov"},
@@ -51,7 +51,7 @@ TEST(URL, EscapesWhatItMustNotHold) {
         EXPECT_EQ(made(given).text(), text) << given;
 }
 
-TEST(URL, TellsAbsentComponentsFromEmptyOnes) {
+TEST(URL, DistinguishesAbsentAndEmptyComponents) {
     const std::pair<std::string, std::vector<std::optional<std::string>>> cases[] = {
         {"zebmaker:encode?url=A", {"zebmaker", {}, {}, {}, "encode", "url=A", {}}},
         {"zebmaker://play?url=A", {"zebmaker", {}, "play", {}, "", "url=A", {}}},
@@ -69,7 +69,7 @@ TEST(URL, TellsAbsentComponentsFromEmptyOnes) {
     EXPECT_EQ(made("x:play").host(), std::nullopt);
 }
 
-TEST(URL, KnowsPathAndExtension) {
+TEST(URL, DecodesPathAndExtension) {
     const struct {
         std::string text, path, extension;
     } cases[] = {
@@ -100,7 +100,7 @@ TEST(URL, KnowsPathAndExtension) {
         EXPECT_FALSE(made(text).isFileURL()) << text;
 }
 
-TEST(URL, TellsFilesOfThisComputer) {
+TEST(URL, RecognisesFilesOfThisComputer) {
     for (const char* text :
          {"file:///a", "file:/a", "file:a", "File://LOCALHOST/a", "file://me@localhost:1/a"})
         EXPECT_TRUE(made(text).isLocalFile()) << text;

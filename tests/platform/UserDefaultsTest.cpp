@@ -9,7 +9,7 @@
 namespace zeb {
 namespace {
 
-TEST(UserDefaultsTest, ConvertsWhereThatMakesSense) {
+TEST(UserDefaultsTest, ConvertsCompatibleTypesOnly) {
     constexpr auto least = std::numeric_limits<std::int64_t>::min();
     constexpr auto most = std::numeric_limits<std::int64_t>::max();
     const struct {

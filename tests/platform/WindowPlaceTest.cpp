@@ -9,7 +9,7 @@
 namespace zeb {
 namespace {
 
-TEST(WindowPlaceTest, LeavesRoomForTheFrameOnEveryScreen) {
+TEST(WindowPlaceTest, LeavesRoomForFrameOnEveryScreen) {
     struct Case {
         const char* what;
         QRect available;
@@ -27,13 +27,13 @@ TEST(WindowPlaceTest, LeavesRoomForTheFrameOnEveryScreen) {
         SCOPED_TRACE(it.what);
         const QRect place = placedContents(it.available, it.wanted);
         EXPECT_EQ(place.size(), it.size);
-        // A title bar of 38 and borders of 6 are in sight as well.
+        // A title bar of 38 and borders of 6 pixels are also inside the screen.
         EXPECT_TRUE(it.available.contains(place.marginsAdded({6, 38, 6, 6})));
         EXPECT_LE(std::abs(place.center().x() - it.available.center().x()), 1);
     }
 }
 
-TEST(WindowPlaceTest, MinimumSizesYieldToTheScreen) {
+TEST(WindowPlaceTest, ScreenSizeLimitsMinimumSize) {
     test::needApplication();
     QWindow window;
     const QSize room = roomForContents(window.screen()->availableGeometry()).size();

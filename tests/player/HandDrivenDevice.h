@@ -10,7 +10,7 @@
 
 namespace zeb::test {
 
-/// A sound device that plays when a test says so.
+/// A sound device that plays on the test's request.
 class HandDrivenDevice final : public AudioOutput {
 public:
     explicit HandDrivenDevice(int rate) : m_rate(rate) { m_mixer.resume(rate); }
@@ -24,7 +24,7 @@ public:
         m_mixer.render(heard);
     }
 
-    std::vector<float> heard;  ///< in the latest `play`
+    std::vector<float> heard;  ///< samples of the latest `play`
 
 private:
     int m_rate;

@@ -22,7 +22,7 @@
 #include "tests/platform/TemporaryFolder.h"
 #include "tests/player/SoundRecording.h"
 
-// What a person would hear: the real player on a real sound server whose sound card is a recording.
+// The audible sound: the real player on a real sound server that records its output.
 
 namespace zeb {
 namespace {
@@ -34,14 +34,14 @@ constexpr int storedRate = 20000;
 constexpr int fps = 25;
 constexpr int seconds = 8;
 
-/// The movie's sound at a moment in seconds: a tone that rises all the time, so that a piece of it tells
-/// where it is from. At whole seconds the wave is at its zero: a loop between them has no step.
+/// The movie's sound at a time in seconds: a rising tone, so that each part of it is unique. The wave is zero
+/// at whole seconds, so that loops between them have no step.
 double wave(double moment) {
     return 0.75 * std::sin(2 * std::numbers::pi * (200 * moment + 60 * moment * moment));
 }
 
 void writeMovie(const std::string& path) {
-    // A record that holds no picture: 2 bytes of another format.
+    // A record that does not decode to a picture: 2 bytes.
     const std::vector<std::uint8_t> record = {0, 0};
     const std::vector<std::span<const std::uint8_t>> frames(fps, record);
     ZEBWriter writer(path, {"Tone", 64, 64, fps, 32, seconds * fps, seconds, 1, false});
@@ -57,7 +57,7 @@ void writeMovie(const std::string& path) {
     writer.close();
 }
 
-/// What is between silences of a tenth of a second and more.
+/// Parts of the recording between silences of at least 0.1 s.
 std::vector<std::vector<double>> stretches(const std::vector<double>& samples) {
     std::vector<std::vector<double>> result;
     std::vector<double> stretch;
@@ -79,8 +79,8 @@ std::vector<std::vector<double>> stretches(const std::vector<double>& samples) {
     return result;
 }
 
-/// The mean error of a stretch, in which the movie's sound is heard from `start` on to its end and then from
-/// `loopStart` on again, in seconds. Begin and end may be faded.
+/// The RMS error of a recorded part that should play from `start` to the end of the movie and then loop from
+/// `loopStart`, in seconds. Ignores fading at both ends.
 double errorOf(const std::vector<double>& stretch, double start, double loopStart) {
     constexpr std::size_t faded = heardRate / 50;
     double sum = 0;
@@ -93,7 +93,7 @@ double errorOf(const std::vector<double>& stretch, double start, double loopStar
     return std::sqrt(sum / static_cast<double>(stretch.size() - 2 * faded));
 }
 
-/// The moment of the movie's sound that a stretch begins with, not far from `expected`.
+/// The time in the movie at which a recorded part starts. Searches near `expected`.
 double startOf(const std::vector<double>& stretch, double expected) {
     constexpr std::size_t faded = heardRate / 50;
     double best = 0;
@@ -118,7 +118,7 @@ double largestStep(const std::vector<double>& samples) {
     return largest;
 }
 
-/// Runs the event loop until something holds; false when it does not in time.
+/// Runs the event loop until `condition` is true. Returns false after `limit`.
 bool waitFor(const std::function<bool()>& condition, std::chrono::milliseconds limit = 20s) {
     QEventLoop loop;
     QTimer poll;
@@ -134,7 +134,7 @@ void pass(std::chrono::milliseconds time) {
     waitFor([] { return false; }, time);
 }
 
-/// Plays pieces of the movie: from its begin, from the fourth second, and from the last second on, in a loop.
+/// Plays three parts of the movie: from its start, from second 4, and from the last second in a loop.
 void play(const std::string& movie) {
     const SystemClock clock;
     QtMainActor mainActor;
@@ -148,7 +148,7 @@ void play(const std::string& movie) {
         pass(400ms);
     };
     model.open(movie);
-    // The device opens with the first sound, so what is heard of that is nothing to go by.
+    // The first sound opens the device, so its recording is ignored.
     model.play();
     EXPECT_TRUE(waitFor([&] { return output.isOpen(); }));
     model.pause();
@@ -165,12 +165,12 @@ void play(const std::string& movie) {
     pass(400ms);
 }
 
-/// What is wrong with each of the three pieces; empty when nothing is.
+/// Faults of each of the three parts. Empty if a part is correct.
 std::array<std::string, 3> faultsOf(const std::vector<double>& heard) {
     std::array<std::string, 3> result;
     const auto parts = stretches(heard);
     if (parts.size() < 3) return {"not heard", "not heard", "not heard"};
-    // Sound goes on from the frame that is on screen already.
+    // Playback continues after the frame on screen.
     const struct {
         double start, length, loopStart;
     } expected[] = {{0.04, 1.16, 0}, {4.04, 0.96, 0}, {7, 2.5, 0}};
@@ -181,10 +181,10 @@ std::array<std::string, 3> faultsOf(const std::vector<double>& heard) {
         if (std::abs(start - expected[i].start) > 0.003) faults << "begins at " << start << "; ";
         const double length = static_cast<double>(part.size()) / heardRate;
         if (std::abs(length - expected[i].length) > 0.2) faults << "lasts " << length << "; ";
-        // 8 bits have a mean error of 0.0023.
+        // Quantisation to 8 bits has an RMS error of 0.0023.
         const double error = errorOf(part, start, expected[i].loopStart);
         if (error > 0.01) faults << "has an error of " << error << "; ";
-        // The steepest that the wave itself gets is 0.114; before and after it is silence.
+        // The largest step of the wave itself is 0.114. The part starts and ends with silence.
         const double step = std::max({largestStep(part), std::abs(part.front()), std::abs(part.back())});
         if (step > 0.13) faults << "has a click of " << step << "; ";
         result[i] = faults.str();
@@ -192,13 +192,13 @@ std::array<std::string, 3> faultsOf(const std::vector<double>& heard) {
     return result;
 }
 
-TEST(HeardSoundTest, IsTheMoviesSound) {
+TEST(HeardSoundTest, MatchesSoundOfMovie) {
     int argc = 1;
     char name[] = "test";
     char* argv[] = {name, nullptr};
     const QCoreApplication application(argc, argv);
-    // A sound server that has to wait for the processor leaves gaps here and there. What the player does
-    // wrong it does every time: each piece must be right once.
+    // On a busy machine the sound server may leave random gaps, but faults of the player repeat. So each part
+    // must be correct in at least one attempt.
     std::array<std::string, 3> faults = {"not tried", "not tried", "not tried"};
     for (int attempt = 0; attempt < 8 && faults != std::array<std::string, 3>(); ++attempt) {
         const test::TemporaryFolder folder;

@@ -38,7 +38,7 @@ namespace zeb {
 namespace {
 
 void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& text) {
-    // Windows on no screen cannot come to its front.
+    // Offscreen windows cannot be raised.
     if (text == "This plugin does not support raise()") return;
     if (type == QtWarningMsg || type == QtCriticalMsg) ADD_FAILURE() << text.toStdString();
 }
@@ -58,7 +58,7 @@ void writeMovie(const std::string& path) {
     writer.close();
 }
 
-/// Windows of the real kind on a screen that is none, driven by real keys and clicks.
+/// Real player windows on the offscreen platform, driven by key and mouse events.
 class PlayerWindowTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
@@ -72,7 +72,7 @@ protected:
         QQuickStyle::setStyle("ZEBStyle");
         QQuickStyle::setFallbackStyle("Fusion");
     }
-    // Not at the end of the process, when what it looks after may be gone.
+    // Destroyed before process exit, when objects that it refers to still exist.
     static void TearDownTestSuite() { s_application.reset(); }
 
     PlayerWindowTest() {
@@ -118,7 +118,7 @@ protected:
         {engine, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults, notifications, {}}};
 };
 
-TEST_F(PlayerWindowTest, OneWindowForAMovieUnderTheMouse) {
+TEST_F(PlayerWindowTest, ReusesOneWindowPerMovie) {
     maker.show();
     QQuickWindow* window = open(movie);
     ASSERT_TRUE(window);
@@ -144,7 +144,7 @@ TEST_F(PlayerWindowTest, OneWindowForAMovieUnderTheMouse) {
     EXPECT_EQ(windows.windowCount(), 0U);
 }
 
-TEST_F(PlayerWindowTest, AMovieThatHasChangedIsOpenedAgain) {
+TEST_F(PlayerWindowTest, ReopensMovieThatHasChanged) {
     QQuickWindow* window = open(movie);
     ASSERT_TRUE(window);
     PlayerSheetModel& sheet = sheetOf(window);
@@ -186,7 +186,8 @@ TEST_F(PlayerWindowTest, AMovieThatHasChangedIsOpenedAgain) {
 }
 
 TEST_F(PlayerWindowTest, WindowsDoNotCoverEachOther) {
-    // As wide as this screen, they have room above and below only, and begin again in its middle.
+    // The windows are as wide as the screen, so they can move up and down only, and start again in the
+    // middle.
     for (int number = 0; number < 6; ++number) {
         const std::string path = folder.file(std::to_string(number)) + "/movie.zeb";
         std::filesystem::create_directory(folder.file(std::to_string(number)));
@@ -204,7 +205,7 @@ TEST_F(PlayerWindowTest, WindowsDoNotCoverEachOther) {
     }
 }
 
-TEST_F(PlayerWindowTest, TimeAndCounterTellWhereTheSliderIs) {
+TEST_F(PlayerWindowTest, TimeAndCounterFollowTheSlider) {
     PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {});
     sheet.appear();
@@ -284,7 +285,7 @@ TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
     EXPECT_EQ(window.windowStates(), Qt::WindowMaximized);
 }
 
-TEST_F(PlayerWindowTest, LoopAndColoursAreKeptForAllWindows) {
+TEST_F(PlayerWindowTest, LoopAndColoursApplyToAllWindows) {
     PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {});
     std::vector<int> readings;
@@ -311,7 +312,7 @@ TEST_F(PlayerWindowTest, LoopAndColoursAreKeptForAllWindows) {
     EXPECT_EQ(sheet.storedMode32(), usual);
 }
 
-TEST_F(PlayerWindowTest, TheFrameIsAsLargeAsItFits) {
+TEST_F(PlayerWindowTest, FrameFillsTheAvailableSpace) {
     const struct {
         QSizeF frame, area;
         double ratio;
@@ -319,18 +320,18 @@ TEST_F(PlayerWindowTest, TheFrameIsAsLargeAsItFits) {
     } cases[] = {
         {{100, 50}, {100, 50}, 1, {0, 0, 100, 50}},
         {{100, 50}, {250, 250}, 1, {0, 62, 250, 125}},
-        {{100, 50}, {201, 101}, 1, {0, 0, 200, 100}},      // twice, within a pixel
-        {{100, 50}, {199.5, 120}, 1, {-1, 10, 200, 100}},  // and a little more than there is
-        {{100, 50}, {202, 101}, 1, {0, 0, 202, 101}},      // not within a pixel
+        {{100, 50}, {201, 101}, 1, {0, 0, 200, 100}},      // twice the size, tolerating one pixel
+        {{100, 50}, {199.5, 120}, 1, {-1, 10, 200, 100}},  // twice the size, slightly larger than the area
+        {{100, 50}, {202, 101}, 1, {0, 0, 202, 101}},      // beyond the tolerance of one pixel
         {{100, 50}, {60, 90}, 1, {0, 30, 60, 30}},
-        {{100, 50}, {150.4, 90}, 2, {0, 7.5, 150, 75}},  // three device pixels each
+        {{100, 50}, {150.4, 90}, 2, {0, 7.5, 150, 75}},  // three device pixels per pixel
     };
     for (const auto& [frame, area, ratio, place] : cases)
         EXPECT_EQ(FrameItem::placeOf(frame, area, ratio), place)
             << testing::PrintToString(area.width()) << " " << testing::PrintToString(frame.width());
 }
 
-TEST_F(PlayerWindowTest, TheFrameIsDrawnPixelByPixel) {
+TEST_F(PlayerWindowTest, FrameIsDrawnPixelByPixel) {
     PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {});
     QQuickWindow window;
@@ -368,7 +369,7 @@ TEST_F(PlayerWindowTest, TheFrameIsDrawnPixelByPixel) {
     EXPECT_TRUE(isDrawn());
     frame->setSize({384, 300});
     EXPECT_TRUE(isDrawn());
-    // Another player's pictures, or none's, take their place.
+    // Another player replaces the picture. No player clears it.
     PlayerSheetModel other(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
                            notifications, {});
     frame->setPlayer(other.model());

@@ -9,7 +9,7 @@
 
 namespace zeb::test {
 
-/// Keeps what is started, and plays nothing.
+/// Records started sources and plays nothing.
 class RecordingOutput final : public AudioOutput {
 public:
     struct Started {

@@ -9,20 +9,19 @@
 
 namespace zeb::test {
 
-/// A sound server of our own (PulseAudio), to which this process then plays, and what its only output is
-/// given.
+/// A private PulseAudio server for this process, and a recording of its only output.
 class SoundRecording {
 public:
     static constexpr int rate = 48000;  ///< frames per second
 
-    /// Starts server and recording, which live in `folder` until this object's end.
+    /// Starts server and recorder with their files in `folder`. The destructor ends both.
     explicit SoundRecording(const std::string& folder);
 
-    /// False when the programs pulseaudio, pactl and parec are not all there.
+    /// False if pulseaudio, pactl or parec is missing.
     bool isThere() const { return m_isThere && length() > 0; }
-    /// How many frames have been recorded.
+    /// Number of recorded frames.
     std::uintmax_t length() const;
-    /// The left channel of all that has been recorded.
+    /// The left channel of the recording.
     std::vector<double> heard() const;
 
 private:

@@ -24,7 +24,7 @@ std::shared_ptr<const Soundtrack> soundtrack(std::vector<std::uint8_t> bytes, in
     return std::make_shared<const Soundtrack>(Soundtrack{std::move(bytes), 20000, channels});
 }
 
-/// Played from `first` on, by a clock that stands still.
+/// A source that plays from frame `first` on, with a stopped clock.
 SoundtrackSource sourceOf(std::vector<std::uint8_t> bytes, int channels, std::int64_t first = 0,
                           std::optional<double> length = {}) {
     static const fake::HandDrivenClock clock;
@@ -39,17 +39,17 @@ std::vector<float> rendered(SoundtrackSource& source, std::size_t frames) {
     return samples;
 }
 
-TEST(SoundtrackSourceTest, ConvertsBytesAsTheyArePlayed) {
+TEST(SoundtrackSourceTest, ConvertsBytesToSamplesOnRequest) {
     SoundtrackSource mono = sourceOf({0x80, 0x00, 0xFF}, 1);
     EXPECT_THAT(rendered(mono, 2), ElementsAre(0.0F, 0.0F, -1.0F, -1.0F));
     EXPECT_THAT(rendered(mono, 2), ElementsAre(0.9921875F, 0.9921875F)) << "the end";
 
-    // The incomplete frame at the end does not count, nor does what lies behind the second channel.
+    // The incomplete frame at the end and the channels after the second one are ignored.
     SoundtrackSource six = sourceOf({0, 255, 1, 1, 1, 1, 128, 64, 1, 1, 1, 1, 7}, 6);
     EXPECT_THAT(rendered(six, 4), ElementsAre(-1.0F, 0.9921875F, 0.0F, -0.5F));
 }
 
-TEST(SoundtrackSourceTest, RepeatsTheWholeHoweverItBegan) {
+TEST(SoundtrackSourceTest, LoopsWholeSoundFromAnyStart) {
     std::vector<std::uint8_t> bytes(300, 0);
     bytes[299] = 192;
     SoundtrackSource source = sourceOf(bytes, 1, 200);
@@ -65,7 +65,7 @@ TEST(SoundtrackSourceTest, RepeatsTheWholeHoweverItBegan) {
     EXPECT_EQ(samples[2 * 100], -1) << "a seamless loop does not fade again";
 }
 
-TEST(SoundtrackSourceTest, PassesAreAsLongAsTheMovie) {
+TEST(SoundtrackSourceTest, LoopLengthMatchesMovieLength) {
     const struct {
         double length;
         int passes;
@@ -73,7 +73,7 @@ TEST(SoundtrackSourceTest, PassesAreAsLongAsTheMovie) {
     } cases[] = {
         {5, 1, 5, 5},          // cut
         {14, 2, 28, 20},       // filled up with silence
-        {10.25, 5, 51, 50},    // ends are rounded each, from the start
+        {10.25, 5, 51, 50},    // each end is rounded from the start of the sound
         {0x1p-1 + 1, 6, 9, 9}  // shorter than two samples
     };
     for (const auto& [length, passes, frames, sounding] : cases) {
@@ -89,9 +89,9 @@ TEST(SoundtrackSourceTest, PassesAreAsLongAsTheMovie) {
     }
 }
 
-TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
+TEST(SoundtrackPlayerTest, SoundStaysInStepWithPictures) {
     using namespace std::chrono_literals;
-    constexpr int mark = 75;  // the second in which the sound begins
+    constexpr int mark = 75;  // the sound starts in this second
     std::vector<std::uint8_t> bytes(std::size_t{20000} * (mark + 1), 128);
     std::fill(bytes.begin() + std::ptrdiff_t{20000} * mark, bytes.end(), 255);
     const struct {
@@ -129,7 +129,7 @@ TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
                 clock.advance(waiting);
                 nextWait += 30;
             }
-            // A hundredth of a second by the device's crystal.
+            // 0.01 s on the device's clock.
             device.play(10ms);
             clock.advance(std::chrono::nanoseconds(static_cast<std::int64_t>(1e7 / speed)));
         }
@@ -137,7 +137,7 @@ TEST(SoundtrackPlayerTest, KeepsStepWithThePictures) {
     }
 }
 
-TEST(TimeTextTest, Times) {
+TEST(TimeTextTest, FormatsTimesInMinutesAndHours) {
     const std::pair<double, const char*> cases[] = {{-1, "0:00"},      {59.9, "0:59"},    {61, "1:01"},
                                                     {3599.9, "59:59"}, {3725, "1:02:05"}, {1e300, "0:00"}};
     for (const auto& [seconds, text] : cases)

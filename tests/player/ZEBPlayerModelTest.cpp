@@ -27,7 +27,7 @@ namespace {
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 
-/// A movie whose frame k is k + 1 pixels wide, and as high as the place of the reading of its pixels.
+/// A movie whose frame k is k + 1 pixels wide. The height is the number of the interpretation.
 struct Script {
     ZEBHeader header;
     std::set<std::int64_t> undecodable;
@@ -94,7 +94,7 @@ protected:
     }
     int shownFrame() const { return model->image() ? model->image()->width - 1 : -1; }
 
-    /// Plays on a thread of its own while this one is the main thread, until the model stops playing.
+    /// Plays on another thread, with this thread as the main thread, until the model stops.
     void playToTheEnd(const std::function<void()>& onSleep = [] {}) {
         model->play();
         std::thread player([this] { tasks.runAll(); });
@@ -118,7 +118,7 @@ protected:
     std::unique_ptr<ZEBPlayerModel> model;
 };
 
-TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
+TEST_F(ZEBPlayerModelTest, OpensSeeksAndReportsErrors) {
     model->setMode32(Mode32Interpretation::qpcPackedBE);
     model->seek(3);
     EXPECT_EQ(model->displayedFrameIndex(), 0) << "without a movie nothing happens";
@@ -158,7 +158,7 @@ TEST_F(ZEBPlayerModelTest, OpensAndSeeks) {
     EXPECT_EQ(status(), description + " • (no frame can be decoded)");
 }
 
-TEST_F(ZEBPlayerModelTest, ShowsAnotherReadingOfThePixelsAtOnceWhilePaused) {
+TEST_F(ZEBPlayerModelTest, InterpretationChangesPausedFrameAtOnce) {
     model->open("clip.zeb");
     const auto reading = [this] { return static_cast<Mode32Interpretation>(model->image()->height); };
     for (const std::int64_t frame : {0, 4, 9}) {
@@ -179,7 +179,7 @@ TEST_F(ZEBPlayerModelTest, ShowsAnotherReadingOfThePixelsAtOnceWhilePaused) {
     EXPECT_EQ(shownFrame(), 6) << "none was left out";
     EXPECT_EQ(reading(), Mode32Interpretation::rgb565LE);
 
-    // In the other modes it means nothing.
+    // In other modes the interpretation has no effect.
     script->header.mode = 4;
     model->open("clip.zeb");
     script->broken = {0};
@@ -187,7 +187,7 @@ TEST_F(ZEBPlayerModelTest, ShowsAnotherReadingOfThePixelsAtOnceWhilePaused) {
     EXPECT_EQ(status(), "Clip • 512x256 • 25 fps • Mode 4");
 }
 
-TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
+TEST_F(ZEBPlayerModelTest, PlaysEveryFrameOnSchedule) {
     std::vector<std::pair<int, std::int64_t>> shown;
     const auto start = clock.now();
     QObject::connect(model.get(), &ZEBPlayerModel::displayedFrameIndexChanged, [&] {
@@ -196,7 +196,7 @@ TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
     });
     script->header.fps = 30;
     model->open("clip.zeb");
-    // One frame takes long: the next ones come at once until the schedule has been caught up with.
+    // After a slow frame the next ones follow at once until they are on schedule again.
     script->beforeFrame = [this](std::int64_t index) {
         if (index == 5) clock.advance(milliseconds(70));
     };
@@ -212,7 +212,7 @@ TEST_F(ZEBPlayerModelTest, PlaysEveryFrameAtItsMoment) {
     EXPECT_FALSE(model->isPlaying()) << "at the end there is nothing more to play";
 }
 
-TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotToAndEndsWithAnError) {
+TEST_F(ZEBPlayerModelTest, LoopsUntilSwitchedOffOrError) {
     std::vector<std::int64_t> shown;
     QObject::connect(model.get(), &ZEBPlayerModel::displayedFrameIndexChanged, [&] {
         shown.push_back(model->displayedFrameIndex());
@@ -232,7 +232,7 @@ TEST_F(ZEBPlayerModelTest, LoopsUntilItIsToldNotToAndEndsWithAnError) {
     EXPECT_EQ(model->displayedFrameIndex(), 2);
 }
 
-TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepReaderAndPictureTogether) {
+TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepFrameConsistent) {
     model->open("clip.zeb");
     int sleeps = 0;
     playToTheEnd([&] {
@@ -241,7 +241,7 @@ TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepReaderAndPictureTogether) {
     EXPECT_EQ(model->displayedFrameIndex(), 2);
     EXPECT_EQ(shownFrame(), 2);
 
-    // Paused while a frame is being read: it is shown, and the next playback goes on behind it.
+    // Paused while a frame is being read: the frame is shown, and playback continues after it.
     script->beforeFrame = [this](std::int64_t index) {
         if (index == 4) mainActor.post([this] { model->pause(); });
     };
@@ -256,7 +256,7 @@ TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepReaderAndPictureTogether) {
     EXPECT_EQ(model->displayedFrameIndex(), paused + 1);
     EXPECT_EQ(shownFrame(), paused + 1);
 
-    // A seek, and another movie, in the middle of playing.
+    // A seek and another movie during playback.
     model->seek(1);
     player.join();
     mainActor.run();
@@ -267,15 +267,16 @@ TEST_F(ZEBPlayerModelTest, ControlsDuringPlaybackKeepReaderAndPictureTogether) {
     EXPECT_EQ(shownFrame(), 0);
     EXPECT_FALSE(model->isPlaying());
 
-    // The window closes while it plays.
+    // The model is destroyed during playback.
     model->play();
     model.reset();
     settle();
 }
 
-TEST_F(ZEBPlayerModelTest, SoundFollowsThePicture) {
+TEST_F(ZEBPlayerModelTest, SoundStartsAndStopsWithPictures) {
     script->soundtrack = {std::vector<std::uint8_t>(20000, 128), 20000, 1};
-    // It joins a playback that began before it was ready, at the pace of the pictures: 33 ms for 1/30 s.
+    // The sound joins playback that started before it was loaded. Its rate matches frames of 33 ms instead of
+    // 1/30 s.
     script->header.fps = 30;
     model->open("clip.zeb");
     model->play();
@@ -293,7 +294,7 @@ TEST_F(ZEBPlayerModelTest, SoundFollowsThePicture) {
     EXPECT_TRUE(output.started[1].isStopped);
     settle();
 
-    // A sound that cannot be read, and none at all.
+    // An unreadable sound and no sound.
     for (const bool isBroken : {true, false}) {
         script->soundIsBroken = isBroken;
         script->soundtrack.bytes.clear();
@@ -305,18 +306,17 @@ TEST_F(ZEBPlayerModelTest, SoundFollowsThePicture) {
     EXPECT_EQ(output.started.size(), 2U);
 }
 
-/// Of a sound in which each of the movie's frames has a level of its own: the frame that it belongs to; -1
-/// for silence.
+/// The frame whose sound is playing, or -1 for silence. Each frame's sound has a different level.
 int frameHeard(const test::HandDrivenDevice& device) {
     const std::size_t middle = device.heard.size() / 2;
     return static_cast<int>(std::lround(device.heard[middle] * 128 / 10)) - 1;
 }
 
-TEST_F(ZEBPlayerModelTest, SoundFollowsThePicturesWhateverIsSwitchedWhen) {
+TEST_F(ZEBPlayerModelTest, SoundFollowsPicturesDespiteLoopSwitches) {
     constexpr int never = -1;
     constexpr int frames = 10;
     constexpr int period = 40;
-    /// In milliseconds.
+    /// Times in milliseconds at which the device requests samples.
     struct Questions {
         int first, each;
         bool areExact = false;
@@ -326,12 +326,12 @@ TEST_F(ZEBPlayerModelTest, SoundFollowsThePicturesWhateverIsSwitchedWhen) {
     constexpr Questions late{35, 10};
     const struct {
         const char* name;
-        int start;  ///< the frame on screen
+        int start;  ///< frame on screen before playback
         bool loops;
-        std::vector<int> switches;  ///< of the loop, in milliseconds
-        int end;                    ///< of the pictures
+        std::vector<int> switches;  ///< times in milliseconds at which the loop is switched
+        int end;                    ///< time at which the pictures end
         Questions device;
-        int gaps = 0;  ///< buffers that the sound does not fill
+        int gaps = 0;  ///< number of buffers with missing sound
         int soundFrames = frames;
         int broken = never;
     } cases[] = {
@@ -389,7 +389,7 @@ TEST_F(ZEBPlayerModelTest, SoundFollowsThePicturesWhateverIsSwitchedWhen) {
             if (questions.areExact) {
                 ASSERT_EQ(heard, seen < soundFrames ? seen : -1) << time();
             } else {
-                // Ahead or late by less than a frame.
+                // Early or late by less than one frame.
                 ASSERT_TRUE(heard == seen || (heard + 1) % frames == seen || (seen + 1) % frames == heard)
                     << heard << " at " << seen << ", " << time();
                 const bool isSilent = device.heard.back() == 0;

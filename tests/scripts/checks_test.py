@@ -1,4 +1,4 @@
-"""Feeds the house's checks small trees with one fault each: they must find every one, and nothing in a good tree."""
+"""Runs the check scripts on small trees with one fault each. They must report each fault, and none in a good tree."""
 
 import pathlib
 import subprocess
@@ -18,7 +18,7 @@ GOOD = {
     "format/Writer.h": "#include \"codec/Sprite.h\"\n",
     "conversion/Run.h": "#include \"format/Writer.h\"\n",
     "cli/Program.cpp": "#include <CLI/App.hpp>\n#include <unistd.h>\n#include \"media/Library.h\"\n",
-    "player/Player.h": "",  # what bad files point at, as Handles.h
+    "player/Player.h": "",  # included by bad files, like Handles.h
     "platform/settings/UserDefaults.h": "#include \"platform/tasks/MainActor.h\"\n",
     "platform/tasks/MainActor.h": "",
     "conversion/model/Model.h": "#include \"platform/settings/UserDefaults.h\"\n#include \"conversion/Run.h\"\n",
@@ -28,7 +28,7 @@ GOOD = {
     "tests/codec/SpriteTest.cpp": "#include <gtest/gtest.h>\n#include \"../Clip.h\"\n#include \"conversion/Run.h\"\n",
 }
 
-# File, its text (added to the good tree), and what the complaint has to name.
+# File, text (added to the good tree), and a part of the expected message.
 BAD = (
     ("platform/tasks/Clock.cpp", "#include \"codec/Sprite.h\"\n", "platform/tasks/ may not include codec/Sprite.h"),
     ("codec/Codec.cpp", "#include \"format/Writer.h\"\n", "codec/ may not include format/Writer.h"),
@@ -59,7 +59,7 @@ CODE = 'auto text = localizedText(\n    "size", {1, name});\n'
 
 
 def check(script, files):
-    """The exit code and the lines of a check of a folder with those files."""
+    """Runs a check on a folder with these files. Returns its exit code and lines."""
     with tempfile.TemporaryDirectory() as folder:
         for name, text in files.items():
             path = pathlib.Path(folder, name)
@@ -75,13 +75,13 @@ def check_strings(english=ENGLISH, german=GERMAN, code=CODE, qml="Label { text: 
 
 
 class Checks(unittest.TestCase):
-    def test_good_trees(self):
+    def test_good_trees_pass(self):
         for files in (GOOD, {**GOOD, "codec/A.cpp": "// #include \"cli/x.h\"\n/*\n#include <QString>\n*/\n"}):
             self.assertEqual(check("check_includes.py", files)[0], 0)
         self.assertEqual(check("check_includes.py", {"README.md": ""})[0], 2, "nothing to check is no success")
         self.assertEqual(check_strings()[0], 0)
 
-    def test_every_wrong_include_is_found_alone(self):
+    def test_reports_each_wrong_include_alone(self):
         for name, text, complaint in BAD:
             with self.subTest(file=name, text=text):
                 code, lines = check("check_includes.py", {**GOOD, name: text})
@@ -89,7 +89,7 @@ class Checks(unittest.TestCase):
                 self.assertTrue(lines[0].startswith(f"{name}:1: "), lines[0])
                 self.assertIn(complaint, lines[0])
 
-    def test_every_wrong_string_is_found(self):
+    def test_reports_every_wrong_string(self):
         for expected, arguments in {
             'de: no text for "size"': {"german": '"hello \\"you\\"" = "y";\n'},
             'en: no text for "more", which de has': {"german": GERMAN + '"more" = "";\n'},

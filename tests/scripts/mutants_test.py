@@ -1,4 +1,4 @@
-"""Checks which changes scripts/mutants.py finds in a source, and that the source with all of them in it is sound."""
+"""Checks which changes scripts/mutants.py finds in a source, and that the source with all changes compiles and runs."""
 
 import pathlib
 import shutil
@@ -13,7 +13,7 @@ sys.dont_write_bytecode = True
 import mutant_sources
 import mutants
 
-# A function's body, and the changes that are found in it. A number may become either neighbour.
+# A function body and the changes found in it. A number may be increased or decreased by one.
 CASES = (
     ("return a - b - c < 5;", "a - b -> a + b", "a - b - c -> a - b + c", "a - b - c < 5 -> a - b - c <= 5",
      "5 -> 5±1"),
@@ -47,7 +47,7 @@ def found_in(text):
 
 
 class MutantsTest(unittest.TestCase):
-    def test_finds_the_changes_of_a_body(self):
+    def test_finds_changes_in_function_body(self):
         for body, *expected in CASES:
             with self.subTest(body):
                 found = set()
@@ -61,7 +61,7 @@ class MutantsTest(unittest.TestCase):
                 self.assertEqual(found, set(expected))
 
     @unittest.skipUnless(shutil.which("c++"), "there is no compiler")
-    def test_switches_each_change_on_at_run_time(self):
+    def test_switches_changes_at_run_time(self):
         changes = found_in(RUNNABLE)
         for number, mutant in enumerate(changes, 1):
             mutant.number = number

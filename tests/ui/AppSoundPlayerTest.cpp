@@ -32,7 +32,7 @@ protected:
         m_media.add(path, film);
     }
 
-    /// How often the error tone was started.
+    /// Number of times the error tone was started.
     long tones() const {
         const SampledSound tone = errorTone();
         return std::ranges::count_if(m_output.started, [&tone](const auto& started) {
@@ -51,7 +51,7 @@ protected:
         std::vector<std::string>{"/nowhere", m_folder.path()}};
 };
 
-TEST_F(AppSoundPlayerTest, HoldsEachSoundUntilThisVeryOneHasFinished) {
+TEST_F(AppSoundPlayerTest, HoldsEachSoundUntilItFinishes) {
     addSound("Logs Accessed");
     m_player->play(SoundEffect::logsAccessed);
     m_player->play(SoundEffect::logsAccessed);
@@ -60,7 +60,7 @@ TEST_F(AppSoundPlayerTest, HoldsEachSoundUntilThisVeryOneHasFinished) {
     EXPECT_THAT(m_player->activeSounds(), ElementsAre(first.source, second.source));
     EXPECT_EQ(m_media.record().soundReaders.size(), 1U) << "decoded once for both";
 
-    // Each has a position of its own, and its channel is heard on both sides.
+    // Each sound has a separate position. Its mono channel plays on both sides.
     for (const auto& started : {first, second}) {
         std::vector<float> samples(8);
         EXPECT_EQ(started.source->sampleRate(), 44100);
@@ -79,7 +79,7 @@ TEST_F(AppSoundPlayerTest, HoldsEachSoundUntilThisVeryOneHasFinished) {
     EXPECT_EQ(tones(), 0);
 }
 
-TEST_F(AppSoundPlayerTest, BeepsForWhatIsMissingOrCannotBeRead) {
+TEST_F(AppSoundPlayerTest, BeepsForMissingOrUnreadableSounds) {
     m_player->play(SoundEffect::transferComplete);
     EXPECT_EQ(tones(), 1);
     test::store(m_folder.file("sounds/Transfer Complete.aiff"), "unknown to the fake");
@@ -99,7 +99,7 @@ TEST_F(AppSoundPlayerTest, BeepsForWhatIsMissingOrCannotBeRead) {
     EXPECT_THAT(m_output.started, SizeIs(3));
 }
 
-TEST_F(AppSoundPlayerTest, EveryEffectComesWithAFileThatCanBePlayed) {
+TEST_F(AppSoundPlayerTest, EveryEffectHasPlayableFile) {
     const auto media = makeFFmpegMediaLibrary(MediaLogging::silent);
     AppSoundPlayer player({m_defaults, *media, m_output, m_mainActor}, {ZEB_RESOURCE_FOLDER});
     for (int effect = 0; effect <= static_cast<int>(SoundEffect::nowEstablishingDatalink); ++effect)

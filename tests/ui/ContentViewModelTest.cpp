@@ -43,7 +43,7 @@ protected:
     }
     ~ContentViewModelTest() override { content.reset(); }
 
-    /// A film, with what is known of it afterwards: the forecast too.
+    /// Sets the input and waits for its analysis and forecast.
     void takeFilm(const std::string& path) {
         ConverterTest::takeFilm(path);
         passPatience();
@@ -96,7 +96,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     EXPECT_EQ(selected(), "DVD");
     setSize(728, 576);
     EXPECT_EQ(selected(), "Custom size");
-    // Somebody edits the presets in another window.
+    // Presets are edited in another window.
     defaults.set("presetDVDW", 728);
     EXPECT_EQ(selected(), "DVD");
     const auto preset = [](const char* name, int width, int height) {
@@ -112,7 +112,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     setSize(640, 480);
     EXPECT_EQ(selected(), "äpfel");
     EXPECT_EQ(shown.back(), "äpfel");
-    // Built-in ones match first, but one of the same size can be chosen, until it is deleted.
+    // Built-in presets match first. A user preset of the same size can be chosen until it is deleted.
     content->setPresetIndex(6);
     EXPECT_EQ(selected(), "TV");
     settle();
@@ -127,7 +127,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     setSize(1920, 1080);
     EXPECT_EQ(selected(), "Full HD") << "at once";
 
-    // The window may go before the work that its choice has left.
+    // The model may be destroyed before the work that a selection has posted.
     content->setPresetIndex(2);
     content.reset();
     settle();
@@ -136,7 +136,7 @@ TEST_F(ContentViewModelTest, PresetsAndSizeFollowEachOther) {
     EXPECT_EQ(size(), std::pair(1280, 720));
 }
 
-TEST_F(ContentViewModelTest, CarriesRequestsOut) {
+TEST_F(ContentViewModelTest, CarriesOutRequestsFromOutside) {
     test::store(movie, "movie");
     requests.post(EncodeAction{URL::forFile(input)});
     EXPECT_FALSE(model->inputURL());
@@ -157,7 +157,7 @@ TEST_F(ContentViewModelTest, CarriesRequestsOut) {
     EXPECT_EQ(timesShown, 3) << "what is said must be seen";
     EXPECT_EQ(opened.size(), 1U);
 
-    // A new window carries the latest request out once more, without being hidden.
+    // A new window carries out the latest request again, but stays visible.
     requests.post(PlayAction{URL::forFile(movie), true});
     content->appear();
     content->appear();
@@ -165,7 +165,7 @@ TEST_F(ContentViewModelTest, CarriesRequestsOut) {
                 ElementsAre(std::pair(movie, true), std::pair(movie, false), std::pair(movie, false)));
 }
 
-TEST_F(ContentViewModelTest, TakesDroppedFiles) {
+TEST_F(ContentViewModelTest, OpensDroppedFilesByKind) {
     content->appear();
     test::store(movie, "movie");
 
@@ -202,7 +202,7 @@ TEST_F(ContentViewModelTest, TakesDroppedFiles) {
     startAndSettle();
 }
 
-TEST_F(ContentViewModelTest, ShowsHowTheRunGoesOn) {
+TEST_F(ContentViewModelTest, ShowsTimesAndSizeDuringRun) {
     takeFilm(input);
     std::vector<std::string> shown;
     run = [&](const ConversionCallbacks& callbacks, const std::string& output) {
@@ -239,7 +239,7 @@ TEST_F(ContentViewModelTest, ShowsHowTheRunGoesOn) {
     EXPECT_EQ(content->elapsedText(), "—");
 }
 
-TEST_F(ContentViewModelTest, AnUnansweredQuestionKeepsTheMovie) {
+TEST_F(ContentViewModelTest, UnansweredQuestionKeepsMovie) {
     takeFilm(input);
     int questions = 0;
     QObject::connect(content.get(), &ContentViewModel::cancelledOutputQuestionChanged, [&] { ++questions; });
@@ -258,7 +258,7 @@ TEST_F(ContentViewModelTest, AnUnansweredQuestionKeepsTheMovie) {
     EXPECT_EQ(test::contents(movie).size(), 100U);
 }
 
-TEST_F(ContentViewModelTest, NamesTheFileThatIsBeingConverted) {
+TEST_F(ContentViewModelTest, NamesFileBeingConverted) {
     takeFilm(input);
     EXPECT_EQ(content->runSourceText(), "");
     std::vector<std::string> named;
@@ -271,7 +271,7 @@ TEST_F(ContentViewModelTest, NamesTheFileThatIsBeingConverted) {
     EXPECT_THAT(named, ElementsAre("Converting “holiday.mov”", ""));
 }
 
-TEST_F(ContentViewModelTest, AsksBeforeItReplacesAFile) {
+TEST_F(ContentViewModelTest, AsksBeforeReplacingFile) {
     takeFilm(input);
     test::store(movie, "precious");
     content->start();
@@ -306,7 +306,7 @@ TEST_F(ContentViewModelTest, AsksBeforeItReplacesAFile) {
     EXPECT_FALSE(model->isRunning());
 }
 
-TEST_F(ContentViewModelTest, QuestionsComeWithTheFreshNumbers) {
+TEST_F(ContentViewModelTest, StartWaitsForForecastBeforeAsking) {
     model->settings()->setQlModeNumber(4);
     const std::string song = folder.file("song.mp3");
     films.add(song, [] {
@@ -340,7 +340,7 @@ TEST_F(ContentViewModelTest, QuestionsComeWithTheFreshNumbers) {
         content->dismissMisfitQuestion();
     }
 
-    // A forecast that comes before the analysis is no reason to begin.
+    // A forecast that arrives before the analysis does not start the run.
     model->setInput(URL::forFile(longFilm));
     content->start();
     mainActor.pass(seconds(1));
@@ -350,13 +350,13 @@ TEST_F(ContentViewModelTest, QuestionsComeWithTheFreshNumbers) {
     EXPECT_TRUE(model->isWaiting());
     model->cancel();
 
-    // Without a source there is nothing to wait for: the run says what is wrong.
+    // Without a video track there is nothing to wait for: the run reports the error.
     takeFilm(song);
     content->start();
     EXPECT_TRUE(model->isRunning());
     settle();
 
-    // A video that comes takes the questions about the one before with it.
+    // A new video closes questions about the previous one.
     takeFilm(longFilm);
     content->start();
     EXPECT_NE(content->misfitQuestion(), "");
@@ -368,7 +368,7 @@ TEST_F(ContentViewModelTest, QuestionsComeWithTheFreshNumbers) {
     EXPECT_FALSE(model->isRunning());
 }
 
-TEST_F(ContentViewModelTest, ForecastsTheSize) {
+TEST_F(ContentViewModelTest, ShowsForecastAndAsksIfTooLarge) {
     const auto forecast = [this](const std::string& path) {
         takeFilm(path);
         return content->forecastText().toStdString();
@@ -380,7 +380,7 @@ TEST_F(ContentViewModelTest, ForecastsTheSize) {
     EXPECT_THAT(forecast(longFilm), testing::AllOf(StartsWith("Too large: "), HasSubstr("It fits ")));
     EXPECT_TRUE(content->forecastIsWarning());
 
-    // What will not fit is started after a question only, and the question goes with its reason.
+    // A movie that will not fit starts after a question only. A change that makes it fit closes the question.
     content->start();
     EXPECT_EQ(content->misfitQuestion(), content->forecastText());
     content->dismissMisfitQuestion();

@@ -23,7 +23,7 @@ QImage drawn(double progress, double ratio, int size = 128) {
     return view.draw(ratio);
 }
 
-TEST(DockProgressViewTest, FillsTheBarAsFarAsTheProgressHasCome) {
+TEST(DockProgressViewTest, FillsBarByProgress) {
     const QImage image = drawn(0.5, 2);
     EXPECT_EQ(image.width(), 256);
     EXPECT_EQ(image.pixelColor(40, 216), accent);
@@ -55,7 +55,7 @@ protected:
         QImage()};
 };
 
-TEST_F(DockProgressControllerTest, DrawsAndClamps) {
+TEST_F(DockProgressControllerTest, ClampsProgressAndDrawsIt) {
     const double nothing = std::numeric_limits<double>::quiet_NaN();
     for (const double progress : {-0.5, 2.0, 0.5, nothing}) {
         m_controller->update(progress);
@@ -66,7 +66,7 @@ TEST_F(DockProgressControllerTest, DrawsAndClamps) {
     EXPECT_EQ(m_tile.pictures[2], drawn(0.5, 2));
 }
 
-TEST_F(DockProgressControllerTest, AFloodBecomesTenDrawingsASecondAndTheLastIsShown) {
+TEST_F(DockProgressControllerTest, LimitsRedrawsToTenPerSecond) {
     for (int i = 0; i < 1000; ++i) {
         m_controller->update(i / 1000.0);
         m_mainActor.pass(1ms);
@@ -78,14 +78,14 @@ TEST_F(DockProgressControllerTest, AFloodBecomesTenDrawingsASecondAndTheLastIsSh
     EXPECT_LE(m_tile.shown.size(), 12U);
 }
 
-TEST_F(DockProgressControllerTest, ClearingIsAtOnceAndFinal) {
+TEST_F(DockProgressControllerTest, ClearsAtOnceAndStaysClear) {
     m_controller->clear();
     m_controller->update(0.5);
     m_controller->update(0.6);
     m_controller->clear();
     m_mainActor.pass(1s);
     EXPECT_THAT(m_tile.shown, ElementsAre(0.5, -1));
-    // The next run is shown again, and may end before its turn comes.
+    // The next run is shown again. The controller may be destroyed before its next drawing.
     m_controller->update(0);
     m_controller->update(0.1);
     m_controller.reset();

@@ -30,12 +30,13 @@ protected:
     LogText log;
 };
 
-TEST_F(LogTextTest, SelectionsStayOnTheirWords) {
-    // A text after the other, with the first line of "keep" selected.
+TEST_F(LogTextTest, SelectionStaysOnItsWords) {
+    // Texts set one after the other, with the first "keep" selected.
     const QStringList texts[] = {
-        {"one\nkeep\n", "one\nkeep\nthree", "one\nkeep\nthree\nfour"},                      // grows
-        {"one\ntwo\nkeep\nfour", "two\nkeep\nfour\nfive", "keep\nfour\nfive\nsix\nseven"},  // and loses
-        {"a\na\nkeep\na", "a\nkeep\na\nb", "keep\na\nb\na\na"},  // lines that are alike
+        {"one\nkeep\n", "one\nkeep\nthree", "one\nkeep\nthree\nfour"},  // grows
+        {"one\ntwo\nkeep\nfour", "two\nkeep\nfour\nfive",
+         "keep\nfour\nfive\nsix\nseven"},                        // grows and loses lines
+        {"a\na\nkeep\na", "a\nkeep\na\nb", "keep\na\nb\na\na"},  // equal lines
     };
     for (const QStringList& steps : texts) {
         log.setText(steps.front());
@@ -51,7 +52,7 @@ TEST_F(LogTextTest, SelectionsStayOnTheirWords) {
     }
 }
 
-TEST_F(LogTextTest, TellsWhatChanged) {
+TEST_F(LogTextTest, ReportsAppendedAndRemovedLines) {
     std::vector<int> lengths;
     std::vector<double> heights;
     QObject::connect(&log, &LogText::appended, [&](int length) { lengths.push_back(length); });

@@ -5,7 +5,7 @@
 namespace zeb {
 namespace {
 
-TEST(MenuLabelTest, AnAmpersandMarksTheLetter) {
+TEST(MenuLabelTest, AmpersandMarksShortcutLetter) {
     struct Case {
         const char* label;
         const char* plain;
@@ -29,7 +29,7 @@ TEST(MenuLabelTest, AnAmpersandMarksTheLetter) {
         EXPECT_EQ(texts.plainLabel(it.label), it.plain);
         EXPECT_EQ(texts.letterOf(it.label), it.letter);
         EXPECT_EQ(texts.styledLabel(it.label), it.styled);
-        // Names are shown as they are.
+        // Names of presets are shown literally.
         EXPECT_EQ(texts.plainLabel(texts.labelOf(it.label)), it.label);
         EXPECT_EQ(texts.letterOf(texts.labelOf(it.label)), "");
     }

@@ -75,7 +75,7 @@ TEST(PresetRulesTest, ParsesAndMergesRecords) {
     EXPECT_EQ(makePresetID("\tÄ  ÉTÉ\tЖ\n", 1, 2, std::nullopt), "ä__été\tж_1x2");
 }
 
-TEST(PresetRulesTest, DecodesStrictly) {
+TEST(PresetRulesTest, DecodersRejectAnyOtherShape) {
     const std::string rest = "\",\"name\":\"n\",\"height\":0,\"width\":";
     const auto width = [&](const char* number) -> std::optional<std::int64_t> {
         const auto presets = decodeUserPresets(bytesOf("[{\"id\":\"i" + rest + number + "}]"));
@@ -148,7 +148,7 @@ TEST_F(PresetsTest, ReadsEveryStoredShape) {
     }
 }
 
-TEST_F(PresetsTest, LooksWhereEarlierVersionsKeptThem) {
+TEST_F(PresetsTest, ReadsPresetsOfEarlierVersions) {
     const PropertyArray records = {PropertyDictionary{{"title", "Clip"}, {"w", 640}, {"h", 480}}};
     for (const auto& [key, isPlace] : {std::pair{"preset", true},
                                        {"myPRESETlist", true},
@@ -164,7 +164,7 @@ TEST_F(PresetsTest, LooksWhereEarlierVersionsKeptThem) {
     }
     for (const auto& [first, second] :
          {std::pair{"a", "B"}, {"A", "b"}, {"@", "A"}, {"Z", "["}, {"[", "a"}, {"Z", "ä"}}) {
-        const bool isAfterLetters = std::string(second) == "[";  // compared as "z"
+        const bool isAfterLetters = std::string(second) == "[";  // "Z" is compared as "z"
         EXPECT_EQ(isBeforeInAnyLanguage(first, second), !isAfterLetters) << first << second;
         EXPECT_EQ(isBeforeInAnyLanguage(second, first), isAfterLetters) << first << second;
     }
@@ -205,7 +205,7 @@ TEST_F(PresetEditorTest, StoresEveryChangeAtOnce) {
     EXPECT_THAT(m_editor.userPresets(), SizeIs(2));
 }
 
-TEST_F(PresetEditorTest, TakesOverWhatAnotherWindowStores) {
+TEST_F(PresetEditorTest, TakesOverChangesOfOtherWindows) {
     PresetEditor other(m_defaults, m_notifications);
     other.addUserPreset("theirs", 1, 1);
     m_editor.addUserPreset("mine", 2, 2);

@@ -14,7 +14,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TEST(DurationTextTest, Durations) {
+TEST(DurationTextTest, FormatsDurationsInMinutesAndHours) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const std::pair<double, const char*> cases[] = {
         {0, "0:00"},
@@ -38,7 +38,7 @@ TEST(DurationTextTest, Durations) {
         EXPECT_EQ(formatDuration(seconds), text) << seconds;
 }
 
-TEST(RemainingTimeTest, FollowsTheSmoothedSpeed) {
+TEST(RemainingTimeTest, FollowsSmoothedSpeed) {
     const struct {
         int at;  ///< milliseconds
         double progress;
@@ -46,11 +46,11 @@ TEST(RemainingTimeTest, FollowsTheSmoothedSpeed) {
     } samples[] = {
         {0, 0, "—"},           {250, 0.1, "—"},  // too close to the first
         {10000, 0.1, "1:30"},                    // 0.01 per second
-        {10100, 0.2, "1:20"},                    // too close: the old speed
+        {10100, 0.2, "1:20"},                    // too close: the speed is unchanged
         {20000, 0.05, "1:35"},                   // falling: no sample
-        {30000, 0.1, "1:30"},                    // standing still: no speed, but a sample
+        {30000, 0.1, "1:30"},                    // no progress: a sample without a speed
         {40000, 0.3, "0:58"},                    // 0.02: 0.8 x 0.01 + 0.2 x 0.02 = 0.012
-        {40251, 0.3, "0:58"},                    // just far enough apart: no speed, but a sample
+        {40251, 0.3, "0:58"},                    // just far enough apart: a sample without a speed
         {40501, 0.4, "0:50"},                    // too close
         {50251, 1.5, "0:00"},  {60000, -1, "—"},
     };
@@ -66,7 +66,7 @@ TEST(RemainingTimeTest, FollowsTheSmoothedSpeed) {
     EXPECT_EQ(remaining.etaText(), "—") << "the speed is forgotten as well";
 }
 
-TEST(ByteCountTextTest, TakesTheUnitThatFits) {
+TEST(ByteCountTextTest, ChoosesUnitBySize) {
     const std::pair<std::uint64_t, const char*> cases[] = {
         {1'049'000, "1.0 MB"},       {1'051'000, "1.1 MB"},
         {999'949'999, "999.9 MB"},   {999'950'000, "1.0 GB"},
@@ -78,7 +78,7 @@ TEST(ByteCountTextTest, TakesTheUnitThatFits) {
     EXPECT_EQ(megabytesText(2'500'000'000), "2500.0 MB");
 }
 
-TEST(ForecastTextTest, SaysSizeOrTroubleAndWhatWouldFit) {
+TEST(ForecastTextTest, ShowsSizeOrProblemWithSuggestion) {
     SizeForecast forecast;
     forecast.bytes = 12'300'000;
     forecast.bytesPerSecond = 1'234'567;
@@ -106,7 +106,7 @@ TEST(ForecastTextTest, SaysSizeOrTroubleAndWhatWouldFit) {
               "4 GiB, here after 1:01.");
 }
 
-TEST(TargetDescriptionTest, DescribesWhatTheRunMakes) {
+TEST(TargetDescriptionTest, DescribesMovieOfTheRun) {
     const struct {
         int requestedRate, sourceRate, fps;
         bool includeAudio;
@@ -131,7 +131,7 @@ TEST(TargetDescriptionTest, DescribesWhatTheRunMakes) {
     }
 }
 
-TEST(VersionTextTest, LeavesOutWhatIsBlank) {
+TEST(VersionTextTest, OmitsBlankParts) {
     EXPECT_EQ(versionText("1.2", "7"), "v1.2 (7)");
     EXPECT_EQ(versionText(" ", "7"), "v— (7)");
     EXPECT_EQ(versionText("1.2", " "), "v1.2");

@@ -36,7 +36,7 @@ protected:
     PresetSettingsModel model{defaults, notifications};
 };
 
-TEST_F(PresetSettingsTest, ShowsAndChangesTheUsersPresets) {
+TEST_F(PresetSettingsTest, ShowsAndChangesUserPresets) {
     std::vector<std::string> seen;
     QObject::connect(&model, &PresetSettingsModel::countChanged, [&] { seen.push_back("count"); });
     QObject::connect(&model, &PresetSettingsModel::modelReset, [&] { seen.push_back("reset"); });
@@ -62,7 +62,7 @@ TEST_F(PresetSettingsTest, ShowsAndChangesTheUsersPresets) {
     EXPECT_EQ(model.data({}, PresetSettingsModel::nameRole), QVariant());
     EXPECT_EQ(model.data(model.index(0), Qt::DisplayRole), QVariant());
     EXPECT_EQ(model.rowCount(model.index(0)), 0);
-    // What another window stores is shown; what is stored survives this one.
+    // Values stored by another window are shown. Stored values outlive the window.
     PresetSettingsModel other(defaults, notifications);
     other.appear();
     EXPECT_EQ(other.count(), 2);
@@ -70,7 +70,7 @@ TEST_F(PresetSettingsTest, ShowsAndChangesTheUsersPresets) {
     EXPECT_THAT(rows(), ElementsAre("TV 3840x2160"));
 }
 
-TEST_F(PresetSettingsTest, ShowsAndChangesTheBuiltInSizes) {
+TEST_F(PresetSettingsTest, ShowsAndChangesBuiltInSizes) {
     int changes = 0;
     QObject::connect(&model, &PresetSettingsModel::settingsChanged, [&] { ++changes; });
     model.setBuiltInWidth(1, 640);
@@ -102,7 +102,7 @@ protected:
     }
 };
 
-TEST_F(AnimatedGIFViewTest, CastsASoftShadowBelowThePicture) {
+TEST_F(AnimatedGIFViewTest, CastsSoftShadowBelowPicture) {
     AnimatedGIFView view;
     view.setSize({300, 260});
     for (const int ratio : {1, 2}) {
@@ -117,14 +117,14 @@ TEST_F(AnimatedGIFViewTest, CastsASoftShadowBelowThePicture) {
                 down += alpha * (y + 0.5);
                 difference += std::abs(alpha - image.pixelColor(width - 1 - x, y).alphaF());
             }
-        // As dark as the picture is large, less what is rounded off; in its middle, 12 points lower.
+        // The shadow's total alpha matches the picture's area, and its centre is 12 points lower.
         const double area = (width - 90.0 * ratio) * (height - 90.0 * ratio);
         EXPECT_NEAR(sum / area, 0.35, 0.03);
         EXPECT_LT(difference / sum, 0.005);
         EXPECT_NEAR(across / sum, width / 2.0, 1);
         EXPECT_NEAR(down / sum, height / 2.0 + 12 * ratio, 1.5 * ratio);
         EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
-        // It fades evenly from the middle to the edges, here below the picture.
+        // The shadow fades evenly below the picture.
         const auto alphaAt = [&](double x, double y) {
             return image.pixelColor(static_cast<int>(x * ratio), static_cast<int>(y * ratio)).alphaF();
         };
@@ -142,7 +142,7 @@ TEST_F(AnimatedGIFViewTest, CastsASoftShadowBelowThePicture) {
     }()) << "there is no room for a picture";
 }
 
-TEST_F(AnimatedGIFViewTest, ShowsThePictureInItsProportions) {
+TEST_F(AnimatedGIFViewTest, KeepsProportionsOfPicture) {
     AnimatedGIFView view;
     int changes = 0;
     QObject::connect(&view, &AnimatedGIFView::resourceChanged, [&] { ++changes; });
@@ -171,7 +171,7 @@ TEST_F(AnimatedGIFViewTest, ShowsThePictureInItsProportions) {
     EXPECT_LT(image.pixelColor(static_cast<int>(300 - width / 2 - 3), 95).alpha(), 128) << "beside it";
     EXPECT_LT(image.pixelColor(static_cast<int>(300 - width / 2 + 0.5), 45).alpha(), 128)
         << "its corner is round";
-    // Without a name there is no picture.
+    // Without a resource name nothing is drawn.
     view.setResourceName("");
     EXPECT_LT(painted(view).pixelColor(300, 95).alpha(), 128);
 }

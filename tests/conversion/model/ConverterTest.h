@@ -42,7 +42,7 @@ private:
     std::mutex m_mutex;
 };
 
-/// A converter whose threads, time and conversions a test drives by hand.
+/// A converter with threads, clock and conversions that the test drives by hand.
 class ConverterTest : public testing::Test {
 protected:
     void settle() {
@@ -70,7 +70,8 @@ protected:
     fake::HandDrivenMainActor mainActor;
     fake::HandDrivenTasks tasks;
     fake::HandDrivenClock clock;
-    /// What happens in place of a conversion, once its file has been created, and the settings of each.
+    /// `run` replaces the conversion after its file has been created. `runs` holds the settings of each
+    /// conversion.
     std::function<void(const ConversionCallbacks&, const std::string& output)> run =
         [](const ConversionCallbacks&, const std::string&) {};
     std::vector<Settings> runs;

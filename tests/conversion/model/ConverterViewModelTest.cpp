@@ -44,7 +44,7 @@ protected:
         model->chooseOutput();
         panels.answer(path);
     }
-    /// A model with a video and a place for the movie.
+    /// Sets an input video and an output path.
     void prepare() {
         takeFilm("/films/holiday.mov");
         chooseOutput(output);
@@ -67,7 +67,7 @@ TEST(OutputNameTest, IsSafeOnEverySystem) {
         EXPECT_EQ(proposedOutputName(title, "/films/holiday.mov"), name);
 }
 
-TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
+TEST_F(ConverterViewModelTest, AnalysisProposesUneditedSettings) {
     model->setInput(URL::forFile("/films/./x/../holiday.mov"));
     EXPECT_EQ(model->inputPath(), "/films/holiday.mov");
     EXPECT_EQ(model->outputPath(), "/films/holiday.zeb");
@@ -86,7 +86,7 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     EXPECT_TRUE(log().ends_with("\na notice"));
     EXPECT_EQ(status(), "a notice");
 
-    // Another source: what was proposed follows, what was edited stays, sound that is not there goes.
+    // Another source: proposed values follow it, edited values stay, sound is switched off if there is none.
     model->settings()->setTitle("My film");
     model->settings()->setAudioTrackIndex(1);
     takeFilm("/films/silent.mov");
@@ -106,11 +106,11 @@ TEST_F(ConverterViewModelTest, AnalysisProposesWhatTheUserHasNotSet) {
     expected.fpsFromSource = false;
     expected.includeAudio = true;
     expected.audioChannels = 2;
-    expected.width = 640;  // both sides are proposed together or not at all
+    expected.width = 640;  // width and height are proposed together or not at all
     EXPECT_EQ(model->settings()->value(), expected);
 }
 
-TEST_F(ConverterViewModelTest, AnalysisThatFails) {
+TEST_F(ConverterViewModelTest, FailedAnalysisShowsErrorKeepsSource) {
     takeFilm("/films/holiday.mov");
     takeFilm("/films/missing.mov");
     EXPECT_THAT(*model->lastError(), HasSubstr("No such film."));
@@ -123,12 +123,12 @@ TEST_F(ConverterViewModelTest, AnalysisThatFails) {
     EXPECT_FALSE(model->lastError());
 }
 
-TEST_F(ConverterViewModelTest, LatestInputCounts) {
+TEST_F(ConverterViewModelTest, LatestInputWins) {
     const std::string sounding = "/films/holiday.mov", silent = "/films/silent.mov",
                       missing = "/films/missing.mov";
     const auto finishInOrder = [&](const std::string& first, const std::string& second) {
         model->setInput(URL::forFile(first));
-        tasks.runNext();  // its result is on its way
+        tasks.runNext();  // its result is posted but not delivered
         model->setInput(URL::forFile(second));
     };
     const auto finishBackwards = [&](const std::string& first, const std::string& second) {
@@ -161,7 +161,7 @@ TEST_F(ConverterViewModelTest, LatestInputCounts) {
     }
 }
 
-TEST_F(ConverterViewModelTest, ModelThatIsGoneGetsNothing) {
+TEST_F(ConverterViewModelTest, DestroyedModelGetsNoResult) {
     model->setInput(URL::forFile("/films/holiday.mov"));
     tasks.runAll();
     model->chooseInput();
@@ -171,7 +171,7 @@ TEST_F(ConverterViewModelTest, ModelThatIsGoneGetsNothing) {
     panels.answer("/films/silent.mov");
 }
 
-TEST_F(ConverterViewModelTest, SoundThatAnAnalysisSwitchedOffComesBack) {
+TEST_F(ConverterViewModelTest, RestoresSoundThatAnalysisSwitchedOff) {
     const std::map<std::string, std::function<void()>> steps = {
         {"silent", [this] { takeFilm("/films/silent.mov"); }},
         {"sound", [this] { takeFilm("/films/holiday.mov"); }},
@@ -192,13 +192,13 @@ TEST_F(ConverterViewModelTest, SoundThatAnAnalysisSwitchedOffComesBack) {
         {"mono silent sound", true, 1},
         {"silent mono sound", true, 1},
         {"silent sound silent sound", true, 2},
-        // The person's own choice.
+        // Sound switched off by the user stays off.
         {"off silent sound", false, 2},
         {"silent sound off silent sound", false, 2},
         {"silent on off sound", false, 2},
         {"silent on silent sound", true, 2},
         {"off sound", false, 2},
-        // Switching on by hand.
+        // Sound switched on by the user.
         {"silent on", true, 2},
         {"none off on", true, 2},
         {"mono off on", true, 1},
@@ -213,7 +213,7 @@ TEST_F(ConverterViewModelTest, SoundThatAnAnalysisSwitchedOffComesBack) {
     }
 }
 
-TEST_F(ConverterViewModelTest, RateFromTheVideoReplacesATypedOne) {
+TEST_F(ConverterViewModelTest, VideoRateReplacesTypedRate) {
     const auto typeRate = [this] {
         model->settings()->setFpsFromSource(false);
         model->settings()->setFps(5);
@@ -233,7 +233,7 @@ TEST_F(ConverterViewModelTest, RateFromTheVideoReplacesATypedOne) {
     EXPECT_EQ(model->settings()->fps(), 25) << "also where no video was there";
 }
 
-TEST_F(ConverterViewModelTest, StartWaitsForTheAnalysis) {
+TEST_F(ConverterViewModelTest, StartWaitsForAnalysis) {
     enum Event { nothing, cancel, anotherVideo, sameVideo };
     const struct {
         std::string film;
@@ -254,7 +254,7 @@ TEST_F(ConverterViewModelTest, StartWaitsForTheAnalysis) {
         runs.clear();
         prepare();
         model->setInput(URL::forFile(film));
-        bool couldStart = true;  // as the window was told last
+        bool couldStart = true;  // value at the latest notification
         QObject::connect(model.get(), &ConverterViewModel::canStartChanged,
                          [&] { couldStart = model->canStart(); });
         model->start();
@@ -280,7 +280,7 @@ TEST_F(ConverterViewModelTest, StartWaitsForTheAnalysis) {
     }
 }
 
-TEST_F(ConverterViewModelTest, AVideoThatComesDuringTheQuestionForAPlaceIsNotStarted) {
+TEST_F(ConverterViewModelTest, VideoChangedDuringSavePanelNeverStarts) {
     films.add(folder.file("nowhere/film.mov"), {});
     for (const bool isSame : {true, false}) {
         model = makeModel();
@@ -297,7 +297,7 @@ TEST_F(ConverterViewModelTest, AVideoThatComesDuringTheQuestionForAPlaceIsNotSta
     }
 }
 
-TEST_F(ConverterViewModelTest, AnotherVideoGetsAnOutputOfItsOwn) {
+TEST_F(ConverterViewModelTest, EachVideoGetsSeparateOutputName) {
     const auto proposed = [this](const std::string& name) {
         takeFilm(folder.file(name));
         return fs::path(model->outputPath().toStdString()).filename().string();
@@ -325,7 +325,7 @@ TEST_F(ConverterViewModelTest, AnotherVideoGetsAnOutputOfItsOwn) {
     EXPECT_EQ(proposed("b.mkv"), "film.zeb") << "the person has chosen it";
 }
 
-TEST_F(ConverterViewModelTest, RefusesWhatIsNoFileOfThisComputer) {
+TEST_F(ConverterViewModelTest, RejectsInputsOfOtherComputers) {
     prepare();
     startAndSettle();
     const Settings settings = model->settings()->value();
@@ -355,7 +355,7 @@ TEST_F(ConverterViewModelTest, RefusesWhatIsNoFileOfThisComputer) {
     settle();
 }
 
-TEST_F(ConverterViewModelTest, RunsToTheEnd) {
+TEST_F(ConverterViewModelTest, CompleteRunShowsStatesInOrder) {
     prepare();
     std::vector<std::string> changes;
     const auto watch = [&](auto signal, const std::function<std::string()>& shown) {
@@ -390,7 +390,7 @@ TEST_F(ConverterViewModelTest, RunsToTheEnd) {
     EXPECT_FALSE(model->playableOutputURL());
 }
 
-TEST_F(ConverterViewModelTest, RunThatFails) {
+TEST_F(ConverterViewModelTest, FailedRunShowsItsError) {
     prepare();
     run = [](const ConversionCallbacks&, const std::string& path) {
         test::store(path, "movie");
@@ -410,7 +410,7 @@ TEST_F(ConverterViewModelTest, RunThatFails) {
     EXPECT_EQ(model->lastError(), "Not enough memory");
 }
 
-TEST_F(ConverterViewModelTest, ReportsComeBundled) {
+TEST_F(ConverterViewModelTest, BundlesReportsIntoOneMessage) {
     prepare();
     int progressChanges = 0;
     QObject::connect(model.get(), &ConverterViewModel::progressChanged, [&] { ++progressChanges; });
@@ -431,7 +431,7 @@ TEST_F(ConverterViewModelTest, ReportsComeBundled) {
     EXPECT_EQ(model->logLines().front(), "warning 5002");
 }
 
-TEST_F(ConverterViewModelTest, CancelKeepOrDelete) {
+TEST_F(ConverterViewModelTest, CancelledOutputIsKeptOrDeleted) {
     prepare();
     std::string written;
     run = [&](const ConversionCallbacks& callbacks, const std::string& path) {
@@ -461,7 +461,7 @@ TEST_F(ConverterViewModelTest, CancelKeepOrDelete) {
     EXPECT_FALSE(model->cancelledOutputPendingDeletion());
     EXPECT_FALSE(fs::exists(output));
 
-    // By now something else stands there.
+    // A folder has taken the place of the output.
     startAndSettle();
     fs::remove(output);
     fs::create_directory(output);
@@ -470,8 +470,9 @@ TEST_F(ConverterViewModelTest, CancelKeepOrDelete) {
     EXPECT_TRUE(fs::exists(output));
 }
 
-/// Ends by a cancel or an error x with an older movie or without x what had been written by then.
-TEST_F(ConverterViewModelTest, UnfinishedMovieAndTheOneBefore) {
+/// All combinations: ended by cancelling or by an error, with or without an older movie, with or without a
+/// complete second.
+TEST_F(ConverterViewModelTest, UnfinishedMovieKeepsOrRestoresPrevious) {
     namespace golden = test::golden;
     prepare();
     const std::string previous = folder.file("film.previous.zeb");
@@ -521,10 +522,10 @@ TEST_F(ConverterViewModelTest, UnfinishedMovieAndTheOneBefore) {
     }
 }
 
-TEST_F(ConverterViewModelTest, ReplacesOnlyWhatStoodThereAtTheStart) {
+TEST_F(ConverterViewModelTest, ReplacesOnlyFileSeenAtStart) {
     prepare();
     model->start();
-    test::store(output, "theirs");  // before the job comes to it
+    test::store(output, "theirs");  // after the start, before the job creates the file
     settle();
     EXPECT_EQ(test::contents(output), "theirs");
     EXPECT_THAT(*model->lastError(), HasSubstr("exists already"));
@@ -533,7 +534,7 @@ TEST_F(ConverterViewModelTest, ReplacesOnlyWhatStoodThereAtTheStart) {
     EXPECT_EQ(model->playableOutputURL()->path(), output);
 }
 
-TEST_F(ConverterViewModelTest, StartAgainWhileTheCancelledJobStillEnds) {
+TEST_F(ConverterViewModelTest, RestartsWhileCancelledJobEnds) {
     prepare();
     const std::string second = folder.file("second.zeb");
     run = [&](const ConversionCallbacks& callbacks, const std::string& path) {
@@ -543,7 +544,7 @@ TEST_F(ConverterViewModelTest, StartAgainWhileTheCancelledJobStillEnds) {
             return;
         }
         model->cancel();
-        // Another place, and the next start, before this job has noticed.
+        // A new output and the next start, before this job has noticed the cancellation.
         chooseOutput(second);
         model->start();
         EXPECT_TRUE(model->isRunning());
@@ -565,7 +566,7 @@ TEST_F(ConverterViewModelTest, StartAgainWhileTheCancelledJobStillEnds) {
     EXPECT_EQ(model->playableOutputURL()->path(), second);
 }
 
-TEST_F(ConverterViewModelTest, TheNextRunToTheSamePlaceKeepsItsFile) {
+TEST_F(ConverterViewModelTest, NextRunToSamePlaceKeepsFile) {
     prepare();
     run = [&](const ConversionCallbacks&, const std::string& path) {
         test::store(path, "movie");
@@ -579,7 +580,7 @@ TEST_F(ConverterViewModelTest, TheNextRunToTheSamePlaceKeepsItsFile) {
     EXPECT_FALSE(model->cancelledOutputPendingDeletion());
     EXPECT_EQ(model->playableOutputURL()->path(), output);
 
-    // A question that is still open goes when the next run starts; the movie comes back if that makes none.
+    // The next start closes an open question. The movie is put back if that run writes none.
     run = [&](const ConversionCallbacks&, const std::string& path) {
         if (runs.size() == 3) test::store(path, test::golden::unfinishedMovie());
         model->cancel();

@@ -16,7 +16,7 @@
 namespace zeb {
 namespace {
 
-/// The model on threads and media of the system, with a real film.
+/// The model with real threads, the real media library and a real video.
 class RealConversionTest : public test::ConverterTest {
 protected:
     RealConversionTest() {
@@ -42,7 +42,7 @@ protected:
     }
     ~RealConversionTest() override {
         letGo();
-        // As the application ends: tasks may still report to the main actor.
+        // Same order as in the application: tasks may still report to the main actor.
         threads.reset();
         model.reset();
     }
@@ -56,7 +56,7 @@ protected:
         isHeld = false;
         isHeld.notify_all();
     }
-    /// Starts and stays in the first second.
+    /// Starts a conversion and holds it after its first second.
     void begin() {
         model->setInput(URL::forFile(input));
         runUntil([this] { return model->sourceInfo().has_value(); });
@@ -67,13 +67,13 @@ protected:
 
     const std::string input = folder.file("demo.mp4");
     const std::string output = folder.file("demo.zeb");
-    std::atomic<bool> isHeld = true;  ///< a job, once its first second is written
+    std::atomic<bool> isHeld = true;  ///< holds a job once its first second is written
     std::unique_ptr<MediaLibrary> media = makeFFmpegMediaLibrary(MediaLogging::silent);
     std::unique_ptr<QtMainActor> loop;
     std::unique_ptr<ThreadTasks> threads;
 };
 
-TEST_F(RealConversionTest, StartsAgainWhileTheCancelledJobEnds) {
+TEST_F(RealConversionTest, RestartsWhileCancelledJobEnds) {
     begin();
     model->cancel();
     model->start();
@@ -87,7 +87,7 @@ TEST_F(RealConversionTest, StartsAgainWhileTheCancelledJobEnds) {
     EXPECT_GT(check.seconds, 1);
 }
 
-TEST_F(RealConversionTest, EndsWithItsWindow) {
+TEST_F(RealConversionTest, RunEndsWithItsModel) {
     begin();
     model.reset();
 }
