@@ -363,7 +363,7 @@ class ConverterTest(DesktopTest):
         other.hardlink_to(self.clip)
         application = self.open()
         self.assertTrue(application.drop("ZEB Maker", other, self.clip))
-        application.find("label", "One video at a time: “clip.mkv” is taken, the others are not.")
+        application.find("label", "Only one video at a time: “clip.mkv” was opened, the others were ignored.")
         application.find("label", str(self.clip))
         application.find("label", re.compile("^Video: 640 × 480"))
         self.assertTrue(application.drop("ZEB Maker", other))

@@ -199,7 +199,7 @@ TEST(MovieCheck, ChecksEveryHeaderAndRecordByte) {
         Bytes bytes = good;
         bytes[place] ^= 0xFF;
         if (!isFree(place)) {
-            EXPECT_NE(verdict(bytes), "right") << "byte " << place;
+            EXPECT_NE(verdict(bytes).substr(0, 5), "right") << "byte " << place;
         }
     }
 }

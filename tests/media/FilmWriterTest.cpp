@@ -161,7 +161,7 @@ TEST(FilmWriter, ReportsUnsupportedSizeInOneLine) {
         FAIL() << "a film of 60000 x 60000";
     } catch (const FilmError& error) {
         EXPECT_EQ(error.code(), FilmError::cannotEncode);
-        EXPECT_STREQ(error.what(), "No encoder here takes MP4 films of 60000x60000");
+        EXPECT_STREQ(error.what(), "No available encoder accepts MP4 films of 60000x60000");
     }
 }
 
