@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -40,5 +41,10 @@ using ActivateApplication = std::function<void()>;
 /// has happened when this function returns. `router` must outlive the posted work.
 void routeOpenedURLs(const std::vector<URL>& urls, MainActor& mainActor, const OpenPlayer& openPlayer,
                      AppActionRouter& router, const ActivateApplication& activate);
+
+/// Removes the entries of the folder "SharedInbox" in `container` that were modified more than seven days
+/// before `now`: folders with their contents, links without following them, hidden entries never. Does
+/// nothing if the folder itself is a link. Ignores errors. Blocks until done.
+void cleanSharedInbox(const std::optional<std::string>& container, std::chrono::system_clock::time_point now);
 
 }  // namespace zeb

@@ -6,7 +6,7 @@
 
 #include "conversion/model/ConverterServices.h"
 #include "conversion/run/ConversionRun.h"
-#include "media/reading/FFmpegMediaLibrary.h"
+#include "media/Media.h"
 #include "platform/desktop/QtDockTile.h"
 #include "platform/desktop/QtFilePanels.h"
 #include "platform/desktop/QtMainActor.h"

@@ -14,8 +14,8 @@
 
 #include "app/AppDelegate.h"
 #include "app/LaunchArguments.h"
+#include "app/Requests.h"
 #include "app/Services.h"
-#include "app/SharedInbox.h"
 #include "app/Startup.h"
 #include "platform/desktop/SingleInstance.h"
 #include "platform/desktop/Windows.h"

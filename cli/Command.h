@@ -60,9 +60,6 @@ inline constexpr const char* programName = "zeb";
 inline constexpr const char* programSummary =
     "Turns video files into ZEB movies for the Sinclair QL family and SMSQ/E.";
 
-/// Splits a list of a row: "-o,--output" with "," or "32, 4" with ", ".
-std::vector<std::string> splitList(std::string_view list, std::string_view separator);
-
 // MARK: Building blocks of rows
 
 /// A word that represents a value.

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Formats values for the user and parses them.
 namespace zeb::cli {
@@ -27,5 +28,8 @@ std::string decimalText(double value, int decimals);
 
 /// Parses all of `text` as a decimal integer. Returns nothing if it is invalid or out of bounds.
 std::optional<int> wholeNumber(std::string_view text, int lowest, int highest);
+
+/// Splits a list of a row: "-o,--output" with "," or "32, 4" with ", ".
+std::vector<std::string> splitList(std::string_view list, std::string_view separator);
 
 }  // namespace zeb::cli

@@ -13,6 +13,8 @@
 
 /// Writing of ordinary video files and pictures. Colours are sRGB (IEC 61966-2-1); pixels are 4 bytes each,
 /// blue, green, red, alpha, rows from the top without padding.
+#include "media/Media.h"
+
 namespace zeb {
 
 /// A video or picture that cannot be encoded on this system. Domain "Film"; the description is the English
@@ -78,5 +80,8 @@ public:
     virtual std::vector<std::uint8_t> encodePNG(std::span<const std::uint8_t> pixels, int width,
                                                 int height) const = 0;
 };
+
+/// Makes the encoders based on the FFmpeg libraries. `logging` applies to the whole process.
+std::unique_ptr<FilmLibrary> makeFFmpegFilmLibrary(MediaLogging logging);
 
 }  // namespace zeb

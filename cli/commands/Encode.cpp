@@ -5,7 +5,7 @@
 #include "cli/encode/EncodeJob.h"
 #include "cli/encode/Encoding.h"
 #include "cli/progress/ProgressReporter.h"
-#include "media/reading/FFmpegMediaLibrary.h"
+#include "media/Media.h"
 
 namespace zeb::cli {
 namespace {

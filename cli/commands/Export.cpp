@@ -8,7 +8,7 @@
 #include "cli/export/ExportJob.h"
 #include "cli/export/Exporting.h"
 #include "cli/progress/ProgressReporter.h"
-#include "media/writing/FFmpegFilmLibrary.h"
+#include "media/FilmWriter.h"
 
 namespace zeb::cli {
 namespace {

@@ -10,6 +10,7 @@
 
 #include "codec/FrameDecoder.h"
 #include "conversion/export/ExportError.h"
+#include "conversion/export/FrameScaling.h"
 #include "conversion/export/MovieInput.h"
 #include "conversion/plan/OutputName.h"
 #include "conversion/sound/WAVFile.h"
@@ -54,45 +55,6 @@ std::string timeText(std::int64_t microseconds) {
         text += "." + decimals;
     }
     return text + " s";
-}
-
-/// Rows of pixels, each repeated `scale` times in both directions.
-FrameImage enlarged(const FrameImage& image, int scale) {
-    FrameImage large{image.width * scale, image.height * scale, {}};
-    const std::size_t rowBytes = static_cast<std::size_t>(large.width) * 4;
-    large.pixels.resize(rowBytes * static_cast<std::size_t>(large.height));
-    const std::uint8_t* source = image.pixels.data();
-    std::uint8_t* target = large.pixels.data();
-    for (int y = 0; y < image.height; ++y) {
-        const std::uint8_t* row = target;
-        for (int x = 0; x < image.width; ++x, source += 4) {
-            for (int i = 0; i < scale; ++i, target += 4)
-                std::memcpy(target, source, 4);
-        }
-        for (int i = 1; i < scale; ++i, target += rowBytes)
-            std::memcpy(target, row, rowBytes);
-    }
-    return large;
-}
-
-FrameImage black(int width, int height) {
-    FrameImage image{width, height, {}};
-    image.pixels.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, 0);
-    for (std::size_t i = 3; i < image.pixels.size(); i += 4)
-        image.pixels[i] = 255;
-    return image;
-}
-
-/// The picture in another size: from its top left corner, cut or filled with black.
-FrameImage fitted(const FrameImage& image, int width, int height) {
-    FrameImage result = black(width, height);
-    const auto stride = [](int side) { return static_cast<std::size_t>(side) * 4; };
-    for (int y = 0; y < std::min(height, image.height); ++y) {
-        const auto row = static_cast<std::size_t>(y);
-        std::memcpy(result.pixels.data() + row * stride(width),
-                    image.pixels.data() + row * stride(image.width), stride(std::min(width, image.width)));
-    }
-    return result;
 }
 
 int scaleFor(const ExportSettings& settings, const ZEBHeader& header) {
@@ -254,7 +216,7 @@ void Run::findPictureSize() {
                 requireUsable(*image);
                 m_plan.width = image->width * m_scale;
                 m_plan.height = image->height * m_scale;
-                m_last = black(m_plan.width, m_plan.height);
+                m_last = blackImage(m_plan.width, m_plan.height);
                 return;
             }
             if (reason.empty()) reason = m_decoder.lastDecodeDebug();
@@ -311,7 +273,7 @@ const FrameImage& Run::imageOf(const Second& second, int index) {
     }
     noteGood(frame);
     requireUsable(*image);
-    m_last = m_scale == 1 ? std::move(*image) : enlarged(*image, m_scale);
+    m_last = m_scale == 1 ? std::move(*image) : enlargedImage(*image, m_scale);
     return m_last;
 }
 
@@ -386,7 +348,7 @@ ExportResult Run::exportFilm() {
                 film->addPicture(image.pixels);
             } else {
                 hasOtherSizes = true;
-                film->addPicture(fitted(image, m_plan.width, m_plan.height).pixels);
+                film->addPicture(fittedImage(image, m_plan.width, m_plan.height).pixels);
             }
             advanced(++done, film->bytesWritten());
         });

@@ -1,14 +1,9 @@
 #include "conversion/forecast/SizeForecast.h"
 
 #include <algorithm>
-#include <atomic>
-#include <cassert>
 #include <cmath>
-#include <exception>
 #include <limits>
-#include <mutex>
 #include <numeric>
-#include <thread>
 
 #include "codec/SpriteEncoder.h"
 #include "codec/SpriteLayout.h"
@@ -218,63 +213,6 @@ std::optional<std::uint64_t> spaceFor(const std::string& output) {
     while (!files::kindOf(folder) && folderOf(folder) != folder)
         folder = folderOf(folder);
     return files::freeSpace(folder);
-}
-
-RecordSamples::RecordSamples(std::vector<std::shared_ptr<const Picture>> pictures, int threads)
-    : m_pictures(std::move(pictures)), m_threads(std::max(threads, 1)) {
-    assert(!m_pictures.empty());
-    for (std::size_t i = 0; i < m_pictures.size(); ++i)
-        m_distinctPictures += i == 0 || m_pictures[i] != m_pictures[i - 1];
-}
-
-const std::vector<std::uint64_t>& RecordSamples::at(FrameSize size, const IsCancelled& isCancelled) {
-    constexpr std::size_t mostKnown = 64;
-    const std::pair key(size.width, size.height);
-    const auto known = m_known.find(key);
-    if (known != m_known.end()) return known->second;
-    RecordSizes sizes = encode(size, isCancelled);
-    if (m_known.size() >= mostKnown) m_known.clear();
-    return m_known[key] = std::move(sizes);
-}
-
-RecordSizes RecordSamples::encode(FrameSize size, const IsCancelled& isCancelled) const {
-    RecordSizes sizes(m_pictures.size());  // 0: could not be drawn
-    std::atomic<std::size_t> next = 0;
-    std::atomic<bool> isInterrupted = false;
-    std::mutex mutex;
-    std::exception_ptr failure;
-    const auto isRepeat = [this](std::size_t index) {
-        return index > 0 && m_pictures[index] == m_pictures[index - 1];
-    };
-    const auto work = [&] {
-        SpriteEncoder encoder;
-        for (std::size_t index = next++; index < m_pictures.size(); index = next++) {
-            if (isRepeat(index)) continue;
-            if (isInterrupted || (isCancelled && isCancelled())) {
-                isInterrupted = true;
-                return;
-            }
-            try {
-                sizes[index] = encoder.encodeMode32Sprite(*m_pictures[index], size.width, size.height).size();
-            } catch (...) {
-                const std::lock_guard lock(mutex);
-                failure = std::current_exception();
-            }
-        }
-    };
-    {
-        std::vector<std::jthread> threads;
-        for (int i = 1; i < std::min(m_threads, static_cast<int>(m_pictures.size())); ++i)
-            threads.emplace_back(work);
-        work();
-    }
-    if (isInterrupted) throw MediaError::wasInterrupted();
-    for (std::size_t index = 1; index < sizes.size(); ++index) {
-        if (isRepeat(index)) sizes[index] = sizes[index - 1];
-    }
-    std::erase(sizes, std::uint64_t{0});
-    if (sizes.empty()) std::rethrow_exception(failure);
-    return sizes;
 }
 
 SizeForecast forecastUpperBound(const ForecastCase& about) {

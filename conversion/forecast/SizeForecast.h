@@ -2,13 +2,12 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "conversion/forecast/RecordSamples.h"
 #include "conversion/plan/ConversionPlan.h"
 #include "conversion/plan/Settings.h"
 #include "media/Media.h"
@@ -86,30 +85,6 @@ struct ForecastCase {
     ConversionPlan plan;  ///< of these settings
     SoundOutlook sound;
     std::optional<std::uint64_t> freeSpace;
-};
-
-/// Record sizes of the sample pictures of a video, for forecasts in Mode 32. Keeps the pictures, so that
-/// another frame size only requires drawing and encoding. Caches the sizes for the latest frame sizes. Used
-/// by one thread at a time.
-class RecordSamples {
-public:
-    /// `pictures` in the order of the video, at least one; `threads`: encoder threads.
-    explicit RecordSamples(std::vector<std::shared_ptr<const Picture>> pictures, int threads = 1);
-
-    /// Returns record sizes in the order of the pictures. Omits pictures that cannot be drawn. Throws
-    /// `MediaError::interrupted` on cancellation, and the error of a picture if none can be drawn.
-    const std::vector<std::uint64_t>& at(FrameSize size, const IsCancelled& isCancelled);
-
-    /// Returns the number of pictures without immediate repetitions. A repeated picture is encoded once.
-    int distinctPictures() const { return m_distinctPictures; }
-
-private:
-    std::vector<std::uint64_t> encode(FrameSize size, const IsCancelled& isCancelled) const;
-
-    std::vector<std::shared_ptr<const Picture>> m_pictures;
-    int m_threads;
-    int m_distinctPictures = 0;
-    std::map<std::pair<int, int>, std::vector<std::uint64_t>> m_known;
 };
 
 /// Returns an upper bound of the size without decoding a picture. In Mode 4 the bound is the actual size.

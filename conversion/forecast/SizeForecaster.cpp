@@ -8,7 +8,7 @@
 #include <thread>
 #include <utility>
 
-#include "conversion/forecast/SamplePictures.h"
+#include "conversion/forecast/RecordSamples.h"
 #include "format/ZEBErrors.h"
 #include "platform/text/ErrorText.h"
 

@@ -1,4 +1,4 @@
-#include "media/reading/FFmpegMediaLibrary.h"
+#include "media/Media.h"
 
 #include <mutex>
 #include <string>

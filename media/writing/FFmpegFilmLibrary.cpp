@@ -1,4 +1,4 @@
-#include "media/writing/FFmpegFilmLibrary.h"
+#include "media/FilmWriter.h"
 
 #include <algorithm>
 #include <new>

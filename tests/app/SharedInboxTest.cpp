@@ -1,4 +1,4 @@
-#include "app/SharedInbox.h"
+#include "app/Requests.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "conversion/export/ReducedImage.h"
+#include "conversion/export/FrameScaling.h"
 #include "format/ZEBWriter.h"
 #include "tests/cli/ZebProgram.h"
 #include "tests/format/GoldenMovie.h"

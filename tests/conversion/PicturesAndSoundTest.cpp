@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "conversion/export/ExportError.h"
-#include "conversion/export/ReducedImage.h"
+#include "conversion/export/FrameScaling.h"
 #include "conversion/plan/AudioTrack.h"
 #include "conversion/sound/SoundBytes.h"
 #include "conversion/sound/WAVFile.h"

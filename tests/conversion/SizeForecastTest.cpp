@@ -9,7 +9,7 @@
 #include "codec/SpriteEncoder.h"
 #include "codec/SpriteLayout.h"
 #include "conversion/forecast/MovieSize.h"
-#include "conversion/forecast/SamplePictures.h"
+#include "conversion/forecast/RecordSamples.h"
 #include "conversion/run/ConversionRun.h"
 #include "format/ZEBErrors.h"
 #include "format/ZEBWriter.h"

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "media/reading/FFmpegMediaLibrary.h"
+#include "media/Media.h"
 
 namespace zeb::test {
 

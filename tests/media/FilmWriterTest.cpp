@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "Clips.h"
-#include "media/writing/FFmpegFilmLibrary.h"
 
 namespace zeb {
 namespace {

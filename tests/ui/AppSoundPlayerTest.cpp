@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "media/reading/FFmpegMediaLibrary.h"
+#include "media/Media.h"
 #include "tests/doubles/FakeMedia.h"
 #include "tests/doubles/FakeUserDefaults.h"
 #include "tests/doubles/HandDrivenMainActor.h"

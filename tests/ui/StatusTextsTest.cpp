@@ -5,9 +5,8 @@
 #include <utility>
 
 #include "platform/text/NumberText.h"
-#include "ui/model/ForecastText.h"
+#include "ui/model/MovieTexts.h"
 #include "ui/model/RemainingTime.h"
-#include "ui/model/TargetDescription.h"
 
 namespace zeb {
 namespace {

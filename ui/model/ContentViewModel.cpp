@@ -12,8 +12,7 @@
 #include "platform/text/LocalizedText.h"
 #include "platform/text/NumberText.h"
 #include "platform/text/PathName.h"
-#include "ui/model/ForecastText.h"
-#include "ui/model/TargetDescription.h"
+#include "ui/model/MovieTexts.h"
 
 namespace zeb {
 namespace {

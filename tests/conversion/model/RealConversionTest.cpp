@@ -7,7 +7,7 @@
 
 #include "conversion/run/ConversionRun.h"
 #include "format/check/MovieCheck.h"
-#include "media/reading/FFmpegMediaLibrary.h"
+#include "media/Media.h"
 #include "platform/desktop/QtMainActor.h"
 #include "platform/files/FileHandle.h"
 #include "platform/tasks/ThreadTasks.h"

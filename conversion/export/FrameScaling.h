@@ -9,4 +9,13 @@ namespace zeb {
 /// premultiplied values). A picture that is small enough is returned unchanged.
 FrameImage reducedImage(FrameImage image, int longestSide);
 
+/// Returns the picture with each pixel repeated `scale` times in both directions.
+FrameImage enlargedImage(const FrameImage& image, int scale);
+
+/// Returns an opaque black picture.
+FrameImage blackImage(int width, int height);
+
+/// Returns the picture in another size: from its top left corner, cropped or padded with black.
+FrameImage fittedImage(const FrameImage& image, int width, int height);
+
 }  // namespace zeb

@@ -1,9 +1,10 @@
-#include "conversion/export/ReducedImage.h"
+#include "conversion/export/FrameScaling.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace zeb {
@@ -51,6 +52,43 @@ FrameImage reducedImage(FrameImage image, int longestSide) {
     result.pixels.resize(reducedRow * static_cast<std::size_t>(height));
     for (std::size_t x = 0; x < reducedRow; x += channels)
         reduceLine(&narrow[x], reducedRow, image.height, &result.pixels[x], reducedRow, height);
+    return result;
+}
+
+FrameImage enlargedImage(const FrameImage& image, int scale) {
+    FrameImage large{image.width * scale, image.height * scale, {}};
+    const std::size_t rowBytes = static_cast<std::size_t>(large.width) * 4;
+    large.pixels.resize(rowBytes * static_cast<std::size_t>(large.height));
+    const std::uint8_t* source = image.pixels.data();
+    std::uint8_t* target = large.pixels.data();
+    for (int y = 0; y < image.height; ++y) {
+        const std::uint8_t* row = target;
+        for (int x = 0; x < image.width; ++x, source += 4) {
+            for (int i = 0; i < scale; ++i, target += 4)
+                std::memcpy(target, source, 4);
+        }
+        for (int i = 1; i < scale; ++i, target += rowBytes)
+            std::memcpy(target, row, rowBytes);
+    }
+    return large;
+}
+
+FrameImage blackImage(int width, int height) {
+    FrameImage image{width, height, {}};
+    image.pixels.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, 0);
+    for (std::size_t i = 3; i < image.pixels.size(); i += 4)
+        image.pixels[i] = 255;
+    return image;
+}
+
+FrameImage fittedImage(const FrameImage& image, int width, int height) {
+    FrameImage result = blackImage(width, height);
+    const auto stride = [](int side) { return static_cast<std::size_t>(side) * 4; };
+    for (int y = 0; y < std::min(height, image.height); ++y) {
+        const auto row = static_cast<std::size_t>(y);
+        std::memcpy(result.pixels.data() + row * stride(width),
+                    image.pixels.data() + row * stride(image.width), stride(std::min(width, image.width)));
+    }
     return result;
 }
 
