@@ -45,7 +45,7 @@ ROOMS = {
 }
 TOPS = sorted({room.split("/")[0] for room in ROOMS})
 OTHERS = ("tests", "fuzz", "bench")
-MEDIA = ("media/ffmpeg/", "media/reading/", "media/drawing/", "media/writing/")
+MEDIA = ("media/ffmpeg/", "media/demuxing/", "media/reading/", "media/drawing/", "media/writing/")
 
 # External headers: name, pattern, the places that may use them, and whether the restriction also applies to
 # indirect includes (a header that exposes a library's types counts as the library).

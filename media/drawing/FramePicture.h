@@ -4,10 +4,10 @@
 #include <mutex>
 #include <vector>
 
+#include "media/demuxing/StreamFacts.h"
 #include "media/drawing/ColourConversion.h"
 #include "media/drawing/FrameScaler.h"
 #include "media/ffmpeg/Handles.h"
-#include "media/reading/StreamFacts.h"
 #include "platform/base/Picture.h"
 
 namespace zeb::ffmpeg {

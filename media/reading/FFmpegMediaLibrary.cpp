@@ -4,12 +4,12 @@
 #include <string>
 #include <utility>
 
+#include "media/demuxing/Demuxer.h"
+#include "media/demuxing/PacketScan.h"
+#include "media/demuxing/StreamFacts.h"
 #include "media/reading/DamageWatch.h"
-#include "media/reading/Demuxer.h"
 #include "media/reading/FFmpegImageGenerator.h"
 #include "media/reading/FFmpegSoundReader.h"
-#include "media/reading/PacketScan.h"
-#include "media/reading/StreamFacts.h"
 
 namespace zeb {
 namespace ffmpeg {

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "media/Media.h"
+#include "media/demuxing/Demuxer.h"
+#include "media/demuxing/StreamFacts.h"
 #include "media/ffmpeg/Handles.h"
-#include "media/reading/Demuxer.h"
-#include "media/reading/StreamFacts.h"
 
 namespace zeb::ffmpeg {
 

@@ -6,8 +6,8 @@
 #include <queue>
 #include <vector>
 
+#include "media/demuxing/StreamFacts.h"
 #include "media/ffmpeg/Libraries.h"
-#include "media/reading/StreamFacts.h"
 
 namespace zeb::ffmpeg {
 

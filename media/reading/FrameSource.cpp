@@ -5,9 +5,9 @@
 #include <cmath>
 #include <utility>
 
+#include "media/demuxing/PacketKind.h"
 #include "media/ffmpeg/Libraries.h"
 #include "media/reading/DamageWatch.h"
-#include "media/reading/PacketKind.h"
 
 namespace zeb::ffmpeg {
 namespace {

@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "media/Media.h"
+#include "media/demuxing/Demuxer.h"
+#include "media/demuxing/StreamFacts.h"
 #include "media/drawing/Deinterlacer.h"
 #include "media/ffmpeg/Handles.h"
-#include "media/reading/Demuxer.h"
 #include "media/reading/FrameClock.h"
 #include "media/reading/GrabPlanner.h"
-#include "media/reading/StreamFacts.h"
 
 namespace zeb::ffmpeg {
 

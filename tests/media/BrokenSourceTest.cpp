@@ -4,9 +4,9 @@
 #include <filesystem>
 
 #include "Clips.h"
+#include "media/demuxing/Demuxer.h"
 #include "media/ffmpeg/Handles.h"
 #include "media/ffmpeg/Libraries.h"
-#include "media/reading/Demuxer.h"
 #include "platform/files/FileHandle.h"
 
 namespace zeb {

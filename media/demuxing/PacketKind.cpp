@@ -1,4 +1,4 @@
-#include "media/reading/PacketKind.h"
+#include "media/demuxing/PacketKind.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "media/reading/TimeJoints.h"
+#include "media/demuxing/TimeJoints.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "media/reading/Demuxer.h"
+#include "media/demuxing/Demuxer.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "media/Media.h"
-#include "media/reading/Demuxer.h"
+#include "media/demuxing/Demuxer.h"
 
 struct AVStream;
 

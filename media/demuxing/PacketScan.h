@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/reading/StreamFacts.h"
+#include "media/demuxing/StreamFacts.h"
 
 namespace zeb::ffmpeg {
 

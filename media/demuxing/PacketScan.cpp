@@ -1,4 +1,4 @@
-#include "media/reading/PacketScan.h"
+#include "media/demuxing/PacketScan.h"
 
 #include <algorithm>
 #include <charconv>

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "media/Media.h"
+#include "media/demuxing/TimeJoints.h"
 #include "media/ffmpeg/Handles.h"
-#include "media/reading/TimeJoints.h"
 #include "platform/files/FileHandle.h"
 
 struct AVFormatContext;

@@ -1,4 +1,4 @@
-#include "media/reading/StreamFacts.h"
+#include "media/demuxing/StreamFacts.h"
 
 #include <algorithm>
 #include <array>
