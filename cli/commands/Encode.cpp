@@ -59,7 +59,7 @@ std::optional<FrameSize> frameSize(std::string_view text) {
     return FrameSize{*width, *height};
 }
 
-constexpr Option options[] = {
+constexpr Option encodeOptions[] = {
     {.names = "INPUT",
      .placeholder = "...",
      .help = "Video files; after \"--\" also names that start with \"-\"",
@@ -135,7 +135,7 @@ constexpr Option options[] = {
     verboseOption<&EncodeArguments::verbose>,
 };
 
-constexpr const char* notes =
+constexpr const char* encodeNotes =
     "The result goes to standard output, as does the progress; warnings, errors and the log go to\n"
     "standard error. An interrupt (Ctrl-C) finishes the movie at its last complete second; a\n"
     "second one ends the program at once.\n\n"
@@ -148,6 +148,6 @@ constexpr const char* notes =
 }  // namespace
 
 constinit const Command encodeCommand =
-    command<encode>("encode", "Convert video files into ZEB movies", options, notes);
+    command<encode>("encode", "Convert video files into ZEB movies", encodeOptions, encodeNotes);
 
 }  // namespace zeb::cli

@@ -47,7 +47,7 @@ std::optional<Mode32Interpretation> interpretationFrom(std::string_view text) {
 
 constexpr const char* aTime = "a time (seconds, M:SS or H:MM:SS, with up to six decimals)";
 
-constexpr Option options[] = {
+constexpr Option exportOptions[] = {
     {.names = "FILE",
      .placeholder = " ",
      .help = "A ZEB movie",
@@ -105,7 +105,7 @@ constexpr Option options[] = {
     verboseOption<&ExportArguments::verbose>,
 };
 
-constexpr const char* notes =
+constexpr const char* exportNotes =
     "The extension of OUT selects the format:\n"
     "  .png          one picture, with --frame or --at\n"
     "  %05d in .png  numbered pictures, \"frame-%05d.png\": %d is the frame's number in the\n"
@@ -123,7 +123,7 @@ constexpr const char* notes =
 
 }  // namespace
 
-constinit const Command exportCommand =
-    command<exportMovie>("export", "Turn a ZEB movie into ordinary pictures, film or sound", options, notes);
+constinit const Command exportCommand = command<exportMovie>(
+    "export", "Turn a ZEB movie into ordinary pictures, film or sound", exportOptions, exportNotes);
 
 }  // namespace zeb::cli

@@ -39,7 +39,7 @@ ExitCode info(const InfoArguments& arguments, Console& console) {
     return result;
 }
 
-constexpr Option options[] = {
+constexpr Option infoOptions[] = {
     {.names = "FILE",
      .placeholder = "...",
      .help = "ZEB movies",
@@ -54,6 +54,6 @@ constexpr Option options[] = {
 
 }  // namespace
 
-constinit const Command infoCommand = command<info>("info", "Show what ZEB movies contain", options, "");
+constinit const Command infoCommand = command<info>("info", "Show what ZEB movies contain", infoOptions, "");
 
 }  // namespace zeb::cli

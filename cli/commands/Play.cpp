@@ -65,7 +65,7 @@ ExitCode play(const PlayArguments& arguments, Console& console) {
     return ExitCode::conversionFailed;
 }
 
-constexpr Option options[] = {
+constexpr Option playOptions[] = {
     {.names = "FILE",
      .placeholder = "...",
      .help = "Movies to play, each in a separate window",
@@ -77,6 +77,6 @@ constexpr Option options[] = {
 }  // namespace
 
 constinit const Command playCommand =
-    command<play>("play", "Play ZEB movies in the application", options, "", OnInterrupt::end);
+    command<play>("play", "Play ZEB movies in the application", playOptions, "", OnInterrupt::end);
 
 }  // namespace zeb::cli

@@ -113,7 +113,7 @@ ExitCode repair(const RepairArguments& arguments, Console& console) {
     }
 }
 
-constexpr Option options[] = {
+constexpr Option repairOptions[] = {
     {.names = "FILE",
      .placeholder = " ",
      .help = "A ZEB movie",
@@ -129,7 +129,7 @@ constexpr Option options[] = {
      .flag = flag<&RepairArguments::force>},
 };
 
-constexpr const char* notes =
+constexpr const char* repairNotes =
     "Makes a finished movie of one that a crash, a full disk or an interrupt cut short: it ends\n"
     "after its last complete second. A movie that is finished stays as it is.\n"
     "If complete seconds follow damaged ones, repair in place changes nothing (exit code 1); with -o\n"
@@ -138,6 +138,6 @@ constexpr const char* notes =
 }  // namespace
 
 constinit const Command repairCommand =
-    command<repair>("repair", "Finish a movie that was cut short", options, notes);
+    command<repair>("repair", "Finish a movie that was cut short", repairOptions, repairNotes);
 
 }  // namespace zeb::cli

@@ -77,7 +77,7 @@ ExitCode makeThumbnail(const ThumbnailArguments& arguments, Console& console) {
     return ExitCode::done;
 }
 
-constexpr Option options[] = {
+constexpr Option thumbnailOptions[] = {
     {.names = "INPUT",
      .placeholder = " ",
      .help = "A ZEB movie",
@@ -98,6 +98,6 @@ constexpr Option options[] = {
 }  // namespace
 
 constinit const Command thumbnailCommand = command<makeThumbnail>(
-    "thumbnail", "Make a small picture of a ZEB movie, for file managers", options, "");
+    "thumbnail", "Make a small picture of a ZEB movie, for file managers", thumbnailOptions, "");
 
 }  // namespace zeb::cli

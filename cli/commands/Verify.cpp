@@ -62,7 +62,7 @@ ExitCode verify(const VerifyArguments& arguments, Console& console) {
     return result;
 }
 
-constexpr Option options[] = {
+constexpr Option verifyOptions[] = {
     {.names = "FILE",
      .placeholder = "...",
      .help = "ZEB movies",
@@ -75,13 +75,13 @@ constexpr Option options[] = {
      .flag = flag<&VerifyArguments::json>},
 };
 
-constexpr const char* notes =
+constexpr const char* verifyNotes =
     "Checks header, index, blocks, sound and the decoding of every frame. The line of a movie\n"
     "states the first error and its byte; the exit code is then 1.";
 
 }  // namespace
 
-constinit const Command verifyCommand =
-    command<verify>("verify", "Check ZEB movies against every rule of the format", options, notes);
+constinit const Command verifyCommand = command<verify>(
+    "verify", "Check ZEB movies against every rule of the format", verifyOptions, verifyNotes);
 
 }  // namespace zeb::cli
