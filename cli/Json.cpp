@@ -1,6 +1,7 @@
 #include "cli/Json.h"
 
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace zeb::cli {
 namespace {
@@ -12,8 +13,8 @@ Json objectOf(const JsonFields& fields);
 Json jsonOf(const JsonValue& value) {
     return std::visit(
         [](const auto& each) -> Json {
-            if constexpr (std::is_same_v<std::decay_t<decltype(each)>, JsonFields>) {
-                return objectOf(each);
+            if constexpr (std::is_same_v<std::decay_t<decltype(each)>, std::shared_ptr<const JsonFields>>) {
+                return objectOf(*each);
             } else {
                 return each;
             }
@@ -29,6 +30,13 @@ Json objectOf(const JsonFields& fields) {
 }
 
 }  // namespace
+
+JsonValue::JsonValue(std::nullptr_t null) : value(null) {}
+JsonValue::JsonValue(bool truth) : value(truth) {}
+JsonValue::JsonValue(double number) : value(number) {}
+JsonValue::JsonValue(const char* text) : value(std::string(text)) {}
+JsonValue::JsonValue(std::string text) : value(std::move(text)) {}
+JsonValue::JsonValue(JsonFields fields) : value(std::make_shared<const JsonFields>(std::move(fields))) {}
 
 std::string jsonLine(const JsonFields& fields) {
     return objectOf(fields).dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";

@@ -3,6 +3,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -17,18 +18,20 @@ using JsonFields = std::vector<JsonField>;
 
 /// A JSON value. An empty optional is null.
 struct JsonValue {
-    std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string, JsonFields> value;
+    std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string,
+                 std::shared_ptr<const JsonFields>>
+        value;
 
-    JsonValue(std::nullptr_t null = nullptr) : value(null) {}
-    JsonValue(bool truth) : value(truth) {}
+    JsonValue(std::nullptr_t null = nullptr);
+    JsonValue(bool truth);
+    JsonValue(double number);
+    JsonValue(const char* text);
+    JsonValue(std::string text);
+    JsonValue(JsonFields fields);
     template <std::signed_integral Number>
     JsonValue(Number number) : value(std::int64_t{number}) {}
     template <std::unsigned_integral Number>
     JsonValue(Number number) : value(std::uint64_t{number}) {}
-    JsonValue(double number) : value(number) {}
-    JsonValue(const char* text) : value(std::string(text)) {}
-    JsonValue(std::string text) : value(std::move(text)) {}
-    JsonValue(JsonFields fields) : value(std::move(fields)) {}
     template <typename Value>
     JsonValue(const std::optional<Value>& optional)
         : JsonValue(optional ? JsonValue(*optional) : JsonValue()) {}
