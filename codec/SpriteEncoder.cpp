@@ -120,23 +120,27 @@ std::vector<std::uint8_t> SpriteEncoder::encodeMode4Sprite(const Picture& pictur
                                                            bool dither) {
     const int columns = std::max(width, sprite::smallestMode4Width);
     const int rows = std::max(height, 1);
-    const std::uint8_t* indices = quantizeLuma(picture, columns, rows, mode4Colours, dither).data();
+    return packMode4Sprite(quantizeLuma(picture, columns, rows, mode4Colours, dither), columns, rows);
+}
 
-    const auto rowPixels = static_cast<std::size_t>(columns);
+std::vector<std::uint8_t> SpriteEncoder::packMode4Sprite(std::span<const std::uint8_t> indices, int width,
+                                                         int height) {
+    assert(width >= sprite::smallestMode4Width && height >= 1 && indices.size() == pixelCount(width, height));
+    const auto rowPixels = static_cast<std::size_t>(width);
     const std::size_t wholeGroups = rowPixels / 8;
     const std::size_t rest = rowPixels % 8;
-    const auto rowStride = static_cast<std::size_t>(sprite::mode4Row(columns));
-    std::vector<std::uint8_t> record(sprite::mode4RecordBytes(columns, rows));
+    const auto rowStride = static_cast<std::size_t>(sprite::mode4Row(width));
+    std::vector<std::uint8_t> record(sprite::mode4RecordBytes(width, height));
     storeHeader({.form = 1,
                  .colourMode = 0,
                  .control = 0,
-                 .width = columns,
-                 .height = rows,
+                 .width = width,
+                 .height = height,
                  .patternAt = sprite::mode4PatternAt},
                 record);
 
-    for (std::size_t y = 0; y < static_cast<std::size_t>(rows); ++y) {
-        const std::uint8_t* from = indices + y * rowPixels;
+    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
+        const std::uint8_t* from = indices.data() + y * rowPixels;
         std::uint8_t* to = record.data() + sprite::mode4PatternAt + y * rowStride;
         const auto storeGroup = [&to](const std::uint8_t* group) {
             const std::uint64_t eight = loadIndices(group);
@@ -157,7 +161,12 @@ std::vector<std::uint8_t> SpriteEncoder::encodeMode4Sprite(const Picture& pictur
 std::vector<std::uint8_t> SpriteEncoder::encodeMode32Sprite(const Picture& picture, int width, int height) {
     const int columns = std::max(width, 1);
     const int rows = std::max(height, 1);
-    const auto pixels = packRGB565(renderRGBA(picture, columns, rows), columns, rows);
+    return packMode32Sprite(packRGB565(renderRGBA(picture, columns, rows), columns, rows), columns, rows);
+}
+
+std::vector<std::uint8_t> SpriteEncoder::packMode32Sprite(std::span<const std::uint8_t> pixels, int width,
+                                                          int height) {
+    assert(width >= 1 && height >= 1 && pixels.size() == pixelCount(width, height) * 2);
     // Compress into a kept buffer first, so that the record is allocated once at its final size.
     m_packets.clear();
     compressRLE2(pixels, m_packets);
@@ -169,8 +178,8 @@ std::vector<std::uint8_t> SpriteEncoder::encodeMode32Sprite(const Picture& pictu
     storeHeader({.form = 2,
                  .colourMode = 32,
                  .control = sprite::patternCompressed,
-                 .width = columns,
-                 .height = rows,
+                 .width = width,
+                 .height = height,
                  .patternAt = sprite::headerSize},
                 record);
     const std::uint64_t length = pixels.size();

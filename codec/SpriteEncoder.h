@@ -40,6 +40,15 @@ public:
     /// Both sides are at least 1 and at most 65535; all pixels together are less than 4 GiB.
     std::vector<std::uint8_t> encodeMode32Sprite(const Picture& picture, int width, int height);
 
+    /// Packs `indices` (one byte per pixel: 0 black, 1 red, 2 green, 3 white) into a Mode 4 record. The width
+    /// is 8 ... 65535, the height 1 ... 65535.
+    static std::vector<std::uint8_t> packMode4Sprite(std::span<const std::uint8_t> indices, int width,
+                                                     int height);
+
+    /// Packs 16-bit pixels, low byte first, into a Mode 32 record. The sides are those of
+    /// `encodeMode32Sprite`.
+    std::vector<std::uint8_t> packMode32Sprite(std::span<const std::uint8_t> pixels, int width, int height);
+
     // The single steps. Results are in the encoder's buffers, rows from the top, and valid until the next
     // call of the same step. Sides below 1 are taken as 1.
 
