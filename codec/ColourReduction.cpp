@@ -8,19 +8,12 @@
 #include <cstddef>
 #include <cstring>
 
+#include "codec/LoadPixel.h"
 #include "platform/base/ProcessorVersions.h"
 
 namespace zeb {
 
 namespace {
-
-/// The pixel whose red is in the lowest bits, then green and blue.
-ZEB_ALWAYS_INLINE std::uint32_t loadPixel(const std::uint8_t* rgba) {
-    std::uint32_t pixel;
-    std::memcpy(&pixel, rgba, sizeof pixel);
-    if constexpr (std::endian::native == std::endian::big) pixel = __builtin_bswap32(pixel);
-    return pixel;
-}
 
 ZEB_ALWAYS_INLINE void storeLittleEndian16(std::uint8_t* bytes, std::uint32_t value) {
     auto word = static_cast<std::uint16_t>(value);
@@ -28,32 +21,62 @@ ZEB_ALWAYS_INLINE void storeLittleEndian16(std::uint8_t* bytes, std::uint32_t va
     std::memcpy(bytes, &word, sizeof word);
 }
 
+/// Added to the channels before the shift.
+struct Rounding {
+    std::uint16_t redAndBlue;
+    std::uint16_t green;
+};
+
 /// (c * 31 + 127) / 255 is (c * 249 + 1014) >> 11 and (c * 63 + 127) / 255 is (c * 253 + 505) >> 10 for every
 /// byte c: without a division, and small enough for lanes of 16 bits.
-ZEB_ALWAYS_INLINE void packPixels(const std::uint8_t* rgba, std::uint8_t* pixels, std::size_t count) {
+constexpr Rounding toNearest = {1014, 505};
+
+/// With the same factors and these terms, the shifts give (c * 31 + t) / 255 and (c * 63 + t) / 255 for every
+/// byte c, where t is 255 * (2v + 1) / 16 in exact arithmetic and v the entry's rank 0 4 2 6 1 5 3 7.
+constexpr std::array<Rounding, 8> byRow = {
+    {{121, 64}, {1147, 570}, {634, 317}, {1664, 835}, {375, 184}, {1406, 702}, {892, 449}, {1919, 955}}};
+
+ZEB_ALWAYS_INLINE void packPixels(const std::uint8_t* rgba, std::uint8_t* pixels, std::size_t count,
+                                  Rounding rounding) {
+    const auto sum = [](std::uint32_t product, std::uint16_t term) -> std::uint32_t {
+        return static_cast<std::uint16_t>(product + term);
+    };
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t pixel = loadPixel(rgba + 4 * i);
-        const std::uint32_t red = ((pixel & 0xFF) * 249 + 1014) >> 11;
-        const std::uint32_t green = (((pixel >> 8) & 0xFF) * 253 + 505) >> 10;
-        const std::uint32_t blue = (((pixel >> 16) & 0xFF) * 249 + 1014) >> 11;
+        const std::uint32_t red = sum((pixel & 0xFF) * 249, rounding.redAndBlue) >> 11;
+        const std::uint32_t green = sum(((pixel >> 8) & 0xFF) * 253, rounding.green) >> 10;
+        const std::uint32_t blue = sum(((pixel >> 16) & 0xFF) * 249, rounding.redAndBlue) >> 11;
         storeLittleEndian16(pixels + 2 * i, (red << 11) | (green << 5) | blue);
     }
 }
 
-ZEB_FOR_AVX2 void packPixelsAVX2(const std::uint8_t* rgba, std::uint8_t* pixels, std::size_t count) {
-    packPixels(rgba, pixels, count);
+ZEB_FOR_AVX2 void packPixelsAVX2(const std::uint8_t* rgba, std::uint8_t* pixels, std::size_t count,
+                                 Rounding rounding) {
+    packPixels(rgba, pixels, count, rounding);
+}
+
+void pack(std::span<const std::uint8_t> rgba, std::span<std::uint8_t> pixels, Rounding rounding) {
+    assert(rgba.size() % 4 == 0 && pixels.size() == rgba.size() / 2);
+    const std::size_t count = rgba.size() / 4;
+    if (processorHasAVX2()) {
+        packPixelsAVX2(rgba.data(), pixels.data(), count, rounding);
+    } else {
+        packPixels(rgba.data(), pixels.data(), count, rounding);
+    }
 }
 
 }  // namespace
 
 void packRGB565(std::span<const std::uint8_t> rgba, std::span<std::uint8_t> pixels) {
-    assert(rgba.size() % 4 == 0 && pixels.size() == rgba.size() / 2);
-    const std::size_t count = rgba.size() / 4;
-    if (processorHasAVX2()) {
-        packPixelsAVX2(rgba.data(), pixels.data(), count);
-    } else {
-        packPixels(rgba.data(), pixels.data(), count);
-    }
+    pack(rgba, pixels, toNearest);
+}
+
+void packRGB565Rows(std::span<const std::uint8_t> rgba, int width, std::span<std::uint8_t> pixels) {
+    const auto columns = static_cast<std::size_t>(width);
+    assert(width > 0 && rgba.size() % (columns * 4) == 0 && pixels.size() == rgba.size() / 2);
+    for (std::size_t y = 0; y < rgba.size() / 4 / columns; ++y)
+        pack(rgba.subspan(y * columns * 4, columns * 4), pixels.subspan(y * columns * 2, columns * 2),
+             byRow[y % byRow.size()]);
 }
 
 namespace {

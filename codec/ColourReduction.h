@@ -10,6 +10,12 @@ namespace zeb {
 /// low byte first. Each channel is rounded to the nearest level. `pixels` has half the length of `rgba`.
 void packRGB565(std::span<const std::uint8_t> rgba, std::span<std::uint8_t> pixels);
 
+/// Reduces like `packRGB565`, but with another threshold in each of eight rows, so that even gradients show
+/// no bands: channel c becomes floor(c * 31 / 255 + (v[y % 8] + 0.5) / 8), green with 63 instead of 31, where
+/// y is the row and v = 0 4 2 6 1 5 3 7. Rows stay as even as the picture for the run-length code. `rgba`
+/// holds whole rows of `width` pixels.
+void packRGB565Rows(std::span<const std::uint8_t> rgba, int width, std::span<std::uint8_t> pixels);
+
 /// Reduces RGBA pixels to a few levels of brightness, 0 the darkest, by their luminance (ITU-R BT.709 weights
 /// on the stored values). Keeps working memory between frames. Used by one thread at a time.
 class LuminanceQuantiser {
