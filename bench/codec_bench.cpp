@@ -13,6 +13,7 @@
 #include <iostream>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -20,10 +21,12 @@
 #include <utility>
 #include <vector>
 
+#include "codec/ColourControls.h"
 #include "codec/ColourReduction.h"
 #include "codec/FrameDecoder.h"
 #include "codec/RLE2.h"
 #include "codec/SpriteEncoder.h"
+#include "codec/natural/NaturalReduction.h"
 #include "tests/codec/ReferenceCodec.h"
 #include "tests/codec/SyntheticPictures.h"
 
@@ -137,6 +140,9 @@ void addColourReduction(const Frames& frames) {
     });
     add("packRGB565", frames, bytes,
         [words = Bytes(pixelCount * 2)](const Frame& frame) mutable { zeb::packRGB565(frame.rgba, words); });
+    add("packRGB565Rows", frames, bytes, [words = Bytes(pixelCount * 2)](const Frame& frame) mutable {
+        zeb::packRGB565Rows(frame.rgba, width, words);
+    });
     for (const bool dither : {false, true}) {
         const std::string name = dither ? "quantise/dithered" : "quantise";
         add(name + "/plain", frames, bytes,
@@ -151,6 +157,31 @@ void addColourReduction(const Frames& frames) {
                 } else {
                     quantiser.quantise(frame.rgba, indices);
                 }
+            });
+    }
+}
+
+void addNaturalColours(const Frames& frames) {
+    add("NaturalTable", frames, 0,
+        [](const Frame&) { benchmark::DoNotOptimize(zeb::NaturalTable(zeb::NaturalParameters())); });
+    zeb::NaturalParameters adjusted;
+    adjusted.controls = {.black = 0.02, .gamma = 1.3, .saturation = 1.2};
+    add("NaturalTable/adjusted", frames, 0,
+        [adjusted](const Frame&) { benchmark::DoNotOptimize(zeb::NaturalTable(adjusted)); });
+    add("ColourAdjustment", frames, pixelCount * 4,
+        [rgba = Bytes(pixelCount * 4),
+         adjustment = zeb::ColourAdjustment(adjusted.controls)](const Frame& frame) mutable {
+            std::memcpy(rgba.data(), frame.rgba.data(), rgba.size());
+            adjustment.apply(rgba);
+        });
+    const auto table = std::make_shared<const zeb::NaturalTable>(zeb::NaturalParameters());
+    for (const bool isFine : {false, true}) {
+        // Shared, because the benchmark copies its body.
+        const auto reduction = std::make_shared<zeb::NaturalReduction>(
+            table, isFine ? zeb::NaturalDithering::fine : zeb::NaturalDithering::ordered, 100);
+        add(isFine ? "natural/fine" : "natural/ordered", frames, pixelCount * 4,
+            [reduction, indices = Bytes(pixelCount)](const Frame& frame) mutable {
+                reduction->reduce(frame.rgba, width, height, indices);
             });
     }
 }
@@ -221,6 +252,7 @@ int run(int argc, char** argv) {
     addRunLengths("flat", flat);
     addRunLengths("noise", noise);
     addColourReduction(natural);
+    addNaturalColours(natural);
     addRecords(natural);
     addDecoding(natural);
     benchmark::RunSpecifiedBenchmarks();
