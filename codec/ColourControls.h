@@ -30,8 +30,8 @@ public:
     /// Returns whether the controls change nothing.
     bool isIdentity() const noexcept { return m_isIdentity; }
 
-    /// Adjusts R, G and B of each pixel in place, in integers; alpha is kept. The result is at most one level
-    /// away from `adjusted`. `rgba` has four bytes per pixel.
+    /// Adjusts R, G and B of each pixel in place, in integers; alpha is kept. The result is less than 0.52
+    /// levels away from `adjusted`. `rgba` has four bytes per pixel.
     void apply(std::span<std::uint8_t> rgba) const;
 
 private:

@@ -9,17 +9,13 @@ namespace {
 
 constexpr double ln2 = 0.693147180559945309417;
 
-/// Returns the natural logarithm of `mantissa` (1/2 ... 1): the series of atanh((m - 1) / (m + 1)), with m
-/// between the roots of 1/2 and 2.
-double logarithm(double mantissa) {
-    constexpr double rootOfHalf = 0.70710678118654752440;
-    const bool isLow = mantissa < rootOfHalf;
-    const double m = isLow ? 2 * mantissa : mantissa;
-    const double t = (m - 1) / (m + 1);
+/// Returns the natural logarithm of a value between the roots of 1/2 and 2: twice the series of atanh.
+double logarithm(double value) {
+    const double t = (value - 1) / (value + 1);
     double sum = 0;
     for (int divisor = 25; divisor >= 1; divisor -= 2)
         sum = sum * t * t + 1.0 / divisor;
-    return 2 * t * sum - (isLow ? ln2 : 0);
+    return 2 * t * sum;
 }
 
 /// Returns e to the power of `value` (at most ln2 / 2 from 0) by its Taylor series.
@@ -53,7 +49,12 @@ double power(double base, double exponent) {
     assert(base >= 0 && exponent > 0);
     if (base == 0) return 0;
     int binary = 0;
-    const double mantissa = std::frexp(base, &binary);
+    double mantissa = std::frexp(base, &binary);
+    constexpr double rootOfHalf = 0.70710678118654752440;
+    if (mantissa < rootOfHalf) {
+        mantissa *= 2;
+        --binary;
+    }
     // The whole part of the product with the binary exponent is exact, the fraction is added to the rest.
     const double product = exponent * binary;
     const double whole = std::floor(product);

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Makes the threshold mask of the natural colours: codec/natural/MaskRanks.inc.
 
-    make_mask.py [FILE]
+    make_mask.py FILE
+    make_mask.py --check FILE      # writes nothing, fails if the file holds something else
 
 Void and cluster (Ulichney 1993) on a torus of 64 x 64 points: each rank goes to the point that leaves the pattern most
-even, measured with a Gaussian of standard deviation 1. Writes to standard output without FILE.
+even, measured with a Gaussian of standard deviation 1.
 """
 
 import hashlib
@@ -107,9 +108,16 @@ def main():
     checksum = hashlib.sha256(struct.pack(f"<{len(rank)}H", *rank)).hexdigest()
     if checksum != CHECKSUM:
         sys.exit(f"these are not the ranks in use: {rank[:8]} ..., {checksum}")
-    rows = "".join(", ".join(map(str, rank[y * SIDE:(y + 1) * SIDE])) + ",\n" for y in range(SIDE))
-    with open(sys.argv[1], "w", encoding="ascii") if len(sys.argv) > 1 else sys.stdout as file:
-        file.write(f"// Made by resources/masks/make_mask.py.\n{rows}")
+    text = "// Made by resources/masks/make_mask.py.\n" + "".join(
+        ", ".join(map(str, rank[y * SIDE:(y + 1) * SIDE])) + ",\n" for y in range(SIDE))
+    *options, path = sys.argv[1:]
+    if options == ["--check"]:
+        with open(path, encoding="ascii") as file:
+            if file.read() != text:
+                sys.exit(f"{path} does not hold the ranks")
+    else:
+        with open(path, "w", encoding="ascii") as file:
+            file.write(text)
 
 
 if __name__ == "__main__":

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "tests/codec/ReferenceCodec.h"
 #include "tests/codec/SyntheticPictures.h"
 
@@ -17,6 +19,29 @@ TEST(PackRGB565, MatchesReferenceForEveryPixelCount) {
         reference::packRGB565(rgba, expected);
         packRGB565(rgba, actual);
         EXPECT_EQ(actual, expected) << count;
+    }
+}
+
+// Every channel value in every row, at widths around the vector sizes.
+TEST(PackRGB565Rows, MatchesExactFormulaInEveryRow) {
+    constexpr std::array<int, 8> order = {0, 4, 2, 6, 1, 5, 3, 7};
+    for (const int width : {1, 7, 33, 256}) {
+        Bytes rgba;
+        for (int i = 0; i < 11 * 256; ++i)
+            for (const int channel : {i, i + 100, 255 - i, i})
+                rgba.push_back(static_cast<std::uint8_t>(channel));
+        rgba.resize(rgba.size() / static_cast<std::size_t>(4 * width) * static_cast<std::size_t>(4 * width));
+        Bytes actual(rgba.size() / 2);
+        packRGB565Rows(rgba, width, actual);
+        for (std::size_t i = 0; i < rgba.size() / 4; ++i) {
+            const int rank = order[i / static_cast<std::size_t>(width) % 8];
+            const auto level = [&](std::size_t channel, int levels) {
+                return (16 * levels * rgba[4 * i + channel] + 255 * (2 * rank + 1)) / (16 * 255);
+            };
+            ASSERT_EQ(actual[2 * i] | actual[2 * i + 1] << 8,
+                      level(0, 31) << 11 | level(1, 63) << 5 | level(2, 31))
+                << i << ", width " << width;
+        }
     }
 }
 

@@ -56,6 +56,8 @@ TEST(SpriteEncoder, WritesExactMode4Record) {
     };
     SpriteEncoder encoder;
     EXPECT_EQ(encoder.encodeMode4Sprite(TestPicture(rgba), 8, 2, false), expected);
+    const Bytes indices{0, 1, 2, 3, 3, 2, 1, 0, 3, 3, 3, 3, 0, 0, 0, 0};
+    EXPECT_EQ(SpriteEncoder::packMode4Sprite(indices, 8, 2), expected);
 }
 
 TEST(SpriteEncoder, WritesExactMode32Record) {
@@ -70,6 +72,8 @@ TEST(SpriteEncoder, WritesExactMode32Record) {
     };
     SpriteEncoder encoder;
     EXPECT_EQ(encoder.encodeMode32Sprite(TestPicture(rgba), 2, 2), expected);
+    const Bytes pixels{0x00, 0xF8, 0x00, 0xF8, 0x00, 0xF8, 0x1F, 0x00};
+    EXPECT_EQ(encoder.packMode32Sprite(pixels, 2, 2), expected);
 }
 
 TEST(SpriteEncoder, DecodedMode4RecordsShowQuantizedPictures) {
