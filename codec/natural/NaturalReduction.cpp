@@ -24,20 +24,20 @@ int strengthOf(NaturalDithering dithering, int sharpness) {
 }  // namespace
 
 struct NaturalReduction::Steps {
-    std::shared_ptr<const NaturalTable> table;
     NaturalDithering dithering;
     natural::Sharpening sharpening;
-    natural::Lookup lookup;
+    natural::Lookup lookup;                     ///< in the nodes of `table`
+    std::shared_ptr<const NaturalTable> table;  ///< moved here after `lookup` has read it
     natural::Exchange exchange;
     std::vector<std::uint64_t> thresholds;
 };
 
 NaturalReduction::NaturalReduction(std::shared_ptr<const NaturalTable> table, NaturalDithering dithering,
                                    int sharpness)
-    : m_steps(new Steps{.table = table,
-                        .dithering = dithering,
+    : m_steps(new Steps{.dithering = dithering,
                         .sharpening = natural::Sharpening(strengthOf(dithering, sharpness)),
                         .lookup = natural::Lookup(table->nodes()),
+                        .table = std::move(table),
                         .exchange = {},
                         .thresholds = {}}) {}
 
@@ -51,7 +51,7 @@ void NaturalReduction::reduce(std::span<const std::uint8_t> rgba, int width, int
     const auto columns = static_cast<std::size_t>(width);
     const auto rows = static_cast<std::size_t>(height);
     assert(indices.size() == columns * rows && rgba.size() == indices.size() * 4);
-    auto& [table, dithering, sharpening, lookup, exchange, thresholds] = *m_steps;
+    auto& [dithering, sharpening, lookup, table, exchange, thresholds] = *m_steps;
 
     const bool isFine = dithering == NaturalDithering::fine;
     thresholds.resize(columns * (isFine ? rows : 1));
