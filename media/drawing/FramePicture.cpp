@@ -44,6 +44,36 @@ Placement placement(const Orientation& orientation, int bitmapWidth, int bitmapH
     return result;
 }
 
+/// Returns the orientation of a bitmap that shows an upright picture turned and mirrored.
+Orientation framed(Orientation upright, const Framing& framing) {
+    const int turns = upright.quarterTurns + framing.quarterTurns;
+    // A mirror in front of a turn is the opposite turn in front of a mirror.
+    return {.mirrored = upright.mirrored != framing.mirrored,
+            .quarterTurns = (framing.mirrored ? 8 - turns : turns) % 4};
+}
+
+/// Sets the scaled part to the framed part of the upright picture, in pixels of the coded frame.
+void selectPart(const Framing& framing, const Orientation& upright, ScalingTask& task) {
+    // An upright picture is the frame mirrored, then turned clockwise: both are taken back here.
+    double left = framing.left, top = framing.top, right = framing.right, bottom = framing.bottom;
+    for (int turn = 0; turn < upright.quarterTurns; ++turn) {
+        const double oldLeft = left, oldRight = right;
+        left = top;
+        right = bottom;
+        top = 1 - oldRight;
+        bottom = 1 - oldLeft;
+    }
+    if (upright.mirrored) {
+        const double oldLeft = left;
+        left = 1 - right;
+        right = 1 - oldLeft;
+    }
+    task.left = left * task.width;
+    task.right = right * task.width;
+    task.top = top * task.height;
+    task.bottom = bottom * task.height;
+}
+
 /// One row of red, green and blue components.
 struct ComponentRow {
     std::vector<std::uint16_t> red, green, blue;
@@ -115,8 +145,10 @@ void FramePicture::draw(const BitmapContext& bitmap) const {
     task.height = m_frame->height;
     task.fullRange = colour.fullRange;
     task.chromaLocation = colour.chromaLocation;
-    task.targetWidth = m_orientation.exchangesSides() ? bitmap.height : bitmap.width;
-    task.targetHeight = m_orientation.exchangesSides() ? bitmap.width : bitmap.height;
+    selectPart(bitmap.framing, m_orientation, task);
+    const Orientation orientation = framed(m_orientation, bitmap.framing);
+    task.targetWidth = orientation.exchangesSides() ? bitmap.height : bitmap.width;
+    task.targetHeight = orientation.exchangesSides() ? bitmap.width : bitmap.height;
     std::unique_ptr<FrameScaler> scaler = m_tools->borrowScaler(task);
     scaler->load(*m_frame);
 
@@ -124,7 +156,7 @@ void FramePicture::draw(const BitmapContext& bitmap) const {
     const bool isManaged = bitmap.colourSpace == DrawingColourSpace::sRGB && !isSRGB;
     const auto conversion = isManaged ? m_tools->conversion(colour) : nullptr;
     const MatrixConversion matrix(colour, scaler->family(), isManaged ? ColourConversion::levels - 1 : 255);
-    const Placement place = placement(m_orientation, bitmap.width, bitmap.height);
+    const Placement place = placement(orientation, bitmap.width, bitmap.height);
     ComponentRow rgb(task.targetWidth);
     scaler->scale([&](const ScaledStretch& from) {
         const int count = from.end - from.begin;

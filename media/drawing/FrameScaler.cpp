@@ -52,7 +52,7 @@ zimg_image_format sourceFormat(const ScalingTask& task, const AVPixFmtDescriptor
     const auto roundUp = [](int size, int shift) { return (size + (1 << shift) - 1) >> shift << shift; };
     format.width = static_cast<unsigned>(roundUp(task.width, pixels.log2_chroma_w));
     format.height = static_cast<unsigned>(roundUp(task.height, pixels.log2_chroma_h));
-    format.active_region = {0, 0, static_cast<double>(task.width), static_cast<double>(task.height)};
+    format.active_region = {task.left, task.top, task.right - task.left, task.bottom - task.top};
     format.pixel_type = (pixels.flags & AV_PIX_FMT_FLAG_FLOAT) != 0 ? ZIMG_PIXEL_FLOAT
                         : depth > 8                                 ? ZIMG_PIXEL_WORD
                                                                     : ZIMG_PIXEL_BYTE;

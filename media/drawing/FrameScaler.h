@@ -18,6 +18,11 @@ struct ScalingTask {
     int height = 0;
     bool fullRange = false;
     int chromaLocation = 0;  ///< of 4:2:0 samples, code point of ITU-T H.273
+    // Edges of the scaled part in pixels of the frame; fractions are allowed.
+    double left = 0;
+    double top = 0;
+    double right = 0;
+    double bottom = 0;
     int targetWidth = 0;
     int targetHeight = 0;
 

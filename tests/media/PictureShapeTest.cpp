@@ -44,6 +44,46 @@ TEST(PictureShape, TurnsPicturesForAllEightOrientations) {
     }
 }
 
+TEST(PictureShape, DrawsPartsTurnedAndMirrored) {
+    // A picture of 6 x 4 areas of different colours; the part is made by moving its pixels.
+    const auto colourAt = [](int x, int y) { return Colour{20 + x * 40, 30 + y * 60, 220 - x * 30, 255}; };
+    const auto painter = [&](int x, int y) { return colourAt(x / 16, y / 16); };
+    for (int turns = 0; turns < 4; ++turns) {
+        for (const bool mirrored : {false, true}) {
+            const auto shown =
+                picture(paintedFrame(AV_PIX_FMT_GBRP, 6 * 16, 4 * 16, painter), {mirrored, turns});
+            const int across = shown->width() / 16, down = shown->height() / 16;
+            const Drawing whole = draw(*shown, shown->width(), shown->height());
+            for (int quarterTurns = 0; quarterTurns < 4; ++quarterTurns) {
+                for (const bool flipped : {false, true}) {
+                    // The part of 3 x 2 areas at (1, 1).
+                    const Framing framing{1.0 / across, 1.0 / down,   4.0 / across,
+                                          3.0 / down,   quarterTurns, flipped};
+                    const bool isTurned = quarterTurns % 2 != 0;
+                    Drawing part{isTurned ? 32 : 48, {}};
+                    part.bytes.resize(std::size_t{4} * 48 * 32);
+                    shown->draw(
+                        {part.bytes, part.width, isTurned ? 48 : 32, DrawingColourSpace::deviceRGB, framing});
+                    for (int i = 0; i < 6; ++i) {
+                        int x = i % 3, y = i / 3, width = 3, height = 2;
+                        for (int turn = 0; turn < quarterTurns; ++turn) {
+                            x = std::exchange(y, x);
+                            x = height - 1 - x;
+                            std::swap(width, height);
+                        }
+                        if (flipped) x = width - 1 - x;
+                        const Colour expected = whole.at((1 + i % 3) * 16 + 8, (1 + i / 3) * 16 + 8);
+                        for (std::size_t c = 0; c < 3; ++c) {
+                            EXPECT_NEAR(part.at(x * 16 + 8, y * 16 + 8)[c], expected[c], 1)
+                                << turns << mirrored << quarterTurns << flipped << i;
+                        }
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST(PictureShape, AppliesDisplayMatricesAndPixelAspects) {
     struct Case {
         const char* name;
