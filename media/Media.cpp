@@ -11,7 +11,8 @@ MediaTime MediaTime::withSeconds(double seconds, std::int32_t preferredTimescale
 
 MediaTime GrabSchedule::at(std::int64_t index) const {
     constexpr std::int32_t timescale = 600;
-    const double seconds = std::min(static_cast<double>(index) / static_cast<double>(perSecond), last);
+    const double seconds =
+        std::min(static_cast<double>(first + index) / static_cast<double>(perSecond), last);
     return MediaTime::withSeconds(seconds, timescale);
 }
 

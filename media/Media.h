@@ -85,11 +85,12 @@ struct SoundTrack {
     TrackEnd end{};                           ///< of the sound
 };
 
-/// Grab times at regular distance: t(i) = min(i / perSecond, last) for i = 0 ... count - 1.
+/// Grab times at regular distance: t(i) = min((first + i) / perSecond, last) for i = 0 ... count - 1.
 struct GrabSchedule {
     std::int64_t count = 0;
     std::int64_t perSecond = 1;
     double last = 0;
+    std::int64_t first = 0;
 
     MediaTime at(std::int64_t index) const;
 };

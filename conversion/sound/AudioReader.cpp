@@ -20,6 +20,7 @@ struct Request {
     int targetRate;
     int channels;
     std::uint64_t maximumFrames;
+    std::uint64_t firstFrame;
     IsCancelled isCancelled;
 
     void poll() const {
@@ -76,7 +77,8 @@ Track decode(const Request& request) {
         if (buffer->samples.empty()) continue;
         if (!resampler) {
             track.format = {buffer->sampleRate, buffer->channelsPerFrame};
-            resampler.emplace(track.format, request.targetRate, request.channels, request.maximumFrames);
+            resampler.emplace(track.format, request.targetRate, request.channels, request.maximumFrames,
+                              request.firstFrame);
         }
         track.samples += buffer->samples.size();
         resample(buffer->samples, *resampler, track.bytes, request);
@@ -106,7 +108,7 @@ std::size_t nearestTrack(int index, std::size_t count) {
 
 SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
                              const IsCancelled& isCancelled, const SoundReports& reports,
-                             std::uint64_t maximumFrames) {
+                             std::uint64_t maximumFrames, std::uint64_t firstFrame) {
     const auto say = [](const std::function<void(const std::string&)>& listener, const std::string& text) {
         if (listener) listener(text);
     };
@@ -115,9 +117,13 @@ SoundBytes AudioReader::read(const MediaAsset& asset, int targetRate, int channe
         say(reports.logged, localizedText("log_no_sound_track"));
         return {};
     }
-    const Request request{asset,         nearestTrack(trackIndex, count),
-                          targetRate,    channels,
-                          maximumFrames, isCancelled ? isCancelled : [] { return false; }};
+    const Request request{asset,
+                          nearestTrack(trackIndex, count),
+                          targetRate,
+                          channels,
+                          maximumFrames,
+                          firstFrame,
+                          isCancelled ? isCancelled : [] { return false; }};
     try {
         Track track = decode(request);
         if (!track.started) {

@@ -31,7 +31,8 @@ public:
     /// 2), resampled by `SoundResampler` while decoding. Memory holds the result and a bounded buffer.
     ///
     /// Returns nothing, with one line to `reports`, if there is no track, none that can be decoded, or no
-    /// sample in it. Otherwise logs one line about the format. Keeps the first `maximumFrames` frames.
+    /// sample in it. Otherwise logs one line about the format. Keeps at most `maximumFrames` frames from
+    /// `firstFrame` on.
     ///
     /// `isCancelled` (may be empty) is called before each source buffer, at least every 4096 output frames
     /// and at least every 16384 samples. If true, throws `ZEBConverterError::cancelled`. Throws `MediaError`
@@ -39,7 +40,7 @@ public:
     /// there.
     static SoundBytes read(const MediaAsset& asset, int targetRate, int channels, int trackIndex,
                            const IsCancelled& isCancelled, const SoundReports& reports,
-                           std::uint64_t maximumFrames = allFrames);
+                           std::uint64_t maximumFrames = allFrames, std::uint64_t firstFrame = 0);
 
     /// Returns whether `read` would return any sound. Decodes only the beginning of the track. Throws like
     /// `read`.

@@ -29,11 +29,14 @@ float heard(const float* frame, int sourceChannels, int channel) {
 
 }  // namespace
 
-SoundResampler::SoundResampler(SoundFormat source, int targetRate, int channels, std::uint64_t maximumFrames)
+SoundResampler::SoundResampler(SoundFormat source, int targetRate, int channels, std::uint64_t maximumFrames,
+                               std::uint64_t firstFrame)
     : m_source(source),
       m_targetRate(targetRate),
       m_channels(channels),
-      m_limit(static_cast<std::int64_t>(std::min<std::uint64_t>(maximumFrames, unlimited))),
+      m_first(static_cast<std::int64_t>(std::min<std::uint64_t>(firstFrame, unlimited))),
+      m_limit(m_first + static_cast<std::int64_t>(std::min<std::uint64_t>(
+                            maximumFrames, static_cast<std::uint64_t>(unlimited - m_first)))),
       m_bytes(static_cast<std::size_t>(framesPerStep * channels)) {
     assert(source.sampleRate > 0 && std::isfinite(source.sampleRate) && source.channels >= 1);
     assert(targetRate >= 1 && (channels == 1 || channels == 2));
@@ -80,7 +83,8 @@ bool SoundResampler::produce(SoundBytes& output) {
     if (m_finished)
         holdLastFrame(
             std::span(m_bytes).subspan(byteCount(interpolated - begin), byteCount(end - interpolated)));
-    output.append(std::span(m_bytes).first(byteCount(m_next - begin)));
+    const std::int64_t kept = std::clamp(m_first, begin, m_next);
+    output.append(std::span(m_bytes).subspan(byteCount(kept - begin), byteCount(m_next - kept)));
     return m_next > begin;
 }
 

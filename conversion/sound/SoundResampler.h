@@ -33,8 +33,10 @@ public:
     /// Maximum number of output frames per call of `produce`: well below a millisecond of work.
     static constexpr std::int64_t framesPerStep = 4096;
 
-    /// `channels`: output channels, 1 or 2. Output beyond `maximumFrames` frames is dropped.
-    SoundResampler(SoundFormat source, int targetRate, int channels, std::uint64_t maximumFrames);
+    /// `channels`: output channels, 1 or 2. Keeps at most `maximumFrames` output frames from `firstFrame` on;
+    /// the frames before are computed like the others and dropped.
+    SoundResampler(SoundFormat source, int targetRate, int channels, std::uint64_t maximumFrames,
+                   std::uint64_t firstFrame = 0);
 
     void append(std::span<const float> samples);
     void finish();
@@ -62,7 +64,8 @@ private:
     SoundFormat m_source;
     double m_targetRate;
     int m_channels;
-    std::int64_t m_limit;          ///< maximum number of output frames
+    std::int64_t m_first;          ///< first output frame that is kept
+    std::int64_t m_limit;          ///< end of the output frames
     std::int64_t m_next = 0;       ///< the next output frame
     std::uint64_t m_received = 0;  ///< samples so far
     std::int64_t m_frames = 0;     ///< whole source frames so far

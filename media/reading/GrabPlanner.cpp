@@ -43,8 +43,8 @@ void GrabPlanner::decide(Pending& pending) const {
         pending.fate = Fate::needed;
         return;
     }
-    const double firstGuess =
-        std::floor((time - m_tolerance) * static_cast<double>(m_schedule.perSecond)) - 1;
+    const double firstGuess = std::floor((time - m_tolerance) * static_cast<double>(m_schedule.perSecond)) -
+                              static_cast<double>(m_schedule.first) - 1;
     std::int64_t grab = 0;
     if (firstGuess > 0) {
         grab = firstGuess < static_cast<double>(m_schedule.count) ? static_cast<std::int64_t>(firstGuess)
@@ -52,7 +52,8 @@ void GrabPlanner::decide(Pending& pending) const {
     }
     while (grab < m_schedule.count && m_schedule.at(grab).seconds() + m_tolerance < time) {
         // All further grabs are at `last`.
-        if (static_cast<double>(grab) >= m_schedule.last * static_cast<double>(m_schedule.perSecond)) {
+        if (static_cast<double>(m_schedule.first + grab) >=
+            m_schedule.last * static_cast<double>(m_schedule.perSecond)) {
             grab = m_schedule.count;
             break;
         }
