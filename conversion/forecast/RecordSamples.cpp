@@ -11,9 +11,8 @@
 #include <optional>
 #include <thread>
 
+#include "conversion/look/FrameMaker.h"
 #include "conversion/plan/SourceAnalysis.h"
-
-#include "codec/SpriteEncoder.h"
 
 namespace zeb {
 
@@ -23,16 +22,17 @@ using PicturePointer = std::shared_ptr<const Picture>;
 
 constexpr double tick = 1.0 / 600;
 
-/// Returns times in the middle of equal parts of the movie. The movie repeats the last picture of the video
-/// until its last second is full.
-std::vector<MediaTime> wantedTimes(double duration, int count) {
+/// Returns times in the middle of equal parts of the movie, which begins at `start` of the video. The movie
+/// repeats its last picture until its last second is full.
+std::vector<MediaTime> wantedTimes(double start, double duration, int count) {
     const double length = duration > 0 ? duration : 0;
     const double last = std::max(length - tick, 0.0);
     const double movie = std::max(std::ceil(length), 1.0);
     std::vector<MediaTime> times;
     times.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
-        times.push_back(MediaTime::withSeconds(std::min(last, movie * (2 * i + 1) / (2 * count)), 600));
+        times.push_back(
+            MediaTime::withSeconds(start + std::min(last, movie * (2 * i + 1) / (2 * count)), 600));
     return times;
 }
 
@@ -55,7 +55,7 @@ void rethrowIfReadingEnded(const MediaError& error) {
 class Sampler {
 public:
     Sampler(const MediaAsset& asset, const SamplingEffort& effort, const IsCancelled& isCancelled)
-        : m_times(wantedTimes(effort.movieSeconds.value_or(asset.duration()),
+        : m_times(wantedTimes(effort.startSeconds, effort.movieSeconds.value_or(asset.duration()),
                               pictureCount(asset.videoTracks().front(), effort.pictures))),
           m_decodedPictures(std::max(effort.decodedPictures, 1)),
           m_secondsLeft(effort.decodedSeconds),
@@ -153,17 +153,20 @@ RecordSamples::RecordSamples(std::vector<std::shared_ptr<const Picture>> picture
         m_distinctPictures += i == 0 || m_pictures[i] != m_pictures[i - 1];
 }
 
-const std::vector<std::uint64_t>& RecordSamples::at(FrameSize size, const IsCancelled& isCancelled) {
+const std::vector<std::uint64_t>& RecordSamples::at(const FrameRecipe& recipe,
+                                                    const IsCancelled& isCancelled) {
     constexpr std::size_t mostKnown = 64;
-    const std::pair key(size.width, size.height);
-    const auto known = m_known.find(key);
-    if (known != m_known.end()) return known->second;
-    std::vector<std::uint64_t> sizes = encode(size, isCancelled);
-    if (m_known.size() >= mostKnown) m_known.clear();
-    return m_known[key] = std::move(sizes);
+    for (const auto& [known, sizes] : m_known) {
+        if (known == recipe) return sizes;
+    }
+    std::vector<std::uint64_t> sizes = encode(recipe, isCancelled);
+    if (m_known.size() >= mostKnown) m_known.pop_front();
+    return m_known.emplace_back(recipe, std::move(sizes)).second;
 }
 
-std::vector<std::uint64_t> RecordSamples::encode(FrameSize size, const IsCancelled& isCancelled) const {
+std::vector<std::uint64_t> RecordSamples::encode(const FrameRecipe& recipe,
+                                                 const IsCancelled& isCancelled) const {
+    const auto tools = std::make_shared<const FrameTools>(recipe);
     std::vector<std::uint64_t> sizes(m_pictures.size());  // 0: could not be drawn
     std::atomic<std::size_t> next = 0;
     std::atomic<bool> isInterrupted = false;
@@ -173,7 +176,7 @@ std::vector<std::uint64_t> RecordSamples::encode(FrameSize size, const IsCancell
         return index > 0 && m_pictures[index] == m_pictures[index - 1];
     };
     const auto work = [&] {
-        SpriteEncoder encoder;
+        FrameMaker maker(tools);
         for (std::size_t index = next++; index < m_pictures.size(); index = next++) {
             if (isRepeat(index)) continue;
             if (isInterrupted || (isCancelled && isCancelled())) {
@@ -181,7 +184,7 @@ std::vector<std::uint64_t> RecordSamples::encode(FrameSize size, const IsCancell
                 return;
             }
             try {
-                sizes[index] = encoder.encodeMode32Sprite(*m_pictures[index], size.width, size.height).size();
+                sizes[index] = maker.record(*m_pictures[index]).size();
             } catch (...) {
                 const std::lock_guard lock(mutex);
                 failure = std::current_exception();

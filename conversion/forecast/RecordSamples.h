@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <list>
 #include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "conversion/plan/ConversionPlan.h"
+#include "conversion/look/FrameRecipe.h"
 #include "media/Media.h"
 
 namespace zeb {
@@ -22,8 +22,9 @@ struct SamplingEffort {
     /// pictures are far apart.
     double decodedSeconds = 20;
     int threads = 1;  ///< decoder threads
-    /// Length of the movie over which the samples are spread. Empty: the length of the asset.
+    /// Length of the part over which the samples are spread. Empty: the length of the asset.
     std::optional<double> movieSeconds{};
+    double startSeconds = 0;  ///< start of the part
 };
 
 /// Returns pictures spread evenly over a video, in order. A sample may be near its nominal time if that saves
@@ -37,27 +38,28 @@ std::vector<std::shared_ptr<const Picture>> samplePictures(const MediaAsset& ass
                                                            const IsCancelled& isCancelled);
 
 /// Record sizes of the sample pictures of a video, for forecasts in Mode 32. Keeps the pictures, so that
-/// another frame size only requires drawing and encoding. Caches the sizes for the latest frame sizes. Used
+/// another recipe only requires drawing and encoding. Caches the sizes for the latest recipes. Used
 /// by one thread at a time.
 class RecordSamples {
 public:
     /// `pictures` in the order of the video, at least one; `threads`: encoder threads.
     explicit RecordSamples(std::vector<std::shared_ptr<const Picture>> pictures, int threads = 1);
 
-    /// Returns record sizes in the order of the pictures. Omits pictures that cannot be drawn. Throws
-    /// `MediaError::interrupted` on cancellation, and the error of a picture if none can be drawn.
-    const std::vector<std::uint64_t>& at(FrameSize size, const IsCancelled& isCancelled);
+    /// Returns the sizes of records made by `recipe`, in the order of the pictures. Omits pictures that
+    /// cannot be drawn. Throws `MediaError::interrupted` on cancellation, and the error of a picture if none
+    /// can be drawn.
+    const std::vector<std::uint64_t>& at(const FrameRecipe& recipe, const IsCancelled& isCancelled);
 
     /// Returns the number of pictures without immediate repetitions. A repeated picture is encoded once.
     int distinctPictures() const { return m_distinctPictures; }
 
 private:
-    std::vector<std::uint64_t> encode(FrameSize size, const IsCancelled& isCancelled) const;
+    std::vector<std::uint64_t> encode(const FrameRecipe& recipe, const IsCancelled& isCancelled) const;
 
     std::vector<std::shared_ptr<const Picture>> m_pictures;
     int m_threads;
     int m_distinctPictures = 0;
-    std::map<std::pair<int, int>, std::vector<std::uint64_t>> m_known;
+    std::list<std::pair<FrameRecipe, std::vector<std::uint64_t>>> m_known;
 };
 
 }  // namespace zeb

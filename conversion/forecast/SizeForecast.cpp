@@ -63,7 +63,7 @@ std::optional<std::int64_t> firstSecondWithoutSpace(const MovieSize& size, std::
 /// One forecast at work: the case, and where sizes of records come from.
 class Forecasting {
 public:
-    using SizesAt = std::function<RecordSizes(FrameSize)>;
+    using SizesAt = std::function<RecordSizes(const Settings&, FrameSize)>;
 
     /// `pictures`: how many the sizes come from.
     Forecasting(const ForecastCase& about, ForecastBasis basis, SizesAt sizesAt, int pictures = 0)
@@ -79,7 +79,7 @@ private:
     std::optional<int> largestRate(const RecordSizes& sizes) const;
     std::optional<FrameSize> largestSize(const RecordSizes& sizes) const;
     FrameSize requestFor(int longerSide) const;
-    ConversionPlan planFor(FrameSize request) const;
+    Settings settingsFor(FrameSize request) const;
     double bytesPerRecordLeft() const;
 
     const ForecastCase& m_about;
@@ -90,7 +90,7 @@ private:
 
 SizeForecast Forecasting::make() const {
     const ConversionPlan& plan = m_about.plan;
-    const RecordSizes sizes = m_sizesAt(plan.size);
+    const RecordSizes sizes = m_sizesAt(m_about.settings, plan.size);
     const MovieSize size(plan, m_about.settings.title, m_about.sound.channels, sizes);
 
     SizeForecast forecast;
@@ -128,9 +128,11 @@ std::optional<int> Forecasting::largestRate(const RecordSizes& sizes) const {
 
 /// Width and height for the settings, with so many pixels on the longer side of the frames.
 FrameSize Forecasting::requestFor(int longerSide) const {
-    const bool keepsAspect = m_about.settings.preserveAspect;
-    const std::int64_t width = keepsAspect ? m_about.plan.source.width : m_about.plan.size.width;
-    const std::int64_t height = keepsAspect ? m_about.plan.source.height : m_about.plan.size.height;
+    const Settings& settings = m_about.settings;
+    const SourceInfo& source = m_about.plan.source;
+    const bool keepsAspect = settings.preserveAspect && settings.shape.fit == Shape::Fit::scale;
+    const auto [width, height] =
+        keepsAspect ? sourceOnScreen(source.width, source.height, settings) : m_about.plan.size;
     // Rounded up: the longer side shall be what limits the frames.
     const auto other = [longerSide](std::int64_t shorter, std::int64_t longer) {
         return static_cast<int>((longerSide * shorter + longer - 1) / longer);
@@ -139,13 +141,11 @@ FrameSize Forecasting::requestFor(int longerSide) const {
     return {other(width, height), longerSide};
 }
 
-ConversionPlan Forecasting::planFor(FrameSize request) const {
+Settings Forecasting::settingsFor(FrameSize request) const {
     Settings settings = m_about.settings;
     settings.width = request.width;
     settings.height = request.height;
-    ConversionPlan plan = m_about.plan;
-    plan.size = targetSize(plan.source.width, plan.source.height, settings);
-    return plan;
+    return settings;
 }
 
 /// What a record may have on average, judged by the mean alone; not negative.
@@ -178,8 +178,10 @@ std::optional<FrameSize> Forecasting::largestSize(const RecordSizes& sizes) cons
                                               : (tooSmall + tooLarge) / 2;
         const int side = std::clamp(guess, tooSmall + 1, tooLarge - 1);
         const FrameSize request = requestFor(side * step);
-        const ConversionPlan plan = planFor(request);
-        RecordSizes tried = m_sizesAt(plan.size);
+        const Settings settings = settingsFor(request);
+        ConversionPlan plan = m_about.plan;
+        plan.size = frameGeometry(plan.source.width, plan.source.height, settings).size;
+        RecordSizes tried = m_sizesAt(settings, plan.size);
         if (m_basis == ForecastBasis::samples) tried = raised(std::move(tried), m_pictures);
         bytesPerPixel = meanOf(tried) / pixels(plan.size);
         if (fits(plan, tried)) {
@@ -218,13 +220,13 @@ std::optional<std::uint64_t> spaceFor(const std::string& output) {
 SizeForecast forecastUpperBound(const ForecastCase& about) {
     if (about.settings.qlModeNumber != 32) {
         return Forecasting(about, ForecastBasis::arithmetic,
-                           [](FrameSize size) {
+                           [](const Settings&, FrameSize size) {
                                return RecordSizes{sprite::mode4RecordBytes(size.width, size.height)};
                            })
             .make();
     }
     return Forecasting(about, ForecastBasis::bound,
-                       [](FrameSize size) {
+                       [](const Settings&, FrameSize size) {
                            return RecordSizes{sprite::mostMode32RecordBytes(size.width, size.height)};
                        })
         .make();
@@ -233,7 +235,11 @@ SizeForecast forecastUpperBound(const ForecastCase& about) {
 SizeForecast forecastSize(const ForecastCase& about, RecordSamples& samples, const IsCancelled& isCancelled) {
     if (about.settings.qlModeNumber != 32) return forecastUpperBound(about);
     return Forecasting(
-               about, ForecastBasis::samples, [&](FrameSize size) { return samples.at(size, isCancelled); },
+               about, ForecastBasis::samples,
+               [&](const Settings& settings, FrameSize) {
+                   const SourceInfo& source = about.plan.source;
+                   return samples.at(frameRecipe(source.width, source.height, settings), isCancelled);
+               },
                samples.distinctPictures())
         .make();
 }

@@ -6,9 +6,11 @@
 #include <map>
 #include <system_error>
 #include <thread>
+#include <tuple>
 #include <utility>
 
 #include "conversion/forecast/RecordSamples.h"
+#include "conversion/look/FilmAnalysis.h"
 #include "format/ZEBErrors.h"
 #include "platform/text/ErrorText.h"
 
@@ -49,8 +51,8 @@ private:
     std::optional<SourceIdentity> m_identity;
     std::shared_ptr<const MediaAsset> m_asset;
     std::optional<RecordSamples> m_samples;
-    double m_sampledSeconds = 0;     ///< movie length used for the samples
-    std::map<int, bool> m_hasSound;  ///< by track index
+    std::pair<double, double> m_sampledPart;  ///< start and length of the part used for the samples
+    std::map<int, bool> m_hasSound;           ///< by track index
 };
 
 void Source::open(const MediaLibrary& library, const std::string& path, const IsCancelled& isCancelled) {
@@ -77,15 +79,16 @@ SizeForecast Source::forecast(const MediaLibrary& library, const Request& reques
                               const IsCancelled& isCancelled) {
     open(library, request.input, isCancelled);
     if (m_asset->videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
-    const Settings& settings = request.settings;
+    const int threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    const Settings settings = settleAutomatic(*m_asset, request.settings, threads, isCancelled, {});
     const ConversionPlan plan = planConversion(*m_asset, settings);
     const ForecastCase about{settings, plan, sound(settings, isCancelled), spaceFor(request.output)};
     if (settings.qlModeNumber != 32) return forecastUpperBound(about);
-    if (!m_samples || m_sampledSeconds != plan.duration) {
-        const int threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    const std::pair part(static_cast<double>(plan.firstFrame) / plan.fps, plan.duration);
+    if (!m_samples || m_sampledPart != part) {
         SamplingEffort effort;
         effort.threads = threads;
-        effort.movieSeconds = m_sampledSeconds = plan.duration;
+        std::tie(effort.startSeconds, effort.movieSeconds) = m_sampledPart = part;
         m_samples.reset();
         m_samples.emplace(samplePictures(*m_asset, effort, isCancelled), threads);
     }

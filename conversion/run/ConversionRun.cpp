@@ -5,13 +5,14 @@
 #include <chrono>
 #include <exception>
 #include <iterator>
-#include <limits>
 #include <memory>
 #include <span>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "conversion/look/FilmAnalysis.h"
+#include "conversion/look/FrameMaker.h"
 #include "conversion/run/FramePipeline.h"
 #include "conversion/sound/AudioReader.h"
 #include "conversion/sound/SoundBytes.h"
@@ -91,7 +92,7 @@ private:
     const MediaLibrary& m_library;
     const int m_threads;
     const ConversionRun::CreateFile& m_createFile;
-    const Settings m_settings;
+    Settings m_settings;  ///< automatic ones are settled by the plan
     const ConversionCallbacks& m_callbacks;
     IsCancelled m_isCancelled = [] { return false; };
 
@@ -134,6 +135,9 @@ void Run::convert(const std::string& input, OutputPlace& output) {
 
 void Run::plan() {
     if (m_asset->videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
+    checkSettings(m_settings);
+    m_settings = settleAutomatic(*m_asset, m_settings, m_threads, m_isCancelled,
+                                 [this](const std::string& text) { report(text, 0); });
     m_plan = planConversion(*m_asset, m_settings);
     m_schedule = grabSchedule(m_plan);
 }
@@ -146,43 +150,40 @@ void Run::reportPlan() const {
                           std::int64_t{m_plan.size.width}, std::int64_t{m_plan.size.height},
                           std::int64_t{m_plan.fps}, m_plan.duration, m_plan.totalFrames, m_plan.seconds}),
            0);
-    const std::string warning = breakOffWarning(*m_asset, m_settings);
+    const std::string warning = breakOffWarning(*m_asset, m_settings, m_plan);
     if (!warning.empty()) warn(warning);
 }
 
 std::unique_ptr<FramePipeline> Run::startPipeline() const {
-    const FrameSize size = m_plan.size;
-    const bool isHighColour = m_settings.qlModeNumber == 32;
-    const bool dither = m_settings.dither;
-    auto encode = [size, isHighColour, dither](SpriteEncoder& encoder, const Picture& picture) {
-        return isHighColour ? encoder.encodeMode32Sprite(picture, size.width, size.height)
-                            : encoder.encodeMode4Sprite(picture, size.width, size.height, dither);
+    const auto tools = std::make_shared<const FrameTools>(
+        frameRecipe(m_plan.source.width, m_plan.source.height, m_settings));
+    const auto makeEncoder = [tools]() -> FramePipeline::Encode {
+        return [maker = std::make_shared<FrameMaker>(tools)](const Picture& picture) {
+            return maker->record(picture);
+        };
     };
 
     // Up to two seconds ahead within the memory limit, but always enough to keep every thread busy.
     constexpr std::uint64_t ampleBytes = 16 << 20;
-    const std::uint64_t rawFrame =
-        std::uint64_t{2} * static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
+    const std::uint64_t rawFrame = std::uint64_t{2} * static_cast<std::uint64_t>(m_plan.size.width) *
+                                   static_cast<std::uint64_t>(m_plan.size.height);
     FramePipeline::Limits limits;
     limits.threads = m_threads;
     limits.framesAhead = 2 * std::max<std::int64_t>(m_plan.fps, m_threads + 1);
     limits.bytesAhead = std::max(ampleBytes, rawFrame * static_cast<std::uint64_t>(m_threads + 1));
-    return std::make_unique<FramePipeline>(*m_asset, m_schedule, std::move(encode), limits, m_isCancelled);
+    return std::make_unique<FramePipeline>(*m_asset, m_schedule, makeEncoder, limits, m_isCancelled);
 }
 
 void Run::extractSound() {
     if (!m_settings.includeAudio || m_settings.audioChannels < 1) return;
     m_channels = std::min(m_settings.audioChannels, 2);
     report(localizedText("progress_extract_audio"), 0);
-    // Sound after the last second is not written, so do not keep it.
-    constexpr std::int64_t boundlessSeconds = std::numeric_limits<std::int64_t>::max() / layout::sampleRate;
-    const auto frames =
-        static_cast<std::uint64_t>(std::min(m_plan.seconds, boundlessSeconds) * layout::sampleRate);
     m_audio =
         AudioReader::read(*m_asset, layout::sampleRate, m_channels, m_settings.audioTrackIndex, m_isCancelled,
                           {.logged = [this](const std::string& text) { report(text, 0); },
                            .warned = [this](const std::string& text) { warn(text); }},
-                          frames);
+                          static_cast<std::uint64_t>(sampleCount(m_settings, m_plan)),
+                          static_cast<std::uint64_t>(firstSample(m_plan)));
     if (m_audio.empty()) m_channels = 0;
 }
 
@@ -237,7 +238,7 @@ std::shared_ptr<const EncodedFrame> Run::takeFrame(FramePipeline& pipeline, std:
     if (frame->error) {
         rethrowIfReadingEnded(frame->error);
         if (!m_lastFrame) std::rethrow_exception(frame->error);
-        const double time = std::min(static_cast<double>(index) / m_plan.fps, m_schedule.last);
+        const double time = m_schedule.at(index).seconds();
         warn(localizedText("warning_frame_repeated_format", {withThreeDecimals(time)}));
     } else {
         m_lastFrame = std::move(frame);

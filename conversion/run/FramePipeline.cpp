@@ -8,9 +8,9 @@
 
 namespace zeb {
 
-FramePipeline::FramePipeline(const MediaAsset& asset, const GrabSchedule& schedule, Encode encode,
+FramePipeline::FramePipeline(const MediaAsset& asset, const GrabSchedule& schedule, MakeEncoder makeEncoder,
                              const Limits& limits, const IsCancelled& isCancelled)
-    : m_schedule(schedule), m_encode(std::move(encode)), m_limits(limits) {
+    : m_schedule(schedule), m_makeEncoder(std::move(makeEncoder)), m_limits(limits) {
     assert(limits.threads >= 1 && limits.framesAhead >= 1);
     // The decoder must also stop when the run ends for a reason other than the caller's cancellation.
     m_generator = asset.makeImageGenerator(limits.threads, [isCancelled, token = m_stopping.get_token()] {
@@ -126,7 +126,7 @@ std::shared_ptr<FramePipeline::Slot> FramePipeline::addPicture(std::shared_ptr<c
 void FramePipeline::encodeAll(const std::stop_token& token) {
     // Lower the priority: all threads depend on the decoder.
     giveWayToOtherThreads();
-    SpriteEncoder encoder;
+    const Encode encode = m_makeEncoder();
     for (;;) {
         std::unique_lock lock(m_mutex);
         m_pictureGrabbed.wait(lock, token, [this] { return !m_pictures.empty(); });
@@ -139,7 +139,7 @@ void FramePipeline::encodeAll(const std::stop_token& token) {
 
         auto frame = std::make_shared<EncodedFrame>();
         try {
-            frame->record = m_encode(encoder, *picture);
+            frame->record = encode(*picture);
         } catch (...) {
             frame->error = std::current_exception();
         }

@@ -12,7 +12,6 @@
 #include <thread>
 #include <vector>
 
-#include "codec/SpriteEncoder.h"
 #include "media/Media.h"
 
 namespace zeb {
@@ -35,8 +34,10 @@ struct EncodedFrame {
 /// picture, provided that the image generator checks its `isCancelled`.
 class FramePipeline {
 public:
-    /// Called on the encoding threads, each with a separate encoder.
-    using Encode = std::function<std::vector<std::uint8_t>(SpriteEncoder& encoder, const Picture& picture)>;
+    /// Returns the record of a picture. Used by one thread.
+    using Encode = std::function<std::vector<std::uint8_t>(const Picture& picture)>;
+    /// Makes the encoder of a thread; called on that thread.
+    using MakeEncoder = std::function<Encode()>;
 
     struct Limits {
         int threads = 1;               ///< for the decoder and for the encoders each, at least 1
@@ -46,8 +47,8 @@ public:
 
     /// Starts at once. `isCancelled` (may be empty) is passed to the decoder and called from other threads.
     /// Throws the errors of `makeImageGenerator`.
-    FramePipeline(const MediaAsset& asset, const GrabSchedule& schedule, Encode encode, const Limits& limits,
-                  const IsCancelled& isCancelled);
+    FramePipeline(const MediaAsset& asset, const GrabSchedule& schedule, MakeEncoder makeEncoder,
+                  const Limits& limits, const IsCancelled& isCancelled);
     ~FramePipeline();
     FramePipeline(const FramePipeline&) = delete;
     FramePipeline& operator=(const FramePipeline&) = delete;
@@ -79,7 +80,7 @@ private:
     bool hasRoom() const;
 
     const GrabSchedule m_schedule;
-    const Encode m_encode;
+    const MakeEncoder m_makeEncoder;
     const Limits m_limits;
     std::stop_source m_stopping;
     std::unique_ptr<ImageGenerator> m_generator;

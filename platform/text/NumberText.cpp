@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
+#include <system_error>
 
 #include "platform/text/LocalizedText.h"
 #include "platform/text/TextFormat.h"
@@ -70,6 +72,22 @@ std::string byteCountText(std::uint64_t bytes) {
 
 std::string megabytesText(std::uint64_t bytes) {
     return inUnit(bytes, units[1], textLocale().decimalMark);
+}
+
+std::optional<int> wholeNumber(std::string_view text, int lowest, int highest) {
+    int value = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || rest != end || value < lowest || value > highest) return std::nullopt;
+    return value;
+}
+
+std::optional<double> decimalNumber(std::string_view text, double lowest, double highest) {
+    double value = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, value, std::chars_format::fixed);
+    if (error != std::errc() || rest != end || !(value >= lowest && value <= highest)) return std::nullopt;
+    return value;
 }
 
 }  // namespace zeb

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,5 +31,12 @@ std::string byteCountText(std::uint64_t bytes);
 
 /// Returns bytes as megabytes (10^6) in the user's language: "3.4 MB".
 std::string megabytesText(std::uint64_t bytes);
+
+/// Parses all of `text` as a decimal integer. Returns nothing if it is invalid or out of bounds.
+std::optional<int> wholeNumber(std::string_view text, int lowest, int highest);
+
+/// Parses all of `text` as a decimal number with a point ("1.5"). Returns nothing if it is invalid or out of
+/// bounds.
+std::optional<double> decimalNumber(std::string_view text, double lowest, double highest);
 
 }  // namespace zeb

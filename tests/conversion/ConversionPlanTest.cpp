@@ -135,7 +135,8 @@ TEST(BreakOffWarning, NamesPicturesElseIncludedSound) {
         film.soundTrackFacts = {{.end = sound}};
         Settings settings;
         settings.includeAudio = includesAudio;
-        return breakOffWarning(fake::FakeAsset(film), settings);
+        const fake::FakeAsset asset(film);
+        return breakOffWarning(asset, settings, planConversion(asset, settings));
     };
     EXPECT_EQ(warning({5.2, 20}, {5.1, 20}), "The film breaks off at 0:05 of 0:20.");
     EXPECT_EQ(warning({3599.6, 7259}, {9}), "The film breaks off at 1:00:00 of 2:00:59.");

@@ -271,7 +271,7 @@ TEST(SizeForecast, DerivesUncertaintyFromNeighbouringSamples) {
     const auto forecast = [&](std::size_t count, std::vector<std::uint64_t>& sizes) {
         RecordSamples samples({pictures.begin(), pictures.begin() + static_cast<std::ptrdiff_t>(count)});
         const ForecastCase about = caseOf(asset, {});
-        sizes = samples.at(about.plan.size, {});
+        sizes = samples.at(frameRecipe(640, 480, about.settings), {});
         return forecastSize(about, samples, {});
     };
     std::vector<std::uint64_t> sizes;
@@ -318,16 +318,19 @@ TEST(SamplePictures, SkipUndecodableAndUndrawablePictures) {
         throw MediaError(MediaError::cannotDecode, {"damaged"});
     };
     EXPECT_THROW(samplePictures(FakeAsset(film), {}, {}), MediaError);
+    FrameRecipe smallFrames;
+    smallFrames.geometry.size = {64, 64};
+    smallFrames.geometry.area = {0, 0, 64, 64};
     RecordSamples samples({std::make_shared<FakePicture>(1), std::make_shared<FakePicture>(2, false)});
-    EXPECT_EQ(samples.at({64, 64}, {}).size(), 1u);
+    EXPECT_EQ(samples.at(smallFrames, {}).size(), 1u);
     const auto blank = std::make_shared<BusyPicture>(0), busy = std::make_shared<BusyPicture>(9000);
     RecordSamples repeated({blank, blank, busy, busy, busy});
-    const std::vector<std::uint64_t>& sizes = repeated.at({64, 64}, {});
+    const std::vector<std::uint64_t>& sizes = repeated.at(smallFrames, {});
     EXPECT_LT(sizes[0], sizes[2]);
     EXPECT_EQ(sizes, (std::vector<std::uint64_t>{sizes[0], sizes[0], sizes[2], sizes[2], sizes[2]}));
     EXPECT_EQ(repeated.distinctPictures(), 2);
     RecordSamples undrawable({std::make_shared<FakePicture>(1, false)});
-    EXPECT_THROW(undrawable.at({64, 64}, {}), PlatformError);
+    EXPECT_THROW(undrawable.at(smallFrames, {}), PlatformError);
 }
 
 TEST(SamplePictures, StayWithinDecodingLimit) {
