@@ -56,7 +56,7 @@ FOREIGN = (
     ("SDL", r"SDL", ("platform/sound/sdl/", *OTHERS), True),
     ("Qt", r"Q[A-Z]|Qt[A-Z]\w*/", ("platform/desktop/", "conversion/model/", "player/", "ui/", "app/", *OTHERS), True),
     ("CLI11", r"CLI/", ("cli/Program.cpp",), True),
-    ("nlohmann_json", r"nlohmann/", ("cli/Json.cpp", "ui/presets/StoredPresets.cpp", *OTHERS), True),
+    ("nlohmann_json", r"nlohmann/", ("cli/Json.cpp", "conversion/plan/SettingsFile.cpp", "ui/presets/StoredPresets.cpp", *OTHERS), True),
     ("GoogleTest", r"g(test|mock)/", OTHERS, True),
     ("Google Benchmark", r"benchmark/", OTHERS, True),
     ("the operating system", r"(sys/\w+|unistd|fcntl|spawn|signal|dirent|dlfcn|poll|stdlib|termios|pthread|sched)\.h$",
