@@ -12,26 +12,30 @@
 #include "cli/Failure.h"
 #include "cli/Text.h"
 #include "cli/progress/ProgressStyle.h"
+#include "platform/text/NumberText.h"
 
 /// The commands as tables. Parser, help, errors, manual and completions use the same rows.
 namespace zeb::cli {
 
 /// An option, or a positional value.
 struct Option {
-    const char* names;  ///< "-o,--output"; for a positional its label, without hyphens
-    const char*
-        placeholder;  ///< of the value in the help; empty for a switch; "..." for a repeatable positional
-    const char* help;
+    const char* names = "";  ///< "-o,--output"; for a positional its label, without hyphens
+    const char* placeholder =
+        "";  ///< of the value in the help; empty for a switch; "..." for a repeatable positional
+    const char* help = "";
     const char* expected = "";  ///< "one of 32, 4", for errors and completions; empty if any text is valid
-    /// Stores a value in the command's arguments; returns false if the value is invalid. Null for a switch.
+    /// Stores a value in the command's arguments; returns false if the value is invalid. A switch without
+    /// `flag` passes "true".
     bool (*take)(void* arguments, const std::string& text) = nullptr;
     bool& (*flag)(void* arguments) = nullptr;  ///< the field of a switch
     const char* excludes = "";  ///< names of earlier options that cannot be combined with it: "--frame,--at"
     bool isRequired = false;
     bool isRepeatable = false;
+    const char* (*findExpected)() = nullptr;  ///< returns `expected`; null if it is constant
 
     bool isPositional() const { return names[0] != '-'; }
-    bool takesValue() const { return take != nullptr; }
+    bool takesValue() const { return placeholder[0] != '\0'; }
+    const char* expectation() const { return findExpected != nullptr ? findExpected() : expected; }
 };
 
 /// Effect of an interrupt on a command.

@@ -1,6 +1,7 @@
 #include "cli/Failure.h"
 
 #include "conversion/export/ExportError.h"
+#include "conversion/plan/SettingsError.h"
 #include "format/ZEBErrors.h"
 #include "media/Media.h"
 #include "platform/files/FileHandle.h"
@@ -45,6 +46,8 @@ ExitCode currentExitCode() {
         return error.code() == MediaError::interrupted ? ExitCode::interrupted : ExitCode::unreadableInput;
     } catch (const ExportError& error) {
         return exitCodeOf(error);
+    } catch (const SettingsError&) {
+        return ExitCode::wrongUsage;
     } catch (const ZEBFormatError&) {
         return ExitCode::unreadableInput;
     } catch (const FileError&) {

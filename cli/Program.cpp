@@ -24,7 +24,7 @@ std::string oneLine(std::string text) {
 
 void take(const Option& option, void* arguments, const std::string& text) {
     if (option.take(arguments, text)) return;
-    const std::string error = std::string(option.names) + ": \"" + text + "\" is not " + option.expected;
+    const std::string error = std::string(option.names) + ": \"" + text + "\" is not " + option.expectation();
     throw CLI::ValidationError(error, CLI::ExitCodes::ValidationError);
 }
 
@@ -32,6 +32,9 @@ void declare(CLI::App& parser, const Option& option, void* arguments) {
     CLI::Option* declared = nullptr;
     if (option.flag != nullptr) {
         declared = parser.add_flag(option.names, option.flag(arguments), option.help);
+    } else if (!option.takesValue()) {
+        declared = parser.add_flag_callback(
+            option.names, [&option, arguments] { take(option, arguments, "true"); }, option.help);
     } else if (option.isRepeatable) {
         const auto takeAll = [&option, arguments](const std::vector<std::string>& texts) {
             for (const std::string& text : texts)

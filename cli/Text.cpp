@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 
@@ -90,14 +89,6 @@ std::string decimalText(double value, int decimals) {
     std::array<char, 400> buffer{};
     std::snprintf(buffer.data(), buffer.size(), "%.*f", decimals, value);
     return buffer.data();
-}
-
-std::optional<int> wholeNumber(std::string_view text, int lowest, int highest) {
-    int value = 0;
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || rest != end || value < lowest || value > highest) return std::nullopt;
-    return value;
 }
 
 std::vector<std::string> splitList(std::string_view list, std::string_view separator) {

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,9 +24,6 @@ std::string countText(std::int64_t count, const char* singular, const char* plur
 
 /// Returns `value` with `decimals` digits after the point.
 std::string decimalText(double value, int decimals);
-
-/// Parses all of `text` as a decimal integer. Returns nothing if it is invalid or out of bounds.
-std::optional<int> wholeNumber(std::string_view text, int lowest, int highest);
 
 /// Splits a list of a row: "-o,--output" with "," or "32, 4" with ", ".
 std::vector<std::string> splitList(std::string_view list, std::string_view separator);

@@ -8,6 +8,7 @@
 #include "cli/export/ExportJob.h"
 #include "cli/export/Exporting.h"
 #include "cli/progress/ProgressReporter.h"
+#include "conversion/plan/TimeRange.h"
 #include "media/FilmWriter.h"
 
 namespace zeb::cli {
@@ -73,19 +74,19 @@ constexpr Option exportOptions[] = {
      .placeholder = "TIME",
      .help = "Only the frame on screen at TIME (PNG)",
      .expected = aTime,
-     .take = parsed<&ExportArguments::at, timeFrom>,
+     .take = parsed<&ExportArguments::at, parseTime>,
      .excludes = "--frame"},
     {.names = "--from",
      .placeholder = "TIME",
      .help = "Begin at TIME: seconds, M:SS or H:MM:SS, with decimals [0]",
      .expected = aTime,
-     .take = parsed<&ExportArguments::from, timeFrom>,
+     .take = parsed<&ExportArguments::from, parseTime>,
      .excludes = "--frame,--at"},
     {.names = "--to",
      .placeholder = "TIME",
      .help = "End before TIME [the movie's end]",
      .expected = aTime,
-     .take = parsed<&ExportArguments::to, timeFrom>,
+     .take = parsed<&ExportArguments::to, parseTime>,
      .excludes = "--frame,--at"},
     {.names = "--scale",
      .placeholder = "N",

@@ -56,23 +56,4 @@ std::vector<EncodeJob> planJobs(const EncodeArguments& arguments) {
     return jobs;
 }
 
-Settings settingsFor(const EncodeArguments& arguments, const std::string& input, const SourceInfo& source) {
-    const FrameSize proposed = {proposedSide(source.width), proposedSide(source.height)};
-    const FrameSize size = arguments.size.value_or(proposed);
-    Settings settings;
-    settings.title = arguments.title.value_or(proposedTitle(input));
-    settings.width = size.width;
-    settings.height = size.height;
-    settings.preserveAspect = !arguments.stretch;
-    settings.fps = arguments.fps.value_or(proposedRate(source.fps));
-    settings.fpsFromSource = !arguments.fps.has_value();
-    settings.loop = arguments.loop;
-    settings.includeAudio = arguments.audioChannels > 0;
-    settings.audioTrackIndex = arguments.track - 1;
-    settings.audioChannels = arguments.audioChannels;
-    settings.dither = arguments.dither;
-    settings.qlModeNumber = arguments.mode;
-    return settings;
-}
-
 }  // namespace zeb::cli

@@ -10,6 +10,8 @@
 #include "cli/encode/ForecastText.h"
 #include "cli/encode/PartialOutput.h"
 #include "cli/progress/SpeedMeter.h"
+#include "conversion/look/FilmAnalysis.h"
+#include "conversion/plan/ConversionPlan.h"
 #include "conversion/run/ConversionRun.h"
 #include "format/ZEBErrors.h"
 #include "format/check/MovieFacts.h"
@@ -53,8 +55,9 @@ ExitCode Encoding::estimate() {
         checkFiles();
         const OpenedSource source = openSource();
         const Settings settings = proposeSettings(source.asset());
-        const SizeForecast forecast = forecastAll(source.asset(), settings);
-        const std::string warning = breakOffWarning(source.asset(), settings);
+        const ConversionPlan plan = planConversion(source.asset(), settings);
+        const SizeForecast forecast = forecastAll(source.asset(), settings, plan);
+        const std::string warning = breakOffWarning(source.asset(), settings, plan);
         if (!warning.empty()) m_reporter.warned(warning);
         m_reporter.estimated(settings, forecast);
         if (!forecast.fitsFormat()) return ExitCode::conversionFailed;
@@ -66,9 +69,10 @@ ExitCode Encoding::estimate() {
     }
 }
 
-SizeForecast Encoding::forecastAll(const MediaAsset& asset, const Settings& settings) const {
-    const ForecastCase about{settings, planConversion(asset, settings),
-                             certainSoundOutlook(asset, settings, isInterrupted), spaceFor(m_job.output)};
+SizeForecast Encoding::forecastAll(const MediaAsset& asset, const Settings& settings,
+                                   const ConversionPlan& plan) const {
+    const ForecastCase about{settings, plan, certainSoundOutlook(asset, settings, isInterrupted),
+                             spaceFor(m_job.output)};
     return settings.qlModeNumber == 32 ? forecastFromSamples(asset, about, {}) : forecastUpperBound(about);
 }
 
@@ -95,9 +99,8 @@ std::optional<SizeForecast> Encoding::forecastQuickly(const MediaAsset& asset,
 
 SizeForecast Encoding::forecastFromSamples(const MediaAsset& asset, const ForecastCase& about,
                                            SamplingEffort effort) const {
-    effort.threads = m_arguments.threads > 0
-                         ? m_arguments.threads
-                         : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    effort.threads = threads();
+    effort.startSeconds = static_cast<double>(about.plan.firstFrame) / about.plan.fps;
     effort.movieSeconds = about.plan.duration;
     RecordSamples samples(samplePictures(asset, effort, isInterrupted), effort.threads);
     return forecastSize(about, samples, isInterrupted);
@@ -114,6 +117,7 @@ void Encoding::convert() {
     const auto start = Clock::now();
     const OpenedSource source = openSource();
     const Settings settings = proposeSettings(source.asset());
+    planConversion(source.asset(), settings);  // refuses wrong settings before the output is touched
     const std::optional<SizeForecast> forecast = forecastQuickly(source.asset(), settings);
 
     ConversionPlan plan;
@@ -173,11 +177,18 @@ OpenedSource Encoding::openSource() const {
 Settings Encoding::proposeSettings(const MediaAsset& asset) {
     if (asset.videoTracks().empty()) throw ZEBConverterError::noVideoTrack();
     const auto soundTracks = static_cast<std::int64_t>(asset.soundTracks().size());
-    if (m_arguments.audioChannels > 0 && soundTracks > 0 && m_arguments.track > soundTracks) {
-        m_reporter.warned(
-            localizedText("warning_no_such_track_format", {std::int64_t{m_arguments.track}, soundTracks}));
+    const std::int64_t track = m_arguments.others.audioTrackIndex + 1;
+    if (m_arguments.others.audioChannels > 0 && soundTracks > 0 && track > soundTracks) {
+        m_reporter.warned(localizedText("warning_no_such_track_format", {track, soundTracks}));
     }
-    return settingsFor(m_arguments, m_job.input, sourceInfo(asset.videoTracks().front()));
+    return settleAutomatic(
+        asset, settingsFor(m_arguments, m_job.input, sourceInfo(asset.videoTracks().front())), threads(),
+        isInterrupted, [this](const std::string& text) { m_reporter.logged(text); });
+}
+
+int Encoding::threads() const {
+    if (m_arguments.threads > 0) return m_arguments.threads;
+    return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
 }  // namespace zeb::cli

@@ -54,7 +54,9 @@ public:
     ExitCode estimate();
 
 private:
-    SizeForecast forecastAll(const MediaAsset& asset, const Settings& settings) const;
+    SizeForecast forecastAll(const MediaAsset& asset, const Settings& settings,
+                             const ConversionPlan& plan) const;
+    int threads() const;
     std::optional<SizeForecast> forecastQuickly(const MediaAsset& asset, const Settings& settings) const;
     SizeForecast forecastFromSamples(const MediaAsset& asset, const ForecastCase& about,
                                      SamplingEffort effort) const;

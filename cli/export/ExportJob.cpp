@@ -110,32 +110,4 @@ ExportJob planExport(const ExportArguments& arguments) {
     return job;
 }
 
-std::optional<std::int64_t> timeFrom(std::string_view text) {
-    constexpr int mostHours = 100'000;
-    constexpr std::size_t mostDecimals = 6;
-    std::string_view decimals;
-    if (const std::size_t point = text.find('.'); point != std::string_view::npos) {
-        decimals = text.substr(point + 1);
-        text = text.substr(0, point);
-        if (decimals.empty() || decimals.size() > mostDecimals) return std::nullopt;
-    }
-    std::int64_t seconds = 0;
-    // After the first number, minutes and seconds are limited to 59.
-    for (int part = 0; part < 3; ++part) {
-        const std::size_t colon = text.find(':');
-        const auto value = wholeNumber(text.substr(0, colon), 0, part == 0 ? mostHours * 3600 : 59);
-        if (!value) return std::nullopt;
-        seconds = seconds * 60 + *value;
-        if (colon == std::string_view::npos) {
-            std::string micro(decimals);
-            micro.resize(mostDecimals, '0');
-            const auto rest = wholeNumber(micro, 0, 999'999);
-            if (!rest || micro.front() == '-') return std::nullopt;
-            return seconds * 1'000'000 + *rest;
-        }
-        text = text.substr(colon + 1);
-    }
-    return std::nullopt;
-}
-
 }  // namespace zeb::cli

@@ -40,8 +40,4 @@ struct ExportJob {
 /// Throws `UsageError`.
 ExportJob planExport(const ExportArguments& arguments);
 
-/// Parses a time to microseconds: seconds ("90", "2.5"), "M:SS" or "H:MM:SS", with up to six decimals of a
-/// second. Returns nothing for other text.
-std::optional<std::int64_t> timeFrom(std::string_view text);
-
 }  // namespace zeb::cli

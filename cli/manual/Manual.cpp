@@ -13,7 +13,7 @@ constexpr std::string_view choicesStart = "one of ";
 
 ValueKind kindOf(const Option& option) {
     if (!option.takesValue()) return ValueKind::none;
-    const std::string_view expected = option.expected;
+    const std::string_view expected = option.expectation();
     const std::string_view help = option.help;
     if (expected.starts_with(choicesStart)) return ValueKind::choice;
     if (option.isPositional())
@@ -33,7 +33,7 @@ bool excludes(const Option& option, const Option& other) {
 ArgumentDescription describeArgument(const Option& option) {
     ArgumentDescription argument;
     argument.text = option.help;
-    argument.expected = option.expected;
+    argument.expected = option.expectation();
     argument.isRequired = option.isRequired;
     argument.isRepeatable = option.isRepeatable;
     argument.kind = kindOf(option);

@@ -65,6 +65,11 @@ TEST(EncodeArguments, SetEveryFieldOfSettings) {
         {{"--audio", "off"}, [](Settings& s) { s.includeAudio = false, s.audioChannels = 0; }},
         {{"--track", "3"}, [](Settings& s) { s.audioTrackIndex = 2; }},
         {{"--loop"}, [](Settings& s) { s.loop = true; }},
+        {{"--dithering", "diffusion", "--flip", "--auto-levels"},
+         [](Settings& s) {
+             s.colours.dithering = Colours::Dithering::diffusion;
+             s.dither = s.shape.flip = s.look.autoLevels = true;
+         }},
     };
     for (auto [words, expect] : cases) {
         Settings expected;
@@ -157,18 +162,6 @@ TEST(PartialOutput, FinishesOnlyFileOfItsRun) {
         }
         EXPECT_EQ(test::contents(previous), c.hasOld && !c.oldIsBack ? "old" : "");
     }
-}
-
-TEST(ExportTime, ParsesUsualNotations) {
-    EXPECT_EQ(timeFrom("0"), 0);
-    EXPECT_EQ(timeFrom("2.5"), 2'500'000);
-    EXPECT_EQ(timeFrom("1:30"), 90'000'000);
-    EXPECT_EQ(timeFrom("1:02:03.000001"), 3'723'000'001);
-    EXPECT_EQ(timeFrom("360000000"), 360'000'000'000'000);
-    EXPECT_EQ(timeFrom("360000001"), std::nullopt);
-    for (const char* text :
-         {"", ".5", "1.", "1.0000001", "1:60", "1:2:3:4", "-1", "1.-5", "1:", ":1", "1e3", "99999999999"})
-        EXPECT_EQ(timeFrom(text), std::nullopt) << text;
 }
 
 TEST(ExportJob, ChoosesFormatAndOutput) {
