@@ -35,12 +35,13 @@ ROOMS = {
     "codec": ("platform/base",),
     "format": ("codec", "platform/base", "platform/files"),
     "conversion": ENGINE[1:],
+    "conversion/comparison": ENGINE,
     "conversion/model": (*ENGINE, "platform"),
     "player": ("format", "codec", "platform/base", "platform/files", "platform/text", "platform/tasks", "platform/sound",
                "platform/settings"),
     "player/window": ("player", "format", "codec", "platform"),
     "ui": ("conversion", "conversion/model", "player", "media", "platform"),
-    "cli": ENGINE,
+    "cli": (*ENGINE, "conversion/comparison"),
     "app": ("platform", "media", "codec", "format", "conversion", "conversion/model", "player", "player/window", "ui"),
 }
 TOPS = sorted({room.split("/")[0] for room in ROOMS})

@@ -15,9 +15,11 @@ extern const Command verifyCommand;     ///< checks movies against every rule of
 extern const Command repairCommand;     ///< completes a movie that was cut short
 extern const Command exportCommand;     ///< converts a movie to standard pictures, sound or video
 extern const Command thumbnailCommand;  ///< writes a small picture of a movie
+extern const Command compareCommand;    ///< measures how movies differ from their film
 
 /// All commands in help order.
-inline constexpr std::array commands = {&encodeCommand, &previewCommand, &playCommand,   &infoCommand,
-                                        &verifyCommand, &repairCommand,  &exportCommand, &thumbnailCommand};
+inline constexpr std::array commands = {&encodeCommand, &previewCommand,   &playCommand,
+                                        &infoCommand,   &verifyCommand,    &repairCommand,
+                                        &exportCommand, &thumbnailCommand, &compareCommand};
 
 }  // namespace zeb::cli
