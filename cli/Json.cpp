@@ -31,6 +31,12 @@ Json objectOf(const JsonFields& fields) {
 
 }  // namespace
 
+JsonValue::JsonValue(const JsonValue&) = default;
+JsonValue::JsonValue(JsonValue&&) noexcept = default;
+JsonValue& JsonValue::operator=(const JsonValue&) = default;
+JsonValue& JsonValue::operator=(JsonValue&&) noexcept = default;
+JsonValue::~JsonValue() = default;
+
 JsonValue::JsonValue(std::nullptr_t null) : value(null) {}
 JsonValue::JsonValue(bool truth) : value(truth) {}
 JsonValue::JsonValue(double number) : value(number) {}

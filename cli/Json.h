@@ -35,6 +35,13 @@ struct JsonValue {
     template <typename Value>
     JsonValue(const std::optional<Value>& optional)
         : JsonValue(optional ? JsonValue(*optional) : JsonValue()) {}
+
+    // Not inline: at -O3, GCC 12 reports an inlined move of the variant as a use of uninitialised memory.
+    JsonValue(const JsonValue&);
+    JsonValue(JsonValue&&) noexcept;
+    JsonValue& operator=(const JsonValue&);
+    JsonValue& operator=(JsonValue&&) noexcept;
+    ~JsonValue();
 };
 
 struct JsonField {
