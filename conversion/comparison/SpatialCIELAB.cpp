@@ -1,5 +1,6 @@
 #include "conversion/comparison/SpatialCIELAB.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <cmath>
@@ -89,11 +90,12 @@ Plane seen(const Plane& plane, int width, int height, std::span<const Blur> blur
     return result;
 }
 
-/// The function of CIELAB (CIE 15), linear near and below 0.
+/// The function of CIELAB (CIE 15). The blurs of the planes differ, so that their sum may be less than no
+/// light, which counts as none: CIELAB has no colours there.
 float compressed(double t) {
     constexpr double limit = 6.0 / 29;
     return t > limit * limit * limit ? std::cbrt(static_cast<float>(t))
-                                     : static_cast<float>(t / (3 * limit * limit) + 4.0 / 29);
+                                     : static_cast<float>(std::max(t, 0.0) / (3 * limit * limit) + 4.0 / 29);
 }
 
 /// Replaces opponent planes by L*, a* and b*.

@@ -21,6 +21,8 @@ GOOD = {
     "player/Player.h": "",  # included by bad files, like Handles.h
     "platform/settings/UserDefaults.h": "#include \"platform/tasks/MainActor.h\"\n",
     "platform/tasks/MainActor.h": "",
+    "conversion/comparison/Comparison.h": "#include \"conversion/Run.h\"\n#include \"format/Writer.h\"\n",
+    "cli/commands/Compare.cpp": "#include \"conversion/comparison/Comparison.h\"\n",
     "conversion/model/Model.h": "#include \"platform/settings/UserDefaults.h\"\n#include \"conversion/Run.h\"\n",
     "ui/model/Content.h": "#include \"conversion/model/Model.h\"\n",
     "media/reading/Wrapped.h": "#include \"media/ffmpeg/Handles.h\"\n",
@@ -38,6 +40,9 @@ BAD = (
     ("platform/base/Error.h", "#include \"platform/tasks/MainActor.h\"\n", "platform/base/ may not include"),
     ("media/Media.h", "#include \"platform/settings/UserDefaults.h\"\n", "media/ may not include platform/settings/"),
     ("conversion/plan/Plan.h", "#include \"conversion/model/Model.h\"\n", "conversion/ may not include conversion/model/"),
+    ("conversion/run/Run.h", "#include \"conversion/comparison/Comparison.h\"\n",
+     "conversion/ may not include conversion/comparison/"),
+    ("ui/model/Score.h", "#include \"conversion/comparison/Comparison.h\"\n", "ui/ may not include conversion/comparison/"),
     ("cli/encode/Job.h", "#include \"conversion/model/Model.h\"\n", "cli/ may not include conversion/model/Model.h"),
     ("player/Sound.h", "#include \"media/Library.h\"\n", "player/ may not include media/Library.h"),
     ("media/Media.h", "#include <libavutil/rational.h>\n", "FFmpeg may be used in"),
