@@ -34,7 +34,7 @@ struct Column {
     const char* field;  ///< in JSON
 };
 
-constexpr std::array<Column, measureCount> columns = {{
+constexpr std::array<Column, measureCount> measureColumns = {{
     {Measure::deltaE40, "dE40", 2, "deltaE40"},
     {Measure::deltaE20, "dE20", 2, "deltaE20"},
     {Measure::detail, "detail", 3, "detail"},
@@ -50,7 +50,7 @@ constexpr const char* momentsTitle = "moments";
 constexpr std::size_t momentsWidth = 7;
 constexpr std::size_t valueWidth = 14;
 
-std::string filled(std::string text, std::size_t width) {
+std::string padded(std::string text, std::size_t width) {
     const std::size_t length = characterCount(text);
     if (length < width) text.append(width - length, ' ');
     return text;
@@ -76,16 +76,16 @@ std::string valueText(const std::optional<double>& value, const Column& column) 
 /// The lines of the table begin with a name; `nameWidth` is the width of the longest one.
 std::string lineText(const std::string& name, std::size_t nameWidth, const std::string& moments,
                      const std::array<std::string, measureCount>& values) {
-    std::string line = filled(name, nameWidth) + "  " + filled(moments, momentsWidth);
+    std::string line = padded(name, nameWidth) + "  " + padded(moments, momentsWidth);
     for (const std::string& value : values)
-        line += "  " + filled(value, valueWidth);
+        line += "  " + padded(value, valueWidth);
     line.erase(line.find_last_not_of(' ') + 1);
     return line + "\n";
 }
 
 std::string titleText(std::size_t nameWidth) {
     std::array<std::string, measureCount> titles;
-    std::ranges::transform(columns, titles.begin(), &Column::title);
+    std::ranges::transform(measureColumns, titles.begin(), &Column::title);
     return lineText(nameTitle, nameWidth, momentsTitle, titles);
 }
 
@@ -93,9 +93,9 @@ std::string comparisonText(const std::string& movie, std::size_t nameWidth, cons
     std::array<std::string, measureCount> means;
     std::array<std::string, measureCount> worsts;
     for (std::size_t i = 0; i < measureCount; ++i) {
-        const Figure& figure = comparison.figure(columns[i].measure);
-        means[i] = valueText(figure.mean, columns[i]);
-        worsts[i] = valueText(figure.worst, columns[i]);
+        const Figure& figure = comparison.figure(measureColumns[i].measure);
+        means[i] = valueText(figure.mean, measureColumns[i]);
+        worsts[i] = valueText(figure.worst, measureColumns[i]);
         if (figure.worst) worsts[i] += "@" + momentText(comparison, figure.worstFrame);
     }
     return lineText(printable(movie), nameWidth, std::to_string(comparison.moments), means) +
@@ -117,7 +117,7 @@ std::string comparisonJson(const std::string& film, const std::string& movie, co
                       {"moments", comparison.moments},
                       {"momentsLeftOut", comparison.momentsLeftOut},
                       {"flickerPairs", comparison.flickerPairs}};
-    for (const Column& column : columns) {
+    for (const Column& column : measureColumns) {
         const Figure& figure = comparison.figure(column.measure);
         const JsonValue time = figure.worst ? JsonValue(timeOf(comparison, figure.worstFrame)) : JsonValue();
         fields.push_back(
@@ -133,7 +133,7 @@ std::shared_ptr<const MediaAsset> openFilm(const MediaLibrary& library, const st
     return film;
 }
 
-ExitCode compare(const CompareArguments& arguments, Console& console) {
+ExitCode compareMovies(const CompareArguments& arguments, Console& console) {
     const auto library = makeFFmpegMediaLibrary(MediaLogging::silent);
     const auto complainAbout = [&console](const std::string& file) {
         const Failure failure = describeFailureOf(file);
@@ -221,7 +221,7 @@ constexpr const char* compareNotes =
 
 }  // namespace
 
-constinit const Command compareCommand =
-    command<compare>("compare", "Measure how movies differ from their film", compareOptions, compareNotes);
+constinit const Command compareCommand = command<compareMovies>(
+    "compare", "Measure how movies differ from their film", compareOptions, compareNotes);
 
 }  // namespace zeb::cli

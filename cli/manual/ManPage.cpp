@@ -25,6 +25,8 @@ constexpr Example examples[] = {
     {"verify", "Check all movies of a folder:", "zeb verify movies/*.zeb"},
     {"repair", "Finish a movie that a crash cut short:", "zeb repair broken.zeb -o mended.zeb"},
     {"export", "Make a film for every player:", "zeb export holiday.zeb -o holiday.mp4"},
+    {"compare",
+     "Measure which of two movies looks more like the film:", "zeb compare holiday.mp4 a.zeb b.zeb"},
 };
 
 std::string asTyped(char character) {

@@ -37,7 +37,7 @@ double blurredMeanSquaredError(const MeasuredPicture& film, const MeasuredPictur
 }
 
 double peakSignalRatio(double meanSquaredError) {
-    return -10 * std::log10(meanSquaredError);
+    return 10 * std::log10(1 / meanSquaredError);
 }
 
 }  // namespace zeb
