@@ -144,18 +144,27 @@ void filterBoth(Plane& plane, int width, int height, const Filter& filter) {
     filter.filterColumns(rowAt, width, height, plane);
 }
 
+/// Returns the plane filtered by `boxes` boxes that together have the variance of the Gaussian.
+Plane boxBlur(Plane plane, int width, int height, double sigma, int boxes) {
+    const Box box(sigma * sigma / boxes);
+    for (int i = 0; i < boxes; ++i)
+        filterBoth(plane, width, height, box);
+    return plane;
+}
+
 }  // namespace
 
 Plane gaussianBlur(const Plane& plane, int width, int height, double sigma) {
-    Plane result = plane;
     if (sigma < firstBoxSigma) {
+        Plane result = plane;
         filterBoth(result, width, height, Kernel(sigma));
         return result;
     }
-    constexpr int boxes = 4;
-    const Box box(sigma * sigma / boxes);
-    for (int i = 0; i < boxes; ++i)
-        filterBoth(result, width, height, box);
+    // The largest part of the error is inversely proportional to the number of boxes and cancels out.
+    Plane result = boxBlur(plane, width, height, sigma, 6);
+    const Plane coarser = boxBlur(plane, width, height, sigma, 4);
+    for (std::size_t i = 0; i < result.size(); ++i)
+        result[i] = 3 * result[i] - 2 * coarser[i];
     return result;
 }
 
