@@ -264,9 +264,13 @@ TEST(SpatialCIELAB, AgreesWithLiteralComputation) {
             std::ranges::copy(green, turned.pixel(299 - x, y));
         }
     }
+    Image bluish = flat(blue, 40, 2);
+    for (int x = 0; x < 20; ++x)
+        std::ranges::copy(Colour{255, 255, 0}, bluish.pixel(x, 0));
     const struct {
         Image film, movie;
-    } cases[] = {{noise(23, 15, 1), noise(23, 15, 2, 2)},
+    } cases[] = {{bluish, flat({160, 160, 160}, 40, 2)},
+                 {noise(23, 15, 1), noise(23, 15, 2, 2)},
                  {edge, turned},
                  {edge, flat(white, 300, 2)},
                  {noise(40, 24, 3, 8), flat({90, 70, 50}, 40, 24)},
