@@ -49,8 +49,14 @@ void declare(CLI::App& parser, const Option& option, void* arguments) {
     if (option.takesValue()) declared->option_text(option.placeholder);
     if (option.takesValue() && !option.isPositional()) declared->type_name(option.placeholder);
     declared->required(option.isRequired);
-    for (const std::string& other : splitList(option.excludes, ","))
-        declared->excludes(parser.get_option(other));
+    for (const std::string& name : splitList(option.excludes, ",")) {
+        CLI::Option* other = parser.get_option(name);
+        declared->excludes(other);
+        // The text of a switch hides the list of excluded options, as that of an option with a value does.
+        for (CLI::Option* either : {declared, other}) {
+            if (either->get_items_expected_max() == 0) either->option_text(" ");
+        }
+    }
 }
 
 void prepare(CLI::App& parser) {

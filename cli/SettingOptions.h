@@ -77,6 +77,10 @@ inline constexpr std::array settingsFileOptions = {
                    takeSettingsFile(*static_cast<Arguments*>(arguments), text);
                    return true;
                }},
+};
+
+template <typename Arguments>
+inline constexpr std::array saveSettingsOptions = {
     Option{.names = "--save-settings",
            .placeholder = "FILE",
            .help = "Write the settings of this run to FILE",
@@ -95,9 +99,9 @@ inline constexpr std::array presetSizes = {
     Choice<FrameSize>{"fullhd", {1920, 1080}},
 };
 
-/// Size and shape of the frames.
+/// Size of the frames.
 template <typename Arguments>
-inline constexpr std::array shapeOptions = {
+inline constexpr std::array sizeOptions = {
     settingOption<Arguments, "size">("--size", "WxH", "Fit the picture into this size [the source's]"),
     Option{.names = "--preset",
            .placeholder = "NAME",
@@ -113,17 +117,14 @@ inline constexpr std::array shapeOptions = {
                    return false;
                },
            .excludes = "--size"},
-    Option{.names = "--stretch",
-           .placeholder = "",
-           .help = "Fill the size without keeping the aspect",
-           .take =
-               [](void* arguments, const std::string&) {
-                   return settingRow("shape.fit").take(*static_cast<Arguments*>(arguments), "stretch");
-               }},
+};
+
+/// Treatment of the film's picture.
+template <typename Arguments>
+inline constexpr std::array filmShapeOptions = {
     settingOption<Arguments, "shape.crop">("--crop", "WHAT",
                                            "none, auto (black bars) or WxH+X+Y in the film's pixels [none]"),
-    settingOption<Arguments, "shape.fit">("--fit", "HOW", "scale, stretch, pad or fill, see below [scale]",
-                                          "--stretch"),
+    settingOption<Arguments, "shape.fit">("--fit", "HOW", "scale, stretch, pad or fill, see below [scale]"),
     settingOption<Arguments, "shape.padColour">("--pad-colour", "#RRGGBB",
                                                 "The colour beside a padded picture [#000000]"),
     settingOption<Arguments, "shape.pixelShape">(
@@ -134,11 +135,28 @@ inline constexpr std::array shapeOptions = {
     settingOption<Arguments, "shape.flip">("--flip", "", "Exchange left and right"),
 };
 
-/// The rate and the part of the film.
 template <typename Arguments>
-inline constexpr std::array timeOptions = {
+inline constexpr std::array stretchOptions = {
+    Option{.names = "--stretch",
+           .placeholder = "",
+           .help = "Fill the size without keeping the aspect",
+           .take =
+               [](void* arguments, const std::string&) {
+                   return settingRow("shape.fit").take(*static_cast<Arguments*>(arguments), "stretch");
+               },
+           .excludes = "--fit"},
+};
+
+/// The frame rate.
+template <typename Arguments>
+inline constexpr std::array rateOptions = {
     settingOption<Arguments, "fps">(
         "--fps", "N", "Frames per second, never more than the source has [the source's, up to 60]"),
+};
+
+/// The part of the film.
+template <typename Arguments>
+inline constexpr std::array rangeOptions = {
     settingOption<Arguments, "time.from">("--from", "TIME",
                                           "Start at TIME: seconds, M:SS, H:MM:SS or a percentage [0]"),
     settingOption<Arguments, "time.to">("--to", "TIME", "End before TIME [the film's end]"),

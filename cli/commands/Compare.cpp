@@ -12,15 +12,17 @@
 #include "cli/Failure.h"
 #include "cli/Interruption.h"
 #include "cli/Json.h"
+#include "cli/SettingOptions.h"
 #include "cli/Text.h"
 #include "conversion/comparison/Comparison.h"
+#include "conversion/look/FilmAnalysis.h"
 #include "format/ZEBErrors.h"
 #include "platform/text/NumberText.h"
 
 namespace zeb::cli {
 namespace {
 
-struct CompareArguments {
+struct CompareArguments : SettingArguments {
     std::string film;
     std::vector<std::string> movies;
     int moments = static_cast<int>(ComparisonSettings{}.moments);
@@ -133,6 +135,15 @@ std::shared_ptr<const MediaAsset> openFilm(const MediaLibrary& library, const st
     return film;
 }
 
+/// Returns the settings that are applied to the film's pictures.
+Settings shapeAndTime(const RequestedSettings& requested) {
+    Settings settings;
+    settings.preserveAspect = requested.others.preserveAspect;
+    settings.shape = requested.others.shape;
+    settings.time = requested.others.time;
+    return settings;
+}
+
 ExitCode compareMovies(const CompareArguments& arguments, Console& console) {
     const auto library = makeFFmpegMediaLibrary(MediaLogging::silent);
     const auto complainAbout = [&console](const std::string& file) {
@@ -140,9 +151,13 @@ ExitCode compareMovies(const CompareArguments& arguments, Console& console) {
         console.complain(failure.text);
         return failure.exitCode;
     };
+    checkRequest(arguments);
     std::shared_ptr<const MediaAsset> film;
+    ComparisonSettings settings;
+    settings.moments = arguments.moments;
     try {
         film = openFilm(*library, arguments.film);
+        settings.film = settleAutomatic(*film, shapeAndTime(arguments), 1, isInterrupted, {});
     } catch (...) {
         return complainAbout(arguments.film);
     }
@@ -159,8 +174,7 @@ ExitCode compareMovies(const CompareArguments& arguments, Console& console) {
             console.complain(movie + ": " + line, Colour::yellow);
         };
         try {
-            const Comparison comparison =
-                compareMovie(*film, movie, {.moments = arguments.moments}, callbacks);
+            const Comparison comparison = compareMovie(*film, movie, settings, callbacks);
             if (!hasTitle) console.write(titleText(nameWidth));
             hasTitle = true;
             console.write(arguments.json ? comparisonJson(arguments.film, movie, comparison)
@@ -182,28 +196,31 @@ ExitCode compareMovies(const CompareArguments& arguments, Console& console) {
 
 constexpr int mostMoments = 1'000'000'000;
 
-constexpr Option compareOptions[] = {
-    {.names = "INPUT",
-     .placeholder = " ",
-     .help = "The video file that the movies were made of",
-     .take = anyText<&CompareArguments::film>,
-     .isRequired = true},
-    {.names = "MOVIE",
-     .placeholder = "...",
-     .help = "ZEB movies",
-     .take = append<&CompareArguments::movies>,
-     .isRequired = true,
-     .isRepeatable = true},
-    {.names = "--moments",
-     .placeholder = "N",
-     .help = "Measure at most N moments, spread evenly; 0 = every frame [32]",
-     .expected = "a whole number from 0 to 1000000000",
-     .take = number<&CompareArguments::moments, 0, mostMoments>},
-    {.names = "--json",
-     .placeholder = "",
-     .help = "One JSON object per line instead of text",
-     .flag = flag<&CompareArguments::json>},
+constexpr std::array ownOptions = {
+    Option{.names = "INPUT",
+           .placeholder = " ",
+           .help = "The video file that the movies were made of",
+           .take = anyText<&CompareArguments::film>,
+           .isRequired = true},
+    Option{.names = "MOVIE",
+           .placeholder = "...",
+           .help = "ZEB movies",
+           .take = append<&CompareArguments::movies>,
+           .isRequired = true,
+           .isRepeatable = true},
+    Option{.names = "--moments",
+           .placeholder = "N",
+           .help = "Measure at most N moments, spread evenly; 0 = every frame [32]",
+           .expected = "a whole number from 0 to 1000000000",
+           .take = number<&CompareArguments::moments, 0, mostMoments>},
+    Option{.names = "--json",
+           .placeholder = "",
+           .help = "One JSON object per line instead of text",
+           .flag = flag<&CompareArguments::json>},
 };
+
+constexpr auto compareOptions = joined(ownOptions, settingsFileOptions<CompareArguments>,
+                                       filmShapeOptions<CompareArguments>, rangeOptions<CompareArguments>);
 
 constexpr const char* compareNotes =
     "Prints the mean of each measure, and below it the worst value with its time:\n"
@@ -217,7 +234,8 @@ constexpr const char* compareNotes =
     "  PSNR     peak signal-to-noise ratio in dB\n"
     "  blurred  the same in blurred linear light, in which a pattern of dots is one colour\n"
     "The film's picture of a frame is the one on screen at the frame's time, stretched to the\n"
-    "size of the movie.";
+    "size of the movie. Movies with another shape or of a part of the film need the same options of\n"
+    "shape and time, or --settings; look and colours are not applied to the film's pictures.";
 
 }  // namespace
 

@@ -83,9 +83,10 @@ constexpr std::array runOptions = {
     verboseOption<&EncodeArguments::verbose>,
 };
 
-constexpr auto encodeOptions =
-    joined(inputOptions, settingsFileOptions<EncodeArguments>, movieOptions, shapeOptions<EncodeArguments>,
-           timeOptions<EncodeArguments>, colourOptions<EncodeArguments>, runOptions);
+constexpr auto encodeOptions = joined(
+    inputOptions, settingsFileOptions<EncodeArguments>, saveSettingsOptions<EncodeArguments>, movieOptions,
+    sizeOptions<EncodeArguments>, filmShapeOptions<EncodeArguments>, stretchOptions<EncodeArguments>,
+    rateOptions<EncodeArguments>, rangeOptions<EncodeArguments>, colourOptions<EncodeArguments>, runOptions);
 
 constexpr const char* encodeNotes =
     "The result goes to standard output, as does the progress; warnings, errors and the log go to\n"

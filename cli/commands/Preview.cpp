@@ -148,9 +148,10 @@ constexpr std::array fileOptions = {
            .flag = flag<&PreviewArguments::force>},
 };
 
-constexpr auto previewOptions =
-    joined(fileOptions, settingsFileOptions<PreviewArguments>, shapeOptions<PreviewArguments>,
-           timeOptions<PreviewArguments>, colourOptions<PreviewArguments>);
+constexpr auto previewOptions = joined(
+    fileOptions, settingsFileOptions<PreviewArguments>, saveSettingsOptions<PreviewArguments>,
+    sizeOptions<PreviewArguments>, filmShapeOptions<PreviewArguments>, stretchOptions<PreviewArguments>,
+    rateOptions<PreviewArguments>, rangeOptions<PreviewArguments>, colourOptions<PreviewArguments>);
 
 }  // namespace
 

@@ -51,9 +51,12 @@ int threadCount(int wanted, const ZEBHeader& header) {
 }
 
 /// The plan of the conversion that this movie may come from.
-ConversionPlan planOf(const MediaAsset& film, const MovieFrames& movie) {
+ConversionPlan planOf(const MediaAsset& film, const MovieFrames& movie, const Settings& shapeAndTime) {
     Settings settings;
     settings.includeAudio = movie.header().audioChannels > 0;
+    settings.fps = movie.header().fps;
+    settings.shape = shapeAndTime.shape;
+    settings.time = shapeAndTime.time;
     ConversionPlan plan = planConversion(film, settings);
     plan.fps = movie.header().fps;
     plan.totalFrames = movie.count();
@@ -74,9 +77,9 @@ public:
         const ComparisonCallbacks& callbacks)
         : m_callbacks(callbacks),
           m_movie(movie, callbacks.isCancelled),
-          m_plan(planOf(film, m_movie)),
+          m_plan(planOf(film, m_movie, settings.film)),
           m_threads(threadCount(settings.threads, m_movie.header())),
-          m_film(film, m_plan, m_threads, [this] { return isCancelled(); }),
+          m_film(film, m_plan, settings.film, m_threads, [this] { return isCancelled(); }),
           m_moments(settings.moments > 0 ? std::min(settings.moments, m_movie.count()) : m_movie.count()) {
         m_result.size = {m_movie.header().width, m_movie.header().height};
         m_result.fps = m_movie.header().fps;
@@ -182,7 +185,7 @@ MomentFigures Run::measure(const Moment& moment) const {
     const auto picture = [&size](const PixelBytes& pixels) {
         return MeasuredPicture{pixels, size.width, size.height};
     };
-    const PixelBytes filmPixels = FilmFrames::drawn(*moment.film, size);
+    const PixelBytes filmPixels = m_film.drawn(*moment.film, size);
     const MeasuredPicture film = picture(filmPixels);
     const MeasuredPicture movie = picture(moment.movie->pixels);
     const auto set = [&](Measure measure, std::optional<double> value) {
@@ -199,7 +202,7 @@ MomentFigures Run::measure(const Moment& moment) const {
     const bool isPair = moment.nextFilm && moment.nextFilm != moment.film && moment.nextMovie &&
                         haveSameSize(*moment.movie, *moment.nextMovie);
     if (!isPair) return figures;
-    const PixelBytes nextPixels = FilmFrames::drawn(*moment.nextFilm, size);
+    const PixelBytes nextPixels = m_film.drawn(*moment.nextFilm, size);
     set(Measure::flicker, flicker({film, picture(nextPixels)}, {movie, picture(moment.nextMovie->pixels)}));
     return figures;
 }

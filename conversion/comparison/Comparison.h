@@ -8,6 +8,7 @@
 #include <string>
 
 #include "conversion/plan/ConversionPlan.h"
+#include "conversion/plan/Settings.h"
 #include "media/Media.h"
 
 namespace zeb {
@@ -51,6 +52,9 @@ struct ComparisonSettings {
     /// frame after it. Moments are in the middle of equal parts of the movie.
     std::int64_t moments = 32;
     int threads = 0;  ///< 0 = number of cores; does not change the figures
+    /// The shape and the time range of the movie, without automatic ones. The film's pictures are treated so;
+    /// the other settings are not used.
+    Settings film{};
 };
 
 struct ComparisonCallbacks {
@@ -61,8 +65,9 @@ struct ComparisonCallbacks {
 };
 
 /// Measures how a movie differs from the film that it was made of. The film's picture of frame i is the one
-/// on screen at i / fps, drawn at the size of the movie's picture; the movie's picture is decoded as its
-/// screen shows it. The figures depend on both files and `moments` only.
+/// on screen at i / fps after the start of the range, drawn in the shape and at the size of the movie's
+/// picture; the movie's picture is decoded as its screen shows it. The figures depend on both files and
+/// `moments` only.
 ///
 /// `film` must have pictures. Reads unfinished and damaged movies as far as possible. Warns if the lengths of
 /// film and movie differ by more than a second, and of moments that are left out.

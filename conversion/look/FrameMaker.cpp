@@ -78,6 +78,16 @@ FrameMaker::FrameMaker(std::shared_ptr<const FrameTools> tools) : m_tools(std::m
         recipe.sharpness);
 }
 
+void drawInShape(const Picture& picture, const FrameGeometry& geometry, const RGBColour& padColour,
+                 std::span<std::uint8_t> rgba) {
+    FrameRecipe recipe;
+    recipe.geometry = geometry;
+    recipe.padColour = padColour;
+    std::vector<std::uint8_t> part;
+    const auto [width, height] = geometry.size;
+    ShapedPicture(picture, recipe, nullptr, part).draw({rgba, width, height, DrawingColourSpace::sRGB});
+}
+
 std::vector<std::uint8_t> FrameMaker::record(const Picture& picture) {
     const FrameRecipe& recipe = m_tools->recipe();
     const auto [width, height] = recipe.geometry.size;

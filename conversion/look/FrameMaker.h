@@ -28,6 +28,11 @@ private:
     std::shared_ptr<const NaturalTable> m_naturalTable;
 };
 
+/// Draws a picture in the shape of the frames, in sRGB and without adjustments. `rgba` holds 4 bytes per
+/// pixel of `geometry.size`. Callable from any thread. Throws the errors of the drawing.
+void drawInShape(const Picture& picture, const FrameGeometry& geometry, const RGBColour& padColour,
+                 std::span<std::uint8_t> rgba);
+
 /// Makes the frames of a movie from the pictures of a film, for conversions, forecasts and previews. Equal
 /// pictures give equal frames, independent of earlier calls. Keeps working buffers: each thread uses a
 /// separate frame maker.

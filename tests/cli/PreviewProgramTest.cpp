@@ -96,7 +96,7 @@ TEST_F(PreviewProgram, RefusesNonsenseBeforeItTouchesAnything) {
         {{"--colours", "blue"}, "--colours: \"blue\" is not one of levels, natural"},
         {{"--colours", "natural"}, "Natural colours exist in Mode 4 only"},
         {{"--settings", "missing.json"}, "missing.json: No such file or directory"},
-        {{"--stretch", "--fit", "pad"}, "--stretch excludes --fit"},
+        {{"--stretch", "--fit", "pad"}, "--fit excludes --stretch"},
     };
     store(file("old.png"), "old");
     store(file("old.zeb"), "old");
