@@ -49,6 +49,7 @@ MovieCheck check(const Bytes& bytes, const std::function<bool()>& isCancelled = 
 std::string verdict(const Bytes& bytes) {
     try {
         const MovieCheck result = check(bytes);
+        EXPECT_FALSE(result.isCancelled);
         if (!result.fault) return "right " + std::to_string(result.seconds);
         return std::to_string(result.fault->offset) + " " + result.fault->text;
     } catch (const PlatformError& error) {

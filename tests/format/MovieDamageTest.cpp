@@ -3,9 +3,10 @@
 
 #include "format/ZEBErrors.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@
 #include "format/ZEBWriter.h"
 #include "format/check/MovieCheck.h"
 #include "format/walk/BlockWalker.h"
+#include "format/walk/SecondWalker.h"
+#include "tests/format/GoldenMovie.h"
 #include "tests/format/MemoryFile.h"
 
 namespace zeb {
@@ -35,15 +38,17 @@ constexpr std::size_t entry(int second) {
     return index + 4 * static_cast<std::size_t>(second);
 }
 
-/// A finished movie of the listed seconds with an index of six entries.
+/// A finished movie of the listed seconds with an index of six entries. A byte is twice the number of its
+/// second, plus 0x40 for each part before.
 Bytes movieOf(const std::vector<int>& numbers) {
     MemoryDisk disk;
-    ZEBWriter writer(
-        std::make_unique<MemoryWritableFile>(disk),
-        {"", 16, 8, fps, 32, fps * static_cast<std::int64_t>(numbers.size()), seconds, 1, false});
+    ZEBWriter writer(std::make_unique<MemoryWritableFile>(disk),
+                     {"", 16, 8, fps, 32, fps * static_cast<std::int64_t>(numbers.size()), seconds, 1, true});
     for (const int number : numbers) {
-        const auto mark = static_cast<std::uint8_t>(number);
-        const Bytes sound(3, mark), first(1, mark), second(2, mark);
+        const auto part = [number](std::size_t size, int place) {
+            return Bytes(size, static_cast<std::uint8_t>(2 * number + 0x40 * place));
+        };
+        const Bytes sound = part(3, 0), first = part(1, 1), second = part(2, 2);
         writer.writeSecond(sound, std::vector<std::span<const std::uint8_t>>{first, second});
     }
     writer.finish();
@@ -76,7 +81,8 @@ void clearIndex(Bytes& bytes) {
 std::string walked(const Bytes& bytes, std::int64_t second) {
     MemoryReadableFile file(bytes);
     BlockWalker walker(file, readHeader(file));
-    walker.seekTo(seconds - 1);
+    while (walker.next()) {
+    }
     walker.seekTo(second);
     std::string text;
     while (const auto found = walker.next()) {
@@ -93,6 +99,36 @@ std::string walked(const Bytes& bytes, std::int64_t second) {
     return text;
 }
 
+/// Sizes of the parts that a walker finds in incomplete seconds from `second` on. Checks the parts of whole
+/// ones.
+std::string partsOf(const Bytes& bytes, std::int64_t second) {
+    SecondWalker walker(std::make_unique<MemoryReadableFile>(bytes));
+    walker.seekTo(second);
+    std::string found;
+    while (const auto next = walker.next()) {
+        EXPECT_EQ(next->number, second++);
+        std::vector<SecondWalker::Piece> pieces{next->sound};
+        pieces.insert(pieces.end(), next->frames.begin(), next->frames.end());
+        std::string sizes;
+        std::vector<Bytes> parts(pieces.size());
+        for (std::size_t i = 0; i < pieces.size(); ++i) {
+            EXPECT_TRUE(walker.read(pieces[i], parts[i]));
+            sizes += (i > 0 ? " " : "") + std::to_string(parts[i].size());
+        }
+        EXPECT_EQ(next->frameCount,
+                  next->state == State::torn ? static_cast<int>(pieces.size()) - 1 : walker.header().fps);
+        if (next->state == State::whole) {
+            const auto mark = static_cast<std::uint8_t>(2 * next->number);
+            EXPECT_THAT(parts,
+                        testing::ElementsAre(Bytes(3, mark), Bytes(1, mark + 0x40), Bytes(2, mark + 0x80)));
+        } else {
+            found += (found.empty() ? "" : ", ") + sizes;
+        }
+    }
+    EXPECT_FALSE(walker.next());
+    return found;
+}
+
 TEST(MovieDamage, FindsAndKeepsAllReachableSeconds) {
     constexpr std::size_t huge = 0xFFFFFFFF, end = block(seconds);
     const auto frame = [](int second) { return block(second) + 11; };
@@ -101,32 +137,38 @@ TEST(MovieDamage, FindsAndKeepsAllReachableSeconds) {
         const char* what;
         std::vector<Change> damage;
         std::string found;
+        std::string parts{};  ///< sizes of sound and frames that are left of each other second
     } cases[] = {
         {"nothing", {}, "WWWWWW"},
-        {"frame size, too large", {set(frame(2), huge)}, "WWdWWW"},
-        {"frame size, 1 more", {set(frame(2), 2)}, "WWdWWW"},
-        {"frame size, 1 less", {set(frame(2), 0)}, "WWdWWW"},
-        {"sound size", {set(sound(2), huge)}, "WWdWWW"},
-        {"length, too large", {set(block(2), huge)}, "WWdWWW"},
-        {"length 0", {set(block(2), 0)}, "WWdWWW"},
-        {"length of two blocks", {set(block(2), 2 * blockBytes - 4)}, "WWdWWW"},
-        {"first block", {set(frame(0), huge)}, "dWWWWW"},
-        {"frame size, index goes astray", {set(frame(2), huge), set(entry(3), block(3) + 1)}, "WWdWWW"},
-        {"frame size, index leads back", {set(frame(2), huge), set(entry(3), block(1))}, "WWdWWW"},
-        {"frame size, index leads too far", {set(frame(2), huge), set(entry(3), block(5))}, "WWdWWW"},
-        {"frame size, no index", {set(frame(2), huge), clearIndex}, "WWdWWW"},
-        {"length, no index", {set(block(2), huge), clearIndex}, "WWdWWW"},
-        {"two in a row", {set(frame(2), huge), set(frame(3), huge)}, "WWddWW"},
-        {"two in a row, no index", {set(frame(2), huge), set(frame(3), huge), clearIndex}, "WWddWW"},
-        {"two apart", {set(frame(1), huge), set(block(4), 7)}, "WdWWdW"},
-        {"three overwritten", {garbage(block(2) + 2, block(4) + 7)}, "WWdddW"},
-        {"two overwritten, entries lost", {garbage(block(2) + 2, block(3) + 7), set(entry(3), 0)}, "WWd-WW"},
+        {"frame size, too large", {set(frame(2), huge)}, "WWdWWW", "3"},
+        {"frame size, 1 more", {set(frame(2), 2)}, "WWdWWW", "3 2"},
+        {"frame size, 1 less", {set(frame(2), 0)}, "WWdWWW", "3 0"},
+        {"sound size", {set(sound(2), huge)}, "WWdWWW", "14"},
+        {"length, too large", {set(block(2), huge)}, "WWdWWW", "3 1 2"},
+        {"length 0", {set(block(2), 0)}, "WWdWWW", "3 1 2"},
+        {"length of two blocks", {set(block(2), 2 * blockBytes - 4)}, "WWdWWW", "3 1 2"},
+        {"first block", {set(frame(0), huge)}, "dWWWWW", "3"},
+        {"frame size, index goes astray", {set(frame(2), huge), set(entry(3), block(3) + 1)}, "WWdWWW", "3"},
+        {"frame size, index leads back", {set(frame(2), huge), set(entry(3), block(1))}, "WWdWWW", "3"},
+        {"frame size, index leads too far", {set(frame(2), huge), set(entry(3), block(5))}, "WWdWWW", "3"},
+        {"frame size, no index", {set(frame(2), huge), clearIndex}, "WWdWWW", "3"},
+        {"length, no index", {set(block(2), huge), clearIndex}, "WWdWWW", "3 1 2"},
+        {"two in a row", {set(frame(2), huge), set(frame(3), huge)}, "WWddWW", "3, 3"},
+        {"two in a row, no index", {set(frame(2), huge), set(frame(3), huge), clearIndex}, "WWddWW", "3, 3"},
+        {"two apart", {set(frame(1), huge), set(block(4), 7)}, "WdWWdW", "3, 3 1 2"},
+        {"three overwritten", {garbage(block(2) + 2, block(4) + 7)}, "WWdddW", "14, 14, 14"},
+        {"two overwritten, entries lost",
+         {garbage(block(2) + 2, block(3) + 7), set(entry(3), 0)},
+         "WWd-WW",
+         "36, 0"},
         {"three overwritten, entries astray",
          {garbage(block(2), block(4) + 7), set(entry(3), block(1)), set(entry(4), huge)},
-         "WWd--W"},
+         "WWd--W",
+         "58, 0, 0"},
         {"three overwritten, entries lead back",
          {garbage(block(2), block(4) + 7), set(entry(3), block(1)), set(entry(4), block(0))},
-         "WWd--W"},
+         "WWd--W",
+         "58, 0, 0"},
         {"entry in a frame", {set(entry(3), block(3) + 12)}, "WWWWWW"},
         {"entry in the header", {set(entry(3), 4)}, "WWWWWW"},
         {"entry behind the file", {set(entry(3), end)}, "WWWWWW"},
@@ -134,24 +176,25 @@ TEST(MovieDamage, FindsAndKeepsAllReachableSeconds) {
         {"entry of a later second", {set(entry(0), block(1))}, "WWWWWW"},
         {"entries exchanged", {set(entry(3), block(4)), set(entry(4), block(3))}, "WWWWWW"},
         {"no index", {clearIndex}, "WWWWWW"},
-        {"last frame size", {set(frame(5), huge)}, "WWWWWd"},
-        {"last length", {set(block(5), huge)}, "WWWWWt"},
-        {"cut in the last", {resize(end - 1)}, "WWWWWt"},
+        {"last frame size", {set(frame(5), huge)}, "WWWWWd", "3"},
+        {"last length", {set(block(5), huge)}, "WWWWWt", "3 1 2"},
+        {"cut in the last", {resize(end - 1)}, "WWWWWt", "3 1"},
         {"cut in a length", {resize(block(4) + 3)}, "WWWW"},
         {"cut between blocks", {resize(block(4))}, "WWWW"},
-        {"cut, and damaged before", {resize(end - 1), set(frame(1), huge)}, "WdWWWt"},
+        {"cut, and damaged before", {resize(end - 1), set(frame(1), huge)}, "WdWWWt", "3, 3 1"},
         {"bytes behind", {resize(end + 3)}, "WWWWWW"},
-        {"more bytes behind", {resize(end + 40)}, "WWWWWWt"},
+        {"more bytes behind", {resize(end + 40)}, "WWWWWWt", "32"},
     };
     const Bytes movie = movieOf({0, 1, 2, 3, 4, 5});
     ASSERT_EQ(movie.size(), end);
-    for (const auto& [what, damage, found] : cases) {
+    for (const auto& [what, damage, found, parts] : cases) {
         SCOPED_TRACE(what);
         Bytes bytes = movie;
         for (const Change& change : damage)
             change(bytes);
         for (std::size_t second = 0; second <= found.size(); ++second)
             EXPECT_EQ(walked(bytes, static_cast<std::int64_t>(second)), found.substr(second)) << second;
+        EXPECT_EQ(partsOf(bytes, 0), parts);
 
         std::vector<int> whole;
         for (std::size_t second = 0; second < found.size(); ++second)
@@ -188,6 +231,27 @@ TEST(MovieDamage, FindsAndKeepsAllReachableSeconds) {
     }
 }
 
+TEST(MovieDamage, FindsAllPartsOfTornSecond) {
+    const Bytes movie = movieOf({0, 1, 2, 3, 4, 5});
+    for (std::size_t size = 0; size < blockBytes; ++size) {
+        Bytes cut = movie;
+        cut.resize(block(5) + size);
+        EXPECT_EQ(partsOf(cut, 4), size < 9    ? ""
+                                   : size < 11 ? std::to_string(size - 8)
+                                   : size < 16 ? "3"
+                                               : "3 1");
+    }
+    Bytes slower = movie;
+    slower[index - golden::index + golden::totalFrames - 3] = 1;  // one frame per second instead of two
+    EXPECT_EQ(partsOf(slower, 4), "3 1, 3 1");
+    SecondWalker walker(std::make_unique<MemoryReadableFile>(movie));
+    Bytes record{1};
+    walker.readFrame({block(5), 70'000}, record);
+    EXPECT_EQ(record, Bytes()) << "too large for a picture";
+    walker.readFrame({block(5) + 20, 2}, record);
+    EXPECT_EQ(record, Bytes(2, 0x8A));
+}
+
 /// The index spans several read pieces, the last of them empty. The blocks have the smallest possible size.
 TEST(MovieDamage, FinishesAndCopiesLongMoviesInPieces) {
     constexpr int count = 16385, room = 40000;
@@ -205,9 +269,78 @@ TEST(MovieDamage, FinishesAndCopiesLongMoviesInPieces) {
     EXPECT_TRUE(copy.bytes == disk.bytes);
     EXPECT_TRUE(factsOf(disk.bytes).isFinished);
     EXPECT_EQ(factsOf(disk.bytes).bytesPerSecond, 12);
+    copy.bytes.clear();
+    copyWholeSeconds(movieOf({}), copy);
+    EXPECT_EQ(copy.bytes, movieOf({}));
     const MovieFacts empty = factsOf(movieOf({}));
     EXPECT_TRUE(empty.isFinished);
     EXPECT_EQ(empty.bytesPerSecond, 0);
+}
+
+TEST(MovieDamage, DistinguishesFinishedAndUnfinishedMovies) {
+    const Bytes finished = golden::movie();
+    const MovieFacts facts = factsOf(finished);
+    EXPECT_TRUE(facts.isFinished && facts.wasFinished && facts.isLooping());
+    EXPECT_EQ(facts.fileSize, finished.size());
+    EXPECT_EQ(facts.indexEntries, 2U);
+    EXPECT_EQ(facts.largestBlock, 25U);
+    EXPECT_EQ(facts.bytesPerSecond, 23);
+    const auto isComplete = [](const Bytes& bytes) {
+        MemoryReadableFile file(bytes);
+        return PartialFile(file).isComplete();
+    };
+    EXPECT_TRUE(isComplete(finished));
+    for (const std::size_t place : {golden::totalFrames + 3, golden::maxSecondBlockSize + 3,
+                                    golden::index + 3, golden::firstBlock - 1}) {
+        Bytes bytes = finished;
+        bytes[place] ^= 2;
+        EXPECT_FALSE(isComplete(bytes)) << place;
+        EXPECT_EQ(factsOf(bytes).isFinished, place != golden::totalFrames + 3) << place;
+    }
+    Bytes longer = finished;
+    longer.push_back(0);
+    EXPECT_FALSE(isComplete(longer));
+    EXPECT_TRUE(factsOf(longer).isFinished);
+    for (const auto& [frames, largest, wasFinished] :
+         {std::tuple{4, 0, false}, {0, 0, true}, {3, 9, false}, {6, 9, true}}) {
+        Bytes bytes = finished;
+        set(golden::totalFrames, frames)(bytes);
+        set(golden::maxSecondBlockSize, largest)(bytes);
+        EXPECT_EQ(factsOf(bytes).wasFinished, wasFinished) << frames;
+        EXPECT_FALSE(factsOf(bytes).isFinished) << frames;
+    }
+    for (const std::string text : {"ZEB", "ZEB1", "ZEB2", "xZEB1"}) {
+        const Bytes bytes(text.begin(), text.end());
+        MemoryReadableFile file(bytes);
+        EXPECT_EQ(isMovie(file), text == "ZEB1");
+    }
+}
+
+/// A file that is cut while it is read: at each access, the functions end or report the end of the file.
+TEST(MovieDamage, ShrinkingFileEndsReading) {
+    const Bytes movie = movieOf({0, 1, 2, 3, 4, 5});
+    std::set<std::string> errors;
+    for (int access = 1; access < 100; ++access) {
+        Bytes bytes = movie;
+        int left = access;
+        const auto open = [&] {
+            return std::make_unique<MemoryReadableFile>(bytes, [&] {
+                if (--left == 0) bytes.resize(20);
+            });
+        };
+        errors.insert(failure([&] {
+            const auto fault = checkMovie(open, {}).fault;
+            EXPECT_TRUE(fault || left > 0) << access;
+        }));
+        bytes = movie;
+        left = access;
+        const auto file = open();
+        MemoryDisk copy;
+        MemoryWritableFile target(copy);
+        errors.insert(failure([&] { PartialFile(*file).copyWholeSeconds(target); }));
+        EXPECT_LE(copy.bytes.size(), movie.size());
+    }
+    EXPECT_THAT(errors, testing::ElementsAre("", "ZEB 999 Unerwartetes EOF"));
 }
 
 /// A file of several GiB that contains only zeros after its first bytes. Records the size of the largest
@@ -269,7 +402,7 @@ TEST(MovieDamage, HugeSizeFieldsCauseNoLargeReads) {
         failure([&] { EXPECT_FALSE(reader.nextFrame(false)); });
         reader.readAllAudio();
         EXPECT_TRUE(checkMovie(open, {}).fault.has_value());
-        readMovieFacts(*open());
+        EXPECT_FALSE(PartialFile(*open()).isComplete());
         EXPECT_LT(largestRead, most);
     }
 }

@@ -55,29 +55,16 @@ TEST(PartialFileTest, LimitsIndexAndCountByFileSize) {
     std::fill_n(boasting.begin() + golden::totalFrames, 4, std::uint8_t{0xFF});
     EXPECT_FALSE(factsOf(boasting).isFinished);
     EXPECT_EQ(factsOf(boasting).wholeSeconds, 2);
-}
-
-TEST(PartialFileTest, CutsOffInconsistentBlocks) {
-    constexpr std::size_t block = golden::secondBlock;
-    const struct {
-        const char* what;
-        std::size_t place;
-        Bytes bytes;
-    } cases[] = {
-        {"length beyond the file", block, {0xFF, 0xFF, 0xFF, 0xFF}},
-        {"length one less", block + 3, {0x14}},
-        {"length without room for a sound size", block, {0, 0, 0, 3}},
-        {"sound beyond the block", block + 4, {0xFF, 0xFF, 0xFF, 0xFF}},
-        {"frame beyond the block", block + 11, {0xFF, 0xFF, 0xFF, 0xFF}},
-        {"frame too short", block + 19, {4}},
-    };
-    for (const auto& [what, place, bytes] : cases) {
-        MemoryDisk disk;
-        disk.bytes = golden::unfinishedMovie();
-        std::copy(bytes.begin(), bytes.end(), disk.bytes.begin() + static_cast<std::ptrdiff_t>(place));
-        EXPECT_EQ(finish(disk), 1) << what;
-        EXPECT_EQ(disk.bytes, golden::firstSecondAlone()) << what;
-    }
+    // Three bytes after the last entry are no room for a third one.
+    MemoryDisk odd;
+    odd.bytes = golden::unfinishedMovie();
+    odd.bytes[7] += 3;
+    odd.bytes.insert(odd.bytes.begin() + golden::firstBlock, 3, 0);
+    const Bytes third(odd.bytes.end() - 25, odd.bytes.end());
+    odd.bytes.insert(odd.bytes.end(), third.begin(), third.end());
+    EXPECT_EQ(finish(odd), 3);
+    const auto entry = odd.bytes.begin() + golden::firstBlock - 4;
+    EXPECT_EQ(Bytes(entry, entry + 7), (Bytes{0, 0, 0, golden::secondBlock + 3, 0, 0, 0}));
 }
 
 /// A power loss may keep any subset of the calls since the last flush. The movie must still play: its header
@@ -137,31 +124,20 @@ TEST(PartialFileTest, ReportsFailuresAndKeepsPlayableSeconds) {
     }
 }
 
-/// Four blocks of 1.5 GiB. The third one is the last whose offset fits into 32 bits.
-TEST(PartialFileTest, StopsAtSizeLimitOfFormat) {
+TEST(PartialFileTest, FinishesFileByPath) {
     const TemporaryFolder folder;
-    const auto file = createForWriting(folder.file("beyond.zeb"));
-    constexpr std::uint64_t blockSize = 0x60000000;
-    const Bytes movie = golden::unfinishedMovie();
-    file->write(std::span(movie).first(golden::firstBlock));
-    for (std::uint64_t second = 0; second < 4; ++second) {
-        Bytes start;
-        bigEndian::append32(start, blockSize - 4);
-        bigEndian::append32(start, blockSize - 16);
-        file->seek(golden::firstBlock + second * blockSize);
-        file->write(start);
+    const std::string path = folder.file("movie.zeb");
+    for (const auto& [bytes, result] : {std::pair{golden::unfinishedMovie(), golden::movie()},
+                                        {golden::movie(), golden::movie()},
+                                        {Bytes(), Bytes()}}) {
+        store(path, bytes);
+        if (bytes.empty()) {
+            EXPECT_THROW(finishPartialFile(path), ZEBFormatError);
+        } else {
+            EXPECT_EQ(finishPartialFile(path), 2);
+        }
+        EXPECT_EQ(contents<Bytes>(path), result);
     }
-    file->truncate(golden::firstBlock + 4 * blockSize);
-    EXPECT_EQ(finishPartialFile(folder.file("beyond.zeb")), 3);
-}
-
-/// A sparse file whose header claims 4 GiB must take little memory and little time.
-TEST(PartialFileTest, HandlesHeaderOfGigabytesQuickly) {
-    const TemporaryFolder folder;
-    const auto file = createForWriting(folder.file("hole.zeb"));
-    file->write(Bytes{'Z', 'E', 'B', '1', 0xFF, 0xFF, 0xFF, 0xFF});
-    file->truncate(std::uint64_t{5} << 30);
-    EXPECT_EQ(finishPartialFile(folder.file("hole.zeb")), 0);
 }
 
 }  // namespace

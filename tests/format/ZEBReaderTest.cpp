@@ -13,19 +13,17 @@ namespace {
 using namespace test;
 using golden::Bytes;
 
-TEST(ZEBHeaderTest, ParsesEveryFieldOfGoldenMovie) {
-    const Bytes movie = golden::movie();
+TEST(ZEBHeaderTest, ParsesEveryField) {
+    Bytes movie = golden::movie();
+    for (std::uint8_t byte = 0; byte < 22; ++byte)
+        movie[14U + byte] = static_cast<std::uint8_t>(2 * byte + 1);
     const ZEBHeader header = parseHeader(std::span(movie).subspan(8, golden::firstBlock - 8));
     EXPECT_EQ(header.title, "QL!");
-    EXPECT_EQ(header.width, 16);
-    EXPECT_EQ(header.height, 8);
-    EXPECT_EQ(header.fps, 2);
-    EXPECT_EQ(header.mode, 32);
-    EXPECT_EQ(header.frameCount, 4);
-    EXPECT_EQ(header.blockSize, 25);
-    EXPECT_EQ(header.sampleRate, 20000);
-    EXPECT_EQ(header.audioChannels, 1);
-    EXPECT_EQ(header.options, 1);
+    EXPECT_EQ(
+        std::tuple(header.width, header.height, header.fps, header.mode, header.frameCount, header.blockSize),
+        std::tuple(0x0103, 0x0507, 0x090B, 0x0D0F, 0x11131517, 0x191B1D1F));
+    EXPECT_EQ(std::tuple(header.sampleRate, header.audioChannels, header.options),
+              std::tuple(0x2123, 0x2527, 0x292B));
     EXPECT_THAT(header.indexOffsets, testing::ElementsAre(46, 67));
 }
 
@@ -223,6 +221,12 @@ TEST(ZEBReader, ReadsSoundOrReportsTruncation) {
         Bytes sound;
         EXPECT_EQ(failure([&] { sound = reader.readAllAudio().bytes; }), expected) << size;
         EXPECT_EQ(sound.size(), size == whole.size() ? 9U : expected.empty() ? 3U : 0U) << size;
+    }
+    for (const std::uint8_t rate : {std::uint8_t{0}, std::uint8_t{1}}) {
+        Bytes odd = whole;
+        odd[26] = 0;
+        odd[27] = rate;
+        EXPECT_EQ(readerOf(odd).readAllAudio().bytes.size(), rate * 9U);
     }
 }
 
