@@ -328,6 +328,9 @@ TEST(MovieDamage, ShrinkingFileEndsReading) {
                 if (--left == 0) bytes.resize(20);
             });
         };
+        EXPECT_EQ(failure([&] { readHeader(*open()); }), access > 4 ? "" : "ZEB 999 Unerwartetes EOF");
+        bytes = movie;
+        left = access;
         errors.insert(failure([&] {
             const auto fault = checkMovie(open, {}).fault;
             EXPECT_TRUE(fault || left > 0) << access;

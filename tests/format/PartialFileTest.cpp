@@ -55,16 +55,21 @@ TEST(PartialFileTest, LimitsIndexAndCountByFileSize) {
     std::fill_n(boasting.begin() + golden::totalFrames, 4, std::uint8_t{0xFF});
     EXPECT_FALSE(factsOf(boasting).isFinished);
     EXPECT_EQ(factsOf(boasting).wholeSeconds, 2);
-    // Three bytes after the last entry are no room for a third one.
+    // Three bytes after the last of two entries are no room for a third one. The long title makes all its
+    // bytes count.
     MemoryDisk odd;
-    odd.bytes = golden::unfinishedMovie();
+    MovieParameters parameters = golden::parameters();
+    parameters.title = std::string(300, 'x');
+    ZEBWriter writer(std::make_unique<MemoryWritableFile>(odd), parameters);
+    const std::size_t data = odd.bytes.size();
+    const std::vector<std::span<const std::uint8_t>> frames(2);
+    for (int second = 0; second < 3; ++second)
+        writer.writeSecond({}, frames);
     odd.bytes[7] += 3;
-    odd.bytes.insert(odd.bytes.begin() + golden::firstBlock, 3, 0);
-    const Bytes third(odd.bytes.end() - 25, odd.bytes.end());
-    odd.bytes.insert(odd.bytes.end(), third.begin(), third.end());
+    odd.bytes.insert(odd.bytes.begin() + static_cast<std::ptrdiff_t>(data), 3, 0);
     EXPECT_EQ(finish(odd), 3);
-    const auto entry = odd.bytes.begin() + golden::firstBlock - 4;
-    EXPECT_EQ(Bytes(entry, entry + 7), (Bytes{0, 0, 0, golden::secondBlock + 3, 0, 0, 0}));
+    EXPECT_EQ(wordAt(odd.bytes, data - 4), data + 3 + 16);
+    EXPECT_EQ(wordAt(odd.bytes, data - 1) & 0xFFFFFFU, 0U);
 }
 
 /// A power loss may keep any subset of the calls since the last flush. The movie must still play: its header
