@@ -259,6 +259,7 @@ TEST(Arguments, RejectInvalidValues) {
         EXPECT_THROW(parseExport(words), UsageError) << PrintToString(words);
     for (const Words& words : {Words{"a.zeb", "-o", "b"},
                                {"a.zeb", "-o", "b.avi"},
+                               {"a.zeb", "-o", "b.avi", "--frame", "1"},
                                {"a.zeb", "-o", "b.png"},
                                {"a.zeb", "-o", "%d-%d.png"},
                                {"a.zeb", "-o", "b.mp4", "--frame", "1"},

@@ -88,10 +88,27 @@ TEST_F(EncodeProgram, EstimateMatchesWrittenSize) {
         EXPECT_NEAR(json["bytes"].get<double>() / bytes, 1, mode == "4" ? 0 : 0.05);
         fs::remove(m_movie);
     }
-    const auto text = zeb({"encode", "--estimate", "a.mov", "--audio", "off"}).out;
-    EXPECT_THAT(text, StartsWith("a.mov -> a.zeb: 160x120, 10 frames per second, 0:03, Mode 32\n"));
-    EXPECT_THAT(text, HasSubstr("\n  File size      about "));
-    EXPECT_THAT(text, HasSubstr("\n  4 GiB limit    not reached\n  Free space     "));
+}
+
+TEST_F(EncodeProgram, EstimateReportsMovieBeyondFormat) {
+    makeClip(m_folder.file("second.mkv"),
+             {"-f", "lavfi", "-i", "color=s=1920x1080:r=60:d=1", "-c:v", "mpeg4"});
+    makeClip(m_folder.file("long.mkv"),
+             {"-stream_loop", "149", "-i", m_folder.file("second.mkv"), "-c", "copy"});
+    const std::vector<std::string> words = {"encode", "long.mkv",  "--mode",     "4",
+                                            "--size", "1920x1080", "--progress", "json"};
+    std::vector<std::string> estimate = words;
+    estimate.push_back("--estimate");
+    const auto result = zeb(estimate);
+    EXPECT_EQ(result.exitCode, 1) << result.error;
+    EXPECT_THAT(result.out, HasSubstr("\"fits\":false"));
+    // A run warns of it, after a look at few pictures.
+    ChildProcess run(zebCommand({"encode", "long.mkv", "--size", "1920x1080", "--progress", "json"}),
+                     m_options);
+    nlohmann::json json;
+    for (auto line = run.readLine(); line && json["type"] != "forecast"; line = run.readLine())
+        json = nlohmann::json::parse(*line);
+    EXPECT_EQ(json["samples"], 8);
 }
 
 TEST_F(EncodeProgram, ReplacesOnlyWithForceNeverItsInput) {
@@ -159,10 +176,7 @@ TEST_F(EncodeProgram, KeepsOldMovieUntilNewIsComplete) {
     const auto during = [&](const std::function<void(ChildProcess&)>& happens) {
         ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv", "-o", "a.zeb", "--force"}),
                          m_options);
-        while (const auto line = zeb.readLine()) {
-            const auto json = nlohmann::json::parse(*line);
-            if (json["type"] == "progress" && json["frames"] > 30) break;
-        }
+        awaitFrames(zeb, 30);
         happens(zeb);
         return zeb.finish();
     };
@@ -190,9 +204,11 @@ TEST_F(EncodeProgram, BadInputPrintsOneLineLeavesNothing) {
     fs::create_directory(m_folder.file("folder"));
     fs::create_directory(m_folder.file("folder.zeb"));
     ASSERT_EQ(mkfifo(m_folder.file("pipe.mp4").c_str(), 0600), 0);
-    for (const std::string input : {"missing.mp4", "folder", "text.mp4", "empty.mp4", "sound.wav", "pipe.mp4",
-                                    "list.m3u8", "http://127.0.0.1/a.mp4", "img%03d.png", "/dev/zero"})
+    for (const std::string input :
+         {"missing.mp4", "folder", "text.mp4", "empty.mp4", "sound.wav", "pipe.mp4", "list.m3u8",
+          "http://127.0.0.1/a.mp4", "img%03d.png", "/dev/zero", "[a", "a]"})
         expectFailure({"encode", input, "-o", "new.zeb"}, 3, "zeb: " + input + ": ");
+    expectFailure({"encode", "missing.mp4", "-o", "missing/new.zeb"}, 3, "zeb: missing.mp4: ");
     expectFailure({"encode", "a.mov", "-o", "missing/new.zeb"}, 4, "zeb: missing/new.zeb: ");
     expectFailure({"encode", "a.mov", "-o", "missing/too/"}, 4, "zeb: missing/too/a.zeb: ");
     expectFailure({"encode", "a.mov", "-o", "text.mp4/new.zeb"}, 4, "zeb: text.mp4/new.zeb: ");
@@ -224,10 +240,7 @@ TEST_F(EncodeProgram, WarnsOfIncompleteVideo) {
 TEST_F(EncodeProgram, ShrinkingSourceMakesShorterMovie) {
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
     ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv"}), m_options);
-    while (const auto line = zeb.readLine()) {
-        const auto json = nlohmann::json::parse(*line);
-        if (json["type"] == "progress" && json["frames"] > 60) break;
-    }
+    awaitFrames(zeb, 60);
     fs::resize_file(m_folder.file("long.mkv"), 0);
     const auto result = zeb.finish();
     EXPECT_EQ(result.exitCode, 3);
@@ -243,11 +256,7 @@ TEST_F(EncodeProgram, InterruptMakesShorterMovie) {
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 60, 60);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         ChildProcess zeb(zebCommand({"encode", "--progress", "json", "long.mkv", "a.mov"}), m_options);
-        // Waits until more than a second has been written.
-        while (const auto line = zeb.readLine()) {
-            const auto json = nlohmann::json::parse(*line);
-            if (json["type"] == "progress" && json["frames"] > 60) break;
-        }
+        awaitFrames(zeb, 60);
         const auto start = std::chrono::steady_clock::now();
         zeb.sendSignal(signal);
         const auto result = zeb.finish();

@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 
 #include "cli/commands/InfoText.h"
 #include "cli/encode/ForecastText.h"
-#include "platform/text/NumberText.h"
 #include "platform/text/UTF8.h"
 
 namespace zeb::cli {
@@ -61,33 +59,6 @@ TEST(CliText, EscapesExactlyTheHarmfulRanges) {
 }
 
 TEST(CliText, WritesAndReadsNumbers) {
-    const std::pair<double, const char*> durations[] = {
-        {0, "0:00"},
-        {-3, "0:00"},
-        {0.4, "0:00"},
-        {59.5, "1:00"},
-        {3599, "59:59"},
-        {3600, "1:00:00"},
-        {7259, "2:00:59"},
-        {std::numeric_limits<double>::quiet_NaN(), "0:00"},
-        {std::numeric_limits<double>::infinity(), "1000000000:00:00"},
-    };
-    for (const auto& [seconds, expected] : durations)
-        EXPECT_EQ(durationText(seconds), expected);
-    const std::pair<std::uint64_t, const char*> sizes[] = {
-        {0, "0 bytes"},
-        {1, "1 byte"},
-        {999, "999 bytes"},
-        {1000, "1.0 kB"},
-        {999'949, "999.9 kB"},
-        {999'950, "1.0 MB"},
-        {12'345'678, "12.3 MB"},
-        {999'950'000, "1.0 GB"},
-        {999'950'000'000, "1.0 TB"},
-        {5'000'000'000'000'000, "5000.0 TB"},
-    };
-    for (const auto& [bytes, expected] : sizes)
-        EXPECT_EQ(byteText(bytes), expected);
     EXPECT_EQ(countText(1, "frame", "frames"), "1 frame");
     EXPECT_EQ(countText(0, "frame", "frames"), "0 frames");
     EXPECT_EQ(decimalText(1e300, 2).size(), 304U);

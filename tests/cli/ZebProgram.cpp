@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <utility>
 
@@ -38,6 +39,13 @@ void makeLongClip(const std::string& path, const std::string& size, int fps, int
     makeClip(path, {"-stream_loop", std::to_string(seconds - 1), "-i", second, "-c", "copy"});
 }
 
+void awaitFrames(ChildProcess& zeb, int frames) {
+    while (const auto line = zeb.readLine()) {
+        const auto json = nlohmann::json::parse(*line);
+        if (json["type"] == "progress" && json["frames"] > frames) return;
+    }
+}
+
 void ProgramTest::expectFailure(const std::vector<std::string>& arguments, int exitCode,
                                 const std::string& text) {
     const auto before = m_folder.names();
@@ -47,6 +55,7 @@ void ProgramTest::expectFailure(const std::vector<std::string>& arguments, int e
     EXPECT_THAT(result.error, ::testing::StartsWith("zeb: "));
     EXPECT_THAT(result.error, ::testing::HasSubstr(text));
     EXPECT_EQ(std::ranges::count(result.error, '\n'), 1) << result.error;
+    EXPECT_THAT(result.error, ::testing::Not(::testing::ContainsRegex("[. ] \\(see")));
     EXPECT_EQ(m_folder.names(), before) << text;
 }
 

@@ -26,6 +26,9 @@ void makeClip(const std::string& path, const std::vector<std::string>& arguments
 /// Makes a video without sound that takes long to convert. It repeats one second, whose file stays beside it.
 void makeLongClip(const std::string& path, const std::string& size, int fps, int seconds);
 
+/// Reads lines of `--progress json` until one reports more than `frames` frames.
+void awaitFrames(ChildProcess& zeb, int frames);
+
 /// Runs `zeb` in a temporary folder.
 class ProgramTest : public ::testing::Test {
 protected:

@@ -113,6 +113,8 @@ class ManualTest(unittest.TestCase):
             "\nNot together with \\fB\\-\\-frame\\fR, \\fB\\-\\-at\\fR.\n",
         ):
             self.assertIn(lines, manual)
+        self.assertNotIn("--", manual)
+        self.assertEqual(set(re.findall(r"^\\fI[A-Z]+\\fR is (a \w+|.*)", manual, re.MULTILINE)), {"a whole", "a time"})
         # Sentences end with one full stop. Paragraphs and tables are not empty and are closed.
         self.assertIsNone(re.search(r"[^.]\.\.\n|\n\.PP\n\.(PP|SS|SH|TP)", manual))
         self.assertEqual(re.findall(r"^\.E[EX]$", manual, re.MULTILINE),

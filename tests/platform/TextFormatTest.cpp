@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "platform/text/LocalizedText.h"
+#include "platform/text/NumberText.h"
 #include "platform/text/StringTable.h"
 
 namespace zeb {
@@ -43,6 +44,58 @@ TEST(TextFormatTest, FillsSpecifiersWithMatchingArguments) {
     };
     for (const auto& [format, arguments, expected] : cases)
         EXPECT_EQ(formatText(format, arguments), expected) << format;
+}
+
+TEST(NumberTextTest, FormatsTimesInMinutesAndHours) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const struct {
+        double seconds;
+        const char *duration, *shown, *position;
+    } cases[] = {
+        {0, "0:00", "0:00", "0:00"},
+        {-0.0, "0:00", "0:00", "0:00"},
+        {-0.1, "0:00", "—", "0:00"},
+        {-1, "0:00", "—", "0:00"},
+        {0.4, "0:00", "0:00", "0:00"},
+        {59.4, "0:59", "0:59", "0:59"},
+        {59.5, "1:00", "1:00", "0:59"},
+        {610, "10:10", "10:10", "10:10"},
+        {3599.4, "59:59", "59:59", "59:59"},
+        {3599.5, "1:00:00", "1:00:00", "59:59"},
+        {7259, "2:00:59", "2:00:59", "2:00:59"},
+        {360000, "100:00:00", "100:00:00", "100:00:00"},
+        {0x1p62, "1000000000:00:00", "1281023894007607:45:04", "1281023894007607:45:04"},
+        {0x1p63, "1000000000:00:00", "—", "0:00"},
+        {infinity, "1000000000:00:00", "—", "0:00"},
+        {infinity - infinity, "0:00", "—", "0:00"},
+    };
+    for (const auto& [seconds, duration, shown, position] : cases) {
+        EXPECT_EQ(durationText(seconds), duration) << seconds;
+        EXPECT_EQ(formatDuration(seconds), shown) << seconds;
+        EXPECT_EQ(formatTime(seconds), position) << seconds;
+    }
+}
+
+TEST(NumberTextTest, ChoosesUnitBySize) {
+    const std::tuple<std::uint64_t, const char*, const char*> cases[] = {
+        {0, "0 bytes", "0.0 kB"},
+        {1, "1 byte", "0.0 kB"},
+        {999, "999 bytes", "1.0 kB"},
+        {1000, "1.0 kB", "1.0 kB"},
+        {999'949, "999.9 kB", "999.9 kB"},
+        {999'950, "1.0 MB", "1.0 MB"},
+        {1'051'000, "1.1 MB", "1.1 MB"},
+        {999'949'999, "999.9 MB", "999.9 MB"},
+        {999'950'000, "1.0 GB", "1.0 GB"},
+        {999'949'999'999, "999.9 GB", "999.9 GB"},
+        {999'950'000'000, "1.0 TB", "1.0 TB"},
+        {1'234'000'000'000'000, "1234.0 TB", "1234.0 TB"},
+    };
+    for (const auto& [bytes, english, shown] : cases) {
+        EXPECT_EQ(byteText(bytes), english);
+        EXPECT_EQ(byteCountText(bytes), shown);
+    }
+    EXPECT_EQ(megabytesText(2'500'000'000), "2500.0 MB");
 }
 
 TEST(StringTableTest, ReportsLineOfSyntaxError) {

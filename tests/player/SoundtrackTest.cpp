@@ -8,7 +8,6 @@
 #include <optional>
 #include <vector>
 
-#include "platform/text/NumberText.h"
 #include "player/PlaybackPeriod.h"
 #include "player/SoundtrackPlayer.h"
 #include "player/SoundtrackSource.h"
@@ -135,13 +134,6 @@ TEST(SoundtrackPlayerTest, SoundStaysInStepWithPictures) {
         }
         EXPECT_NEAR(time(), pictures, 0.04) << fault;
     }
-}
-
-TEST(TimeTextTest, FormatsTimesInMinutesAndHours) {
-    const std::pair<double, const char*> cases[] = {{-1, "0:00"},      {59.9, "0:59"},    {61, "1:01"},
-                                                    {3599.9, "59:59"}, {3725, "1:02:05"}, {1e300, "0:00"}};
-    for (const auto& [seconds, text] : cases)
-        EXPECT_EQ(formatTime(seconds), text) << seconds;
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <limits>
 #include <utility>
 
 #include "platform/text/NumberText.h"
@@ -12,30 +11,6 @@ namespace zeb {
 namespace {
 
 using std::chrono::milliseconds;
-
-TEST(DurationTextTest, FormatsDurationsInMinutesAndHours) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    const std::pair<double, const char*> cases[] = {
-        {0, "0:00"},
-        {-0.0, "0:00"},
-        {59.4, "0:59"},
-        {59.5, "1:00"},
-        {609, "10:09"},
-        {610, "10:10"},
-        {3599.4, "59:59"},
-        {3599.5, "1:00:00"},
-        {3723, "1:02:03"},
-        {36610, "10:10:10"},
-        {-0.1, "—"},
-        {360000, "100:00:00"},
-        {infinity, "—"},
-        {infinity - infinity, "—"},
-        {0x1p62, "1281023894007607:45:04"},
-        {0x1p63, "—"},
-    };
-    for (const auto& [seconds, text] : cases)
-        EXPECT_EQ(formatDuration(seconds), text) << seconds;
-}
 
 TEST(RemainingTimeTest, FollowsSmoothedSpeed) {
     const struct {
@@ -63,18 +38,6 @@ TEST(RemainingTimeTest, FollowsSmoothedSpeed) {
     EXPECT_EQ(remaining.etaText(), "—");
     remaining.updateETA(0.5, start + milliseconds(70000));
     EXPECT_EQ(remaining.etaText(), "—") << "the speed is forgotten as well";
-}
-
-TEST(ByteCountTextTest, ChoosesUnitBySize) {
-    const std::pair<std::uint64_t, const char*> cases[] = {
-        {1'049'000, "1.0 MB"},       {1'051'000, "1.1 MB"},
-        {999'949'999, "999.9 MB"},   {999'950'000, "1.0 GB"},
-        {2'500'000'000, "2.5 GB"},   {999'949'999'999, "999.9 GB"},
-        {999'950'000'000, "1.0 TB"}, {1'234'000'000'000'000, "1234.0 TB"},
-    };
-    for (const auto& [bytes, text] : cases)
-        EXPECT_EQ(byteCountText(bytes), text) << bytes;
-    EXPECT_EQ(megabytesText(2'500'000'000), "2500.0 MB");
 }
 
 TEST(ForecastTextTest, ShowsSizeOrProblemWithSuggestion) {
