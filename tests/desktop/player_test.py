@@ -3,44 +3,14 @@
 import os
 import re
 import shutil
-import struct
 import subprocess
 import unittest
-import zlib
 
 from desktop import DesktopTest, PATIENCE, await_equal, await_value
 
 WIDTH, HEIGHT, FRAMES = 360, 200, 40
 PLAYER_CONTROLS = ["ZEB Maker", "Beginning", "One frame back", "Play", "Stop", "One frame forward", "End", "Reload",
                    "Play in a loop", "Mode 32 colours", "Close"]
-
-
-def read_png(path):
-    """Decodes a PNG file written by zeb (8 bits, no palette) into red, green and blue bytes."""
-    data, place, packed = path.read_bytes(), 8, b""
-    while place < len(data):
-        length, kind = struct.unpack_from(">I4s", data, place)
-        body = data[place + 8:place + 8 + length]
-        if kind == b"IHDR":
-            width, height, _, colours = struct.unpack_from(">IIBB", body)
-        packed += body if kind == b"IDAT" else b""
-        place += length + 12
-    depth = {2: 3, 6: 4}[colours]
-    rows, pixels, above = zlib.decompress(packed), bytearray(), bytes(width * depth)
-    for row in range(height):
-        start = row * (width * depth + 1)
-        line, kind = bytearray(rows[start + 1:start + 1 + width * depth]), rows[start]
-        for index, _ in enumerate(line):
-            left = line[index - depth] if index >= depth else 0
-            corner = above[index - depth] if index >= depth else 0
-            up = above[index]
-            near = min((abs(up - corner), 0, left), (abs(left - corner), 1, up),
-                       (abs(left + up - 2 * corner), 2, corner))[2]
-            line[index] = (line[index] + [0, left, up, (left + up) // 2, near][kind]) % 256
-        above = line
-        for index in range(0, len(line), depth):
-            pixels += line[index:index + 3]
-    return width, height, bytes(pixels)
 
 
 class PlayerTest(DesktopTest):
@@ -85,7 +55,9 @@ class PlayerTest(DesktopTest):
                     self.zeb("export", "--frame", frame, "--scale", 2, "-o", reference, movie)
                     self.desktop.keys(*{0: ["Home"], 1: ["Home", "Right"]}.get(frame, ["End"]))
                     self.await_counter(application, frame + 1)
-                    expected = self.inner(read_png(reference)[2])
+                    pixels = subprocess.run(["ffmpeg", "-v", "error", "-i", reference, "-f", "rawvideo", "-pix_fmt", "rgb24",
+                                             "-"], capture_output=True, check=True)
+                    expected = self.inner(pixels.stdout)
                     await_equal(lambda: self.inner(self.desktop.picture(*self.frame(application))) == expected, True,
                                 "exact pixels")
             application.stop()
@@ -239,25 +211,6 @@ class PlayerTest(DesktopTest):
         application = self.start(missing, self.movies / "movie4.zeb")
         await_equal(lambda: sorted(self.desktop.titles(application.process.pid)), ["ZEB Maker", "movie4"])
         application.find("label", f"This movie does not exist: {missing}")
-
-    def test_changed_movie_is_read_again(self):
-        movie = self.folder / "film.zeb"
-        shutil.copy(self.movies / "movie32.zeb", movie)
-        application = self.open(movie, title="film")
-        self.desktop.keys("End")
-        self.await_counter(application, FRAMES)
-        # An unchanged movie is raised as it is. A changed one is opened again in the same window.
-        self.assertEqual(self.start(movie).await_end(), 0)
-        self.await_counter(application, FRAMES)
-        shutil.copy(self.movies / "movie4.zeb", movie)
-        self.assertEqual(self.start(movie).await_end(), 0)
-        application.find("label", "Mode 4")
-        self.await_counter(application, 1)
-        self.assertEqual(self.desktop.titles(application.process.pid), ["film"])
-        movie.unlink()
-        self.desktop.keys("r", "space")
-        application.find("label", f"This movie does not exist: {movie}")
-        application.find("label", "No picture")
 
     def test_windows_cascade_shrink_and_maximise(self):
         paths = [self.movies / "movie32.zeb", self.movies / "movie4.zeb", self.folder / "third.zeb"]
