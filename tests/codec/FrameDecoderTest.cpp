@@ -278,14 +278,9 @@ TEST(FrameDecoder, DecodesRawPixelsWithoutSprite) {
     EXPECT_TRUE(pixels(decoder, {}, 0, 0).empty());
     // A size in front of the pixels overrides the size of the movie.
     const auto sized = [](int width, int height, const Bytes& rest) {
-        Bytes record{static_cast<std::uint8_t>(width >> 8),
-                     static_cast<std::uint8_t>(width),
-                     static_cast<std::uint8_t>(height >> 8),
-                     static_cast<std::uint8_t>(height),
-                     0,
-                     0,
-                     0,
-                     0};
+        const Bytes header = sprite(0, 0, 0, width, height, {});
+        Bytes record(header.begin() + 4, header.begin() + 8);
+        record.resize(8);
         record.insert(record.end(), rest.begin(), rest.end());
         return record;
     };

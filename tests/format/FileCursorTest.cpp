@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "tests/format/MemoryFile.h"
 
 namespace zeb {

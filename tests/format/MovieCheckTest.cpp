@@ -184,26 +184,5 @@ TEST(MovieCheck, StopsAtAnyFrameWhenCancelled) {
     }
 }
 
-TEST(MovieCheck, ChecksEveryHeaderAndRecordByte) {
-    // Title, pixels and sound may have any value. Inverting any other byte must be reported.
-    const Bytes good = movie();
-    const auto isFree = [](std::size_t place) {
-        const bool isTitle = place >= 10 && place < fields - 1;
-        const bool isLoop = place == fields + 21;  // bit 0 may be set
-        const std::size_t inRecord = place - (firstFrame + 4);
-        // The form and origin of a sprite are not checked. The mask pointer and the pixels may vary.
-        const bool isPixels = place >= firstFrame + 4 && (inRecord == 0 || inRecord == 2 || inRecord >= 8);
-        return isTitle || isLoop || isPixels;
-    };
-    for (std::size_t place = 0; place < firstFrame + 4 + recordBytes; ++place) {
-        if (place == data + 8) place = firstFrame;  // skips the sound
-        Bytes bytes = good;
-        bytes[place] ^= 0xFF;
-        if (!isFree(place)) {
-            EXPECT_NE(verdict(bytes).substr(0, 5), "right") << "byte " << place;
-        }
-    }
-}
-
 }  // namespace
 }  // namespace zeb
