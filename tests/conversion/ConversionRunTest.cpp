@@ -312,24 +312,6 @@ TEST_F(ConversionRunTest, SoundFailureStopsBusyDecoder) {
     EXPECT_FALSE(fs::exists(output));
 }
 
-TEST_F(ConversionRunTest, ReplacesFilesAndLinksButNoFolder) {
-    const std::string target = folder.file("target");
-    test::store(target, "precious");
-    fs::create_symlink(target, output);
-    convert();
-    EXPECT_FALSE(fs::is_symlink(output));
-    EXPECT_EQ(test::contents<Bytes>(target).size(), 8u);
-    EXPECT_THAT(folder.names(), testing::ElementsAre("film.zeb", "target"));
-
-    output = folder.file("folder");
-    fs::create_directory(output);
-    EXPECT_THROW(convert(), OutputError);
-    EXPECT_TRUE(fs::is_directory(output));
-
-    output = folder.file("missing/film.zeb");
-    EXPECT_EQ(converterError(), ZEBConverterError::Case::cannotCreateOutput);
-}
-
 /// The n-th operation on the output fails, once or permanently. The file must contain its complete seconds,
 /// and the caller gets the error.
 TEST_F(ConversionRunTest, EveryDiskFailureLeavesWholeSeconds) {

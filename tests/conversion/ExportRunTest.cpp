@@ -180,22 +180,6 @@ Bytes word(std::uint64_t value) {
     return bytes;
 }
 
-TEST_F(Export, FollowsIndexOnlyToMatchingSecond) {
-    constexpr std::uint64_t indexOfSecond1 = 8 + 2 + 24 + 4;
-    writeMovie();
-    for (const std::uint64_t offset :
-         {std::uint64_t{0}, std::uint64_t{4}, blockOffset(0), blockOffset(1) + 1, blockOffset(1) + 8,
-          blockOffset(2), blockOffset(3), std::uint64_t{0xFFFFFFFF}}) {
-        overwrite(indexOfSecond1, word(offset));
-        EXPECT_THAT(redsOf({.kind = Kind::picture, .frame = 5}), ElementsAre(5)) << offset;
-        EXPECT_THAT(redsOf({.kind = Kind::picture, .at = 1'500'000}), ElementsAre(6)) << offset;
-        EXPECT_THAT(redsOf({.from = 1'750'000}), ElementsAre(7, 8, 9, 10, 11)) << offset;
-        EXPECT_EQ(run({.kind = Kind::sound, .from = 1'000'000}).seconds, 2) << offset;
-        EXPECT_EQ(fs::file_size(m_folder.file("out")), 44U + 2 * soundBytes) << offset;
-        fs::remove(m_folder.file("out"));
-    }
-}
-
 TEST_F(Export, KeepsSoundInTimeDespiteDamage) {
     const auto exported = [this](const ExportSettings& settings) {
         const double length = run(settings).seconds;

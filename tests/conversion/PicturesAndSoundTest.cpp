@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -9,6 +8,7 @@
 #include "conversion/plan/AudioTrack.h"
 #include "conversion/sound/SoundBytes.h"
 #include "conversion/sound/WAVFile.h"
+#include "tests/doubles/CountingFile.h"
 #include "tests/format/MemoryFile.h"
 
 namespace zeb {
@@ -109,30 +109,16 @@ TEST(WAVFile, CountsBytesAndPaddingInHeader) {
     }
 }
 
-/// Counts bytes and stores none.
-struct Counter final : WritableFile {
-    void write(std::span<const std::span<const std::uint8_t>> pieces) override {
-        for (const auto piece : pieces)
-            count += piece.size();
-    }
-    void seek(std::uint64_t) override {}
-    std::uint64_t seekToEnd() override { return count; }
-    void truncate(std::uint64_t) override {}
-    void synchronise() override {}
-    void close() override {}
-    std::uint64_t count = 0;
-};
-
 TEST(WAVFile, EndsAtLimitOfSizeFields) {
     constexpr std::uint64_t most = 0xFFFFFFFF - 36 - 1;  // leaves room for a padding byte
     const std::uint8_t byte = 0;
-    Counter file;
+    fake::CountingFile file;
     WAVFile wav(file, 2, 20000);
     wav.add(std::span(&byte, most - 1));
     EXPECT_THROW(wav.add(std::span(&byte, 2)), ExportError);
     wav.add(std::span(&byte, 1));
     EXPECT_THROW(wav.add(std::span(&byte, 1)), ExportError);
-    EXPECT_EQ(file.count, 44 + most);
+    EXPECT_EQ(file.position, 44 + most);
 }
 
 }  // namespace

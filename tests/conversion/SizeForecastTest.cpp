@@ -14,6 +14,7 @@
 #include "format/ZEBErrors.h"
 #include "format/ZEBWriter.h"
 #include "platform/files/FileManager.h"
+#include "tests/doubles/CountingFile.h"
 #include "tests/doubles/FakeMedia.h"
 #include "tests/platform/TemporaryFolder.h"
 
@@ -105,18 +106,6 @@ TEST(MovieSize, Mode32UpperBoundIsReached) {
     }
 }
 
-/// Accepts any number of bytes and stores none.
-class Drain final : public WritableFile {
-public:
-    void write(std::span<const std::span<const std::uint8_t>>) override {}
-    void seek(std::uint64_t) override {}
-    std::uint64_t seekToEnd() override { return 0; }
-    void truncate(std::uint64_t) override {}
-    void synchronise() override {}
-    void startWriteback() noexcept override {}
-    void close() override {}
-};
-
 TEST(MovieSize, PredictsSecondThatWriterRejects) {
     const struct {
         std::vector<std::uint64_t> records;
@@ -138,7 +127,7 @@ TEST(MovieSize, PredictsSecondThatWriterRejects) {
         plan.totalFrames = c.seconds * c.fps;
         const MovieSize size(plan, "", c.channels, c.records);
 
-        ZEBWriter writer(std::make_unique<Drain>(),
+        ZEBWriter writer(std::make_unique<fake::CountingFile>(),
                          {"", 64, 64, c.fps, 32, plan.totalFrames, c.seconds, c.channels, false});
         const std::vector<std::uint8_t> bytes(*std::ranges::max_element(c.records));
         const std::vector<std::uint8_t> sound(static_cast<std::size_t>(c.channels) * 20000);

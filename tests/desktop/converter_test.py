@@ -260,17 +260,6 @@ class ConverterTest(DesktopTest):
                 await_equal(movie.exists, answer == "Keep")
                 movie.unlink(missing_ok=True)
 
-        # Closing the window during a run asks the user.
-        application.find("push button", "Convert").click()
-        self.await_progress(application)
-        self.desktop.keys("ctrl+w")
-        application.find("push button", "Go On").click()
-        application.await_gone("push button", "Go On")
-        application.find("push button", "Converting…")
-        self.desktop.keys("ctrl+q")
-        application.find("push button", "Stop and Quit").click()
-        self.assertEqual(application.await_end(), 0)
-
     def test_presets_are_edited_and_stored(self):
         application = self.open()
         self.desktop.keys("ctrl+comma")

@@ -93,13 +93,6 @@ class Control:
         x, y = self.at(across, down)
         self.desktop.xdotool("mousemove", x, y, *(["click", 1] * times))
 
-    def drag(self, start, *stops):
-        """Presses at one part of the width, drags to another one and releases."""
-        self.desktop.xdotool("mousemove", *self.at(start), "mousedown", 1)
-        for stop in stops:
-            self.desktop.xdotool("mousemove", *self.at(stop))
-        self.desktop.xdotool("mouseup", 1)
-
 
 class Application:
     """One running instance of zebmaker."""

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -18,7 +17,7 @@
 /// A media layer for tests: videos are defined in code instead of read from files.
 namespace zeb::fake {
 
-/// A picture of stripes and blocks with colours derived from a seed. Counts its draws.
+/// A picture of stripes and blocks with colours derived from a seed.
 class FakePicture final : public Picture {
 public:
     explicit FakePicture(std::uint32_t seed, bool canBeDrawn = true)
@@ -28,7 +27,6 @@ public:
     int height() const override { return 480; }
 
     void draw(const BitmapContext& bitmap) const override {
-        ++m_draws;
         if (!m_canBeDrawn)
             throw PlatformError("Fake", 1, "The picture cannot be drawn.", {"The picture cannot be drawn."});
         std::size_t at = 0;
@@ -44,12 +42,9 @@ public:
         }
     }
 
-    int draws() const { return m_draws; }
-
 private:
     std::uint32_t m_seed;
     bool m_canBeDrawn;
-    mutable std::atomic<int> m_draws = 0;
 };
 
 /// A buffer of decoded sound.
@@ -89,7 +84,6 @@ inline FakeFilm::Sound soundOf(std::vector<FakeSamples> buffers) {
 /// Requests that readers of a video received. Guarded by `mutex`.
 struct FakeRecord {
     std::mutex mutex;
-    std::optional<GrabSchedule> schedule;
     std::vector<double> grabTimes;
     std::vector<double> nearbyTimes;
     std::vector<std::string> opened;        ///< names of opened videos
@@ -102,10 +96,7 @@ public:
                        IsCancelled isCancelled)
         : m_film(std::move(film)), m_record(std::move(record)), m_isCancelled(std::move(isCancelled)) {}
 
-    void expect(const GrabSchedule& schedule) override {
-        const std::lock_guard lock(m_record->mutex);
-        m_record->schedule = schedule;
-    }
+    void expect(const GrabSchedule&) override {}
 
     std::shared_ptr<const Picture> copyImage(MediaTime time) override {
         {

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "Clips.h"
+#include "tests/doubles/CountingFile.h"
 
 namespace zeb {
 namespace {
@@ -164,30 +165,10 @@ TEST(FilmWriter, ReportsUnsupportedSizeInOneLine) {
     }
 }
 
-/// A disk that is full after `room` bytes.
-class FullDisk final : public WritableFile {
-public:
-    explicit FullDisk(std::uint64_t room) : m_room(room) {}
-    void seek(std::uint64_t offset) override { m_position = offset; }
-    std::uint64_t seekToEnd() override { return m_position; }
-    void write(std::span<const std::span<const std::uint8_t>> pieces) override {
-        for (const auto piece : pieces)
-            m_position += piece.size();
-        if (m_position > m_room) throw FileError("disk", ENOSPC);
-    }
-    void truncate(std::uint64_t) override {}
-    void synchronise() override {}
-    void close() override {}
-
-private:
-    std::uint64_t m_room;
-    std::uint64_t m_position = 0;
-};
-
 TEST(FilmWriter, ReportsFullDiskAsFileError) {
     for (const FilmFormat format : {mp4, matroska, webm, gif}) {
         for (const std::uint64_t room : {0, 10, 2000}) {
-            FullDisk disk(room);
+            fake::CountingFile disk(room);
             EXPECT_THROW(write(disk, {format, width, height, fps, 0, 0, false}, pictureCount), FileError)
                 << static_cast<int>(format) << " " << room;
         }

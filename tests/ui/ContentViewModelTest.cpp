@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
 #include <utility>

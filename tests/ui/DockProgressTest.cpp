@@ -2,7 +2,6 @@
 
 #include <limits>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "tests/doubles/HandDrivenMainActor.h"

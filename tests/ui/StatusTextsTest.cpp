@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <utility>
 
 #include "platform/text/NumberText.h"
 #include "ui/model/MovieTexts.h"
