@@ -28,6 +28,7 @@
 #include "player/window/ZEBPlayerWindowManager.h"
 #include "tests/doubles/FakeMedia.h"
 #include "tests/doubles/FakeUserDefaults.h"
+#include "tests/platform/OffscreenApplication.h"
 #include "tests/platform/TemporaryFolder.h"
 #include "tests/player/RecordingOutput.h"
 
@@ -62,19 +63,12 @@ void writeMovie(const std::string& path) {
 class PlayerWindowTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        static int argc = 1;
-        static char name[] = "test";
-        static char* argv[] = {name, nullptr};
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qputenv("QT_QUICK_BACKEND", "software");
-        s_application = std::make_unique<QGuiApplication>(argc, argv);
+        ::qputenv("QT_QUICK_BACKEND", "software");
+        test::needApplication();
         QGuiApplication::setQuitOnLastWindowClosed(false);
         QQuickStyle::setStyle("ZEBStyle");
         QQuickStyle::setFallbackStyle("Fusion");
     }
-    // Destroyed before process exit, when objects that it refers to still exist.
-    static void TearDownTestSuite() { s_application.reset(); }
-
     PlayerWindowTest() {
         qInstallMessageHandler(failOnWarning);
         engine.addImportPath("qrc:/qt/qml");
@@ -102,7 +96,9 @@ protected:
         QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, control->mapToScene(middle).toPoint());
     }
 
-    static inline std::unique_ptr<QGuiApplication> s_application;
+    std::function<void()> note(const char* what) {
+        return [this, what] { called.emplace_back(what); };
+    }
 
     test::TemporaryFolder folder;
     const std::string movie = folder.file("movie.zeb");
@@ -116,6 +112,16 @@ protected:
     QQuickWindow maker;
     ZEBPlayerWindowManager windows{
         {engine, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults, notifications, {}}};
+    /// A sheet without a window, and the commands that it has called.
+    std::vector<std::string> called;
+    PlayerSheetModel sheet{movie,
+                           {makeFileMovieReader, output, mainActor, tasks, clock},
+                           defaults,
+                           notifications,
+                           {note("close"),
+                            note("maker"),
+                            {note("choose"), note("play"), note("settings"), note("help"),
+                             [this](const URL& url) { called.push_back(url.text()); }}}};
 };
 
 TEST_F(PlayerWindowTest, ReusesOneWindowPerMovie) {
@@ -147,7 +153,7 @@ TEST_F(PlayerWindowTest, ReusesOneWindowPerMovie) {
 TEST_F(PlayerWindowTest, ReopensMovieThatHasChanged) {
     QQuickWindow* window = open(movie);
     ASSERT_TRUE(window);
-    PlayerSheetModel& sheet = sheetOf(window);
+    PlayerSheetModel& shown = sheetOf(window);
     const auto time = std::filesystem::last_write_time(movie);
     const struct {
         const char* change;
@@ -171,16 +177,16 @@ TEST_F(PlayerWindowTest, ReopensMovieThatHasChanged) {
         {"reloaded since", false,
          [&] {
              std::filesystem::last_write_time(movie, time);
-             sheet.appear();
-             sheet.toEnd();
+             shown.appear();
+             shown.toEnd();
          }},
         {"its absence", true, [&] { std::filesystem::remove(movie); }},
     };
     for (const auto& [change, isOpenedAgain, make] : cases) {
-        sheet.toEnd();
+        shown.toEnd();
         make();
         EXPECT_EQ(open(movie), window) << change;
-        EXPECT_EQ(sheet.model()->displayedFrameIndex(), isOpenedAgain ? 0 : 39) << change;
+        EXPECT_EQ(shown.model()->displayedFrameIndex(), isOpenedAgain ? 0 : 39) << change;
     }
     EXPECT_EQ(windows.windowCount(), 1U);
 }
@@ -206,8 +212,6 @@ TEST_F(PlayerWindowTest, WindowsDoNotCoverEachOther) {
 }
 
 TEST_F(PlayerWindowTest, TimeAndCounterFollowTheSlider) {
-    PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
-                           notifications, {});
     sheet.appear();
     sheet.setScrubbing(true);
     for (const auto& [frame, text] :
@@ -221,12 +225,6 @@ TEST_F(PlayerWindowTest, TimeAndCounterFollowTheSlider) {
 }
 
 TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
-    std::vector<std::string> called;
-    const auto note = [&called](const char* what) { return [&called, what] { called.emplace_back(what); }; };
-    const PlayerCommands commands{note("choose"), note("play"), note("settings"), note("help"),
-                                  [&called](const URL& url) { called.push_back(url.text()); }};
-    PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
-                           notifications, {note("close"), note("maker"), commands});
     bool isEnabled = false;  // the slider, as the window was told last
     QObject::connect(&sheet, &PlayerSheetModel::positionChanged, [&] { isEnabled = sheet.sliderEnabled(); });
     EXPECT_TRUE(sheet.handleKey(Qt::Key_R, Qt::NoModifier)) << "opens it";
@@ -286,8 +284,6 @@ TEST_F(PlayerWindowTest, KeysMoveThroughTheMovie) {
 }
 
 TEST_F(PlayerWindowTest, LoopAndColoursApplyToAllWindows) {
-    PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
-                           notifications, {});
     std::vector<int> readings;
     std::vector<bool> loops;
     QObject::connect(&sheet, &PlayerSheetModel::storedMode32Changed,
@@ -332,8 +328,6 @@ TEST_F(PlayerWindowTest, FrameFillsTheAvailableSpace) {
 }
 
 TEST_F(PlayerWindowTest, FrameIsDrawnPixelByPixel) {
-    PlayerSheetModel sheet(movie, {makeFileMovieReader, output, mainActor, tasks, clock}, defaults,
-                           notifications, {});
     QQuickWindow window;
     window.setColor(Qt::white);
     window.resize(768, 420);
