@@ -146,22 +146,6 @@ TEST_F(EncodeProgram, FinishesWhenOutputPipeIsClosed) {
     EXPECT_EQ(rightMovie(m_movie).seconds, 3);
 }
 
-TEST_F(EncodeProgram, FullDiskKeepsWholeSeconds) {
-    ASSERT_EQ(zeb({"encode", "a.mov"}).exitCode, 0);
-    for (const bool isLate : {true, false}) {
-        m_options.fileSizeLimit = isLate ? fs::file_size(m_movie) * 9 / 10 : 1000;
-        const auto result = zeb({"encode", "a.mov", "--force"});
-        EXPECT_EQ(result.exitCode, 4);
-        const std::string outcome = isLate ? "was finished after 2 seconds and plays as a shorter movie; "
-                                             "the previous movie is now a.previous.zeb\n"
-                                           : "contained no complete second and was removed; "
-                                             "the previous movie was restored\n";
-        EXPECT_EQ(result.error, "zeb: a.zeb: File too large; a.zeb " + outcome);
-        EXPECT_EQ(rightMovie(m_movie).seconds, 2);
-        EXPECT_EQ(rightMovie(m_folder.file("a.previous.zeb")).seconds, 3);
-    }
-}
-
 TEST_F(EncodeProgram, KeepsOldMovieUntilNewIsComplete) {
     makeLongClip(m_folder.file("long.mkv"), "1280x720", 30, 60);
     store(m_folder.file("text.mp4"), "This is no video.\n");
@@ -201,6 +185,18 @@ TEST_F(EncodeProgram, BadInputPrintsOneLineLeavesNothing) {
     for (const std::vector<std::string>& words :
          {std::vector<std::string>{}, {"info"}, {"encode", ""}, {"encode", "a.mov", "--mode", "\x1b[2J\n"}})
         expectFailure(words, 2, "");
+}
+
+TEST_F(EncodeProgram, WarnsOfIncompleteVideo) {
+    makeClip(m_folder.file("whole.mp4"),
+             {"-f", "lavfi", "-i", "testsrc=s=160x120:r=10:d=20", "-c:v", "mpeg4", "-movflags", "faststart"});
+    const std::string bytes = contents(m_folder.file("whole.mp4"));
+    store(m_folder.file("cut.mp4"), bytes.substr(0, bytes.size() / 3));
+    for (const std::string option : {"--force", "--estimate"}) {
+        const auto result = zeb({"encode", "cut.mp4", "--progress", "none", option});
+        EXPECT_THAT(result.error, StartsWith("zeb: cut.mp4: The film breaks off at 0:0"));
+        EXPECT_EQ(std::ranges::count(result.error, '\n'), 1) << result.error;
+    }
 }
 
 TEST_F(EncodeProgram, InterruptMakesShorterMovie) {

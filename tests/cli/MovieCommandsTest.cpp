@@ -45,27 +45,11 @@ TEST_F(InfoProgram, ShowsEveryFileDespiteFailures) {
 }
 
 TEST_F(InfoProgram, ErrorsFollowLanguageOfEnvironment) {
-    store(m_folder.file("text.mp4"), "no film\n");
     store(m_folder.file("text.zeb"), "no movie\n");
-    const struct {
-        std::vector<std::string> arguments;
-        const char* english;
-        const char* german;
-    } cases[] = {
-        {{"info", "text.zeb"}, "zeb: text.zeb: Not a ZEB1 file\n", "zeb: text.zeb: Kein ZEB1-File\n"},
-        {{"verify", "gone.zeb"},
-         "zeb: gone.zeb: No such file or directory\n",
-         "zeb: gone.zeb: Datei oder Ordner nicht gefunden\n"},
-        {{"encode", "text.mp4", "-o", "n.zeb"},
-         "zeb: text.mp4: This is not a video file that can be read\n",
-         "zeb: text.mp4: Das ist keine Videodatei, die sich lesen lässt\n"},
-    };
-    for (const auto& [arguments, english, german] : cases) {
-        m_options.environment = {"LC_ALL=C"};
-        EXPECT_EQ(zeb(arguments).error, english);
-        m_options.environment = {"LC_ALL=de_DE.UTF-8", "LANGUAGE="};
-        EXPECT_EQ(zeb(arguments).error, german);
-    }
+    m_options.environment = {"LC_ALL=C"};
+    EXPECT_EQ(zeb({"verify", "text.zeb"}).error, "zeb: text.zeb: Not a ZEB1 file\n");
+    m_options.environment = {"LC_ALL=de_DE.UTF-8", "LANGUAGE="};
+    EXPECT_EQ(zeb({"verify", "text.zeb"}).error, "zeb: text.zeb: Kein ZEB1-File\n");
 }
 
 TEST_F(InfoProgram, EveryCommandRejectsRemoteAddresses) {

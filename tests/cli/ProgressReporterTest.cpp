@@ -145,15 +145,6 @@ TEST(ProgressLines, ShowPartsThatFitTheWidth) {
     EXPECT_EQ(fittedLine("a\u00e4\tbc", 6), "a\u00e4\\x0");
 }
 
-TEST(ProgressLines, NeverExceedTerminalWidth) {
-    for (int columns = 1; columns < 120; ++columns) {
-        for (const std::int64_t frames : {0, 1, 249, 250}) {
-            const ProgressState state{frames, 250, 25, 999'999'999'999, 12345.6, 86399};
-            EXPECT_LT(barLine(state, columns).size(), static_cast<std::size_t>(columns));
-        }
-    }
-}
-
 TEST(SpeedMeter, AveragesOverLastTenSeconds) {
     using std::chrono::milliseconds;
     const SpeedMeter::TimePoint start{};

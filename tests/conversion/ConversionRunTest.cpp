@@ -365,58 +365,6 @@ TEST_F(ConversionRunTest, EveryDiskFailureLeavesWholeSeconds) {
     }
 }
 
-/// The run reports success only if the output is still its file, and leaves files of other processes alone.
-TEST_F(ConversionRunTest, LeavesFilesOfOtherProcessesAlone) {
-    using Case = OutputError::Case;
-    const std::string other = folder.file("film.previous.zeb");
-    const struct {
-        std::string event;  ///< "create": before the file is created, "write": while it is written
-        std::function<void()> happens;
-        Case expected;
-        std::string left;  ///< content of the output path
-        std::string previous;
-    } cases[] = {
-        {"create", [&] { test::store(output, "theirs"); }, Case::appeared, "theirs", ""},
-        {"write", [&] { fs::remove(output); }, Case::removed, "", ""},
-        {"write", [&] { fs::rename(output, folder.file("moved")); }, Case::removed, "", ""},
-        {"write", [&] { fs::remove(output), test::store(output, "theirs"); }, Case::replaced, "theirs", ""},
-        {"old create", [&] { test::store(output, "theirs"); }, Case::appeared, "theirs", "old"},
-        {"old write", [&] { fs::remove(output); }, Case::removed, "old", ""},
-        {"old write", [&] { fs::remove(output), test::store(output, "theirs"); }, Case::replaced, "theirs",
-         "old"},
-    };
-    for (const auto& [event, happens, expected, left, previous] : cases) {
-        SCOPED_TRACE(event + " " + std::to_string(static_cast<int>(expected)));
-        fs::remove(other);
-        fs::remove(output);
-        if (event.starts_with("old")) test::store(output, "old");
-        bool hasHappened = false;
-        const auto once = [&, happens = happens] {
-            if (!std::exchange(hasHappened, true)) happens();
-        };
-        callbacks.planned = {};
-        callbacks.advanced = {};
-        if (event.ends_with("create")) {
-            callbacks.planned = [&](const ConversionPlan&) { once(); };
-        } else {
-            callbacks.advanced = [&](std::int64_t, std::uint64_t) { once(); };
-        }
-        OutputPlace place(
-            output,
-            {event.starts_with("old") ? OutputTerms::Existing::replace : OutputTerms::Existing::keep, {}});
-        std::optional<Case> error;
-        try {
-            ConversionRun(library, 2).convert(input, place, settingsOf(), callbacks);
-        } catch (const OutputError& failure) {
-            error = failure.errorCase();
-        }
-        EXPECT_EQ(error, expected);
-        place.putBack();
-        EXPECT_EQ(test::contents(output), left);
-        EXPECT_EQ(test::contents(other), previous);
-    }
-}
-
 TEST_F(ConversionRunTest, ReportsEachFrameOnceWithBytesWritten) {
     const ExpectedMovie expected = expectedMovie(settingsOf(), 2);
     std::int64_t last = 0;

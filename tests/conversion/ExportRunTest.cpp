@@ -220,16 +220,11 @@ TEST_F(Export, KeepsSoundInTimeDespiteDamage) {
 
 TEST_F(Export, ExportsAllFramesOfTornMovie) {
     writeMovie({}, false);
-    const Bytes whole = test::contents<Bytes>(m_movie);
-    // Every cut within the frames of the last second, and some before them.
-    for (std::uint64_t size = whole.size(); size >= blockOffset(2) + 8 + soundBytes - 4; --size) {
-        fs::resize_file(m_movie, size);
-        const auto frames =
-            static_cast<std::int64_t>(size - std::min<std::uint64_t>(size, blockOffset(2) + 8 + soundBytes)) /
-            8;
+    for (const int frames : {3, 2, 0}) {  // of the last second, and a part of the next one
+        fs::resize_file(m_movie, blockOffset(2) + 8 + soundBytes + 8U * static_cast<unsigned>(frames) + 7);
         const std::vector<int> reds = redsOf({});
-        EXPECT_EQ(static_cast<std::int64_t>(reds.size()), 8 + frames) << size;
-        EXPECT_EQ(m_films.taken.sound.size(), reds.size() * soundBytes / fps) << size;
+        EXPECT_EQ(reds.size(), 8U + static_cast<unsigned>(frames));
+        EXPECT_EQ(m_films.taken.sound.size(), reds.size() * soundBytes / fps);
     }
     fs::resize_file(m_movie, blockOffset(2) + 8 + 5);
     EXPECT_EQ(run({.kind = Kind::sound}).bytes, 44U + 2 * soundBytes + 5);

@@ -6,6 +6,8 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <functional>
+#include <optional>
 
 #include "tests/platform/TemporaryFolder.h"
 
@@ -157,6 +159,44 @@ TEST_F(OutputPlaceTest, DestructionRestoresUnreplacedFile) {
     write(made);
     made.putBack();
     EXPECT_FALSE(fs::exists(folder.file("new")));
+}
+
+/// Success is reported only if the output is still the file that was created. Files of other processes stay.
+TEST_F(OutputPlaceTest, LeavesFilesOfOtherProcessesAlone) {
+    const auto putTheirs = [this] { fs::remove(path), test::store(path, "theirs"); };
+    const struct {
+        bool isEarly;  ///< before the file is created
+        std::function<void()> happens;
+        Case expected;
+        std::string left, leftOfOld;  ///< content of the output path without and with an old file
+    } cases[] = {
+        {true, putTheirs, Case::appeared, "theirs", "theirs"},
+        {false, [this] { fs::remove(path); }, Case::removed, "", "old"},
+        {false, [this] { fs::rename(path, folder.file("moved")); }, Case::removed, "", "old"},
+        {false, putTheirs, Case::replaced, "theirs", "theirs"},
+    };
+    for (const auto& [isEarly, happens, expected, left, leftOfOld] : cases) {
+        for (const bool hasOld : {false, true}) {
+            fs::remove(path);
+            fs::remove(folder.file("film.previous.zeb"));
+            if (hasOld) test::store(path, "old");
+            OutputPlace output(path, {hasOld ? replace : keep, refuse});
+            output.setAside();
+            std::optional<Case> error;
+            try {
+                if (isEarly) happens();
+                write(output);
+                if (!isEarly) happens();
+                output.commit();
+            } catch (const OutputError& failure) {
+                error = failure.errorCase();
+            }
+            EXPECT_EQ(error, expected);
+            output.putBack();
+            EXPECT_EQ(at("film.zeb"), hasOld ? leftOfOld : left);
+            EXPECT_EQ(at("film.previous.zeb"), hasOld && left == "theirs" ? "old" : "");
+        }
+    }
 }
 
 /// After any failing change the old file still exists, in its place or set aside, unless the new file is

@@ -41,36 +41,9 @@ class PlayerTest(DesktopTest):
     def await_counter(self, application, frame):
         await_equal(lambda: self.counter(application), f"{frame}/{FRAMES}", "counter")
 
-    def test_window_shows_exact_pixels(self):
-        for mode in (32, 4):
-            movie = self.movies / f"movie{mode}.zeb"
-            application = self.open(movie, title=movie.stem)
-            # Makes room for exactly two screen pixels per movie pixel in both directions.
-            area = self.frame(application)
-            self.resize_by(2 * WIDTH - area[2], 2 * HEIGHT - area[3])
-            await_equal(lambda: self.frame(application)[2:], (2 * WIDTH, 2 * HEIGHT))
-            for frame in (0, 1, FRAMES - 1):
-                with self.subTest(mode=mode, frame=frame):
-                    reference = self.folder / f"{mode}-{frame}.png"
-                    self.zeb("export", "--frame", frame, "--scale", 2, "-o", reference, movie)
-                    self.desktop.keys(*{0: ["Home"], 1: ["Home", "Right"]}.get(frame, ["End"]))
-                    self.await_counter(application, frame + 1)
-                    pixels = subprocess.run(["ffmpeg", "-v", "error", "-i", reference, "-f", "rawvideo", "-pix_fmt", "rgb24",
-                                             "-"], capture_output=True, check=True)
-                    expected = self.inner(pixels.stdout)
-                    await_equal(lambda: self.inner(self.desktop.picture(*self.frame(application))) == expected, True,
-                                "exact pixels")
-            application.stop()
-
     @staticmethod
     def frame(application):
         return application.find("image").extents
-
-    @staticmethod
-    def inner(pixels):
-        """Returns the rows of the picture without its rounded corners."""
-        row = 2 * WIDTH * 3
-        return [pixels[y * row + 36:(y + 1) * row - 36] for y in range(12, 2 * HEIGHT - 12)]
 
     def resize_by(self, wider, higher):
         window = self.desktop.xdotool("getactivewindow").strip()
