@@ -231,7 +231,7 @@ def find_mutants(path, text, seed):
             if changed := other_number(word, random.Random(f"{seed} {path} {token.start}")):
                 add("constant", index, index, changed)
         elif token.kind == "char":
-            add("constant", index, index, f"({word} + 1)")
+            add("constant", index, index, f"decltype({word})({word} + 1)")
         elif word in ("true", "false"):
             add("constant", index, index, "false" if word == "true" else "true")
         elif word in ("min", "max") and source.word(index - 1) == "::" and source.word(index - 2) == "std":

@@ -192,7 +192,7 @@ TEST_F(EncodeProgram, WarnsOfIncompleteVideo) {
              {"-f", "lavfi", "-i", "testsrc=s=160x120:r=10:d=20", "-c:v", "mpeg4", "-movflags", "faststart"});
     const std::string bytes = contents(m_folder.file("whole.mp4"));
     store(m_folder.file("cut.mp4"), bytes.substr(0, bytes.size() / 3));
-    for (const std::string option : {"--force", "--estimate"}) {
+    for (const std::string option : {"--estimate", "--force"}) {
         const auto result = zeb({"encode", "cut.mp4", "--progress", "none", option});
         EXPECT_THAT(result.error, StartsWith("zeb: cut.mp4: The film breaks off at 0:0"));
         EXPECT_EQ(std::ranges::count(result.error, '\n'), 1) << result.error;

@@ -28,7 +28,7 @@ CASES = (
     ("int x = a ? 0xFF : 1.5; throw x;", "a -> !(a)", "0xFF -> 0xFF±1", "1.5 -> 1.875"),
     ("x = std::max<int>(a, b) << c;", "x = std::max<int>(a, b) << c; ->", "std::max<int>(a, b) -> std::min<int>(a, b)",
      "std::max<int>(a, b) << c -> std::max<int>(a, b) >> c"),
-    ("auto text = \"a < b\" + name; char x = 'y';", "'y' -> ('y' + 1)"),
+    ("auto text = \"a < b\" + name; char x = 'y';", "'y' -> decltype('y')('y' + 1)"),
 )
 RUNNABLE = """int f(int a, int b) {
     int c = 0;
