@@ -11,6 +11,7 @@
 
 #include "tests/conversion/model/ConverterTest.h"
 #include "tests/platform/OffscreenApplication.h"
+#include "ui/presets/PresetEditor.h"
 
 Q_IMPORT_QML_PLUGIN(ZEBStylePlugin)
 Q_IMPORT_QML_PLUGIN(ZEBMakerPlugin)
@@ -97,14 +98,9 @@ TEST_F(ScenesTest, AsksBeforeQuittingDuringRun) {
 }
 
 TEST_F(ScenesTest, KeyboardReachesEveryPresetInMenu) {
-    std::string presets;
-    for (int index = 1; index <= 30; ++index) {
-        presets += std::string(presets.empty() ? "[" : ",") + R"({"id":"00000000-0000-4000-8000-0000000000)" +
-                   std::to_string(10 + index) + R"(","name":"Tom & J )" + std::to_string(index) +
-                   R"(","width":)" + std::to_string(640 + 8 * index) + R"(,"height":480})";
-    }
-    presets += "]";
-    defaults.set("userPresetsJSON", PropertyData(presets.begin(), presets.end()));
+    PresetEditor editor(defaults, notifications);
+    for (int index = 1; index <= 30; ++index)
+        editor.addUserPreset("Tom & J " + std::to_string(index), 640 + 8 * index, 480);
     content.appear();
     QQuickWindow& window = *converter();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));

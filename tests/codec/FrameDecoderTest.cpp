@@ -194,6 +194,8 @@ TEST(FrameDecoder, RecognisesOversizedRecordsByTheirStart) {
     constexpr std::uint64_t always = 64 * 1024, gigabytes = 3'900'000'000;
     const Bytes small = sprite(2, 32, 0x40, 16, 8, {}), mode4 = sprite(1, 0, 0, 16, 8, {});
     const Bytes largest = sprite(2, 64, 0xC0, 8192, 8192, {});
+    Bytes sized{1, 0, 1, 0};
+    sized.resize(24);
     const struct {
         Bytes start;
         std::uint64_t size;
@@ -215,16 +217,8 @@ TEST(FrameDecoder, RecognisesOversizedRecordsByTheirStart) {
         {Bytes(24), 4 * 300 * 200, 300, 200, true},
         {Bytes(24), 2 * 300 * 200, 300, 200, true},
         {Bytes(24), 2 * 300 * 200 + 1, 300, 200, false},
-        {{1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
-         8 + 4 * 256 * 256,
-         1,
-         1,
-         true},
-        {{1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
-         9 + 4 * 256 * 256,
-         1,
-         1,
-         false},
+        {sized, 8 + 4 * 256 * 256, 1, 1, true},
+        {sized, 9 + 4 * 256 * 256, 1, 1, false},
     };
     for (const auto& [start, size, width, height, expected] : cases)
         EXPECT_EQ(FrameDecoder::canDecode(start, size, width, height), expected) << size;

@@ -22,9 +22,6 @@
 namespace zeb {
 namespace {
 
-using ::testing::HasSubstr;
-using ::testing::Not;
-
 class ErrorTextTest : public ::testing::Test {
 protected:
     ~ErrorTextTest() override { setTextLocale({}); }
@@ -101,49 +98,19 @@ TEST_F(ErrorTextTest, TextsFollowTheLanguage) {
     }
 }
 
-TEST_F(ErrorTextTest, EveryErrorHasDistinctTextPerLanguage) {
-    const FileError file("/a.zeb", ENOSPC);
-    std::vector<LocalizableError> errors = {
-        ZEBReaderError::unexpectedEnd(),
-        ZEBReaderError::truncatedWord(),
-        ZEBReaderError::missingWord(),
-        ZEBReaderError::notAMovie(),
-        ExportError::withoutSound(),
-        ExportError::withoutPicture(),
-        ExportError::withoutFirstPicture(),
-        ExportError::undecodable(3, "no sprite"),
-        ExportError::outside("0:09", 2, "0:01"),
-        ExportError::soundTooLong(),
-        ExportError::pictureTooLarge(),
-        MediaError::wasInterrupted(),
-    };
-    for (const char* label :
-         {"width", "height", "fps", "qlMode", "totalFrames", "header size", "sound data size",
-          "frame data size", "one-second block length", "one-second block total size",
-          "one-second block file offset", "frame index offsets count"}) {
-        errors.push_back(ZEBWriterError::valueOutOfRange(label, 1));
-        EXPECT_EQ(in("en", errors.back()), errors.back().what());
-    }
+TEST_F(ErrorTextTest, SystemErrorsHaveDistinctTexts) {
     std::set<std::string> systemTexts;
     for (const int number :
          {EPERM,        ENOENT,    EINTR,  EIO,     ENXIO,  EBADF,   EAGAIN,    ENOMEM,
           EACCES,       EBUSY,     EEXIST, EXDEV,   ENODEV, ENOTDIR, EISDIR,    EINVAL,
           ENFILE,       EMFILE,    EFBIG,  ENOSPC,  ESPIPE, EROFS,   EMLINK,    EPIPE,
           ENAMETOOLONG, ENOTEMPTY, ELOOP,  ENOTSUP, EDQUOT, ESTALE,  ETIMEDOUT, EOVERFLOW}) {
-        errors.push_back(FileError("/a.zeb", number));
+        const FileError error("/a.zeb", number);
         EXPECT_NE(systemErrorText(number).key, "error_system_other_format") << number;
         // Two cases share the text about devices, two the text about open files.
-        const bool isNew = systemTexts.insert(in("en", errors.back())).second;
+        const bool isNew = systemTexts.insert(in("en", error)).second;
         EXPECT_TRUE(isNew || number == ENODEV || number == EMFILE) << number;
-    }
-    for (const LocalizableError& error : errors) {
-        const std::string english = in("en", error);
-        const std::string german = in("de", error);
-        EXPECT_NE(english, german);
-        for (const std::string& text : {english, german}) {
-            EXPECT_THAT(text, Not(HasSubstr("%")));
-            EXPECT_THAT(text, Not(HasSubstr("_"))) << "a key instead of a text";
-        }
+        EXPECT_NE(in("en", error), in("de", error));
     }
     const FileError odd("/a.zeb", EILSEQ);
     EXPECT_EQ(in("de", odd), odd.what()) << "the system's own text";

@@ -40,13 +40,6 @@ TEST(ReducedImage, AveragesPixelsUnderEachTarget) {
         {5, 1, {0, 10, 20, 30, 40}, 3, 3, 1, {4, 20, 36}},
         {4, 2, {0, 8, 40, 48, 16, 24, 56, 64}, 2, 2, 1, {12, 52}},
         {2, 4, {0, 8, 16, 24, 40, 48, 56, 64}, 2, 1, 2, {12, 52}},
-        {4,
-         4,
-         {0, 4, 80, 84, 8, 12, 88, 92, 160, 164, 200, 204, 168, 172, 208, 212},
-         2,
-         2,
-         2,
-         {6, 86, 166, 206}},
     };
     for (const auto& c : cases) {
         const FrameImage reduced = reducedImage(imageOf(c.width, c.height, c.values), c.longestSide);
