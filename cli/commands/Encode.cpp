@@ -57,7 +57,14 @@ constexpr std::array inputOptions = {
 };
 
 constexpr std::array movieOptions = {
-    settingOption<EncodeArguments, "title">("--title", "TEXT", "The movie's title [the input's name]"),
+    Option{.names = "--title",
+           .placeholder = "TEXT",
+           .help = "The movie's title [the input's name]",
+           .take =
+               [](void* arguments, const std::string& text) {
+                   static_cast<EncodeArguments*>(arguments)->title = text;
+                   return true;
+               }},
     settingOption<EncodeArguments, "sound.channels">("--audio", "NAME",
                                                      "Sound: off, mono or stereo [stereo]"),
     settingOption<EncodeArguments, "sound.track">(

@@ -114,7 +114,9 @@ class ManualTest(unittest.TestCase):
         ):
             self.assertIn(lines, manual)
         self.assertNotIn("--", manual)
-        self.assertEqual(set(re.findall(r"^\\fI[A-Z]+\\fR is (a \w+|.*)", manual, re.MULTILINE)), {"a whole", "a time"})
+        self.assertEqual(set(re.findall(r"^\\fI[A-Z]+\\fR is (a \w+|.*)", manual, re.MULTILINE)), 
+                         {"a whole", "a time", "a number", "none, auto or WxH+X+Y.",
+                          "square, ql or W:H with numbers from 1 to 100."})
         # Sentences end with one full stop. Paragraphs and tables are not empty and are closed.
         self.assertIsNone(re.search(r"[^.]\.\.\n|\n\.PP\n\.(PP|SS|SH|TP)", manual))
         self.assertEqual(re.findall(r"^\.E[EX]$", manual, re.MULTILINE),
@@ -122,7 +124,7 @@ class ManualTest(unittest.TestCase):
         for line in ("'1: :->command'", "'*:: :->arguments'", "'*:INPUT:_files'", "'1:INPUT:_files ",
                      "'2:OUTPUT:_files'"):
             self.assertIn(line, zsh)
-        self.assertEqual(len(re.findall(r"^ +'[*\d]:[A-Z]+:", zsh, re.MULTILINE)), len(commands()) + 1)
+        self.assertEqual(len(re.findall(r"^ +'[*\d]:[A-Z]+:", zsh, re.MULTILINE)), len(commands()) + 2)
 
     def test_page_and_completions_are_complete(self):
         manual, zsh = (FOLDER / "zeb.1").read_text(), (FOLDER / "_zeb").read_text()
@@ -138,7 +140,7 @@ class ManualTest(unittest.TestCase):
         # Each example appears once, with its description.
         examples = re.findall(r"^\.PP\n(.*)\n\.PP\n\.RS 4\n\.EX\n(.*)$", manual, re.MULTILINE)
         self.assertEqual(len(examples), len(dict(examples)))
-        self.assertEqual(len(examples), 7)
+        self.assertEqual(len(examples), 10)
         offered = re.findall(r"^ {8}'(\w+):(.*)'$", zsh.split("commands=(")[1].split("\n    )")[0], re.MULTILINE)
         self.assertEqual(offered, re.findall(r"^  (\w+) +(.*)$", help_text.split("Subcommands:\n")[1].split("\n\n")[0],
                                              re.MULTILINE))
