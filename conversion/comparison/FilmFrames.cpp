@@ -29,8 +29,8 @@ PixelBytes FilmFrames::drawn(const Picture& picture, FrameSize size) const {
     settings.width = size.width;
     settings.height = size.height;
     FrameGeometry geometry = frameGeometry(m_source.width, m_source.height, settings);
-    if (settings.shape.fit == Shape::Fit::scale) {
-        // The movie's size holds, whatever size was requested for it.
+    if (settings.shape.fit == Shape::Fit::scale || geometry.size != size) {
+        // The movie's size holds, whatever size was requested for it, and if no conversion makes this size.
         geometry.size = size;
         geometry.area = {0, 0, size.width, size.height};
     }

@@ -215,6 +215,16 @@ TEST_F(ComparisonTest, UnusableMoviesAreErrors) {
     EXPECT_THROW(compare(film()), ExportError);
 }
 
+TEST_F(ComparisonTest, SizeThatNoConversionMakesIsStretched) {
+    writeMovie();  // both sides are smaller than those of conversions
+    for (const Shape::Fit fit : {Shape::Fit::scale, Shape::Fit::pad, Shape::Fit::fill}) {
+        ComparisonSettings settings;
+        settings.film.shape.fit = fit;
+        const Comparison result = compareMovie(fake::FakeAsset(film()), m_movie, settings, {});
+        EXPECT_EQ(result.figure(Measure::deltaE40).worst, 0);
+    }
+}
+
 TEST_F(ComparisonTest, WarnsOfFilmOfOtherLength) {
     writeMovie();
     const struct {
